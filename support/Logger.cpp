@@ -1,0 +1,105 @@
+#include "support/Logger.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace Orvel {
+namespace {
+
+Logger::PrintMode currentMode = Logger::PrintMode::StandardError;
+std::string syslogIdent;  // openlog keeps a pointer to its text
+
+bool connects(int type) {
+  const int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+  if (fd < 0) return false;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, _PATH_LOG, sizeof(address.sun_path) - 1);
+  const bool connected = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+  close(fd);
+  return connected;
+}
+
+// The C library's syslog tries a datagram socket and then a stream.
+bool syslogListens() { return connects(SOCK_DGRAM) || connects(SOCK_STREAM); }
+
+int syslogPriority(int level) {
+  switch (level) {
+    case Logger::PrintLevel::FATAL_LEVEL:
+      return LOG_CRIT;
+    case Logger::PrintLevel::ERROR_LEVEL:
+      return LOG_ERR;
+    case Logger::PrintLevel::WARNING_LEVEL:
+      return LOG_WARNING;
+    case Logger::PrintLevel::INFO_LEVEL:
+      return LOG_INFO;
+    default:
+      return LOG_DEBUG;
+  }
+}
+
+__attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  std::string text(length > 0 ? static_cast<std::size_t>(length) + 1 : 1, '\0');
+  std::vsnprintf(text.data(), text.size(), format, again);
+  va_end(again);
+  text.pop_back();
+  return text;
+}
+
+std::string withoutControlCharacters(const std::string& text) {
+  std::string shown;
+  shown.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7F) {
+      shown += c;
+    } else {
+      char escape[sizeof("#000")];
+      std::snprintf(escape, sizeof(escape), "#%03o", byte);
+      shown += escape;
+    }
+  }
+  return shown;
+}
+
+}  // namespace
+
+bool Logger::setup(const PrintMode& mode, const std::string& ident, const int& option, const int& facility) {
+  if (mode != PrintMode::Syslog) return setup(mode);
+  if (ident.empty() || !syslogListens()) return false;
+  closelog();
+  syslogIdent = ident;
+  openlog(syslogIdent.c_str(), option, facility);
+  currentMode = mode;
+  return true;
+}
+
+bool Logger::setup(const PrintMode& mode) {
+  if (mode == PrintMode::Syslog) return false;
+  currentMode = mode;
+  return true;
+}
+
+bool Logger::isPrintable(int level) { return level >= PrintLevel::VELD_LOG_LEVEL; }
+
+void Logger::printfGeneric(int level, const char* label, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string text = withoutControlCharacters(formatted(format, arguments));
+  va_end(arguments);
+  if (currentMode == PrintMode::Syslog)
+    syslog(syslogPriority(level), "[%s] %s", label, text.c_str());
+  else
+    std::fprintf(stderr, "[%s] %s\n", label, text.c_str());
+}
+
+}  // namespace Orvel
