@@ -46,9 +46,9 @@ class Logger {
 
 /// ORVEL_LOG(WARNING, "no answer from %s", name): one line at a level, TRACE to FATAL. The arguments are
 /// evaluated only when the level is printable, and the compiler checks them against the format.
-#define ORVEL_LOG(LEVEL, ...)                                                                           \
-  do {                                                                                                  \
-    if (Orvel::Logger::isPrintable(Orvel::Logger::PrintLevel::LEVEL##_LEVEL))                           \
-      Orvel::Logger::printfGeneric(Orvel::Logger::PrintLevel::LEVEL##_LEVEL,                            \
-                                   Orvel::Logger::PrintLevel::LEVEL##_LABEL, __VA_ARGS__);              \
+#define ORVEL_LOG(LEVEL, ...)                                                              \
+  do {                                                                                     \
+    if (Orvel::Logger::isPrintable(Orvel::Logger::PrintLevel::LEVEL##_LEVEL))              \
+      Orvel::Logger::printfGeneric(Orvel::Logger::PrintLevel::LEVEL##_LEVEL,               \
+                                   Orvel::Logger::PrintLevel::LEVEL##_LABEL, __VA_ARGS__); \
   } while (false)

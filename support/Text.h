@@ -6,8 +6,8 @@
 namespace Orvel::Text {
 
 /// The pieces of `text` between characters of `separators`, at most `limit` of them. Two separators in a row
-/// give an empty piece, as does one at the start or the end. When there are more pieces than `limit`, the last
-/// one holds the rest as it stands. A `limit` below 1 gives none.
+/// give an empty piece, as does one at the start or the end. When there are more pieces than `limit`, the
+/// last one holds the rest as it stands. A `limit` below 1 gives none.
 std::vector<std::string> split(const std::string& text, const std::string& separators, int limit);
 
 /// `text` without blanks, tabs, line feeds, carriage returns, vertical tabs and form feeds at either end.

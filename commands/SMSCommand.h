@@ -1,0 +1,74 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "commands/SMSCMD.h"
+#include "commands/SMSCommandConfig.h"
+#include "commands/SMSCommandExecutor.h"
+#include "support/NonCopyable.h"
+
+/// What the text of a command SMS says.
+struct ParsedSMSCommand {
+  std::string password;  ///< empty when the text has none
+  SMSCMD id = SMSCMD_UNKNOWN;
+  std::vector<std::string> args;  ///< the words behind the command word
+};
+
+/// A row of the command table.
+struct SMSCommandEntry {
+  std::string keyword;  ///< lower case, without "#"
+  SMSCMD id;
+  SMSCommandExecutor* executor;  ///< one of the SMSCommand's own
+};
+
+/// Turns the text of a received SMS into a request to the local API.
+///
+///     [p PASSWORD] #KEYWORD [ARGUMENT...]
+///
+/// The words are separated by single spaces; the marker may be "P", and the keyword is of either case. Every
+/// refusal is false and one line in the log. Nothing is kept between messages.
+class SMSCommand : private Orvel::NonCopyable {
+ public:
+  /// Keeps a copy of `config`, the "smsCommands" object of the settings, for loadConfig.
+  explicit SMSCommand(const Json::Value& config);
+  virtual ~SMSCommand() = default;
+
+  /// Reads the configuration; results and exceptions are those of SMSCommandConfig::setConfig.
+  bool loadConfig();
+
+  /// Whether commands are accepted at all.
+  bool isEnabled() const;
+
+  /// Fills `command` from `message`; false when it is no known command, and `command` may then be half
+  /// filled. The password is logged at INFO.
+  bool parseCommand(const std::string& message, ParsedSMSCommand& command) const;
+
+  /// Whether `password` is the configured one, byte for byte. It is asked for only when a password is
+  /// required.
+  bool passwordGood(const std::string& password) const;
+
+  /// Whether `phoneNumber` is on the whitelist, byte for byte: no prefix is added or taken off. Throws the
+  /// JSON library's exception for an entry that has no text form.
+  bool whiteListGood(const std::string& phoneNumber) const;
+
+  /// Whether `phoneNumber` may send the command that `message` holds. The command's own flag is not looked
+  /// at.
+  bool validateSMSCommand(const std::string& message, const std::string& phoneNumber) const;
+
+  /// Posts the command, with `phoneNumber` as the recipient of the answer, if its flag permits it. True once
+  /// it was posted, whatever came of it. Call it only after validateSMSCommand: it asks for no permission but
+  /// the flag.
+  bool executeCommand(const std::string& message, const std::string& phoneNumber);
+
+ private:
+  static constexpr std::size_t executorCount = 16;
+
+  const Json::Value configJson;
+  std::array<SMSCommandExecutor, executorCount> executors;
+  SMSCommandConfig config;
+  const std::vector<SMSCommandEntry> commandTable;
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/NonCopyable.h"
+
+/// Forwards one kind of command to the local API: a POST to one URL, with a JSON body that names the sender
+/// of the SMS as the recipient of the answer.
+///
+/// What goes into the body is inserted as it is, without JSON escaping. Calls block until the API has
+/// answered; there is no time-out. Every failure is logged and gives false; an answer of the wrong shape (no
+/// object, or a "code" that is no number) throws the JSON library's exception.
+class SMSCommandExecutor : private Orvel::NonCopyable {
+ public:
+  explicit SMSCommandExecutor(std::string url);
+  virtual ~SMSCommandExecutor() = default;
+
+  /// Sends {"recipients": [recipient], "message": message}.
+  virtual bool execute(const std::string& recipient, const std::string& message);
+
+  /// Sends {"recipients": [recipient], "args": [args...]}.
+  virtual bool execute(const std::string& recipient, const std::vector<std::string>& args);
+
+  /// Posts `body` and judges the answer: true when its "code" is 200, whatever the HTTP status. The answer is
+  /// echoed to standard output.
+  bool sendCommand(const std::string& url, const std::string& body);
+
+ private:
+  bool postFields(const std::string& body);
+
+  const std::string url;
+};

@@ -1,0 +1,52 @@
+#include "daemon/PartMerger.h"
+
+#include "storage/MessageRecord.h"
+
+namespace {
+
+namespace Key = MessageRecord::Key;
+
+// Whatever lies in the store must not stand in the way of a new message, so a stored "part-id" that is no
+// number matches nothing, and stored "parts" that are no array have no gaps.
+bool hasPartId(const Json::Value& stored, int partId) {
+  return stored[Key::PartId].isConvertibleTo(Json::intValue) && stored[Key::PartId].asInt() == partId;
+}
+
+// Fills the gaps of `parts` from `newParts`; false when there was nothing to fill.
+bool fillGaps(Json::Value& parts, const Json::Value& newParts) {
+  bool filled = false;
+  if (!parts.isArray()) return filled;
+  for (Json::ArrayIndex i = 0; i < parts.size() && i < newParts.size(); ++i) {
+    if (!parts[i].isNull() || newParts[i].isNull()) continue;
+    parts[i] = newParts[i];
+    filled = true;
+  }
+  return filled;
+}
+
+}  // namespace
+
+bool isPartOfMultipart(const Json::Value& record) { return MessageRecord::has(record, Key::PartId); }
+
+std::vector<Json::Value> collectStoredParts(const Json::Value& records) {
+  std::vector<Json::Value> parts;
+  for (const Json::Value& record : records)
+    if (isPartOfMultipart(record)) parts.push_back(record);
+  return parts;
+}
+
+bool mergeWithStoredParts(std::vector<Json::Value>& updatedMultiparts, const Json::Value& record,
+                          const std::vector<Json::Value>& storedParts) {
+  bool merged = false;
+  const Json::Value& newParts = MessageRecord::member(record, Key::Parts);
+  for (const Json::Value& stored : storedParts) {
+    if (!hasPartId(stored, record[Key::PartId].asInt())) continue;
+    Json::Value parts = MessageRecord::member(stored, Key::Parts);
+    if (!fillGaps(parts, newParts)) continue;
+    Json::Value updated = stored;
+    updated[Key::Parts] = std::move(parts);
+    updatedMultiparts.push_back(std::move(updated));
+    merged = true;
+  }
+  return merged;
+}

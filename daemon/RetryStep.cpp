@@ -1,0 +1,77 @@
+#include "daemon/RetryStep.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "storage/MessageRecord.h"
+#include "storage/MessageStatus.h"
+#include "support/Logger.h"
+
+namespace {
+
+namespace Key = MessageRecord::Key;
+
+bool mayRetry(const Json::Value& record) {
+  return MessageRecord::member(record, Key::Retries) > Json::Value(0);
+}
+
+void retry(SmsProvider& provider, ICollectionStorage& storage, const Json::Value& record) {
+  if (provider.sendMessage(record)) {
+    storage.move(record, MessageStatus::Failed, MessageStatus::Sent);
+    return;
+  }
+  Json::Value refiled = record;  // made before the removal: a "retries" that is no number throws here
+  refiled[Key::Retries] = record[Key::Retries].asUInt() - 1;
+  storage.remove(record, MessageStatus::Failed);
+  storage.save(refiled, MessageStatus::Failed);
+}
+
+}  // namespace
+
+std::uint32_t monotonicSeconds() {
+  timespec now{};
+  if (clock_gettime(CLOCK_MONOTONIC, &now) != 0) {
+    ORVEL_LOG(ERROR, "VELD: Error getting time");
+    return 0;
+  }
+  return static_cast<std::uint32_t>(now.tv_sec);
+}
+
+void startFailureTimer(RetryState& state, std::uint32_t now) {
+  if (state.timerStarted) return;
+  state.lastTime = now;
+  state.timerStarted = true;
+}
+
+void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage,
+                         const std::vector<std::uint32_t>& timings, RetryState& state,
+                         const MonotonicClock& clock) {
+  if (timings.empty()) return;
+  const Json::Value failed = storage.load(Json::nullValue, MessageStatus::Failed);
+  if (std::none_of(failed.begin(), failed.end(), mayRetry)) {
+    state.dialAttempt = 1;
+    state.lastTime = 0;
+    state.time_not_attempting = 0;
+    state.timerStarted = false;
+    return;
+  }
+  if (!state.timerStarted) startFailureTimer(state, clock());
+  state.nowTime = clock();
+
+  if (state.time_not_attempting != 0)
+    ORVEL_LOG(DEBUG, "VELD: Failed sms has not redialed in %d seconds.  Dial attempt: %d",
+              state.time_not_attempting, state.dialAttempt);
+  state.current_timing = timings[std::min<std::size_t>(state.dialAttempt, timings.size()) - 1];
+  ORVEL_LOG(DEBUG, "VELD: time_not_attempting=[%d], current_timing=[%d]", state.time_not_attempting,
+            state.current_timing);
+  state.time_not_attempting += state.nowTime - state.lastTime;
+  state.lastTime = state.nowTime;
+  if (state.time_not_attempting < state.current_timing) return;
+
+  ORVEL_LOG(DEBUG, "VELD: Try to send failed sms.");
+  for (const Json::Value& record : failed)
+    if (mayRetry(record)) retry(provider, storage, record);
+  ++state.dialAttempt;
+  state.time_not_attempting = 0;
+  state.lastTime = state.nowTime;
+}

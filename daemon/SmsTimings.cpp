@@ -1,0 +1,56 @@
+#include "daemon/SmsTimings.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+std::vector<std::uint32_t> smsTimings;
+
+namespace {
+
+constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
+constexpr char timingsKey[] = "timings-sms";
+constexpr char timingsSeparators[] = "[,]";
+
+// Reads the number at the start of `text` into `number`, at the bounds of its type when it is out of range;
+// leaves it as it is when there is none.
+void readNumber(const char* text, std::int32_t& number) {
+  char* end = nullptr;
+  const long long read = std::strtoll(text, &end, 10);
+  using Limits = std::numeric_limits<std::int32_t>;
+  if (end != text)
+    number = static_cast<std::int32_t>(std::clamp<long long>(read, Limits::min(), Limits::max()));
+}
+
+}  // namespace
+
+bool readSmsTimings() {
+  char value[configValueSize] = {};
+  readConfigValue(timingsFile, 1, timingsKey, value);
+  std::int32_t seconds = 0;
+  for (char* piece = std::strtok(value, timingsSeparators); piece != nullptr;
+       piece = std::strtok(nullptr, timingsSeparators)) {
+    readNumber(piece, seconds);
+    smsTimings.push_back(static_cast<std::uint32_t>(seconds));
+  }
+  return smsTimings.empty();
+}
+
+int readConfigValue(const char* path, int flag, const char* key, char* value) {
+  if (path == nullptr || key == nullptr || value == nullptr || flag < 0) return -1;
+  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path, "r"), std::fclose);
+  if (file == nullptr) return -1;
+  char line[1024];
+  while (std::fgets(line, sizeof(line), file.get()) != nullptr) {
+    const std::size_t length = std::strlen(line);
+    if (length > 0) line[length - 1] = '\0';  // the line feed
+    char* const equals = std::strchr(line, '=');
+    if (equals == nullptr) continue;
+    *equals = '\0';
+    if (std::strcmp(line, key) == 0) std::snprintf(value, configValueSize, "%s", equals + 1);
+  }
+  return 1;
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <csignal>
+#include <optional>
+
+/// Set to 1 by SIGTERM; the loop looks at it before each pass.
+extern volatile std::sig_atomic_t stopRequested;
+
+/// The SIGTERM handler: sets `stopRequested`.
+void onTerminate(int signal);
+
+/// Makes the process a daemon and gives the checked settings: syslog, detaching from the terminal, the
+/// back-off intervals, the SIGTERM handler, the settings from the local API.
+///
+/// Ends the process itself with status 0 in the parent and when SMS is switched off, and with 1 when the
+/// settings are bad or it cannot detach. Empty when the null device cannot be opened or the handler not
+/// installed: `main` then returns 1.
+std::optional<Json::Value> startUp();

@@ -1,0 +1,41 @@
+#include <cstdlib>
+#include <memory>
+
+#include "commands/SMSCommand.h"
+#include "daemon/MainLoop.h"
+#include "daemon/StartUp.h"
+#include "provider/SmsUtilsProvider.h"
+#include "storage/FolderCollectionStorage.h"
+#include "storage/LimitCollectionStorageDecorator.h"
+#include "storage/LimitNullCollectionStorageDecorator.h"
+#include "storage/StatusCollectionStorageDecorator.h"
+#include "support/Logger.h"
+
+namespace {
+
+constexpr char messageFolder[] = "/var/config/sms";
+constexpr char stagingFolder[] = "/tmp/sms";
+
+}  // namespace
+
+int main() {
+  const std::optional<Json::Value> settings = startUp();
+  if (!settings) return EXIT_FAILURE;
+
+  SMSCommand commands((*settings)["smsCommands"]);
+  if (!commands.loadConfig()) {
+    ORVEL_LOG(ERROR, "Exit: Failed to set SmsCommand config");
+    std::exit(EXIT_FAILURE);
+  }
+  const std::uint32_t receivedLimit = (*settings)["receivedLimit"].asUInt();
+  const std::uint32_t sentLimit = (*settings)["sentLimit"].asUInt();
+
+  SmsUtilsProvider provider;
+  auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder);
+  auto limited = std::make_shared<LimitCollectionStorageDecorator>(folders, receivedLimit, sentLimit);
+  auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, receivedLimit, sentLimit);
+  auto storage = std::make_shared<StatusCollectionStorageDecorator>(refusing);
+
+  runMainLoop(provider, *storage, commands);
+  return EXIT_SUCCESS;
+}

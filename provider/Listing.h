@@ -1,0 +1,20 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <string>
+#include <vector>
+
+/// What the tool's listing of the modem's messages holds.
+struct Listing {
+  std::vector<Json::Value> records;  ///< one per message that has a sender, in the listing's order
+  bool foundMessage = false;         ///< whether there was any message, with a sender or without
+};
+
+/// Parses `lines`, each a line of the listing or a piece of an over-long one, with or without its line feed.
+///
+/// A line that holds "index" begins a message, which ends at the next such line. In it, the first line with
+/// "addr:" but not "smsc-addr:" gives the sender, and the first with "user-data:" the text (see UserData.h).
+/// The markers are found anywhere in a line, and case-sensitively. A message without a sender is logged and
+/// left out; one without "user-data:" has no "message".
+Listing parseListing(const std::vector<std::string>& lines);

@@ -1,0 +1,97 @@
+#include "provider/SmsUtilsProvider.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+#include "provider/Listing.h"
+#include "provider/MultipartJoiner.h"
+#include "storage/MessageRecord.h"
+#include "support/Logger.h"
+#include "support/SignalHold.h"
+
+namespace {
+
+namespace Key = MessageRecord::Key;
+
+constexpr char createFolder[] = "mkdir -p /tmp/sms/";
+constexpr char sendFile[] = "/tmp/sms/sms-tmp";
+constexpr char sendBegin[] = "bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send ";
+constexpr char sendFileOption[] = "-f ";
+constexpr char sendEnd[] = " >> /var/log/veld.log 2>&1'";
+constexpr char markRead[] = "SMS_CONFIG=/etc/smsconfig sms list unread > /dev/null";
+constexpr char listRead[] = "SMS_CONFIG=/etc/smsconfig sms list read";
+constexpr char deleteRead[] = "SMS_CONFIG=/etc/smsconfig sms delete read";
+constexpr std::size_t pieceSize = 1024;  // bytes of a line, the terminator included
+
+std::vector<std::string> readLines(std::FILE* pipe) {
+  const Orvel::SignalHold untilRead;
+  std::vector<std::string> lines;
+  char piece[pieceSize];
+  while (std::fgets(piece, sizeof(piece), pipe) != nullptr) lines.emplace_back(piece);
+  return lines;
+}
+
+std::vector<std::string> listMessages() {
+  std::FILE* const pipe = popen(listRead, "r");
+  if (pipe == nullptr) {
+    ORVEL_LOG(ERROR, "[SMS-UTILS] Pipe error: [%d][%s]", errno, std::strerror(errno));
+    return {};
+  }
+  std::vector<std::string> lines = readLines(pipe);
+  pclose(pipe);
+  return lines;
+}
+
+bool writeSendFile(const std::string& text) {
+  std::ofstream file(sendFile);
+  if (!file.is_open()) {
+    ORVEL_LOG(ERROR, "Cannot open file [%s] to write: [%d][%s]", sendFile, errno, std::strerror(errno));
+    return false;
+  }
+  file << text.c_str();  // up to the first NUL
+  return true;
+}
+
+void removeSendFile() {
+  const std::string command = std::string("rm ") + sendFile;
+  if (std::system(command.c_str()) != 0)
+    ORVEL_LOG(ERROR, "Error to remove file %s: [%d][%s]", command.c_str(), errno, std::strerror(errno));
+}
+
+}  // namespace
+
+SmsUtilsProvider::SmsUtilsProvider() {
+  if (std::system(createFolder) != 0)
+    ORVEL_LOG(ERROR, "Cannot create dir: [%d][%s]", errno, std::strerror(errno));
+}
+
+std::vector<Json::Value> SmsUtilsProvider::receiveMessages() {
+  // The tool marks the messages that it lists as read, so that the listing below holds new and old ones
+  // alike.
+  [[maybe_unused]] const int ignored = std::system(markRead);
+  const Listing listing = parseListing(listMessages());
+  if (listing.foundMessage) {
+    const int status = std::system(deleteRead);
+    if (status != 0) ORVEL_LOG(ERROR, "[SMS-UTILS] Failed to delete SMS messages: [%d]", status);
+  }
+  return joinMultipartMessages(listing.records);
+}
+
+bool SmsUtilsProvider::sendMessage(const Json::Value& message) {
+  const std::string recipient = MessageRecord::member(message, Key::Recipient).asString();
+  if (recipient.empty()) {
+    ORVEL_LOG(INFO, "SMS recipient is empty");
+    return false;
+  }
+  if (!writeSendFile(MessageRecord::member(message, Key::Message).asString())) return false;
+  const std::string command = std::string(sendBegin) + sendFileOption + sendFile + " " + recipient + sendEnd;
+  ORVEL_LOG(INFO, "%s", command.c_str());
+  const int status = std::system(command.c_str());
+  if (status != 0) ORVEL_LOG(ERROR, "Error to send SMS. Error: %d", status);
+  removeSendFile();
+  return status == 0;
+}

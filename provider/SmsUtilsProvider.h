@@ -1,0 +1,23 @@
+#pragma once
+
+#include "provider/SmsProvider.h"
+
+/// Drives the modem through the gateway's command-line tool `sms`, which is run by the shell.
+///
+/// Keeps nothing between calls. Failures of the tool are logged and end in an empty result or false; only a
+/// record of the wrong shape (a "recipient" or "message" that is an array or an object) throws the JSON
+/// library's exception.
+class SmsUtilsProvider final : public SmsProvider {
+ public:
+  /// Creates the folder of the send file. A failure is logged, and every send will then fail.
+  SmsUtilsProvider();
+
+  /// Lists every message that the modem holds, then deletes them from it. "guid" and "timestamp" come from
+  /// the gateway's clock, in local time. A message without a sender is dropped and deleted; when the deletion
+  /// fails, the same messages come again with the next call.
+  std::vector<Json::Value> receiveMessages() override;
+
+  /// The number goes into the command line as it is. The tool's output is appended to /var/log/veld.log by
+  /// the shell. A number that is empty or missing fails; a missing text is sent as an empty one.
+  bool sendMessage(const Json::Value& message) override;
+};

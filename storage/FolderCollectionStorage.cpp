@@ -1,0 +1,34 @@
+#include "storage/FolderCollectionStorage.h"
+
+#include "storage/MessageStatus.h"
+#include "storage/MoveFolderStorage.h"
+
+FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const std::string& tempPath) {
+  const auto add = [&](const char* path, int status) {
+    folders[status] = std::make_shared<MoveFolderStorage>(root + path, tempPath);
+  };
+  add("/inbox/received", MessageStatus::Received);
+  add("/outbox/sending", MessageStatus::Sending);
+  add("/outbox/sent", MessageStatus::Sent);
+  add("/outbox/failed", MessageStatus::Failed);
+}
+
+void FolderCollectionStorage::save(const Json::Value& record, int status) {
+  if (IStorage* const storage = folder(status)) storage->save(record);
+}
+
+void FolderCollectionStorage::remove(const Json::Value& filter, int status) {
+  if (IStorage* const storage = folder(status)) storage->remove(filter);
+}
+
+Json::Value FolderCollectionStorage::load(const Json::Value& filter, int status) {
+  IStorage* const storage = folder(status);
+  return storage != nullptr ? storage->load(filter) : Json::Value();
+}
+
+void FolderCollectionStorage::move(const Json::Value& filter, int from, int /*to*/) { load(filter, from); }
+
+IStorage* FolderCollectionStorage::folder(int status) const {
+  const auto found = folders.find(status);
+  return found != folders.end() ? found->second.get() : nullptr;
+}

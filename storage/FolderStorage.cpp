@@ -1,0 +1,102 @@
+#include "storage/FolderStorage.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+#include "storage/MessageRecord.h"
+#include "support/Logger.h"
+
+namespace {
+
+void logRemoveFailure(const std::string& file) {
+  ORVEL_LOG(ERROR, "Cannot remove file %s: [%d][%s]", file.c_str(), errno, std::strerror(errno));
+}
+
+// `name` is looked up in the working directory, which is "/" in the daemon, and not in the storage's folder:
+// this leaves out "." and "..", and little else.
+bool isDirectory(const char* name) {
+  struct stat status;
+  return stat(name, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool matches(const Json::Value& record, const Json::Value& filter) {
+  if (filter.isNull()) return true;
+  if (!filter.isObject()) return false;
+  for (const std::string& key : filter.getMemberNames())
+    if (!MessageRecord::has(record, key.c_str()) || record[key] != filter[key]) return false;
+  return true;
+}
+
+// The parser reports most faults through its result, but nesting that is too deep by an exception.
+bool parse(const Json::CharReaderBuilder& reader, std::istream& stream, Json::Value& record,
+           std::string& errors) {
+  try {
+    return Json::parseFromStream(reader, stream, &record, &errors);
+  } catch (const Json::Exception& exception) {
+    errors = exception.what();
+    return false;
+  }
+}
+
+bool read(const Json::CharReaderBuilder& reader, const std::string& file, const char* name,
+          Json::Value& record) {
+  std::ifstream stream(file);
+  if (!stream.is_open()) {
+    ORVEL_LOG(ERROR, "Cannot open file %s: [%d][%s]", name, errno, std::strerror(errno));
+    return false;
+  }
+  std::string errors;
+  if (!parse(reader, stream, record, errors)) {
+    ORVEL_LOG(ERROR, "Cannot parse JSON from file %s: [%s]", name, errors.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+FolderStorage::FolderStorage(const std::string& folderPath) : path(folderPath) {
+  if (std::system(("mkdir -p " + path).c_str()) != 0)
+    ORVEL_LOG(ERROR, "Cannot create path [%s]: [%d][%s]", path.c_str(), errno, std::strerror(errno));
+}
+
+bool FolderStorage::save(const Json::Value& record) {
+  if (!MessageRecord::has(record, MessageRecord::Key::Guid)) return false;
+  std::ofstream stream(path + "/" + record[MessageRecord::Key::Guid].asString());
+  if (stream.is_open()) stream << record;
+  return true;
+}
+
+bool FolderStorage::remove(const Json::Value& filter) {
+  if (filter.isNull()) {
+    if (std::system(("rm " + path + "/" + "*").c_str()) == 0) return true;
+    logRemoveFailure(path + "/");
+    return false;
+  }
+  if (!MessageRecord::has(filter, MessageRecord::Key::Guid)) return false;
+  const std::string file = path + "/" + filter[MessageRecord::Key::Guid].asString();
+  if (std::remove(file.c_str()) == 0) return true;
+  logRemoveFailure(file);
+  return false;
+}
+
+Json::Value FolderStorage::load(const Json::Value& filter) {
+  Json::Value records(Json::arrayValue);
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
+  if (directory == nullptr) return records;
+  const Json::CharReaderBuilder reader;
+  while (const dirent* entry = readdir(directory.get())) {
+    if (isDirectory(entry->d_name)) continue;
+    Json::Value record;
+    if (read(reader, path + "/" + entry->d_name, entry->d_name, record) && matches(record, filter))
+      records.append(std::move(record));
+  }
+  return records;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+
+#include "storage/ICollectionStorage.h"
+
+/// Carries out the moves, and writes the new status into the moved record's "status". Everything else goes to
+/// the storage inside.
+class StatusCollectionStorageDecorator final : public ICollectionStorage {
+ public:
+  explicit StatusCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner);
+
+  void save(const Json::Value& record, int status) override;
+  void remove(const Json::Value& filter, int status) override;
+  Json::Value load(const Json::Value& filter, int status) override;
+
+  /// For each record that matches: removes by the filter (not by the record) from `from`, and saves a copy
+  /// with its "status" under `to`. A copy that goes to Received has no "status". With a null filter the first
+  /// removal thus empties `from`, and those that follow fail and are logged; every record is saved all the
+  /// same.
+  void move(const Json::Value& filter, int from, int to) override;
+
+ private:
+  const std::shared_ptr<ICollectionStorage> inner;
+};
