@@ -1,0 +1,16 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <sstream>
+#include <string>
+
+/// JSON from a text in the test's source, with ' for ".
+inline Json::Value json(std::string text) {
+  for (char& c : text)
+    if (c == '\'') c = '"';
+  std::istringstream stream(text);
+  Json::Value value;
+  stream >> value;
+  return value;
+}

@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "storage/FolderStorage.h"
+#include "storage/MoveFolderStorage.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+#include "tests/TemporaryFolder.h"
+
+using testing::HasSubstr;
+
+TEST(FolderStorage, WritesARecordIntoTheFileOfItsGuid) {
+  const TemporaryFolder folder;
+  EXPECT_TRUE(FolderStorage(folder.path + "/new/tree").save(json("{'guid':'1','message':'hi'}")));
+  EXPECT_EQ(readFile(folder.path + "/new/tree/1"), "{\n\t\"guid\" : \"1\",\n\t\"message\" : \"hi\"\n}");
+}
+
+TEST(FolderStorage, ReportsOnlyAMissingGuid) {
+  const TemporaryFolder folder;
+  FolderStorage storage(folder.path + "/gone");
+  std::filesystem::remove(folder.path + "/gone");
+  EXPECT_TRUE(storage.save(json("{'guid':'1'}")));
+  EXPECT_FALSE(storage.save(json("{'message':'hi'}")));
+  EXPECT_FALSE(storage.save(json("[1]")));
+  EXPECT_FALSE(std::filesystem::exists(folder.path + "/gone"));
+}
+
+TEST(FolderStorage, IsUsableWhereItsFolderCannotBeMade) {
+  const TemporaryFolder folder{{"file", "x"}};
+  LogCapture log;
+  FolderStorage storage(folder.path + "/file/below");
+  EXPECT_THAT(log.text(), HasSubstr("Cannot create path [" + folder.path + "/file/below]: ["));
+  EXPECT_EQ(storage.load(Json::nullValue), json("[]"));
+}
+
+struct FileRow {
+  const char* name;
+  std::string content;
+  const char* records;  ///< what load gives
+  const char* log;      ///< a part of what it logs; empty for nothing
+};
+const FileRow kFileRows[] = {
+    {"Record", "{\"guid\":\"1\"}", "[{'guid':'1'}]", ""},
+    {"ForeignTextBehind", "{\"guid\":\"1\"} x", "[{'guid':'1'}]", ""},
+    {"Null", "null", "[null]", ""},
+    {"Number", "7", "[7]", ""},
+    {"Array", "[1]", "[[1]]", ""},
+    {"Empty", "", "[]", "[ERROR] Cannot parse JSON from file name: [* Line 1, Column 1"},
+    {"CutShort", "{\"guid\":\"1", "[]", "Cannot parse JSON from file name: ["},
+    {"TooDeep", std::string(2000, '['), "[]", "Cannot parse JSON from file name: [Exceeded stackLimit"},
+};
+class FolderFile : public testing::TestWithParam<FileRow> {};
+TEST_P(FolderFile, IsLoaded) {
+  const TemporaryFolder folder{{"name", GetParam().content}};
+  FolderStorage storage(folder.path);
+  LogCapture log;
+  EXPECT_EQ(storage.load(Json::nullValue), json(GetParam().records));
+  const std::string text = log.text();
+  EXPECT_EQ(text.empty(), *GetParam().log == '\0') << text;
+  EXPECT_THAT(text, HasSubstr(GetParam().log));
+  EXPECT_EQ(readFile(folder.path + "/name"), GetParam().content);
+}
+INSTANTIATE_ROWS(FolderFile, kFileRows);
+
+TEST(FolderStorage, GoesOnPastWhatIsNoFile) {
+  const TemporaryFolder folder{{"1", "{\"guid\":\"1\"}"}, {"sub-folder/x", ""}, {"tmp/x", ""}};
+  ASSERT_EQ(symlink("/nowhere", (folder.path + "/link").c_str()), 0);
+  ASSERT_EQ(chdir("/"), 0);
+  LogCapture log;
+  EXPECT_EQ(FolderStorage(folder.path).load(Json::nullValue), json("[{'guid':'1'}]"));
+  const std::string text = log.text();
+  EXPECT_THAT(text, HasSubstr("[ERROR] Cannot open file link: [2][No such file or directory]\n"));
+  EXPECT_THAT(text, HasSubstr("[ERROR] Cannot parse JSON from file sub-folder: ["));
+  EXPECT_THAT(text, testing::Not(HasSubstr("file tmp")));  // because there is a /tmp
+}
+
+struct FilterRow {
+  const char* name;
+  const char* filter;
+  bool taken;
+};
+const FilterRow kFilterRows[] = {
+    {"Null", "null", true},
+    {"NoMember", "{}", true},
+    {"EqualMember", "{'guid':'1'}", true},
+    {"WholeRecord", "{'guid':'1','retries':3,'parts':['a',null]}", true},
+    {"OtherValue", "{'guid':'2'}", false},
+    {"OtherType", "{'guid':1}", false},
+    {"OneOfTwoDiffers", "{'guid':'1','retries':2}", false},
+    {"DeepDifference", "{'parts':['a','b']}", false},
+    {"MissingKey", "{'status':null}", false},
+    {"NoObject", "['1']", false},
+};
+class Filter : public testing::TestWithParam<FilterRow> {};
+TEST_P(Filter, TakesTheRecordsThatHaveItsMembers) {
+  const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null]})"}};
+  EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().filter)).size(), GetParam().taken ? 1u : 0u);
+}
+INSTANTIATE_ROWS(Filter, kFilterRows);
+
+TEST(FolderStorage, RemovesByGuid) {
+  const TemporaryFolder folder{{"1", "x"}, {"2", "x"}};
+  FolderStorage storage(folder.path);
+  EXPECT_TRUE(storage.remove(json("{'guid':'1','message':'differs'}")));
+  LogCapture log;
+  EXPECT_FALSE(storage.remove(json("{'guid':'1'}")));
+  EXPECT_FALSE(storage.remove(json("{}")));
+  EXPECT_EQ(log.text(), "[ERROR] Cannot remove file " + folder.path + "/1: [2][No such file or directory]\n");
+  EXPECT_EQ(readFile(folder.path + "/2"), "x");
+}
+
+TEST(FolderStorage, RemovesEverythingForANullFilter) {
+  const TemporaryFolder folder{{"1", "x"}, {"2", "x"}};
+  FolderStorage storage(folder.path);
+  EXPECT_TRUE(storage.remove(Json::nullValue));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path));
+  LogCapture log;
+  EXPECT_FALSE(storage.remove(Json::nullValue));
+  EXPECT_THAT(log.text(), HasSubstr("Cannot remove file " + folder.path + "/: ["));
+}
+
+TEST(MoveFolderStorage, LeavesNothingInTheStagingFolder) {
+  const TemporaryFolder folder;
+  MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
+  EXPECT_TRUE(storage.save(json("{'guid':'1','message':'old'}")));
+  EXPECT_TRUE(storage.save(json("{'guid':'1','message':'new'}")));
+  EXPECT_FALSE(storage.save(json("{'message':'no guid'}")));
+  EXPECT_EQ(storage.load(Json::nullValue), json("[{'guid':'1','message':'new'}]"));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path + "/staging"));
+}
+
+TEST(MoveFolderStorage, ReportsAFailedMoveAndKeepsTheStagedFile) {
+  const TemporaryFolder folder;
+  MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
+  std::filesystem::remove(folder.path + "/status");
+  LogCapture log;
+  EXPECT_FALSE(storage.save(json("{'guid':'1'}")));
+  EXPECT_THAT(log.text(), HasSubstr("[ERROR] Error "));
+  EXPECT_TRUE(std::filesystem::exists(folder.path + "/staging/1"));
+}

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "support/Logger.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+
+using Orvel::Logger;
+
+namespace {
+
+/// Listens where the C library's syslog writes.
+class SyslogSocket {
+ public:
+  SyslogSocket() : fd_(socket(AF_UNIX, SOCK_DGRAM, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::string(_PATH_LOG).copy(address.sun_path, sizeof(address.sun_path) - 1);
+    EXPECT_EQ(bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+  }
+  ~SyslogSocket() {
+    close(fd_);
+    unlink(_PATH_LOG);
+    Logger::setup(Logger::PrintMode::StandardError);
+  }
+  std::string receive() {
+    std::string line(100000, '\0');
+    const ssize_t length = recv(fd_, line.data(), line.size(), MSG_DONTWAIT);
+    line.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    return line;
+  }
+
+ private:
+  int fd_;
+};
+
+}  // namespace
+
+TEST(Logger, SetUpFailsWhereNothingListens) {
+  EXPECT_FALSE(Logger::setup(Logger::PrintMode::Syslog, "VELD", 0, 0));
+  EXPECT_FALSE(Logger::setup(Logger::PrintMode::Syslog));
+}
+
+TEST(Logger, SetUpFailsWithoutIdent) {
+  const SyslogSocket syslog;
+  EXPECT_FALSE(Logger::setup(Logger::PrintMode::Syslog, "", 0, 0));
+}
+
+TEST(Logger, KeepsTheIdentForSyslog) {
+  SyslogSocket syslog;
+  {
+    std::string ident = "VELD";
+    ASSERT_TRUE(Logger::setup(Logger::PrintMode::Syslog, ident, 0, 0));
+    ident = "gone";
+  }
+  ORVEL_LOG(ERROR, "no %s", "answer");
+  const std::string line = syslog.receive();
+  EXPECT_NE(line.find(" VELD: [ERROR] no answer"), std::string::npos) << line;
+}
+
+struct PriorityRow {
+  const char* name;
+  int level;
+  int priority;
+};
+const PriorityRow kPriorityRows[] = {
+    {"Trace", Logger::PrintLevel::TRACE_LEVEL, LOG_DEBUG},
+    {"Debug", Logger::PrintLevel::DEBUG_LEVEL, LOG_DEBUG},
+    {"Info", Logger::PrintLevel::INFO_LEVEL, LOG_INFO},
+    {"Warning", Logger::PrintLevel::WARNING_LEVEL, LOG_WARNING},
+    {"Error", Logger::PrintLevel::ERROR_LEVEL, LOG_ERR},
+    {"Fatal", Logger::PrintLevel::FATAL_LEVEL, LOG_CRIT},
+};
+class Priority : public testing::TestWithParam<PriorityRow> {};
+TEST_P(Priority, IsThatOfTheLevel) {
+  SyslogSocket syslog;
+  ASSERT_TRUE(Logger::setup(Logger::PrintMode::Syslog, "VELD", 0, LOG_USER));
+  Logger::printfGeneric(GetParam().level, "LABEL", "text");
+  EXPECT_EQ(syslog.receive().substr(0, 4), "<" + std::to_string(LOG_USER | GetParam().priority) + ">");
+}
+INSTANTIATE_ROWS(Priority, kPriorityRows);
+
+TEST(Logger, PrintsInfoAndAbove) {
+  LogCapture log;
+  int evaluated = 0;
+  ORVEL_LOG(TRACE, "%d", ++evaluated);
+  ORVEL_LOG(DEBUG, "%d", ++evaluated);
+  ORVEL_LOG(INFO, "%d", ++evaluated);
+  ORVEL_LOG(FATAL, "%d", ++evaluated);
+  EXPECT_EQ(log.text(), "[INFO] 1\n[FATAL] 2\n");
+}
+
+TEST(Logger, LetsNoTextForgeALine) {
+  LogCapture log;
+  ORVEL_LOG(INFO, "%s", "a\n[FATAL] b\x1B\x7F\täé");
+  EXPECT_EQ(log.text(), "[INFO] a#012[FATAL] b#033#177#011äé\n");
+}
+
+TEST(Logger, WritesALongLineWhole) {
+  LogCapture log;
+  const std::string text(100000, 'x');
+  ORVEL_LOG(INFO, "%s", text.c_str());
+  EXPECT_EQ(log.text(), "[INFO] " + text + "\n");
+}
