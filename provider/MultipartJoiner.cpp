@@ -36,7 +36,9 @@ void joinParts(Json::Value& record) {
     return;
   std::string text;
   bool complete = true;
-  for (const Json::Value& part : MessageRecord::member(record, Key::Parts)) {
+  const Json::Value& parts = MessageRecord::member(record, Key::Parts);
+  for (Json::ArrayIndex i = 0; i < parts.size(); ++i) {  // an iterator passes over gaps that were never set
+    const Json::Value& part = parts[i];
     complete = complete && !part.isNull();
     text += part.isNull() ? " ... " : part.asString();
   }

@@ -1,0 +1,94 @@
+#include <gmock/gmock.h>
+
+#include <regex>
+
+#include "provider/Listing.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+
+namespace {
+
+// Lines as the pipe gives them: each with its line feed, the last one perhaps without.
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> all;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size() - 1) + 1;
+    all.push_back(text.substr(begin, end - begin));
+    begin = end;
+  }
+  return all;
+}
+
+}  // namespace
+
+struct ListingRow {
+  const char* name;
+  const char* text;
+  const char* records;  ///< without "guid" and "timestamp"
+};
+const ListingRow kListingRows[] = {
+    {"Empty", "", "[]"},
+    {"NoMessage", "addr: 1\nuser-data: \"a\"\n", "[]"},
+    {"Message", "index: 0\n  smsc-addr: +99\n  addr: +49\n  user-data: \"hi\"\n",
+     "[{'source':'+49','message':'hi'}]"},
+    {"ServiceCentreLast", "index\naddr: +49\nsmsc-addr: +99\n", "[{'source':'+49'}]"},
+    {"TextBeforeTheFirst", "2 messages\n\nindex\naddr: 1\n", "[{'source':'1'}]"},
+    {"MarkersAnywhere", "* index=1\n-> addr: 1 \t\r\n", "[{'source':'1'}]"},
+    {"MarkersAreCaseSensitive", "index\nADDR: 1\naddr: 2\nUser-Data: a\n", "[{'source':'2'}]"},
+    {"FirstOfTwo", "index\naddr: 1\naddr: 2\nuser-data: a\nuser-data: b\n", "[{'source':'1','message':'a'}]"},
+    {"BothInOneLine", "index\naddr: 1 user-data: a\n", "[{'source':'1 user-data: a','message':'a'}]"},
+    {"TextThatHoldsIndex", "index\naddr: 1\nuser-data: \"an index\"\naddr: 2\n",
+     "[{'source':'1'},{'source':'2'}]"},
+    {"Unquoted", "index\naddr: 1\nuser-data: a\n", "[{'source':'1','message':'a'}]"},
+    {"LeadingQuoteOnly", "index\naddr: 1\nuser-data: \"a\n", "[{'source':'1','message':'a'}]"},
+    {"TrailingQuoteOnly", "index\naddr: 1\nuser-data: a\"\n", "[{'source':'1','message':'a'}]"},
+    {"OneQuote", "index\naddr: 1\nuser-data: \"\n", "[{'source':'1','message':''}]"},
+    {"QuotedBlanks", "index\naddr: 1\nuser-data:  \" a \" \n", "[{'source':'1','message':' a '}]"},
+    {"EmptyValues", "index\naddr:\nuser-data:\n", "[{'source':'','message':''}]"},
+    {"EndsAtTheMarker", "index\nuser-data: a\naddr:", "[{'source':'','message':'a'}]"},
+    {"NoSender", "index\nuser-data: a\nindex\naddr: 1\n", "[{'source':'1'}]"},
+    {"HeaderThenEscapes", "index\naddr: 1\nuser-data: \"\\x05\\x00\\x03\\x2a\\x01\\x01\\n\\\\x41\\x1be\"\n",
+     "[{'source':'1','message':'\\nA€','part-id':42,'part-index':0,'part-count':1}]"},
+};
+class Message : public testing::TestWithParam<ListingRow> {};
+TEST_P(Message, IsParsed) {
+  const LogCapture quiet;
+  Json::Value records(Json::arrayValue);
+  for (Json::Value record : parseListing(lines(GetParam().text)).records) {
+    EXPECT_TRUE(record.removeMember("guid", nullptr) && record.removeMember("timestamp", nullptr));
+    records.append(record);
+  }
+  EXPECT_EQ(records, json(GetParam().records));
+}
+INSTANTIATE_ROWS(Message, kListingRows);
+
+TEST(Listing, CountsADroppedMessageAsFound) {
+  LogCapture log;
+  const Listing listing = parseListing(lines("index\nuser-data: a\n"));
+  EXPECT_TRUE(listing.foundMessage);
+  EXPECT_TRUE(listing.records.empty());
+  EXPECT_EQ(log.text(), "[WARNING] SMS recipient is empty\n");
+  EXPECT_FALSE(parseListing(lines("addr: 1\n")).foundMessage);
+}
+
+TEST(Listing, LogsEachMessage) {
+  LogCapture log;
+  parseListing(lines("index\naddr: 1\nuser-data: a\\nb\nindex\naddr: 2\n"));
+  EXPECT_EQ(log.text(), "[INFO] New sms from 1, message: a#012b\n[INFO] New sms from 2, message: \n");
+}
+
+TEST(Listing, NumbersRecordsNotMessages) {
+  const LogCapture quiet;
+  std::string text = "index\nno sender\n";
+  for (int i = 0; i < 120; ++i) text += "index\naddr: 1\n";
+  const std::vector<Json::Value> records = parseListing(lines(text)).records;
+  ASSERT_EQ(records.size(), 120u);
+  const std::pair<std::size_t, const char*> ordinals[] = {
+      {0, "00"}, {9, "09"}, {99, "99"}, {100, "100"}, {119, "119"}};
+  for (const auto& [i, ordinal] : ordinals)
+    EXPECT_TRUE(std::regex_match(records[i]["guid"].asString(), std::regex(std::string("\\d{14}") + ordinal)))
+        << records[i];
+  EXPECT_TRUE(std::regex_match(records[0]["timestamp"].asString(),
+                               std::regex("\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d")));
+}

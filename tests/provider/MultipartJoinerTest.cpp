@@ -1,0 +1,55 @@
+#include <gmock/gmock.h>
+
+#include "provider/MultipartJoiner.h"
+#include "tests/Json.h"
+#include "tests/Rows.h"
+
+struct JoinRow {
+  const char* name;
+  const char* records;
+  const char* joined;
+};
+const JoinRow kJoinRows[] = {
+    {"None", "[]", "[]"},
+    {"Single", "[{'message':'a'}]", "[{'message':'a'}]"},
+    {"Whole",
+     "[{'guid':'1','part-id':7,'part-index':1,'part-count':2,'message':'lo'},"
+     " {'guid':'2','part-id':7,'part-index':0,'part-count':2,'message':'Hel'}]",
+     "[{'guid':'1','message':'Hello'}]"},
+    {"Gap", "[{'part-id':7,'part-index':1,'part-count':2,'message':'lo'}]",
+     "[{'part-id':7,'part-index':1,'part-count':2,'message':' ... lo','parts':[null,'lo']}]"},
+    {"RepeatedPart",
+     "[{'part-id':7,'part-index':0,'part-count':1,'message':'old'},"
+     " {'part-id':7,'part-index':0,'part-count':1,'message':'new'}]",
+     "[{'message':'new'}]"},
+    {"BeyondTheFirstCount",
+     "[{'part-id':7,'part-index':0,'part-count':1,'message':'a'},"
+     " {'part-id':7,'part-index':2,'part-count':3,'message':'c'}]",
+     "[{'part-id':7,'part-index':0,'part-count':1,'message':'a ... c','parts':['a',null,'c']}]"},
+    {"SendersAreNotCompared",
+     "[{'source':'1','part-id':7,'part-index':0,'part-count':2,'message':'a'},"
+     " {'source':'2','part-id':7,'part-index':1,'part-count':2,'message':'b'}]",
+     "[{'source':'1','message':'ab'}]"},
+    {"SinglesFirstThenByReference",
+     "[{'part-id':9,'part-index':0,'part-count':1,'message':'nine'},"
+     " {'part-id':8,'part-index':0,'part-count':1,'message':'eight'}, {'message':'a'}]",
+     "[{'message':'a'}, {'message':'eight'}, {'message':'nine'}]"},
+};
+class Join : public testing::TestWithParam<JoinRow> {};
+TEST_P(Join, GroupsTheParts) {
+  const Json::Value records = json(GetParam().records);
+  Json::Value joined(Json::arrayValue);
+  for (const Json::Value& record : joinMultipartMessages({records.begin(), records.end()}))
+    joined.append(record);
+  EXPECT_EQ(joined.toStyledString(), json(GetParam().joined).toStyledString());
+}
+INSTANTIATE_ROWS(Join, kJoinRows);
+
+TEST(JoinParts, LeavesOtherRecordsAsTheyAre) {
+  for (const char* const text : {"{'message':'a','parts':['b']}", "{'message':'a','part-id':1}",
+                                 "{'message':'a','part-id':1,'parts':{}}", "[1]"}) {
+    Json::Value record = json(text);
+    joinParts(record);
+    EXPECT_EQ(record, json(text));
+  }
+}

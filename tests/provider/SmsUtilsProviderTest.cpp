@@ -1,0 +1,156 @@
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "provider/SmsUtilsProvider.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+#include "tests/TemporaryFolder.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+constexpr char calls[] = "/tmp/calls";
+constexpr char sent[] = "/tmp/sent";
+constexpr char twoMessages[] = "printf 'index\\naddr: 1\\nuser-data: a\\nindex\\naddr: 2\\n'";
+
+/// Plays the tool: a shell script that notes its calls.
+class SmsUtilsProviderTest : public testing::Test {
+ protected:
+  /// `body` runs for every call, with the words of the command line as "$*".
+  void tool(const std::string& body) {
+    writeFile(folder_.path + "/sms",
+              std::string("#!/bin/sh\necho \"$SMS_CONFIG $*\" >> ") + calls + "\n" + body + "\n");
+    std::filesystem::permissions(folder_.path + "/sms", std::filesystem::perms::owner_all);
+  }
+  void SetUp() override {
+    setenv("PATH", (folder_.path + ":" + path_).c_str(), 1);
+    writeFile("/var/log/veld.log", "");
+    std::remove(calls);
+  }
+  void TearDown() override { setenv("PATH", path_.c_str(), 1); }
+
+  LogCapture log_;
+  SmsUtilsProvider provider_;
+
+ private:
+  const std::string path_ = getenv("PATH");
+  const TemporaryFolder folder_;
+};
+
+constexpr char listCalls[] = "/etc/smsconfig list unread\n/etc/smsconfig list read\n";
+constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
+
+}  // namespace
+
+TEST_F(SmsUtilsProviderTest, TakesTheMessagesOffTheModem) {
+  tool(std::string("[ \"$*\" = 'list read' ] && ") + twoMessages);
+  EXPECT_EQ(provider_.receiveMessages().size(), 2u);
+  EXPECT_EQ(readFile(calls), std::string(listCalls) + deleteCall);
+  EXPECT_THAT(log_.text(), HasSubstr("Failed to delete SMS messages: [256]"));  // the script's own status
+}
+
+TEST_F(SmsUtilsProviderTest, DeletesNothingWithoutMessages) {
+  tool("echo no messages");
+  EXPECT_TRUE(provider_.receiveMessages().empty());
+  EXPECT_EQ(readFile(calls), listCalls);
+  EXPECT_EQ(log_.text(), "");
+}
+
+TEST_F(SmsUtilsProviderTest, JoinsTheParts) {
+  tool(R"([ "$*" = 'list read' ] && for part in 2 1; do
+            printf 'index\naddr: 1\nuser-data: "\\x05\\x00\\x03\\x2a\\x02\\x0%s%s"\n' $part $part; done; true)");
+  const auto records = provider_.receiveMessages();
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_EQ(records[0]["message"], "12");
+}
+
+TEST_F(SmsUtilsProviderTest, CutsALineAt1023Characters) {
+  const std::string text(1023 - std::string("user-data: ").size(), 'x');
+  tool("[ \"$*\" = 'list read' ] && printf 'index\\naddr: 1\\nuser-data: %saddr\\n' " + text);
+  EXPECT_EQ(provider_.receiveMessages().at(0)["message"], text);
+}
+
+TEST_F(SmsUtilsProviderTest, TakesAMissingTool) {
+  EXPECT_TRUE(provider_.receiveMessages().empty());
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1'}")));
+}
+
+// The tool stops in the middle of a line, sends SIGTERM, and goes on; it must be free to be ended by one
+// itself.
+TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
+  struct sigaction action {
+  }, before{};
+  static volatile std::sig_atomic_t signals;
+  signals = 0;
+  action.sa_handler = [](int) { signals = signals + 1; };
+  sigaction(SIGTERM, &action, &before);
+  tool("[ \"$*\" = 'list read' ] || exit 0; grep SigBlk /proc/self/status >> " + std::string(calls) +
+       "; printf 'index\\naddr: 1\\nuser-'; kill -TERM " + std::to_string(getpid()) +
+       "; sleep 0.1; printf 'data: a\\nindex\\naddr: 2\\n'");
+  EXPECT_EQ(provider_.receiveMessages().size(), 2u);
+  sigaction(SIGTERM, &before, nullptr);
+  EXPECT_EQ(signals, 1);
+  EXPECT_EQ(readFile(calls), std::string(listCalls) + "SigBlk:\t0000000000000000\n" + deleteCall);
+}
+
+struct SendRow {
+  const char* name;
+  const char* record;
+  const char* tool;  ///< what it does with the send call
+  bool result;
+  const char* text;  ///< what it was given to send
+  const char* log;   ///< the end of what is logged
+};
+constexpr char sendLine[] =
+    "[INFO] bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send -f /tmp/sms/sms-tmp +49 >> "
+    "/var/log/veld.log "
+    "2>&1'\n";
+const SendRow kSendRows[] = {
+    {"Text", "{'recipient':'+49','message':'two\\nlines'}", "", true, "two\nlines", sendLine},
+    {"NoText", "{'recipient':'+49'}", "", true, "", sendLine},
+    {"UpToANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
+    {"Refused", "{'recipient':'+49','message':'a'}", "exit 3", false, "a",
+     "[ERROR] Error to send SMS. Error: 768\n"},
+    {"Killed", "{'recipient':'+49','message':'a'}", "kill -9 $$", false, "a",
+     "[ERROR] Error to send SMS. Error: 35072\n"},
+    {"FileTakenAway", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp", true, "a",
+     "[ERROR] Error to remove file rm /tmp/sms/sms-tmp: [0][Success]\n"},
+    {"EmptyRecipient", "{'recipient':'','message':'a'}", "", false, "unsent",
+     "[INFO] SMS recipient is empty\n"},
+    {"NoRecipient", "{}", "", false, "unsent", "[INFO] SMS recipient is empty\n"},
+    {"NoRecord", "[1]", "", false, "unsent", "[INFO] SMS recipient is empty\n"},
+};
+class Send : public SmsUtilsProviderTest, public testing::WithParamInterface<SendRow> {};
+TEST_P(Send, HandsTheTextToTheTool) {
+  writeFile(sent, "unsent");
+  tool(std::string("cat \"$4\" > ") + sent + "; echo said; " + GetParam().tool);
+  errno = 0;
+  EXPECT_EQ(provider_.sendMessage(json(GetParam().record)), GetParam().result);
+  EXPECT_EQ(readFile(sent), GetParam().text);
+  EXPECT_THAT(log_.text(), testing::EndsWith(GetParam().log));
+  EXPECT_FALSE(std::filesystem::exists("/tmp/sms/sms-tmp"));
+}
+INSTANTIATE_ROWS(Send, kSendRows);
+
+TEST_F(SmsUtilsProviderTest, AppendsTheToolsOutputToItsLog) {
+  tool("echo said; echo wrong >&2");
+  provider_.sendMessage(json("{'recipient':'1'}"));
+  provider_.sendMessage(json("{'recipient':'1'}"));
+  EXPECT_EQ(readFile("/var/log/veld.log"), "said\nwrong\nsaid\nwrong\n");
+}
+
+TEST_F(SmsUtilsProviderTest, FailsWhereItsFolderIsGone) {
+  std::filesystem::remove_all("/tmp/sms");
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1'}")));
+  EXPECT_EQ(log_.text(),
+            "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");
+}
+
+TEST_F(SmsUtilsProviderTest, ThrowsForARecordOfTheWrongShape) {
+  EXPECT_THROW(provider_.sendMessage(json("{'recipient':{}}")), Json::LogicError);
+  EXPECT_THROW(provider_.sendMessage(json("{'recipient':'1','message':[]}")), Json::LogicError);
+}

@@ -1,0 +1,157 @@
+#include <gmock/gmock.h>
+
+#include "provider/UserData.h"
+#include "tests/Json.h"
+#include "tests/Rows.h"
+
+struct ByteRow {
+  const char* name;
+  const char* text;
+  int byte;
+  std::size_t cursor;  ///< where it stands afterwards
+};
+const ByteRow kByteRows[] = {
+    {"Plain", "a", 'a', 1},
+    {"PlainHighByte", "\xE9", 0xE9, 1},
+    {"HexUpper", "\\xFF", 255, 4},
+    {"HexLower", "\\xa0", 160, 4},
+    {"HexNoDigit", "\\xg0", -1, 4},
+    {"HexOneDigit", "\\x1", -1, 4},
+    {"HexNoDigits", "\\x", -1, 4},
+    {"Quote", "\\\"", '"', 2},
+    {"Apostrophe", "\\'", '\'', 2},
+    {"QuestionMark", "\\?", '?', 2},
+    {"Backslash", "\\\\", '\\', 2},
+    {"Bell", "\\a", 7, 2},
+    {"VerticalTab", "\\v", 11, 2},
+    {"UnknownInsideTheTable", "\\e", -1, 2},
+    {"BelowTheTable", "\\!", -1, 2},
+    {"AboveTheTable", "\\w", -1, 2},
+    {"HighByteBehindBackslash", "\\\xE9", -1, 2},
+    {"LoneBackslash", "\\", -1, 2},
+    {"End", "", 0, 1},
+};
+class EscapedByte : public testing::TestWithParam<ByteRow> {};
+TEST_P(EscapedByte, IsRead) {
+  std::size_t cursor = 0;
+  EXPECT_EQ(readEscapedByte(cursor, GetParam().text), GetParam().byte);
+  EXPECT_EQ(cursor, GetParam().cursor);
+}
+INSTANTIATE_ROWS(EscapedByte, kByteRows);
+
+TEST(EscapedByte, IsZeroPastTheEnd) {
+  std::size_t cursor = 1000;
+  EXPECT_EQ(readEscapedByte(cursor, "abc"), 0);
+}
+
+struct HeaderRow {
+  const char* name;
+  const char* text;
+  const char* record;
+  const char* rest;
+};
+const HeaderRow kHeaderRows[] = {
+    {"PlainText", "Hello", "null", "Hello"},
+    {"Empty", "", "null", ""},
+    {"Reference8", R"(\x05\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
+     "Hello"},
+    {"Reference16", R"(\x06\x08\x04\x12\x34\x03\x02abc)", "{'part-id':4660,'part-index':1,'part-count':3}",
+     "abc"},
+    {"UndecodableReference16", R"(\x06\x08\x04\xzz\x34\x03\x02)",
+     "{'part-id':65332,'part-index':1,'part-count':3}", ""},
+    {"FillOctet", R"(\x05\x00\x03\x2a\x02\x01\x00Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
+     "Hello"},
+    {"OneFillOctetOnly", R"(\x05\x00\x03\x2a\x02\x01\x00\x00)",
+     "{'part-id':42,'part-index':0,'part-count':2}", R"(\x00)"},
+    {"PrintedOctets", R"(\x05\x00\x03*\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
+     "Hello"},
+    {"NamedEscapes", R"(\a\x00\x03\n\t\b!)", "{'part-id':10,'part-index':7,'part-count':9}", "!"},
+    {"AnyHeaderLength", R"(\x63\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
+     "Hello"},
+    {"NoHeaderLength", R"(\x00\x00\x03\x2a\x02\x01Hello)", "null", R"(\x00\x00\x03\x2a\x02\x01Hello)"},
+    {"OtherElement", R"(\x05\x05\x03\x2a\x02\x01Hello)", "null", R"(\x05\x05\x03\x2a\x02\x01Hello)"},
+    {"WrongLength8", R"(\x05\x00\x04\x2a\x02\x01Hello)", "null", R"(\x05\x00\x04\x2a\x02\x01Hello)"},
+    {"WrongLength16", R"(\x06\x08\x03\x12\x34\x03\x02)", "null", R"(\x06\x08\x03\x12\x34\x03\x02)"},
+    {"UndecodableReference8", R"(\x05\x00\x03\xzz\x02\x01)", "null", R"(\x05\x00\x03\xzz\x02\x01)"},
+    {"UndecodableCount", R"(\x05\x00\x03\x2a\xzz\x01)", "null", R"(\x05\x00\x03\x2a\xzz\x01)"},
+    {"UndecodableNumber", R"(\x05\x00\x03\x2a\x02\xzz)", "null", R"(\x05\x00\x03\x2a\x02\xzz)"},
+    {"NumberZero", R"(\x05\x00\x03\x2a\x02\x00Hello)", "null", "Hello"},
+    {"NumberAboveCount", R"(\x05\x00\x03\x2a\x02\x03Hello)", "null", "Hello"},
+    {"CutBehindReference", R"(\x05\x00\x03\x2a)", "null", ""},
+    {"CutInsideNumber", R"(\x05\x00\x03\x2a\x02\x0)", "null", R"(\x05\x00\x03\x2a\x02\x0)"},
+};
+class Header : public testing::TestWithParam<HeaderRow> {};
+TEST_P(Header, IsTakenOff) {
+  Json::Value record;
+  std::string text = GetParam().text;
+  parseUserDataHeader(record, text);
+  EXPECT_EQ(record, json(GetParam().record));
+  EXPECT_EQ(text, GetParam().rest);
+}
+INSTANTIATE_ROWS(Header, kHeaderRows);
+
+struct TextRow {
+  const char* name;
+  const char* text;
+  const char* result;
+};
+const TextRow kUnescapeRows[] = {
+    {"Plain", "abc", "abc"},
+    {"All", R"(\"\\\n\r\t)", "\"\\\n\r\t"},
+    {"BackslashIsNotLookedAtAgain", R"(a\\nb)", R"(a\nb)"},
+    {"HexStays", R"(\x41)", R"(\x41)"},
+    {"OtherEscapesStay", R"(\a\?\')", R"(\a\?\')"},
+    {"OtherEscapeHidesABackslash", R"(\\x\q\\n)", R"(\x\q\n)"},
+    {"LoneBackslash", "a\\", "a\\"},
+};
+class Unescape : public testing::TestWithParam<TextRow> {};
+TEST_P(Unescape, ResolvesItsFiveEscapes) {
+  std::string text = GetParam().text;
+  unescapeText(text);
+  EXPECT_EQ(text, GetParam().result);
+}
+INSTANTIATE_ROWS(Unescape, kUnescapeRows);
+
+const TextRow kDecodeRows[] = {
+    {"Plain", "abc", "abc"},
+    {"HighBytesPass", "é\xFF", "é\xFF"},
+    {"At", R"(\x00)", "@"},
+    {"Cedilla", R"(\x09)", "Ç"},
+    {"LineFeed", R"(\x0a)", "\n"},
+    {"UpperSecondDigit", R"(\x0A)", "\n"},
+    {"Greek", R"(\x10\x1a)", "ΔΞ"},
+    {"LastOfTheDefaultAlphabet", R"(\x7f)", "à"},
+    {"FirstOfTheExtension", R"(\x80)", "?"},
+    {"FormFeed", R"(\x8f)", "\f"},
+    {"PublishedFormFeed", R"(\x8a)", "?"},
+    {"Circumflex", R"(\x93)", "^"},
+    {"PublishedCircumflex", R"(\x94)", "?"},
+    {"Braces", R"(\xa8\xa9)", "{}"},
+    {"LastDecodable", R"(\xaf)", "\\"},
+    {"UpperFirstDigitEnds", R"(A\x41\xB1\x41)", R"(AA\xB1\x41)"},
+    {"LowerBEnds", R"(\x41\xb1\x41)", R"(A\xb1\x41)"},
+    {"NoDigitEnds", R"(\x41\x\x41)", R"(A\x\x41)"},
+    {"NoSecondDigit", R"(\x4g)", "è"},
+    {"HexPrefix", R"(\x0x41)", "@41"},
+    {"CutBehindX", R"(a\x)", R"(a\x)"},
+    {"CutBehindOneDigit", R"(a\x4)", "aè"},
+    {"DoubledBackslash", R"(\\x41)", "\\A"},
+    {"EscapeEuro", R"(\x1Be)", "€"},
+    {"EscapeBrackets", R"(\x1b(\x1b)\x1b/\x1b<\x1b=\x1b>)", "{}\\[~]"},
+    {"EscapeAt", R"(\x1b@)", "?"},
+    {"EscapeWithoutExtension", R"(\x1bA)", "?"},
+    {"EscapeFirstByteOfTwo", "\\x1b\xC3\xA4", "?\xA4"},
+    {"EscapeUnknownCharacter", R"(\x1b[b)", "b"},
+    {"EscapeAtTheEnd", R"(a\x1b)", "a"},
+    {"EscapeBeforeEscape", R"(\x1B\x14)", "x14"},
+    {"ByteBehindNothingIsPassedOver", R"(\x1b[\x41\x41)", R"(\x41A)"},
+    {"BackslashFromATableBeginsNothing", R"(\xafx41)", R"(\x41)"},
+};
+class Decode : public testing::TestWithParam<TextRow> {};
+TEST_P(Decode, ReplacesHexEscapes) {
+  const std::string text = GetParam().text;
+  std::vector<char> bytes(text.begin(), text.end());
+  decodeGsmEscapes(bytes);
+  EXPECT_EQ(std::string(bytes.begin(), bytes.end()), GetParam().result);
+}
+INSTANTIATE_ROWS(Decode, kDecodeRows);
