@@ -11,8 +11,11 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
+// By the JSON library's order of values, which puts every unsigned number, and text, behind every signed one.
+// An unsigned 0 is what a last failed retry leaves.
 bool mayRetry(const Json::Value& record) {
-  return MessageRecord::member(record, Key::Retries) > Json::Value(0);
+  const Json::Value& retries = MessageRecord::member(record, Key::Retries);
+  return retries > Json::Value(0) && retries != Json::Value(0u);
 }
 
 void retry(SmsProvider& provider, ICollectionStorage& storage, const Json::Value& record) {

@@ -4,22 +4,32 @@
 
 #include <string>
 
-/// Collects what is logged, from its construction to the call of text().
+/// Collects what is logged, and what goes to standard output, from its construction to the call of text() or
+/// echo(), of which a test calls one, and once.
 class LogCapture {
  public:
-  LogCapture() { testing::internal::CaptureStderr(); }
-  ~LogCapture() {
-    if (!read_) testing::internal::GetCapturedStderr();
+  LogCapture() {
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
   }
+  ~LogCapture() { stop(); }
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  /// Every line so far; call it once.
-  std::string text() {
-    read_ = true;
-    return testing::internal::GetCapturedStderr();
-  }
+  /// Every line that was logged.
+  std::string text() { return stop(), log_; }
+
+  /// Everything on standard output.
+  std::string echo() { return stop(), echo_; }
 
  private:
-  bool read_ = false;
+  void stop() {
+    if (stopped_) return;
+    stopped_ = true;
+    log_ = testing::internal::GetCapturedStderr();
+    echo_ = testing::internal::GetCapturedStdout();
+  }
+
+  bool stopped_ = false;
+  std::string log_, echo_;
 };

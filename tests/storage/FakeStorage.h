@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "storage/ICollectionStorage.h"
+#include "tests/Json.h"
 
 /// Keeps records in memory, in the order in which they came; a record counts as its filter's when they are
 /// equal or their "guid" is the same.
@@ -11,7 +12,7 @@ class FakeStorage final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override {
     remove(record, status);
-    records[status].push_back(record);
+    records[status].push_back(json(record.toStyledString()));
   }
 
   void remove(const Json::Value& filter, int status) override {

@@ -1,0 +1,102 @@
+#include <gmock/gmock.h>
+
+#include "commands/SMSCMD.h"
+#include "commands/SMSCommandConfig.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+
+namespace {
+constexpr char least[] =
+    "{'enabled':true,'checkinEnabled':true,'rebootEnabled':false,'whitelist':{'enabled':true,'numbers':[1]},"
+    "'password':{'enabled':true,'text':'secret'}}";
+}
+
+struct FlagRow {
+  const char* name;  ///< the key
+  int command;
+};
+const FlagRow kFlagRows[] = {
+    {"checkinEnabled", SMSCMD_CHECKIN},
+    {"rebootEnabled", SMSCMD_REBOOT},
+    {"rmEnabled", SMSCMD_RM},
+    {"setCellularEnabled", SMSCMD_SETCELLULAR},
+    {"apnEnabled", SMSCMD_APN},
+    {"cellularStatusEnabled", SMSCMD_CELLULARSTATUS},
+    {"radioEnabled", SMSCMD_RADIO},
+    {"ethernetEnabled", SMSCMD_ETHERNET},
+    {"wanStatusEnabled", SMSCMD_WAN},
+    {"wifiEnabled", SMSCMD_WIFI},
+    {"pingEnabled", SMSCMD_PING},
+    {"serialEnabled", SMSCMD_SERIAL},
+    {"geopositionEnabled", SMSCMD_GEOPOSITION},
+    {"lnsRestartEnabled", SMSCMD_LNSRESTART},
+    {"wanIpsEnabled", SMSCMD_WANIPS},
+};
+class Flag : public testing::TestWithParam<FlagRow> {};
+TEST_P(Flag, PermitsItsCommandOnly) {
+  Json::Value settings = json(least);
+  settings["checkinEnabled"] = false;
+  settings["enabled"] = false;  // plays no part
+  settings[GetParam().name] = true;
+  SMSCommandConfig config;
+  ASSERT_TRUE(config.setConfig(settings));
+  for (int command = -1; command <= 16; ++command)
+    EXPECT_EQ(config.isCommandEnabled(command), command == GetParam().command) << command;
+}
+INSTANTIATE_ROWS(Flag, kFlagRows);
+
+TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
+  const SMSCommandConfig config;
+  for (int command = 0; command <= 16; ++command) EXPECT_FALSE(config.isCommandEnabled(command));
+  EXPECT_FALSE(config.enabled || config.whitelistEnabled || config.passwordEnabled);
+}
+
+struct RefusalRow {
+  const char* name;
+  const char* without;  ///< the member that is taken away, as KEY or KEY.KEY
+  const char* log;
+  bool flagsRead, whitelistRead;
+};
+constexpr char unparsable[] =
+    "[ERROR] SMSCommandConfig::setConfig: Unable to parse SMS Commands configuration\n";
+constexpr char noWhitelist[] =
+    "[ERROR] SMSCommandConfig::setConfig: Whitelist enable or numbers setting missing\n";
+constexpr char noPassword[] =
+    "[ERROR] SMSCommandConfig::setConfig: Password enable or text setting missing\n";
+const RefusalRow kRefusalRows[] = {
+    {"Enabled", "enabled", unparsable, false, false},
+    {"Whitelist", "whitelist", unparsable, false, false},
+    {"Password", "password", unparsable, false, false},
+    {"Checkin", "checkinEnabled", unparsable, false, false},
+    {"Reboot", "rebootEnabled", unparsable, false, false},
+    {"WhitelistEnabled", "whitelist.enabled", noWhitelist, true, false},
+    {"WhitelistNumbers", "whitelist.numbers", noWhitelist, true, false},
+    {"PasswordEnabled", "password.enabled", noPassword, true, true},
+    {"PasswordText", "password.text", noPassword, true, true},
+};
+class Refusal : public testing::TestWithParam<RefusalRow> {};
+TEST_P(Refusal, NamesWhatIsMissing) {
+  const RefusalRow& row = GetParam();
+  Json::Value settings = json(least);
+  const std::string path = row.without;
+  const std::size_t dot = path.find('.');
+  Json::Value& holder = dot == std::string::npos ? settings : settings[path.substr(0, dot)];
+  ASSERT_TRUE(holder.removeMember(dot == std::string::npos ? path : path.substr(dot + 1), nullptr));
+  SMSCommandConfig config;
+  LogCapture log;
+  EXPECT_FALSE(config.setConfig(settings));
+  EXPECT_EQ(log.text(), row.log);
+  EXPECT_EQ(config.config, settings);
+  EXPECT_EQ(config.enabled && config.checkinEnabled, row.flagsRead);
+  EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), row.whitelistRead);
+  EXPECT_FALSE(config.passwordEnabled || !config.password.empty());
+}
+INSTANTIATE_ROWS(Refusal, kRefusalRows);
+
+TEST(SMSCommandConfig, ThrowsForAValueOfTheWrongType) {
+  Json::Value settings = json(least);
+  settings["enabled"] = "true";
+  SMSCommandConfig config;
+  EXPECT_THROW(config.setConfig(settings), Json::LogicError);
+}

@@ -1,0 +1,77 @@
+#include <gmock/gmock.h>
+
+#include "commands/SMSCommandExecutor.h"
+#include "tests/CannedApi.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+
+namespace {
+
+constexpr char url[] = "http://localhost/api/command/sms_send";
+constexpr char noTransfer[] = "[ERROR] SMSCommandExecutor::sendCommand curl_easy_perform failed\n";
+constexpr char noJson[] = "[ERROR] SMSCommandExecutor::sendCommand failed to parse Json response object\n";
+
+std::string requestFailed(const char* code) {
+  return "[ERROR] SMSCommandExecutor::sendCommand request failed with response code: " + std::string(code) +
+         "\n";
+}
+
+}  // namespace
+
+struct AnswerRow {
+  const char* name;
+  std::string answer;
+  std::string log;  ///< empty for success
+};
+const AnswerRow kAnswerRows[] = {
+    {"Success", CannedApi::ok("{\"code\": 200}"), ""},
+    {"HttpStatusIsNotLookedAt", "HTTP/1.1 500 Error\r\n\r\n{\"code\": 200}", ""},
+    {"OtherCode", CannedApi::ok("{\"code\": 500}"), requestFailed("500")},
+    {"NegativeCode", CannedApi::ok("{\"code\": -1}"), requestFailed("-1")},
+    {"NoCode", CannedApi::ok("{}"), requestFailed("0")},
+    {"NullCode", CannedApi::ok("{\"code\": null}"), requestFailed("0")},
+    {"NoJson", CannedApi::ok("OK"), noJson},
+    {"NoBody", CannedApi::ok(""), noJson},
+    {"TextBehind", CannedApi::ok("{\"code\": 200} x"), noJson},
+    {"Large", CannedApi::ok("{\"code\": 200, \"x\": \"" + std::string(100000, 'x') + "\"}"), ""},
+    {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", noJson},
+    {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200}", noTransfer},
+    {"HungUp", "", noTransfer},
+};
+class Answer : public testing::TestWithParam<AnswerRow> {};
+TEST_P(Answer, IsJudgedByItsCode) {
+  const CannedApi api(GetParam().answer);
+  LogCapture log;
+  EXPECT_EQ(SMSCommandExecutor(url).sendCommand(url, "{}"), GetParam().log.empty());
+  EXPECT_EQ(log.text(), GetParam().log);
+}
+INSTANTIATE_ROWS(Answer, kAnswerRows);
+
+TEST(SMSCommandExecutor, ThrowsForAnAnswerOfTheWrongShape) {
+  for (const char* const body : {"{\"code\": \"200\"}", "[200]"}) {
+    const CannedApi api(CannedApi::ok(body));
+    const LogCapture quiet;
+    EXPECT_THROW(SMSCommandExecutor(url).sendCommand(url, "{}"), Json::LogicError) << body;
+  }
+}
+
+TEST(SMSCommandExecutor, EchoesTheAnswer) {
+  const CannedApi api(CannedApi::ok("not JSON"));
+  LogCapture log;
+  SMSCommandExecutor(url).sendCommand(url, "{}");
+  EXPECT_EQ(log.echo(), "SMSCommandExecutor::sendCommand: buff = [not JSON]\n");
+}
+
+TEST(SMSCommandExecutor, SendsAMessage) {
+  CannedApi api(CannedApi::ok("{\"code\": 500}"));
+  LogCapture log;
+  EXPECT_FALSE(SMSCommandExecutor(url).execute("+49170", "a \"b\""));
+  EXPECT_THAT(api.request(),
+              testing::EndsWith("\r\n\r\n{\"recipients\": [\"+49170\"], \"message\": \"a \"b\"\"}"));
+  EXPECT_EQ(log.text(), "[INFO] SMSCommandExecutor sending [" + std::string(url) +
+                            "] command to [+49170] with [a \"b\"] message\n"
+                            "[INFO] SMSCommandExecutor::execute postFields = {\"recipients\": [\"+49170\"], "
+                            "\"message\": \"a \"b\"\"}\n" +
+                            requestFailed("500") +
+                            "[ERROR] SMSCommandExecutor::execute sendCommand failed\n");
+}

@@ -1,0 +1,231 @@
+#include <gmock/gmock.h>
+
+#include "commands/SMSCommand.h"
+#include "tests/CannedApi.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+namespace {
+
+Json::Value settings() {
+  Json::Value all = json(
+      "{'enabled':true,'whitelist':{'enabled':false,'numbers':[1234567,'+49170']},"
+      "'password':{'enabled':false,'text':'secret'}}");
+  for (const char* const command :
+       {"checkin", "reboot", "rm", "setCellular", "apn", "cellularStatus", "radio", "ethernet", "wanStatus",
+        "wifi", "ping", "serial", "geoposition", "lnsRestart", "wanIps"})
+    all[std::string(command) + "Enabled"] = true;
+  return all;
+}
+
+}  // namespace
+
+struct ParseRow {
+  const char* name;
+  const char* message;
+  SMSCMD id;  ///< SMSCMD_UNKNOWN when the message is refused
+  const char* password;
+  std::vector<std::string> args;
+  const char* log;  ///< the last line
+};
+constexpr char parsed[] = "[INFO] SMSCommand::parseCommand: ]args\n";
+constexpr char noContent[] =
+    "[ERROR] SMSCommand::parseCommand: strBegin == std::string:npos, no content in SMS command\n";
+constexpr char noPasswordOrCommand[] =
+    "[ERROR] SMSCommand::parseCommand: failed to find password or command\n";
+constexpr char invalidEmpty[] = "[ERROR] SMSCommand::parseCommand: Invalid command string []\n";
+const ParseRow kParseRows[] = {
+    {"CommandAlone", "#checkin", SMSCMD_CHECKIN, "", {}, parsed},
+    {"BlanksAround", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
+    {"Arguments", "#ping 8.8.8.8 3", SMSCMD_PING, "", {"8.8.8.8", "3"}, parsed},
+    {"Password", "p secret #Checkin", SMSCMD_CHECKIN, "secret", {}, parsed},
+    {"CapitalMarker", "P secret #checkin a", SMSCMD_CHECKIN, "secret", {"a"}, parsed},
+    {"PasswordWithHash", "p #a,b! #checkin", SMSCMD_CHECKIN, "#a,b!", {}, parsed},
+    {"TwoBlanksBeforeAnArgument", "#ping  a", SMSCMD_PING, "", {"", "a"}, parsed},
+    {"TabInside",
+     "#ping\ta",
+     SMSCMD_UNKNOWN,
+     "",
+     {},
+     "[ERROR] SMSCommand::parseCommand: Invalid command string [ping#011a]\n"},
+    {"LineFeedAround",
+     "#ping\n",
+     SMSCMD_UNKNOWN,
+     "",
+     {},
+     "[ERROR] SMSCommand::parseCommand: Invalid command string [ping#012]\n"},
+    {"Empty", "", SMSCMD_UNKNOWN, "", {}, noContent},
+    {"BlanksOnly", " \t ", SMSCMD_UNKNOWN, "", {}, noContent},
+    {"NoHash", "checkin", SMSCMD_UNKNOWN, "", {"checkin"}, noPasswordOrCommand},
+    {"MarkerAlone", "p", SMSCMD_UNKNOWN, "", {"p"}, noPasswordOrCommand},
+    {"MarkerInAWord", "password #checkin", SMSCMD_UNKNOWN, "", {"password", "#checkin"}, noPasswordOrCommand},
+    {"NoCommandBehindPassword",
+     "p secret",
+     SMSCMD_UNKNOWN,
+     "secret",
+     {"p", "secret"},
+     "[ERROR] SMSCommand::parseCommand: failed to find a command in SMS message\n"},
+    {"NoHashBehindPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalidEmpty},
+    {"TwoBlanksBeforeTheCommand", "p secret  #checkin", SMSCMD_UNKNOWN, "secret", {"#checkin"}, invalidEmpty},
+    {"PasswordOfTwoWords", "p my secret #checkin", SMSCMD_UNKNOWN, "my", {"#checkin"}, invalidEmpty},
+    {"HashAlone", "#", SMSCMD_UNKNOWN, "", {}, invalidEmpty},
+    {"UnknownKeyword",
+     "#Format",
+     SMSCMD_UNKNOWN,
+     "",
+     {},
+     "[ERROR] SMSCommand::parseCommand: Invalid command string [format]\n"},
+    {"KeywordAndMore",
+     "#pings",
+     SMSCMD_UNKNOWN,
+     "",
+     {},
+     "[ERROR] SMSCommand::parseCommand: Invalid command string [pings]\n"},
+};
+class Parse : public testing::TestWithParam<ParseRow> {};
+TEST_P(Parse, FindsTheCommand) {
+  const ParseRow& row = GetParam();
+  const SMSCommand commands(settings());
+  ParsedSMSCommand command;
+  LogCapture log;
+  EXPECT_EQ(commands.parseCommand(row.message, command), row.id != SMSCMD_UNKNOWN);
+  EXPECT_THAT(log.text(), EndsWith(row.log));
+  EXPECT_EQ(command.id, row.id);
+  EXPECT_EQ(command.password, row.password);
+  EXPECT_EQ(command.args, row.args);
+}
+INSTANTIATE_ROWS(Parse, kParseRows);
+
+TEST(Parse, LogsWhatItFound) {
+  const SMSCommand commands(settings());
+  ParsedSMSCommand command;
+  LogCapture log;
+  commands.parseCommand(" p secret #ping a b", command);
+  EXPECT_EQ(log.text(),
+            "[INFO] SMSCommand::parseCommand message = [p secret #ping a b]\n"
+            "[INFO] SMSCommand::parseCommand: cmd [SMSCMD_PING] pass[secret] argc[2] argv[\n"
+            "[INFO]              a\n[INFO]              b\n[INFO] SMSCommand::parseCommand: ]args\n");
+}
+
+struct ValidateRow {
+  const char* name;
+  const char* changes;  ///< merged into "whitelist", "password" or the settings themselves
+  const char* message;
+  const char* source;
+  const char* log;  ///< the last line; a refusal's is an error
+};
+constexpr char succeeded[] = "[INFO] SMSCommand::validateSMSCommand validation of command succeeded.\n";
+constexpr char disabled[] = "[ERROR] SMSCommand::validateSMSCommand: SMS Commands are disabled\n";
+constexpr char stranger[] = "[ERROR] SMSCommand::whiteListGood phone number not in white list\n";
+constexpr char wrongPassword[] = "[ERROR] SMSCommand::passwordGood password did not match\n";
+constexpr char listOn[] = "{'whitelist':{'enabled':true}}";
+constexpr char passwordOn[] = "{'password':{'enabled':true}}";
+const ValidateRow kValidateRows[] = {
+    {"Anybody", "{}", "#ping", "4567890", succeeded},
+    {"FlagIsNotLookedAt", "{'pingEnabled':false}", "#ping", "4567890", succeeded},
+    {"Disabled", "{'enabled':false}", "#ping", "1234567", disabled},
+    {"ListedNumber", listOn, "#ping", "1234567", succeeded},
+    {"ListedText", listOn, "#ping", "+49170", succeeded},
+    {"Stranger", listOn, "#ping", "4567890", stranger},
+    {"StrangerBeforeTheText", listOn, "", "4567890", stranger},
+    {"PlusMissing", listOn, "#ping", "49170", stranger},
+    {"BeginOfAListedNumber", listOn, "#ping", "123456", stranger},
+    {"ListedNumberAndMore", listOn, "#ping", "12345678", stranger},
+    {"NoNumber", listOn, "#ping", "", stranger},
+    {"EmptyList", "{'whitelist':{'enabled':true,'numbers':[]}}", "#ping", "1234567", stranger},
+    {"NoCommand", "{}", "hello", "1234567", noPasswordOrCommand},
+    {"RightPassword", passwordOn, "p secret #ping", "4567890", succeeded},
+    {"WrongPassword", passwordOn, "p Secret #ping", "4567890", wrongPassword},
+    {"BeginOfThePassword", passwordOn, "p secre #ping", "4567890", wrongPassword},
+    {"NoPassword", passwordOn, "#ping", "4567890", wrongPassword},
+    {"EmptyPassword", "{'password':{'enabled':true,'text':''}}", "#ping", "4567890", succeeded},
+    {"PasswordNotAskedFor", "{}", "p wrong #ping", "4567890", succeeded},
+    {"StrangerWithPassword", "{'whitelist':{'enabled':true},'password':{'enabled':true}}", "p secret #ping",
+     "4567890", stranger},
+};
+class Validate : public testing::TestWithParam<ValidateRow> {};
+TEST_P(Validate, LetsNoStrangerIn) {
+  const ValidateRow& row = GetParam();
+  Json::Value all = settings();
+  const Json::Value changes = json(row.changes);
+  for (const std::string& key : changes.getMemberNames()) {
+    if (!changes[key].isObject())
+      all[key] = changes[key];
+    else
+      for (const std::string& inner : changes[key].getMemberNames()) all[key][inner] = changes[key][inner];
+  }
+  SMSCommand commands(all);
+  ASSERT_TRUE(commands.loadConfig());
+  LogCapture log;
+  EXPECT_EQ(commands.validateSMSCommand(row.message, row.source), row.log == succeeded);
+  EXPECT_THAT(log.text(), EndsWith(row.log));
+}
+INSTANTIATE_ROWS(Validate, kValidateRows);
+
+struct RequestRow {
+  const char* name;
+  const char* message;
+  const char* path;
+  const char* args;  ///< as they stand in the body
+};
+const RequestRow kRequestRows[] = {
+    {"Checkin", "#checkin", "checkin_to_quillo_sms", ""},
+    {"Reboot", "p secret #reboot", "sms_restart", ""},
+    {"Rm", "#rm a", "set_rm_through_sms", "\"a\""},
+    {"SetCellular", "#setcellular a b c", "set_cellular_through_sms", "\"a\",\"b\",\"c\""},
+    {"Apn", "#apn", "send_apn_through_sms", ""},
+    {"Cellular", "#cellular", "send_cellularstatus_sms", ""},
+    {"Radio", "#radio", "send_radiostatus_sms", ""},
+    {"Ethernet", "#ethernet", "send_ethernetstatus_sms", ""},
+    {"Wan", "#wan", "send_wanstatus_sms", ""},
+    {"Wifi", "#wifi", "send_wifistatus_sms", ""},
+    {"Ping", "#ping 8.8.8.8 3", "do_ping_through_sms", "\"8.8.8.8\",\"3\""},
+    {"Serial", "#serial", "send_serialstatus_sms", ""},
+    {"Geoposition", "#geoposition", "send_geoposition_sms", ""},
+    {"LnsRestart", "#lnsrestart", "lns_restart_sms", ""},
+    {"WanIps", "#wanips", "send_wanips_sms", ""},
+    {"NothingIsEscaped", "#ping \"\\", "do_ping_through_sms", "\"\"\\\""},
+};
+class Request : public testing::TestWithParam<RequestRow> {};
+TEST_P(Request, IsPosted) {
+  SMSCommand commands(settings());
+  ASSERT_TRUE(commands.loadConfig());
+  CannedApi api(CannedApi::ok("{\"code\": 200}"));
+  LogCapture log;
+  EXPECT_TRUE(commands.executeCommand(GetParam().message, "+49170"));
+  const std::string& request = api.request();
+  EXPECT_THAT(request,
+              testing::StartsWith("POST /api/command/" + std::string(GetParam().path) + " HTTP/1.1\r\n"));
+  EXPECT_THAT(request, HasSubstr("\r\nContent-Type: application/json\r\n"));
+  EXPECT_THAT(request, EndsWith("\r\n\r\n{\"recipients\": [\"+49170\"], \"args\": [" +
+                                std::string(GetParam().args) + "]}"));
+  EXPECT_THAT(log.text(), testing::Not(HasSubstr("ERROR")));
+}
+INSTANTIATE_ROWS(Request, kRequestRows);
+
+TEST(Execute, RefusesACommandThatIsNotPermitted) {
+  Json::Value all = settings();
+  all["pingEnabled"] = false;
+  SMSCommand commands(all);
+  ASSERT_TRUE(commands.loadConfig());
+  CannedApi api("");
+  LogCapture log;
+  EXPECT_FALSE(commands.executeCommand("#ping", "1"));
+  EXPECT_FALSE(commands.executeCommand("#nothing", "1"));
+  EXPECT_EQ(api.request(), "");
+  EXPECT_THAT(log.text(), HasSubstr("[ERROR] SMSCommand::executeCommand Bad command, either not enabled, or "
+                                    "command was invalid\n"));
+}
+
+TEST(Execute, IsTrueWhateverBecomesOfTheRequest) {
+  SMSCommand commands(settings());
+  ASSERT_TRUE(commands.loadConfig());
+  LogCapture log;
+  EXPECT_TRUE(commands.executeCommand("#ping", "1"));
+  EXPECT_THAT(log.text(), EndsWith("[ERROR] SMSCommandExecutor::sendCommand curl_easy_perform failed\n"
+                                   "[ERROR] SMSCommandExecutor::execute sendCommand failed\n"));
+}

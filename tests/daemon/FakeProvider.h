@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "provider/SmsProvider.h"
+
+/// A modem that gives what is in `incoming`, once, and refuses the numbers in `refused`.
+class FakeProvider final : public SmsProvider {
+ public:
+  std::vector<Json::Value> receiveMessages() override { return std::exchange(incoming, {}); }
+
+  bool sendMessage(const Json::Value& message) override {
+    const std::string recipient = message["recipient"].asString();
+    if (onSend) onSend();
+    attempts.push_back(recipient);
+    return refused.count(recipient) == 0;
+  }
+
+  std::vector<Json::Value> incoming;
+  std::set<std::string> refused;
+  std::function<void()> onSend;
+  std::vector<std::string> attempts;  ///< the number of every send, refused or not
+};

@@ -1,0 +1,65 @@
+#include <gmock/gmock.h>
+
+#include "daemon/LocalApi.h"
+#include "tests/CannedApi.h"
+#include "tests/Json.h"
+#include "tests/Rows.h"
+
+namespace {
+constexpr char url[] = "http://localhost/api/sms";
+}
+
+struct SettingsRow {
+  const char* name;
+  std::string answer;
+  const char* result;  ///< "kept" when loadFromApi is to fail
+};
+const SettingsRow kSettingsRows[] = {
+    {"Success", CannedApi::ok("{\"code\": 200, \"result\": {\"a\": 1}, \"x\": 2}"), "{'a':1}"},
+    {"NoResult", CannedApi::ok("{\"code\": 200}"), "null"},
+    {"HttpStatusIsNotLookedAt", "HTTP/1.1 404 Not Found\r\n\r\n{\"code\": 200, \"result\": 1}", "1"},
+    {"OtherCode", CannedApi::ok("{\"code\": 404, \"result\": {}}"), "'kept'"},
+    {"NoCode", CannedApi::ok("{\"result\": {}}"), "'kept'"},
+    {"NullCode", CannedApi::ok("{\"code\": null, \"result\": {}}"), "'kept'"},
+    {"NoJson", CannedApi::ok("settings"), "'kept'"},
+    {"NoBody", CannedApi::ok(""), "'kept'"},
+    {"TextBehind", CannedApi::ok("{\"code\": 200, \"result\": {}} x"), "'kept'"},
+    {"Comment", CannedApi::ok("{\"code\": /* */ 200, \"result\": {}}"), "'kept'"},
+    {"KeyTwice", CannedApi::ok("{\"code\": 404, \"code\": 200, \"result\": {}}"), "'kept'"},
+    {"RootIsNoObject", CannedApi::ok("200"), "'kept'"},
+    {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", "'kept'"},
+    {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200, \"result\": {}}",
+     "'kept'"},
+    {"HungUp", "", "'kept'"},
+};
+class Settings : public testing::TestWithParam<SettingsRow> {};
+TEST_P(Settings, AreLoaded) {
+  CannedApi api(GetParam().answer);
+  Json::Value result = "kept";
+  EXPECT_EQ(loadFromApi(url, result), json(GetParam().result) != "kept");
+  EXPECT_EQ(result, json(GetParam().result));
+  EXPECT_THAT(api.request(), testing::StartsWith("GET /api/sms HTTP/1.1\r\n"));
+}
+INSTANTIATE_ROWS(Settings, kSettingsRows);
+
+TEST(LoadFromApi, FailsWithoutASocket) {
+  Json::Value result = "kept";
+  EXPECT_FALSE(loadFromApi(url, result));
+  EXPECT_EQ(result, "kept");
+}
+
+TEST(LoadFromApi, ThrowsForACodeThatIsNoUnsignedNumber) {
+  for (const char* const code : {"\"200\"", "-200"}) {
+    const CannedApi api(CannedApi::ok("{\"code\": " + std::string(code) + "}"));
+    Json::Value result;
+    EXPECT_THROW(loadFromApi(url, result), Json::LogicError) << code;
+  }
+}
+
+TEST(CurlWriter, AppendsAndCounts) {
+  char bytes[] = "a\0bcd";
+  std::string answer = "x";
+  EXPECT_EQ(curlWriter(bytes, 2, 2, &answer), 4u);
+  EXPECT_EQ(answer, std::string("xa\0bc", 5));
+  EXPECT_EQ(curlWriter(bytes, 2, 2, nullptr), 0u);
+}

@@ -1,0 +1,168 @@
+#include <gmock/gmock.h>
+
+#include "daemon/MainLoop.h"
+#include "storage/MessageStatus.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/daemon/FakeProvider.h"
+#include "tests/storage/FakeStorage.h"
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using namespace MessageStatus;
+
+namespace {
+
+constexpr char commandSettings[] =
+    "{'enabled':true,'checkinEnabled':false,'rebootEnabled':true,'whitelist':{'enabled':true,'numbers':['1']}"
+    ","
+    "'password':{'enabled':false,'text':''}}";
+constexpr char firstPart[] =
+    "{'guid':'1','source':'1','part-id':7,'part-count':2,'part-index':0,'message':'#re ... "
+    "','parts':['#re',null]}";
+constexpr char secondPart[] =
+    "{'guid':'2','source':'1','part-id':7,'part-count':2,'part-index':1,'message':' ... boot',"
+    "'parts':[null,'boot']}";
+
+class Pass : public testing::Test {
+ protected:
+  Pass() : commands_(json(commandSettings)) { EXPECT_TRUE(commands_.loadConfig()); }
+
+  /// Runs a pass in which the modem gives `incoming`, and returns what is logged.
+  std::string pass(const std::vector<std::string>& incoming = {}) {
+    for (const std::string& record : incoming) provider_.incoming.push_back(json(record));
+    LogCapture log;
+    runPass(provider_, storage_, commands_, {10}, retry_, [this] { return now_; });
+    return log.text();
+  }
+
+  std::uint32_t now_ = 1000;
+  FakeProvider provider_;
+  FakeStorage storage_;
+  SMSCommand commands_;
+  RetryState retry_;
+};
+
+}  // namespace
+
+TEST_F(Pass, TouchesOnlyTheOutboxWhereNothingIsToDo) {
+  EXPECT_EQ(pass(), "");
+  EXPECT_EQ(storage_.loads, (std::map<int, int>{{Sending, 1}, {Failed, 1}}));
+}
+
+TEST_F(Pass, FilesAMessageThatIsNoCommand) {
+  EXPECT_THAT(
+      pass({"{'guid':'1','source':'1','message':'hello'}"}),
+      testing::StartsWith("[WARNING] SMS commands is enabled\n[WARNING] SMS commands processing message "
+                          "[hello] from recipient [1]\n"));
+  EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'1','source':'1','message':'hello'}")));
+}
+
+TEST_F(Pass, MarksAMessageThatWasObeyed) {
+  EXPECT_THAT(pass({"{'guid':'1','source':'1','message':'#reboot'}"}),
+              HasSubstr("[WARNING] SMS commands executing command\n"));
+  EXPECT_THAT(storage_.records[Received],
+              ElementsAre(json("{'guid':'1','source':'1','message':'#reboot','isSMSCommand':true}")));
+}
+
+TEST_F(Pass, FilesARefusedCommandUnmarked) {
+  EXPECT_THAT(pass({"{'guid':'1','source':'2','message':'#reboot'}"}),
+              EndsWith("[ERROR] SMSCommand::whiteListGood phone number not in white list\n"));
+  EXPECT_THAT(pass({"{'guid':'2','source':'1','message':'#checkin'}"}),
+              EndsWith("[ERROR] Failed to execute command [#checkin]\n"));
+  EXPECT_THAT(storage_.records[Received],
+              ElementsAre(json("{'guid':'1','source':'2','message':'#reboot'}"),
+                          json("{'guid':'2','source':'1','message':'#checkin'}")));
+}
+
+TEST_F(Pass, OffersOnlyWholeRecordsToTheCommands) {
+  EXPECT_EQ(pass({"{'guid':'3','message':'#reboot'}", "{'guid':'4','source':'1'}"}),
+            "[WARNING] SMS commands is enabled\n[WARNING] SMS commands is enabled\n");
+  EXPECT_EQ(pass({firstPart}), "");
+  EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'3','message':'#reboot'}"),
+                                                      json("{'guid':'4','source':'1'}"), json(firstPart)));
+}
+
+TEST_F(Pass, ObeysNothingWhereCommandsAreOff) {
+  Json::Value settings = json(commandSettings);
+  settings["enabled"] = false;
+  SMSCommand off(settings);
+  ASSERT_TRUE(off.loadConfig());
+  provider_.incoming = {json("{'guid':'1','source':'1','message':'#reboot'}")};
+  LogCapture log;
+  runPass(provider_, storage_, off, {}, retry_);
+  EXPECT_EQ(log.text(), "[WARNING] SMS commands not enabled\n");
+  EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
+  EXPECT_EQ(storage_.loads, (std::map<int, int>{{Sending, 1}}));  // without intervals, not the failed ones
+}
+
+TEST_F(Pass, JoinsAMessageOverTwoPassesAndObeysIt) {
+  pass({firstPart});
+  EXPECT_THAT(pass({secondPart}), HasSubstr("[WARNING] SMS commands executing command\n"));
+  EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
+}
+
+TEST_F(Pass, KeepsAPartOfThreeWaiting) {
+  const char parts[] = "{'guid':'9','part-id':7,'part-count':3,'message':'','parts':['a',null,null]}";
+  storage_.save(json(parts), Received);
+  EXPECT_EQ(pass({"{'guid':'8','part-id':7,'part-count':3,'message':'','parts':[null,null,'c']}"}), "");
+  EXPECT_THAT(storage_.records[Received],
+              ElementsAre(json(
+                  "{'guid':'9','part-id':7,'part-count':3,'message':'a ... c','parts':['a',null,'c']}")));
+}
+
+TEST_F(Pass, FilesAPartThatFillsNothing) {
+  pass({firstPart});
+  Json::Value again = json(firstPart);
+  again["guid"] = "3";
+  pass({again.toStyledString()});
+  pass({"{'guid':'4','part-id':8,'message':'','parts':[null,'x']}"});
+  EXPECT_THAT(storage_.guids(Received), ElementsAre("1", "3", "4"));
+}
+
+TEST_F(Pass, ReadsTheStoredPartsOnce) {
+  pass({firstPart, "{'guid':'4','part-id':8,'message':'','parts':[null,'x']}"});
+  EXPECT_EQ(storage_.loads[Received], 1);
+}
+
+TEST_F(Pass, MergesPastWhateverLiesInTheStore) {
+  for (const char* const stored :
+       {"[1]", "7", "null", "{'guid':'5','part-id':'x','parts':[null,null]}",
+        "{'guid':'6','part-id':7,'parts':{'a':1}}", "{'guid':'7','part-id':7}", firstPart})
+    storage_.records[Received].push_back(json(stored));
+  EXPECT_THAT(pass({secondPart}), HasSubstr("executing command"));
+}
+
+TEST_F(Pass, SendsWhatIsQueued) {
+  provider_.refused = {"bad"};
+  storage_.records[Sending] = {json("{'guid':'1','recipient':'good'}"),
+                               json("{'guid':'2','recipient':'bad'}"),
+                               json("{'guid':'3','recipient':'bad','retries':3}")};
+  pass();
+  EXPECT_THAT(storage_.guids(Sent), ElementsAre("1"));
+  EXPECT_THAT(storage_.records[Failed],  // the first failure costs no retry
+              ElementsAre(json("{'guid':'2','recipient':'bad'}"),
+                          json("{'guid':'3','recipient':'bad','retries':3}")));
+  EXPECT_TRUE(retry_.timerStarted);
+  EXPECT_EQ(retry_.lastTime, 1000u);
+}
+
+TEST_F(Pass, RetriesBeforeItSends) {
+  storage_.records[Failed] = {json("{'guid':'1','recipient':'failed','retries':1}")};
+  storage_.records[Sending] = {json("{'guid':'2','recipient':'queued'}")};
+  startFailureTimer(retry_, now_ - 10);
+  pass();
+  EXPECT_THAT(provider_.attempts, ElementsAre("failed", "queued"));
+}
+
+TEST_F(Pass, LogsWhatIsThrownAndGoesOn) {
+  storage_.records[Sending] = {json("{'guid':'1','recipient':'good'}")};
+  provider_.onSend = [] { throw std::string("a text"); };
+  EXPECT_EQ(pass(), "[FATAL] a text\n");
+  provider_.onSend = [] { throw std::runtime_error("anything else"); };
+  EXPECT_EQ(pass(), "[FATAL] Exeption was detected\n");
+  provider_.onSend = nullptr;
+  EXPECT_EQ(pass(), "");
+  EXPECT_THAT(storage_.guids(Sent), ElementsAre("1"));
+}

@@ -1,0 +1,125 @@
+#include <gmock/gmock.h>
+
+#include "daemon/RetryStep.h"
+#include "storage/MessageStatus.h"
+#include "tests/Json.h"
+#include "tests/Rows.h"
+#include "tests/daemon/FakeProvider.h"
+#include "tests/storage/FakeStorage.h"
+
+using testing::ElementsAre;
+using namespace MessageStatus;
+
+namespace {
+
+/// A step every 5 seconds, beginning at second 1000.
+class RetryStep : public testing::Test {
+ protected:
+  RetryStep() { provider_.refused = {"bad"}; }
+
+  void step(const std::vector<std::uint32_t>& timings) {
+    retryFailedMessages(provider_, storage_, timings, state_, [this] { return now_; });
+  }
+
+  /// The seconds after the first step at which something was sent.
+  std::vector<std::uint32_t> attemptTimes(const std::vector<std::uint32_t>& timings, std::uint32_t seconds) {
+    std::vector<std::uint32_t> times;
+    const std::uint32_t begin = now_;
+    for (; now_ - begin <= seconds; now_ += 5) {
+      const std::size_t before = provider_.attempts.size();
+      step(timings);
+      if (provider_.attempts.size() > before) times.push_back(now_ - begin);
+    }
+    return times;
+  }
+
+  std::uint32_t now_ = 1000;
+  FakeProvider provider_;
+  FakeStorage storage_;
+  RetryState state_;
+};
+
+}  // namespace
+
+struct ScheduleRow {
+  const char* name;
+  std::vector<std::uint32_t> timings;
+  const char* retries;  ///< of a message that is always refused
+  std::vector<std::uint32_t> attempts;
+  const char* retriesLeft;
+};
+const ScheduleRow kScheduleRows[] = {
+    {"ThreeIntervals", {30, 60, 300}, "3", {30, 90, 390}, "0"},
+    {"LastIntervalRepeats", {30, 60}, "4", {30, 90, 150, 210}, "0"},
+    {"OneInterval", {10}, "3", {10, 20, 30}, "0"},
+    {"GranularityOfAPass", {7}, "2", {10, 20}, "0"},
+    {"FirstIntervalOfNone", {0, 60}, "2", {0, 60}, "0"},
+    {"NegativeIntervalNeverComes", {4294967295u}, "2", {}, "2"},
+    {"NoIntervals", {}, "3", {}, "3"},
+    {"NoRetriesLeft", {10}, "0", {}, "0"},
+    {"NegativeRetries", {10}, "-1", {}, "-1"},
+    {"NullRetries", {10}, "null", {}, "null"},
+};
+class Schedule : public RetryStep, public testing::WithParamInterface<ScheduleRow> {};
+TEST_P(Schedule, IsKept) {
+  Json::Value record = json("{'guid':'1','recipient':'bad'}");
+  record["retries"] = json(GetParam().retries);
+  storage_.save(record, Failed);
+  EXPECT_EQ(attemptTimes(GetParam().timings, 1000), GetParam().attempts);
+  ASSERT_EQ(storage_.records[Failed].size(), 1u);
+  EXPECT_EQ(storage_.records[Failed][0]["retries"], json(GetParam().retriesLeft));
+  EXPECT_EQ(state_.dialAttempt, 1u);
+}
+INSTANTIATE_ROWS(Schedule, kScheduleRows);
+
+TEST_F(RetryStep, SharesTheAttemptAmongTheMessagesThatMayRetry) {
+  for (const char* const record :
+       {"{'guid':'1','recipient':'bad','retries':2}", "{'guid':'2','recipient':'good','retries':1}",
+        "{'guid':'3','recipient':'spent','retries':0}", "{'guid':'4','recipient':'never'}", "[1]"})
+    storage_.records[Failed].push_back(json(record));
+  EXPECT_THAT(attemptTimes({10}, 10), ElementsAre(10));
+  EXPECT_THAT(provider_.attempts, ElementsAre("bad", "good"));
+  EXPECT_THAT(storage_.guids(Sent), ElementsAre("2"));
+  EXPECT_THAT(storage_.guids(Failed), ElementsAre("3", "4", "", "1"));  // refiled, so at the end
+  EXPECT_EQ(storage_.records[Failed].back(), json("{'guid':'1','recipient':'bad','retries':1}"));
+}
+
+TEST_F(RetryStep, StartsAnewWhenNothingIsLeft) {
+  storage_.save(json("{'guid':'1','recipient':'bad','retries':9}"), Failed);
+  attemptTimes({10, 100}, 30);
+  EXPECT_EQ(state_.dialAttempt, 2u);
+  EXPECT_EQ(state_.time_not_attempting, 20u);
+  storage_.remove(Json::nullValue, Failed);
+  step({10, 100});
+  EXPECT_FALSE(state_.timerStarted);
+  EXPECT_THAT((std::vector<std::uint32_t>{state_.lastTime, state_.time_not_attempting, state_.dialAttempt}),
+              ElementsAre(0, 0, 1));
+  storage_.save(json("{'guid':'2','recipient':'bad','retries':9}"), Failed);
+  EXPECT_THAT(attemptTimes({10, 100}, 30), ElementsAre(10));
+}
+
+TEST_F(RetryStep, CountsFromTheFailureWhereTheTimerRuns) {
+  storage_.save(json("{'guid':'1','recipient':'bad','retries':1}"), Failed);
+  startFailureTimer(state_, now_ - 10);
+  startFailureTimer(state_, now_);  // runs already
+  EXPECT_THAT(attemptTimes({10}, 10), ElementsAre(0));
+}
+
+TEST_F(RetryStep, TakesAClockThatWraps) {
+  now_ = 0xFFFFFFFA;
+  storage_.save(json("{'guid':'1','recipient':'bad','retries':1}"), Failed);
+  EXPECT_THAT(attemptTimes({15}, 30), ElementsAre(15));
+}
+
+TEST_F(RetryStep, TakesAnUnsignedZeroForNone) {
+  Json::Value record = json("{'guid':'1','recipient':'bad'}");
+  record["retries"] = 0u;
+  storage_.records[Failed] = {record};
+  EXPECT_THAT(attemptTimes({10}, 30), ElementsAre());
+}
+
+TEST_F(RetryStep, KeepsAMessageWhoseRetriesAreNoNumber) {
+  storage_.save(json("{'guid':'1','recipient':'bad','retries':'many'}"), Failed);
+  EXPECT_THROW(attemptTimes({10}, 10), Json::LogicError);
+  EXPECT_THAT(storage_.guids(Failed), ElementsAre("1"));
+}

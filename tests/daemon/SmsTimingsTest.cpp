@@ -1,0 +1,62 @@
+#include <gmock/gmock.h>
+
+#include "daemon/SmsTimings.h"
+#include "tests/Rows.h"
+#include "tests/TemporaryFolder.h"
+
+using namespace std::string_literals;
+
+namespace {
+constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
+}
+
+struct TimingsRow {
+  const char* name;
+  std::string file;
+  std::vector<std::uint32_t> seconds;  ///< none when reading is to fail
+};
+const TimingsRow kTimingsRows[] = {
+    {"List", "timings-sms=[30,60,300]\n", {30, 60, 300}},
+    {"WithoutBrackets", "timings-sms=30,60\n", {30, 60}},
+    {"EmptyPieces", "timings-sms=[[,30,,60],]\n", {30, 60}},
+    {"Blanks", "timings-sms=[ 30, 60 ]\n", {30, 60}},
+    {"NoFinalNewline", "timings-sms=[30]", {30}},
+    {"NoFinalNewlineCutsADigit", "timings-sms=30", {3}},
+    {"OtherKeys", "a=1\nno equals\n\ntimings-sms=10\ntimings-data=20\n", {10}},
+    {"LastLineWins", "timings-sms=10\ntimings-sms=20\n", {20}},
+    {"BlankInTheKey", "timings-sms =10\n", {}},
+    {"NoNumberFirst", "timings-sms=[a,60]\n", {0, 60}},
+    {"NoNumberRepeats", "timings-sms=[30,a,60x]\n", {30, 30, 60}},
+    {"Negative", "timings-sms=[-1]\n", {4294967295u}},
+    {"TooLarge", "timings-sms=[99999999999,-99999999999]\n", {2147483647u, 2147483648u}},
+    {"ValueIsCut", "timings-sms=" + std::string(126, ',') + "12\n", {1}},
+    {"LongLineCountsAsSeveral", "x" + std::string(1022, '=') + "timings-sms=30\n", {30}},
+    {"NulAtTheBegin", "\0timings-sms=20\ntimings-sms=30\n"s, {30}},
+    {"NulInside", "timings-sms=30\0,40\n"s, {3}},
+    {"Empty", "", {}},
+    {"EmptyValue", "timings-sms=\n", {}},
+    {"EmptyList", "timings-sms=[]\n", {}},
+};
+class Timings : public testing::TestWithParam<TimingsRow> {};
+TEST_P(Timings, AreRead) {
+  writeFile(timingsFile, GetParam().file);
+  smsTimings.clear();
+  EXPECT_EQ(readSmsTimings(), GetParam().seconds.empty());
+  EXPECT_EQ(smsTimings, GetParam().seconds);
+}
+INSTANTIATE_ROWS(Timings, kTimingsRows);
+
+TEST(ReadConfigValue, RefusesBadArguments) {
+  const TemporaryFolder folder{{"file", "key=value\n"}};
+  const std::string path = folder.path + "/file";
+  char value[configValueSize] = "kept";
+  EXPECT_EQ(readConfigValue(nullptr, 1, "key", value), -1);
+  EXPECT_EQ(readConfigValue(path.c_str(), 1, nullptr, value), -1);
+  EXPECT_EQ(readConfigValue(path.c_str(), 1, "key", nullptr), -1);
+  EXPECT_EQ(readConfigValue(path.c_str(), -1, "key", value), -1);
+  EXPECT_EQ(readConfigValue((path + "x").c_str(), 1, "key", value), -1);
+  EXPECT_EQ(readConfigValue(path.c_str(), 1, "other", value), 1);
+  EXPECT_STREQ(value, "kept");
+  EXPECT_EQ(readConfigValue(path.c_str(), 0, "key", value), 1);
+  EXPECT_STREQ(value, "value");
+}
