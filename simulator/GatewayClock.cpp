@@ -35,7 +35,7 @@ std::time_t GatewayClock::now() const {
 }
 
 void GatewayClock::grant() {
-  control_->granted = sleeping() ? control_->begun.load() : control_->begun + 1;
+  control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
   syscall(SYS_futex, &control_->granted, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
 }
 

@@ -23,7 +23,8 @@ class GatewayClock {
   std::time_t now() const;
 
   std::uint32_t begun() const { return control_->begun; }
-  bool sleeping() const { return control_->begun != control_->ended; }
+  /// Whether a sleep goes on that has not been told to end.
+  bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
   /// Ends the sleep that goes on, or else the next one.
   void grant();
   /// Waits up to `seconds` until more than `begunBefore` sleeps have begun; gives up early once `lost` is true.

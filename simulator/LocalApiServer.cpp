@@ -108,8 +108,10 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   std::unique_lock lock(mutex_);
   requests_.push_back(kept);
   const auto set = [this](ApiFault fault) { return !closing_ && fault_ == fault; };
+  ++waiting_;
   repaired_.wait(lock, [&] { return !set(ApiFault::Silent); });
   repaired_.wait_for(lock, std::chrono::seconds(faultValue_), [&] { return !set(ApiFault::Slow); });
+  --waiting_;
   const ApiFault fault = fault_;
   const unsigned value = faultValue_;
   lock.unlock();

@@ -54,6 +54,8 @@ class LocalApiServer {
 
   /// Every request so far, also those that a fault kept from an answer.
   std::vector<Request> requests() const;
+  /// How many of them are waiting for their answer.
+  unsigned waiting() const { return waiting_; }
 
  private:
   void handle(const httplib::Request& request, httplib::Response& response);
@@ -66,6 +68,7 @@ class LocalApiServer {
   ApiFault fault_ = ApiFault::None;
   unsigned faultValue_ = 0;
   bool closing_ = false;
+  std::atomic<unsigned> waiting_{0};
   std::unique_ptr<httplib::Server> server_;
   std::thread thread_;
 };
