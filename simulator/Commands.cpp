@@ -28,8 +28,8 @@ Commands::Commands(Gateway& gateway) : gateway_(gateway) {
 }
 
 const Command* Commands::find(const std::string& name) const {
-  const auto found =
-      std::find_if(commands_.begin(), commands_.end(), [&](const Command& command) { return command.name == name; });
+  const auto found = std::find_if(commands_.begin(), commands_.end(),
+                                  [&](const Command& command) { return command.name == name; });
   return found == commands_.end() ? nullptr : &*found;
 }
 
@@ -41,7 +41,8 @@ Answer Commands::execute(const std::string& text) {
   const Command* command = find(line.name());
   if (command == nullptr) {
     for (const Command& other : commands_) {
-      const bool begins = line.name().compare(0, kMoreMade, other.name, std::min(kMoreMade, std::string(other.name).size())) == 0;
+      const bool begins = line.name().compare(0, kMoreMade, other.name,
+                                              std::min(kMoreMade, std::string(other.name).size())) == 0;
       if (begins || sameLetters(line.name(), other.name)) {
         return wrong("There is no command \"" + line.name() + "\"; did you mean: " + usage(other));
       }

@@ -19,7 +19,8 @@ namespace {
   const std::string reports = std::string("log_path=") + Daemon::kSanitizerReports;
   setenv("ASAN_OPTIONS", reports.c_str(), 1);
   setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
-  setenv("PATH", (paths.toolFolder + ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin").c_str(), 1);
+  setenv("PATH", (paths.toolFolder + ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin").c_str(),
+         1);
   if (!paths.clockLibrary.empty()) setenv("LD_PRELOAD", paths.clockLibrary.c_str(), 1);
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(Daemon::kOutput, O_WRONLY | O_CREAT | O_TRUNC, 0644);

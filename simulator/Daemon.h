@@ -7,8 +7,8 @@
 
 namespace simulator {
 
-/// The daemon's process. It detaches from whoever starts it, so the process that holds this object becomes the
-/// reaper of what its descendants leave behind.
+/// The daemon's process. It detaches from whoever starts it, so the process that holds this object becomes
+/// the reaper of what its descendants leave behind.
 class Daemon {
  public:
   struct Paths {
@@ -29,8 +29,8 @@ class Daemon {
   pid_t pid() const { return pid_; }
   /// Sends a signal; false when it is not running.
   bool signal(int number);
-  /// How the last one ended: "0", "1", "signal 9"; empty when it is running or was never started. A report of a
-  /// sanitizer is part of it.
+  /// How the last one ended: "0", "1", "signal 9"; empty when it is running or was never started. A report of
+  /// a sanitizer is part of it.
   std::string ending();
 
  private:

@@ -12,7 +12,9 @@ namespace {
 constexpr double kAwaitSeconds = 30;
 constexpr unsigned kPassSeconds = 5;
 
-std::string ended(Gateway& gateway) { return "The daemon ended with status " + gateway.daemon().ending() + "."; }
+std::string ended(Gateway& gateway) {
+  return "The daemon ended with status " + gateway.daemon().ending() + ".";
+}
 
 Answer start(Gateway& gateway, CommandLine& line) {
   const bool wait = !line.takeFlag("--no-wait");
@@ -46,7 +48,11 @@ Answer restart(Gateway& gateway, CommandLine& line) {
 
 Answer killDaemon(Gateway& gateway, CommandLine& line) {
   const std::string name = line.words().empty() ? "KILL" : line.words()[0];
-  const int number = name == "KILL" ? SIGKILL : name == "TERM" ? SIGTERM : name == "HUP" ? SIGHUP : name == "INT" ? SIGINT : 0;
+  const int number = name == "KILL"   ? SIGKILL
+                     : name == "TERM" ? SIGTERM
+                     : name == "HUP"  ? SIGHUP
+                     : name == "INT"  ? SIGINT
+                                      : 0;
   if (number == 0 || line.words().size() > 1) return misuse();
   if (!gateway.daemon().signal(number)) return wrong("The daemon is not running; \"start\" starts it.");
   return {true, "Sent SIG" + name + "."};
@@ -64,8 +70,8 @@ Answer passes(Gateway& gateway, unsigned count) {
         return wrong("The daemon has been in one pass for 30 seconds.");
     }
   }
-  return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") + std::to_string(count * kPassSeconds) +
-                    " seconds."};
+  return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") +
+                    std::to_string(count * kPassSeconds) + " seconds."};
 }
 
 Answer pass(Gateway& gateway, CommandLine& line) {
@@ -73,7 +79,8 @@ Answer pass(Gateway& gateway, CommandLine& line) {
   const std::optional<unsigned> count = line.words().empty() ? 1 : readNumber(line.words()[0]);
   if (line.words().size() > 1 || !count || (!wait && *count != 1)) return misuse();
   if (wait) return passes(gateway, *count);
-  if (gateway.awaitSleep(kAwaitSeconds) != Gateway::Passed::Yes) return wrong("The daemon is not waiting for a pass.");
+  if (gateway.awaitSleep(kAwaitSeconds) != Gateway::Passed::Yes)
+    return wrong("The daemon is not waiting for a pass.");
   gateway.grantPass();
   return {true, "The pass has begun."};
 }
@@ -94,9 +101,15 @@ Answer wait(Gateway& gateway, CommandLine& line) {
 Answer await(Gateway& gateway, CommandLine& line) {
   const std::string what = line.words().size() == 1 ? line.words()[0] : "";
   if (what != "pass" && what != "tool" && what != "request" && what != "exit") return misuse();
+  // What a signal asked for in the middle of a pass is done after the sleep behind it.
+  bool granted = what != "exit";
   const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(kAwaitSeconds);
   while (std::chrono::steady_clock::now() < end) {
     if (what == "exit" && !gateway.daemon().running()) return {true, ended(gateway)};
+    if (!granted && gateway.awaitSleep(0) == Gateway::Passed::Yes) {
+      gateway.grantPass();
+      granted = true;
+    }
     if (what == "pass" && gateway.awaitSleep(0) == Gateway::Passed::Yes) return {true, "The daemon sleeps."};
     if (what == "tool" && gateway.modem().hanging()) return {true, "The tool hangs."};
     if (what == "request" && gateway.api().waiting() > 0) return {true, "A request waits for its answer."};
@@ -114,7 +127,8 @@ Answer settings(Gateway& gateway, CommandLine& line) {
   if (!remove && !readJson(line.words()[1], value)) value = line.words()[1];
   const bool good = remove ? gateway.settings().remove(key) : gateway.settings().set(key, value);
   if (!good) return wrong("The settings have no place \"" + key + "\"; \"settings\" shows them.");
-  return {true, remove ? key + " is gone; \"restart\" applies it." : key + " is " + toLine(value) + "; \"restart\" applies it."};
+  return {true, remove ? key + " is gone; \"restart\" applies it."
+                       : key + " is " + toLine(value) + "; \"restart\" applies it."};
 }
 
 Answer password(Gateway& gateway, CommandLine& line) {
@@ -151,11 +165,14 @@ const std::vector<Command>& daemonCommands() {
       {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
       {"pass", "[N] [--no-wait]", "runs N passes of the daemon at once, five seconds each", pass},
       {"wait", "5m", "lets so much time pass in a moment: seconds, or with m or h", wait},
-      {"await", "pass|tool|request|exit", "waits for a pass to end, a tool or a request to hang, the daemon to end", await},
-      {"settings", "[KEY VALUE|KEY --remove]", "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
+      {"await", "pass|tool|request|exit",
+       "waits for a pass to end, a tool or a request to hang, the daemon to end", await},
+      {"settings", "[KEY VALUE|KEY --remove]",
+       "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
       {"password", "TEXT|off", "the password that a command must carry", password},
       {"whitelist", "NUMBER...|off", "the numbers that may send commands", whitelist},
-      {"timings", "[30,60]", "the seconds between two tries of a failed message; the brackets belong to it", timings},
+      {"timings", "[30,60]", "the seconds between two tries of a failed message; the brackets belong to it",
+       timings},
   };
   return commands;
 }

@@ -17,8 +17,10 @@ Answer breakApi(Gateway& gateway, const CommandLine& line) {
   const std::optional<unsigned> value = readNumber(word(line, 2));
   const bool valued = what == "code" || what == "slow";
   if (line.words().size() != (valued ? 3U : 2U) || (valued && !value)) return misuse();
-  const std::vector<std::pair<std::string, ApiFault>> faults{{"code", ApiFault::Code}, {"garbage", ApiFault::Garbage},
-                                                             {"slow", ApiFault::Slow}, {"close", ApiFault::Close},
+  const std::vector<std::pair<std::string, ApiFault>> faults{{"code", ApiFault::Code},
+                                                             {"garbage", ApiFault::Garbage},
+                                                             {"slow", ApiFault::Slow},
+                                                             {"close", ApiFault::Close},
                                                              {"silent", ApiFault::Silent}};
   for (const auto& [name, fault] : faults) {
     if (what != name) continue;

@@ -51,8 +51,8 @@ Gateway::Gateway(const Options& options)
       daemon_({options.program, options.buildFolder + "/libgateway-clock.so", kToolFolder}),
       tool_(options.buildFolder + "/sms") {
   if (!repairAll() || !settings_.setTimings("[30,60,300]")) {
-    std::fprintf(stderr, "gateway: cannot bind %s and %s; run me with private-gateway\n", SyslogServer::kSocket,
-                 LocalApiServer::kSocket);
+    std::fprintf(stderr, "gateway: cannot bind %s and %s; run me with private-gateway\n",
+                 SyslogServer::kSocket, LocalApiServer::kSocket);
     std::exit(1);
   }
 }

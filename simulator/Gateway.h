@@ -17,8 +17,8 @@
 
 namespace simulator {
 
-/// The gateway around the daemon: everything that the daemon meets, at the absolute paths where it looks for it.
-/// One a file system; to be run by private-gateway.
+/// The gateway around the daemon: everything that the daemon meets, at the absolute paths where it looks for
+/// it. One a file system; to be run by private-gateway.
 class Gateway {
  public:
   struct Options {
@@ -70,8 +70,8 @@ class Gateway {
   /// Whether the `sms` tool is in the daemon's path.
   void setToolThere(bool there);
   bool toolThere() const;
-  /// Fills a file system ("/var", "/tmp") to the last byte, or frees it again. False, and nothing is done, when
-  /// it is too large to be one of private-gateway's.
+  /// Fills a file system ("/var", "/tmp") to the last byte, or frees it again. False, and nothing is done,
+  /// when it is too large to be one of private-gateway's.
   static bool setFull(const std::string& folder, bool full);
   static bool isFull(const std::string& folder);
   /// Puts everything right that can be wrong; false when a socket cannot be bound again.

@@ -11,7 +11,7 @@ namespace simulator {
 /// The gateway's end of the daemon's clock.
 class GatewayClock {
  public:
-  /// Creates the shared file; ends the process with a line on standard error when it cannot. `hold` as in
+  /// Creates the shared files; ends the process with a line on standard error when it cannot. `hold` as in
   /// ClockControl.
   explicit GatewayClock(bool hold);
   GatewayClock(const GatewayClock&) = delete;
@@ -27,11 +27,13 @@ class GatewayClock {
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
   /// Ends the sleep that goes on, or else the next one.
   void grant();
-  /// Waits up to `seconds` until more than `begunBefore` sleeps have begun; gives up early once `lost` is true.
+  /// Waits up to `seconds` until more than `begunBefore` sleeps have begun; gives up early once `lost` is
+  /// true.
   bool waitForSleep(std::uint32_t begunBefore, double seconds, const std::function<bool()>& lost) const;
 
  private:
   ClockControl* control_;
+  int wake_;
 };
 
 }  // namespace simulator

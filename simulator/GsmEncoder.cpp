@@ -29,7 +29,12 @@ std::string escaped(unsigned octet) {
 // Reads one character at `at` and moves on; false when the bytes there are not UTF-8.
 bool nextCharacter(const std::string& text, std::size_t& at, char32_t& character) {
   const unsigned lead = static_cast<unsigned char>(text[at++]);
-  const unsigned more = lead < 0x80 ? 0 : lead < 0xC2 ? 9 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : 9;
+  const unsigned more = lead < 0x80   ? 0
+                        : lead < 0xC2 ? 9
+                        : lead < 0xE0 ? 1
+                        : lead < 0xF0 ? 2
+                        : lead < 0xF5 ? 3
+                                      : 9;
   if (more > text.size() - at) return false;
   character = more == 0 ? lead : lead & (0x3FU >> more);
   for (unsigned i = 0; i < more; ++i) {
@@ -56,7 +61,8 @@ std::string printExtension(char32_t character) {
   for (const Extension& extension : kExtensions) {
     if (extension.character != character) continue;
     const bool printable = extension.code >= 0x20;
-    return escaped(0x1B) + (printable ? std::string(1, static_cast<char>(extension.code)) : escaped(extension.code));
+    return escaped(0x1B) +
+           (printable ? std::string(1, static_cast<char>(extension.code)) : escaped(extension.code));
   }
   return "";
 }
@@ -64,11 +70,12 @@ std::string printExtension(char32_t character) {
 std::string header(const GsmEncoder::Options& options, unsigned count, unsigned number) {
   const unsigned reference = options.reference;
   if (options.wideReference) {
-    return escaped(6) + escaped(8) + escaped(4) + escaped(reference >> 8) + escaped(reference) + escaped(count) +
-           escaped(number);
+    return escaped(6) + escaped(8) + escaped(4) + escaped(reference >> 8) + escaped(reference) +
+           escaped(count) + escaped(number);
   }
   // Six octets of header leave one bit to the next septet, and the tool prints this fill.
-  return escaped(5) + escaped(0) + escaped(3) + escaped(reference) + escaped(count) + escaped(number) + escaped(0);
+  return escaped(5) + escaped(0) + escaped(3) + escaped(reference) + escaped(count) + escaped(number) +
+         escaped(0);
 }
 
 }  // namespace
@@ -100,10 +107,13 @@ void GsmEncoder::addNotes(const std::string& text, bool wideParts) {
     const char* text;
   };
   constexpr Note kNotes[] = {
-      {"^", "\"^\" arrives as \"x14\": veld drops the escape before a code that the tool does not print as a character."},
+      {"^",
+       "\"^\" arrives as \"x14\": veld drops the escape before a code that the tool does not print as a "
+       "character."},
       {"\f", "A form feed arrives as \"x0a\", for the same reason."},
       {"|", "\"|\" arrives as \"?\": veld has no way to read it."},
-      {"index", "The text holds \"index\", which veld takes for the head of the next message in the listing."},
+      {"index",
+       "The text holds \"index\", which veld takes for the head of the next message in the listing."},
   };
   for (const Note& note : kNotes) {
     if (text.find(note.found) != std::string::npos) notes_.emplace_back(note.text);
@@ -139,7 +149,8 @@ bool GsmEncoder::encode(const std::string& text, const Options& options) {
   std::size_t inPart = 0;
   for (std::size_t i = 0; i < pieces.size(); ++i) {
     // What is left must still give each part that is asked for a character of its own.
-    const bool asked = wanted > 1 && (inPart >= perPart || (inPart > 0 && pieces.size() - i < wanted - parts_.size()));
+    const bool asked =
+        wanted > 1 && (inPart >= perPart || (inPart > 0 && pieces.size() - i < wanted - parts_.size()));
     if (used + pieces[i].septets > room || asked) {
       parts_.push_back(part);
       part.clear();

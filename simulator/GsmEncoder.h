@@ -5,10 +5,11 @@
 
 namespace simulator {
 
-/// Turns a text into what the network carries and the modem's tool prints: the GSM 7-bit default alphabet and its
-/// extension table (3GPP TS 23.038), up to 160 septets in one message, a longer text in parts with a
-/// concatenation header (3GPP TS 23.040). The tool prints a character that the alphabet and ASCII code alike as
-/// itself, other octets as \xHH in lower case, after the escape to the extension table the octet as it stands.
+/// Turns a text into what the network carries and the modem's tool prints: the GSM 7-bit default alphabet and
+/// its extension table (3GPP TS 23.038), up to 160 septets in one message, a longer text in parts with a
+/// concatenation header (3GPP TS 23.040). The tool prints a character that the alphabet and ASCII code alike
+/// as itself, other octets as \xHH in lower case, after the escape to the extension table the octet as it
+/// stands.
 class GsmEncoder {
  public:
   struct Options {

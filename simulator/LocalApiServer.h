@@ -23,8 +23,8 @@ namespace simulator {
 /// connection in the middle of an answer; does not answer until it is put right.
 enum class ApiFault { None, Code, Garbage, Slow, Close, Silent };
 
-/// The gateway's local HTTP API on its UNIX-domain socket: the settings, and the commands, which it accepts and
-/// keeps.
+/// The gateway's local HTTP API on its UNIX-domain socket: the settings, and the commands, which it accepts
+/// and keeps.
 class LocalApiServer {
  public:
   static constexpr char kSocket[] = "/var/run/api/http.sock";

@@ -15,7 +15,8 @@ std::string lines(const std::vector<Json::Value>& values) {
 Answer records(Gateway& gateway, CommandLine& line) {
   (void)gateway;
   const std::vector<std::string>& boxes = Gateway::boxes();
-  if (line.words().size() != 1 || std::find(boxes.begin(), boxes.end(), line.words()[0]) == boxes.end()) return misuse();
+  if (line.words().size() != 1 || std::find(boxes.begin(), boxes.end(), line.words()[0]) == boxes.end())
+    return misuse();
   return {true, lines(Gateway::records(line.words()[0]))};
 }
 
@@ -46,8 +47,9 @@ Answer requests(Gateway& gateway, CommandLine& line) {
 Answer modem(Gateway& gateway, CommandLine& line) {
   if (line.words().size() == 1 && line.words()[0] == "sent") return {true, lines(gateway.modem().sent())};
   if (!line.words().empty()) return misuse();
-  return {true, "unread " + std::to_string(gateway.modem().unread()) + ", read " + std::to_string(gateway.modem().read()) +
-                    ", sent " + std::to_string(gateway.modem().sent().size())};
+  return {true, "unread " + std::to_string(gateway.modem().unread()) + ", read " +
+                    std::to_string(gateway.modem().read()) + ", sent " +
+                    std::to_string(gateway.modem().sent().size())};
 }
 
 Answer log(Gateway& gateway, CommandLine& line) {
@@ -80,9 +82,11 @@ Answer status(Gateway& gateway, CommandLine& line) {
 const std::vector<Command>& lookCommands() {
   static const std::vector<Command> commands{
       {"status", "", "shows the whole gateway on a few lines", status},
-      {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object a line", records},
+      {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object a line",
+       records},
       {"record", "GUID", "shows one record's file", record},
-      {"requests", "[--all]", "shows the commands that reached the API (--all: every request), one a line", requests},
+      {"requests", "[--all]", "shows the commands that reached the API (--all: every request), one a line",
+       requests},
       {"modem", "[sent]", "shows the modem's store, or the messages that it has sent", modem},
       {"log", "[--new]", "shows the log (--new: since it was last shown)", log},
   };

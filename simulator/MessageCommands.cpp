@@ -16,7 +16,8 @@ bool contains(const std::vector<unsigned>& numbers, unsigned number) {
 }
 
 // The numbers of the parts in the order in which they come in: those of `order` first, then the others.
-std::vector<unsigned> orderParts(std::vector<unsigned> order, unsigned count, const std::vector<unsigned>& repeated) {
+std::vector<unsigned> orderParts(std::vector<unsigned> order, unsigned count,
+                                 const std::vector<unsigned>& repeated) {
   for (unsigned number = 1; number <= count; ++number) {
     if (!contains(order, number)) order.push_back(number);
   }
@@ -37,7 +38,8 @@ struct Delivery {
   }
 };
 
-Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& encoder, const Delivery& delivery) {
+Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& encoder,
+               const Delivery& delivery) {
   const auto count = static_cast<unsigned>(encoder.parts().size());
   if (!delivery.fits(count)) {
     return wrong("The message has " + counted(count, "part") + "; parts are counted from 1.");
@@ -68,8 +70,8 @@ Answer receive(Gateway& gateway, CommandLine& line) {
   options.wideReference = line.takeFlag("--16-bit");
   options.parts = line.takeNumber("--parts").value_or(0);
   const std::optional<unsigned> reference = line.takeNumber("--reference");
-  const Delivery delivery{line.takeNumbers("--order"), line.takeNumbers("--repeat"), line.takeNumbers("--lose"),
-                          line.takeNumbers("--hold")};
+  const Delivery delivery{line.takeNumbers("--order"), line.takeNumbers("--repeat"),
+                          line.takeNumbers("--lose"), line.takeNumbers("--hold")};
   if (line.words().size() != 2 || !line.leftOption().empty()) return misuse();
   options.reference = reference.value_or(nextReference);
   GsmEncoder encoder;
@@ -87,7 +89,8 @@ Answer listing(Gateway& gateway, CommandLine& line) {
   if (line.words().size() != 1) return misuse();
   const std::string& word = line.words()[0];
   const std::string text = word.find('\n') == std::string::npos ? readFile(word) : word;
-  if (text.empty()) return wrong("There is no file " + word + ", or it is empty; a listing has a line feed (\\n).");
+  if (text.empty())
+    return wrong("There is no file " + word + ", or it is empty; a listing has a line feed (\\n).");
   gateway.modem().receiveRaw(text);
   return {true, "The modem lists " + std::to_string(text.size()) + " bytes as they are."};
 }
@@ -120,11 +123,13 @@ Answer accept(Gateway& gateway, CommandLine& line) {
 
 const std::vector<Command>& messageCommands() {
   static const std::vector<Command> commands{
-      {"receive", "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order 2,1] [--hold 2] [--repeat 1] [--lose 2]",
+      {"receive",
+       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order 2,1] [--hold 2] [--repeat 1] [--lose 2]",
        "a message comes in from NUMBER; the options are about the parts of a long one", receive},
       {"release", "", "the parts that were held back come in", release},
       {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, as it is", listing},
-      {"queue", "NUMBER TEXT [--retries N]", "another program of the gateway queues a message to NUMBER", queue},
+      {"queue", "NUMBER TEXT [--retries N]", "another program of the gateway queues a message to NUMBER",
+       queue},
       {"refuse", "NUMBER", "the modem refuses to send to NUMBER", refuse},
       {"accept", "NUMBER", "the modem sends to NUMBER again", accept},
   };

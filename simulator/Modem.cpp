@@ -34,8 +34,8 @@ void Modem::store(const std::string& text) {
 void Modem::receive(const std::string& sender, const std::string& userData) {
   const unsigned number = state()["received"].asUInt();
   std::ostringstream text;
-  text << "index: " << number << "\nsmsc-addr: " << kServiceCentre << "\naddr: " << sender << "\nuser-data: \""
-       << userData << "\"\n";
+  text << "index: " << number << "\nsmsc-addr: " << kServiceCentre << "\naddr: " << sender
+       << "\nuser-data: \"" << userData << "\"\n";
   store(text.str());
 }
 
@@ -146,8 +146,8 @@ std::vector<std::string> Modem::faults() const {
   const Json::Value all = state()["faults"];
   for (const std::string& operation : all.getMemberNames()) {
     const unsigned times = all[operation]["times"].asUInt();
-    lines.push_back(operation + ": " + kFaultNames[all[operation]["kind"].asInt()] + ", " + std::to_string(times) +
-                    (times == 1 ? " time" : " times"));
+    lines.push_back(operation + ": " + kFaultNames[all[operation]["kind"].asInt()] + ", " +
+                    std::to_string(times) + (times == 1 ? " time" : " times"));
   }
   return lines;
 }

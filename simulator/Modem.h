@@ -10,9 +10,9 @@ namespace simulator {
 /// What the modem's tool is to do instead of its work.
 enum class ToolFault { None, Fail, Hang, Kill, Silent };
 
-/// The modem: messages that came in, messages that were sent, numbers that it refuses, and what is to go wrong in
-/// its tool. All of it lies in a folder, because the tool is run anew for each operation. It is a device of its
-/// own: a disk of the gateway that is full does not reach it.
+/// The modem: messages that came in, messages that were sent, numbers that it refuses, and what is to go
+/// wrong in its tool. All of it lies in a folder, because the tool is run anew for each operation. It is a
+/// device of its own: a disk of the gateway that is full does not reach it.
 class Modem {
  public:
   static constexpr char kFolder[] = "/run/modem";

@@ -7,8 +7,8 @@
 
 namespace simulator {
 
-/// Runs commands and checks from a text, a line each; "#" begins a comment line. The checks look at what the last
-/// command put out:
+/// Runs commands and checks from a text, a line each; "#" begins a comment line. The checks look at what the
+/// last command put out:
 ///   expect TEXT        it holds TEXT, the rest of the line as it stands
 ///   expect-not TEXT    it does not
 ///   expect-count N     it has N lines

@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-/// The SMS section of the gateway's configuration, and its back-off timers. The daemon reads both when it starts.
-/// May be used by several threads.
+/// The SMS section of the gateway's configuration, and its back-off timers. The daemon reads both when it
+/// starts. May be used by several threads.
 class Settings {
  public:
   static constexpr char kTimersFile[] = "/var/run/config/backofftimers_config";
@@ -18,8 +18,8 @@ class Settings {
   Settings();
 
   Json::Value value() const;
-  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when something on the way is
-  /// no object, or there is nothing to remove.
+  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when something on the way
+  /// is no object, or there is nothing to remove.
   bool set(const std::string& path, const Json::Value& value);
   bool remove(const std::string& path);
 

@@ -16,12 +16,13 @@ namespace {
 constexpr std::size_t kLargestDatagram = 1 << 20;
 constexpr int kInfo = 6;
 
-// "<14>Nov 24 22:05:40 VELD: text" (RFC 3164): the level is in the low three bits of the number, and a time is
-// sixteen bytes long.
+// "<14>Nov 24 22:05:40 VELD: text" (RFC 3164): the level is in the low three bits of the number, and a time
+// is sixteen bytes long.
 SyslogServer::Line parse(const std::string& datagram) {
   std::size_t at = 0;
   int level = kInfo;
-  if (const std::size_t end = datagram.find('>'); !datagram.empty() && datagram[0] == '<' && end != std::string::npos) {
+  if (const std::size_t end = datagram.find('>');
+      !datagram.empty() && datagram[0] == '<' && end != std::string::npos) {
     level = std::atoi(datagram.c_str() + 1) & 7;
     at = end + 1;
   }
@@ -34,7 +35,8 @@ SyslogServer::Line parse(const std::string& datagram) {
 }  // namespace
 
 const char* SyslogServer::levelName(int level) {
-  constexpr const char* kNames[] = {"EMERGENCY", "ALERT", "CRITICAL", "ERROR", "WARNING", "NOTICE", "INFO", "DEBUG"};
+  constexpr const char* kNames[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
+                                    "WARNING",   "NOTICE", "INFO",     "DEBUG"};
   return kNames[level & 7];
 }
 

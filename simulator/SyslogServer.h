@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-/// The gateway's syslog: listens on /dev/log, keeps every line, and writes it to a file as far as the disk has
-/// room.
+/// The gateway's syslog: listens on /dev/log, keeps every line, and writes it to a file as far as the disk
+/// has room.
 class SyslogServer {
  public:
   static constexpr char kSocket[] = "/dev/log";

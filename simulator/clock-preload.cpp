@@ -1,14 +1,16 @@
-// libgateway-clock.so: preloaded into the daemon, it lets the gateway run the daemon's time. The daemon's sleeps
-// can be cut short, and the clocks then go on by what was cut off, as if it had passed.
+// libgateway-clock.so: preloaded into the daemon, it lets the gateway run the daemon's time. The daemon's
+// sleeps can be cut short, and the clocks then go on by what was cut off, as if it had passed.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/futex.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 
@@ -18,8 +20,8 @@ namespace {
 
 using simulator::ClockControl;
 
-// With 64-bit times on a 32-bit system the C library has these two under other names, and the headers make our
-// definitions below take those names.
+// With 64-bit times on a 32-bit system the C library has these two under other names, and the headers make
+// our definitions below take those names.
 #if defined(__TIMESIZE) && __TIMESIZE == 32 && defined(_TIME_BITS) && _TIME_BITS == 64
 constexpr char kClockGettime[] = "__clock_gettime64";
 constexpr char kTime[] = "__time64";
@@ -31,6 +33,7 @@ constexpr long kFutex = SYS_futex;
 #endif
 
 ClockControl* control = nullptr;
+int wake = -1;
 
 template <typename Function>
 Function next(const char* name) {
@@ -49,6 +52,8 @@ __attribute__((constructor)) void attach() {
   if (file < 0) return;
   void* memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   close(file);
+  // Open for both directions: it never ends, and opening it does not block.
+  wake = open(ClockControl::kWakePath, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   if (memory != MAP_FAILED) control = static_cast<ClockControl*>(memory);
 }
 
@@ -72,20 +77,29 @@ unsigned sleep(unsigned seconds) {
   if (control == nullptr) return next<unsigned (*)(unsigned)>("sleep")(seconds);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
+  // Who has seen that the sleep has begun may send a signal: it is let in only by the wait, so that it ends
+  // it.
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &before);
   const std::uint32_t number = ++control->begun;
   syscall(kFutex, &control->begun, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
   unsigned remaining = seconds;
   bool interrupted = false;
   while (!interrupted && !isGranted(number)) {
-    const std::uint32_t granted = control->granted;
     remaining = control->hold != 0 ? seconds : left(start, seconds);
-    if (isGranted(number) || remaining == 0) break;
-    // A wait without an end would be taken up again after some handlers. In hold mode it comes back anyway.
+    if (remaining == 0) break;
     const timespec wait{static_cast<time_t>(remaining), 0};
-    interrupted = syscall(kFutex, &control->granted, FUTEX_WAIT, granted, &wait, nullptr, 0) == -1 && errno == EINTR;
+    pollfd grant{wake, POLLIN, 0};
+    const int result = ppoll(&grant, 1, control->hold != 0 ? nullptr : &wait, &before);
+    interrupted = result == -1 && errno == EINTR;
+    char bytes[64];
+    while (result == 1 && read(wake, bytes, sizeof bytes) > 0) continue;
   }
   if (!interrupted && remaining > 0) control->skipped += remaining;
   ++control->ended;
+  sigprocmask(SIG_SETMASK, &before, nullptr);
   return interrupted ? remaining : 0;
 }
 

@@ -16,7 +16,8 @@ using simulator::Modem;
 using simulator::ToolFault;
 
 constexpr char kUsage[] =
-    "sms: usage: sms list unread | sms list read | sms delete read | sms [--verbose] send -f FILE RECIPIENT\n";
+    "sms: usage: sms list unread | sms list read | sms delete read | sms [--verbose] send -f FILE "
+    "RECIPIENT\n";
 
 // The operation that the arguments ask for, empty if none: "unread", "read", "delete", "send".
 std::string operationOf(const std::vector<std::string>& words) {
