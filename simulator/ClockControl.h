@@ -1,0 +1,23 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace simulator {
+
+/// What the gateway and the clock library in the daemon share: a small file, mapped by both, and a FIFO into
+/// which the gateway writes to wake a sleep. Times are seconds.
+struct ClockControl {
+  static constexpr char kPath[] = "/run/gateway/clock";
+  static constexpr char kWakePath[] = "/run/gateway/wake";
+
+  std::atomic<std::int64_t> skipped;  ///< what both clocks are ahead: the parts of sleeps that were cut off
+  std::atomic<std::uint32_t> hold;    ///< 1: a sleep ends only by a grant or a signal, whatever its length
+  std::atomic<std::uint32_t> begun;   ///< sleeps begun since the daemon was started; a futex
+  std::atomic<std::uint32_t> ended;   ///< of these, the ones that have ended
+  std::atomic<std::uint32_t>
+      granted;  ///< sleep number `granted`, counting from 1, and all before it end at once
+};
+static_assert(std::atomic<std::int64_t>::is_always_lock_free, "two processes share the file");
+
+}  // namespace simulator

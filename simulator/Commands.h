@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "simulator/CommandLine.h"
+#include "simulator/Gateway.h"
+
+namespace simulator {
+
+/// One command: how it is written, what it does, and how it is done.
+struct Command {
+  const char* name;
+  const char* arguments;  ///< as help shows them; words in it that stand for themselves are completed
+  const char* summary;
+  /// May answer misuse().
+  Answer (*run)(Gateway& gateway, CommandLine& line);
+};
+
+/// The answer to a command that was not written as its arguments say; the user is shown how.
+inline Answer misuse() { return {false, ""}; }
+
+// By theme, each in a file of its own.
+const std::vector<Command>& messageCommands();
+const std::vector<Command>& faultCommands();
+const std::vector<Command>& daemonCommands();
+const std::vector<Command>& lookCommands();
+
+/// Executes command lines on a gateway. One thread at a time.
+class Commands {
+ public:
+  explicit Commands(Gateway& gateway);
+
+  /// Executes a line; a blank one does nothing. The text of the answer ends without a line feed.
+  Answer execute(const std::string& line);
+
+  const std::vector<Command>& all() const { return commands_; }
+  Gateway& gateway() { return gateway_; }
+
+ private:
+  Answer help(const CommandLine& line) const;
+  const Command* find(const std::string& name) const;
+
+  Gateway& gateway_;
+  std::vector<Command> commands_;
+};
+
+}  // namespace simulator

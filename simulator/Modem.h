@@ -1,0 +1,70 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// What the modem's tool is to do instead of its work.
+enum class ToolFault { None, Fail, Hang, Kill, Silent };
+
+/// The modem: messages that came in, messages that were sent, numbers that it refuses, and what is to go
+/// wrong in its tool. All of it lies in a folder, because the tool is run anew for each operation. It is a
+/// device of its own: a disk of the gateway that is full does not reach it.
+class Modem {
+ public:
+  static constexpr char kFolder[] = "/run/modem";
+
+  /// Creates the folder tree if it is missing.
+  explicit Modem(std::string folder);
+
+  /// Takes in a message: `userData` as the tool prints it, without quotes.
+  void receive(const std::string& sender, const std::string& userData);
+  /// Takes in a piece of listing as it is, whatever it holds.
+  void receiveRaw(const std::string& listing);
+
+  /// The printed messages in the order in which they came in; those that were listed as unread are then read.
+  std::string listUnread();
+  std::string listRead() const;
+  /// Deletes what was listed; false when that fails.
+  bool deleteRead();
+  /// Sends; false for a number that the modem refuses.
+  bool send(const std::string& recipient, const std::string& text);
+
+  /// How many messages are in the store.
+  std::size_t unread() const;
+  std::size_t read() const;
+  /// The sent messages in their order: {"recipient", "text"}.
+  std::vector<Json::Value> sent() const;
+
+  void setRefused(const std::string& number, bool refused);
+  std::vector<std::string> refused() const;
+
+  /// Sets what goes wrong in `operation` ("unread", "read", "delete", "send") the next `times` times; 0 puts
+  /// it right.
+  void setFault(const std::string& operation, ToolFault fault, unsigned times);
+  void clearFaults();
+  /// What goes wrong now; counts it as having happened.
+  ToolFault takeFault(const std::string& operation);
+  /// What is set, a line each: "send: fail, 2 times".
+  std::vector<std::string> faults() const;
+  bool hasFault(const std::string& operation) const;
+
+  /// Whether a tool hangs, and until when: it marks itself, and ends when its fault is put right.
+  void setHanging(bool hanging);
+  bool hanging() const;
+
+ private:
+  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+  std::vector<std::string> messages(const std::string& box) const;
+  std::string print(const std::string& box) const;
+  void store(const std::string& text);
+  Json::Value state() const;
+  void setState(const Json::Value& state);
+
+  std::string folder_;
+};
+
+}  // namespace simulator

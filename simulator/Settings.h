@@ -1,0 +1,36 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// The SMS section of the gateway's configuration, and its back-off timers. The daemon reads both when it
+/// starts. May be used by several threads.
+class Settings {
+ public:
+  static constexpr char kTimersFile[] = "/var/run/config/backofftimers_config";
+
+  /// Everything permitted, for the one number +4917012345 with the password "secret".
+  Settings();
+
+  Json::Value value() const;
+  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when something on the way
+  /// is no object, or there is nothing to remove.
+  bool set(const std::string& path, const Json::Value& value);
+  bool remove(const std::string& path);
+
+  /// Writes the timers file anew; `timings` as in "[30,60]", in seconds. False when that fails.
+  bool setTimings(const std::string& timings);
+
+ private:
+  Json::Value* find(const std::vector<std::string>& path);
+
+  mutable std::mutex mutex_;
+  Json::Value value_;
+};
+
+}  // namespace simulator

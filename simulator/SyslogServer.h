@@ -1,0 +1,52 @@
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace simulator {
+
+/// The gateway's syslog: listens on /dev/log, keeps every line, and writes it to a file as far as the disk
+/// has room.
+class SyslogServer {
+ public:
+  static constexpr char kSocket[] = "/dev/log";
+  static constexpr char kFile[] = "/var/log/syslog";
+
+  struct Line {
+    int level;  ///< of syslog: 0 (emergency) to 7 (debug)
+    std::string text;
+  };
+  /// "EMERGENCY" to "DEBUG".
+  static const char* levelName(int level);
+
+  SyslogServer();
+  ~SyslogServer();
+  SyslogServer(const SyslogServer&) = delete;
+  SyslogServer& operator=(const SyslogServer&) = delete;
+
+  /// Listens, or stops to. False when the socket cannot be bound.
+  bool listen();
+  void close();
+  bool listening() const { return socket_ >= 0; }
+
+  /// A line of the gateway's own.
+  void log(int level, const std::string& text);
+  /// All lines so far, from number `first` on, counting from 0; what was sent before the call is among them.
+  std::vector<Line> lines(std::size_t first = 0);
+
+ private:
+  void run();
+  void drain();
+  void add(int level, const std::string& text);
+
+  std::mutex mutex_;
+  std::vector<Line> lines_;
+  std::atomic<int> socket_{-1};
+  std::atomic<bool> stop_{false};
+  std::thread thread_;
+};
+
+}  // namespace simulator
