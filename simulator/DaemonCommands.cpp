@@ -118,6 +118,12 @@ Answer await(Gateway& gateway, CommandLine& line) {
   return wrong("That did not happen within 30 seconds.");
 }
 
+Answer carryOut(Gateway& gateway, CommandLine& line) {
+  if (!line.words().empty()) return misuse();
+  const std::string done = gateway.carryOut();
+  return {true, done.empty() ? "The API was asked for nothing new." : done};
+}
+
 Answer settings(Gateway& gateway, CommandLine& line) {
   const bool remove = line.takeFlag("--remove");
   if (line.words().empty() && !remove) return {true, gateway.settings().value().toStyledString()};
@@ -167,6 +173,8 @@ const std::vector<Command>& daemonCommands() {
       {"wait", "5m", "lets so much time pass in a moment: seconds, or with m or h", wait},
       {"await", "pass|tool|request|exit",
        "waits for a pass to end, a tool or a request to hang, the daemon to end", await},
+      {"carry-out", "",
+       "the gateway does what its API was asked for, and answers (the console does so by itself)", carryOut},
       {"settings", "[KEY VALUE|KEY --remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
       {"password", "TEXT|off", "the password that a command must carry", password},

@@ -62,6 +62,10 @@ class Gateway {
   /// Hands an outgoing message to the daemon as a record; its guid in `guid`. False when the disk refuses it.
   [[nodiscard]] bool queue(Json::Value record, std::string& guid);
 
+  /// Carries out what the API was asked for since the last call, as a gateway would: it answers the sender by
+  /// a message that it queues, and a reboot restarts the daemon. What was done, a line each.
+  std::string carryOut();
+
   static const std::vector<std::string>& boxes();  ///< "received", "sending", "sent", "failed"
   static std::string folderOf(const std::string& box);
   /// The records of a box, by name; what is no JSON as a text.
@@ -86,6 +90,7 @@ class Gateway {
   Daemon daemon_;
   std::string tool_;
   std::deque<Part> held_;
+  std::size_t carriedOut_ = 0;
 };
 
 }  // namespace simulator
