@@ -67,7 +67,7 @@ Answer passes(Gateway& gateway, unsigned count) {
         return wrong(gateway.daemon().ending().empty() ? "The daemon is not running; \"start\" starts it."
                                                        : ended(gateway));
       default:
-        return wrong("The daemon has been in one pass for 30 seconds.");
+        return wrong("The daemon has been in one pass for a minute.");
     }
   }
   return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") +

@@ -23,7 +23,7 @@ constexpr char kStore[] = "/var/config/sms/";
 constexpr char kOutbox[] = "/var/config/sms/outbox/";
 constexpr char kFiller[] = "/filler";
 constexpr unsigned long long kLargestPrivate = 256ULL << 20;
-constexpr double kPassSeconds = 30;
+constexpr double kPassSeconds = 60;
 constexpr double kStopSeconds = 10;
 constexpr double kSignalSeconds = 0.3;
 

@@ -50,7 +50,7 @@ class Gateway {
   void grantPass();
   /// Waits up to `seconds` until the daemon has gone to sleep.
   Passed awaitSleep(double seconds);
-  /// Ends the daemon's sleep and waits up to thirty seconds until it sleeps again.
+  /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
   Passed pass();
 
   /// Keeps parts back for release(), or hands them to the modem: a number and the user data each.
