@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sstream>
 
 namespace simulator {
 namespace {
@@ -34,6 +35,7 @@ const Command* Commands::find(const std::string& name) const {
 }
 
 Answer Commands::execute(const std::string& text) {
+  const Turn turn(turn_);
   CommandLine line;
   if (!line.read(text)) return wrong("A quote is left open: close it with another one.");
   if (line.name().empty()) return {};
@@ -53,6 +55,18 @@ Answer Commands::execute(const std::string& text) {
   if (!answer.good && answer.text.empty()) answer.text = "Write it as: " + usage(*command);
   while (!answer.text.empty() && answer.text.back() == '\n') answer.text.pop_back();
   return answer;
+}
+
+void Commands::carryOut() {
+  const Turn turn(turn_);
+  std::istringstream done(gateway_.carryOut());
+  for (std::string line; std::getline(done, line);) carriedOut_.push_back(line);
+}
+
+std::vector<std::string> Commands::carriedOut(std::size_t first) {
+  const Turn turn(turn_);
+  if (first >= carriedOut_.size()) return {};
+  return {carriedOut_.begin() + static_cast<std::ptrdiff_t>(first), carriedOut_.end()};
 }
 
 Answer Commands::help(const CommandLine& line) const {

@@ -135,7 +135,11 @@ void Console::execute(const std::string& line) {
   } else {
     std::cout << kRefused << answer.text << kPlain << "\n";
   }
-  if (const std::string done = commands_.gateway().carryOut(); !done.empty()) print(done);
+  commands_.carryOut();
+  for (const std::string& done : commands_.carriedOut(told_)) {
+    print(done);
+    ++told_;
+  }
   showLog();
 }
 

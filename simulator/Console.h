@@ -19,6 +19,7 @@ class Console {
 
   Commands& commands_;
   std::size_t logged_ = 0;
+  std::size_t told_ = 0;
 };
 
 }  // namespace simulator

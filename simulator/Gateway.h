@@ -12,6 +12,7 @@
 #include "simulator/GatewayClock.h"
 #include "simulator/LocalApiServer.h"
 #include "simulator/Modem.h"
+#include "simulator/Phones.h"
 #include "simulator/Settings.h"
 #include "simulator/SyslogServer.h"
 
@@ -40,6 +41,7 @@ class Gateway {
   LocalApiServer& api() { return api_; }
   Settings& settings() { return settings_; }
   Daemon& daemon() { return daemon_; }
+  Phones& phones() { return phones_; }
   const GatewayClock& clock() const { return clock_; }
 
   /// Starts the daemon; false with one line in `problem` as Daemon::start.
@@ -88,6 +90,7 @@ class Gateway {
   LocalApiServer api_;
   GatewayClock clock_;
   Daemon daemon_;
+  Phones phones_;
   std::string tool_;
   std::deque<Part> held_;
   std::size_t carriedOut_ = 0;

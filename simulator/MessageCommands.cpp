@@ -78,6 +78,7 @@ Answer receive(Gateway& gateway, CommandLine& line) {
   GsmEncoder encoder;
   if (!encoder.encode(line.words()[1], options)) return wrong(encoder.problem());
   if (encoder.parts().size() > 1 && !reference) ++nextReference;
+  gateway.phones().wrote(line.words()[0], line.words()[1], gateway.clock().now());
   Answer answer = deliver(gateway, line.words()[0], encoder, delivery);
   for (unsigned i = 1; answer.good && i < times; ++i)
     answer = deliver(gateway, line.words()[0], encoder, delivery);

@@ -79,6 +79,12 @@ bool Modem::send(const std::string& recipient, const std::string& text) {
   return appendFile(path("sent"), toLine(message) + "\n");
 }
 
+std::vector<std::string> Modem::printed(const std::string& box) const {
+  std::vector<std::string> texts;
+  for (const std::string& message : messages(box)) texts.push_back(readFile(message));
+  return texts;
+}
+
 std::size_t Modem::unread() const { return messages("unread").size(); }
 std::size_t Modem::read() const { return messages("read").size(); }
 

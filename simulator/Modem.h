@@ -33,6 +33,8 @@ class Modem {
   /// Sends; false for a number that the modem refuses.
   bool send(const std::string& recipient, const std::string& text);
 
+  /// The messages of a box, "unread" or "read", as the tool prints them; nothing changes.
+  std::vector<std::string> printed(const std::string& box) const;
   /// How many messages are in the store.
   std::size_t unread() const;
   std::size_t read() const;

@@ -1,54 +1,111 @@
-// gateway: the simulated gateway, for a person at the keyboard or a script.
+// gateway: the simulated gateway, for a person at the keyboard or in a browser, or for a script.
+#include <semaphore.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "simulator/Console.h"
+#include "simulator/PageServer.h"
 #include "simulator/Script.h"
 
 namespace {
 
+constexpr unsigned kPagePort = 8400;
 constexpr char kUsage[] =
     "usage: gateway [--script FILE] [--echo]\n"
+    "       gateway --page [PORT]\n"
     "Commands come from the script, else from standard input: a console at a terminal, a script otherwise.\n"
+    "--page serves a page on 127.0.0.1, port 8400 unless another is given (0: any that is free), beside the\n"
+    "console; away from a terminal, until SIGINT or SIGTERM.\n"
     "VELD names the daemon's executable, if it is not the one of the same build.\n";
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  std::vector<std::string> words(argv + 1, argv + argc);
+struct Arguments {
+  bool good = true;
+  bool help = false;
   std::string script;
   bool echo = false;
+  bool page = false;
+  unsigned port = kPagePort;
+};
+
+Arguments read(const std::vector<std::string>& words) {
+  Arguments arguments;
   for (std::size_t i = 0; i < words.size(); ++i) {
     if (words[i] == "--echo") {
-      echo = true;
+      arguments.echo = true;
     } else if (words[i] == "--script" && i + 1 < words.size()) {
-      script = words[++i];
+      arguments.script = words[++i];
+    } else if (words[i] == "--page") {
+      arguments.page = true;
+      if (i + 1 == words.size()) continue;
+      const std::optional<unsigned> port = simulator::readNumber(words[++i]);
+      arguments.good = arguments.good && port;
+      arguments.port = port.value_or(0);
     } else {
-      std::cerr << kUsage;
-      return words[i] == "--help" ? 0 : 2;
+      arguments.help = words[i] == "--help";
+      arguments.good = false;
     }
   }
-  std::ifstream file(script);
-  if (!script.empty() && !file) {
-    std::cerr << "gateway: cannot read " << script << "\n";
-    return 2;
+  arguments.good = arguments.good && !(arguments.page && !arguments.script.empty());
+  return arguments;
+}
+
+sem_t ended;
+
+void end(int) { sem_post(&ended); }
+
+int servePage(simulator::Commands& commands, unsigned port, bool atTerminal) {
+  simulator::PageServer page(commands);
+  if (!page.listen(static_cast<int>(port))) {
+    std::cerr << "gateway: port " << port << " is taken; --page 0 takes any that is free\n";
+    return 1;
   }
-  const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-  const char* program = std::getenv("VELD");
-  const bool atTerminal = script.empty() && isatty(STDIN_FILENO) != 0;
-  simulator::Gateway gateway(
-      {program != nullptr ? program : folder + "/../daemon/veld", folder, !atTerminal});
-  simulator::Commands commands(gateway);
+  std::cout << "The page: " << page.address() << std::endl;
   if (atTerminal) {
     simulator::Console(commands).run();
     return 0;
   }
-  simulator::Script run(commands, script.empty() ? "standard input" : script, echo);
-  return run.run(script.empty() ? std::cin : file) ? 0 : 1;
+  commands.execute("start");
+  while (sem_wait(&ended) != 0) continue;
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Arguments arguments = read({argv + 1, argv + argc});
+  if (!arguments.good) {
+    std::cerr << kUsage;
+    return arguments.help ? 0 : 2;
+  }
+  std::ifstream file(arguments.script);
+  if (!arguments.script.empty() && !file) {
+    std::cerr << "gateway: cannot read " << arguments.script << "\n";
+    return 2;
+  }
+  const bool atTerminal = arguments.script.empty() && isatty(STDIN_FILENO) != 0;
+  if (arguments.page && !atTerminal) {
+    sem_init(&ended, 0, 0);
+    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, end);
+  }
+  const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  const char* program = std::getenv("VELD");
+  simulator::Gateway gateway(
+      {program != nullptr ? program : folder + "/../daemon/veld", folder, !atTerminal && !arguments.page});
+  simulator::Commands commands(gateway);
+  if (arguments.page) return servePage(commands, arguments.port, atTerminal);
+  if (atTerminal) {
+    simulator::Console(commands).run();
+    return 0;
+  }
+  simulator::Script run(commands, arguments.script.empty() ? "standard input" : arguments.script,
+                        arguments.echo);
+  return run.run(arguments.script.empty() ? std::cin : file) ? 0 : 1;
 }
