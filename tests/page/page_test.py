@@ -1,0 +1,219 @@
+"""Drives the page of the simulated gateway in headless Chromium: page_test.py GATEWAY"""
+import http.client
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import WebDriverWait
+
+GATEWAY = sys.argv.pop(1)
+PERMITTED = "+4917012345"
+CHROMIUM = ("headless=new no-sandbox disable-gpu disable-quic no-first-run disable-background-networking "
+            "disable-component-update disable-sync disable-dev-shm-usage window-size=1280,900").split()
+
+
+def browser(folder):
+    options = webdriver.ChromeOptions()
+    options.binary_location = "/usr/bin/chromium"
+    for flag in CHROMIUM + [f"user-data-dir={folder}"]:
+        options.add_argument("--" + flag)
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+
+
+class PageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.gateway = subprocess.Popen([GATEWAY, "--page", "0"], stdin=subprocess.DEVNULL,
+                                       stdout=subprocess.PIPE, text=True)
+        cls.address = re.search(r"http://\S+/", cls.gateway.stdout.readline()).group()
+        cls.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
+        cls.page = browser(cls.profile.name)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.gateway.terminate()
+        status = cls.gateway.wait(30)
+        cls.gateway.stdout.close()
+        ended = cls.page.find_element(By.ID, "daemon")
+        WebDriverWait(cls.page, 10).until(lambda _: ended.text.endswith("the gateway has ended"))
+        cls.page.quit()
+        cls.profile.cleanup()
+        assert status == 0, f"the gateway ended with status {status}"
+
+    def setUp(self):
+        self.page.get(self.address)
+        self.see("#numbers", PERMITTED)
+        self.see("#faults", "Everything works.")
+
+    def one(self, selector):
+        return self.page.find_element(By.CSS_SELECTOR, selector)
+
+    def see(self, selector, text):
+        """Waits until an element shows the text."""
+        def shown(page):
+            return page.execute_script("return [...document.querySelectorAll(arguments[0])].some("
+                                       "one => one.textContent.includes(arguments[1]))", selector, text)
+        WebDriverWait(self.page, 20).until(shown, f'no {selector} shows "{text}"')
+
+    def click(self, label):
+        self.page.find_element(By.XPATH, f'//button[normalize-space()="{label}"]').click()
+
+    def write(self, text):
+        box = self.one("#text")
+        box.clear()
+        box.send_keys(text, Keys.ENTER)
+
+    def run_pass(self):
+        self.click("Run a pass")
+        self.see("#said", "1 pass, 5 seconds.")
+
+    def test_the_example_reaches_the_api_and_is_answered(self):
+        self.click("Send")
+        self.see("#conversation .written", "p secret #ping 8.8.8.8 3")
+        self.run_pass()
+        self.see("#requests code", "POST /api/command/do_ping_through_sms")
+        self.see("#requests pre", '{"recipients": ["+4917012345"], "args": ["8.8.8.8","3"]}')
+        self.see("#folder-received .tag", "command, passed on")
+        self.run_pass()
+        self.see("#conversation li:not(.written)", "do_ping_through_sms: done")
+
+    def test_a_reboot_shows(self):
+        process = self.one("#daemon").text
+        self.click("reboot")
+        self.click("Send")
+        self.run_pass()
+        self.see("#requests code", "POST /api/command/sms_restart")
+        self.see("#events .reboot", "The gateway has rebooted")
+        WebDriverWait(self.page, 20).until(lambda _: "runs" in self.one("#daemon").text != process)
+        self.run_pass()
+        self.see("#conversation li:not(.written)", "The gateway has rebooted.")
+
+    def test_a_refused_message_is_retried_and_sent(self):
+        self.click("Modem refuses it")
+        self.see("#faults", "refused: +4917022222")
+        self.click("Queue it")
+        self.see("#said", "Queued as")
+        self.run_pass()
+        self.see("#folder-failed .card", "3 retries left")
+        self.click("Wait 30 s")
+        self.see("#folder-failed .card", "2 retries left")
+        self.click("Put everything right")
+        self.see("#faults", "Everything works.")
+        self.click("Wait 5 min")
+        self.see("#folder-sent .text", "Tank 3 is nearly empty")
+        self.see("#log .ERROR", "Error to send SMS.")
+        self.see("#numbers", "+4917022222")
+
+    def test_markup_is_shown_as_text(self):
+        markup = '<script>document.title = "1"</script><img src=x onerror="document.title = 2">'
+        self.write(markup)
+        self.run_pass()
+        for place in "#conversation li", "#folder-received .text", "#log span":
+            self.see(place, markup)
+        self.assertEqual(self.page.title, "veld on a simulated gateway")
+        self.assertEqual(self.page.find_elements(By.CSS_SELECTOR, "img, main script"), [])
+
+    def test_a_text_like_a_command_line_stays_a_text(self):
+        for text in ('quotes " and \\ and \\n', "one' --retries"):
+            with self.subTest(text):
+                self.write(text)
+                self.run_pass()
+                self.see("#folder-received .text", text)
+
+    def test_the_console_answers(self):
+        line = self.one("#console-line")
+        line.clear()
+        line.send_keys("recieve +49 hello", Keys.ENTER)
+        self.see("#console-answer.wrong", "did you mean: receive NUMBER TEXT")
+
+    def test_the_keyboard_reaches_everything_and_shows_where_it_is(self):
+        wanted = self.page.execute_script(
+            "return document.querySelectorAll('button, input, textarea').length")
+        reached = set()
+        self.one("body").send_keys(Keys.TAB)
+        for _ in range(2 * wanted + 40):
+            element = self.page.switch_to.active_element
+            if element.tag_name in ("button", "input", "textarea"):
+                reached.add(element.id)
+                self.assertEqual(element.value_of_css_property("outline-style"), "solid")
+            element.send_keys(Keys.TAB)
+        self.assertEqual(len(reached), wanted)
+
+    def test_a_narrow_window_needs_no_sideways_scrolling(self):
+        self.write("narrow" * 20)
+        self.run_pass()
+        for width in (1000, 600, 320):
+            with self.subTest(width=width):
+                self.page.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+                    "width": width, "height": 800, "deviceScaleFactor": 1, "mobile": False})
+                hidden = self.page.execute_script(
+                    "const all = document.documentElement; return [innerWidth, all.scrollWidth - all.clientWidth]")
+                self.assertEqual(hidden, [width, 0])
+        self.page.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+
+    def test_texts_can_be_read_in_either_scheme(self):
+        for scheme in "light", "dark":
+            self.page.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                      {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            for selector in "body", ".hint", "button.main", "#faults":
+                with self.subTest(selector, scheme=scheme):
+                    self.assertGreaterEqual(self.contrast(selector), 4.5)
+
+    def contrast(self, selector):
+        """The ratio of luminances of a text and what is behind it (WCAG 2.1)."""
+        colours = self.page.execute_script("""
+            let one = document.querySelector(arguments[0]), text = getComputedStyle(one).color, behind;
+            do behind = getComputedStyle(one).backgroundColor; while (behind === "rgba(0, 0, 0, 0)" && (one = one.parentElement));
+            return [text, behind];""", selector)
+        lights = []
+        for colour in colours:
+            parts = [int(part) / 255 for part in re.findall(r"\d+", colour)[:3]]
+            red, green, blue = [part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4 for part in parts]
+            lights.append(0.2126 * red + 0.7152 * green + 0.0722 * blue)
+        return (max(lights) + 0.05) / (min(lights) + 0.05)
+
+    def test_nothing_comes_from_elsewhere_and_nothing_is_wrong(self):
+        loaded = self.page.execute_script("return performance.getEntriesByType('resource').map(one => one.name)")
+        self.assertGreaterEqual(len(loaded), 2)
+        self.assertEqual([one for one in loaded if not one.startswith(self.address)], [])
+        self.assertEqual(self.page.get_log("browser"), [])
+
+    def test_only_the_page_itself_is_answered(self):
+        host = self.address.split("/")[2]
+        port = host.split(":")[1]
+        rows = [  # name, method, Host, Origin, status
+            ("the page", "GET", host, None, 200),
+            ("by name", "GET", f"localhost:{port}", None, 200),
+            ("IPv6", "GET", f"[::1]:{port}", None, 200),
+            ("another host", "GET", f"example.org:{port}", None, 403),
+            ("another port", "GET", "127.0.0.1:1", None, 403),
+            ("no host", "GET", "", None, 403),
+            ("a command", "POST", host, f"http://{host}", 200),
+            ("by name, a command", "POST", f"localhost:{port}", f"http://localhost:{port}", 200),
+            ("another page's command", "POST", host, "http://example.org", 403),
+            ("a file's command", "POST", host, "null", 403),
+            ("a command of nobody", "POST", host, None, 403),
+            ("rebound", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
+        ]
+        for name, method, named, origin, status in rows:
+            with self.subTest(name):
+                connection = http.client.HTTPConnection(host)
+                connection.putrequest(method, "/" if method == "GET" else "/command", skip_host=True)
+                headers = {"Host": named, "Origin": origin, "Content-Length": "6" if method == "POST" else None}
+                for header, value in headers.items():
+                    if value is not None:
+                        connection.putheader(header, value)
+                connection.endheaders(b"status" if method == "POST" else None)
+                self.assertEqual(connection.getresponse().status, status)
+                connection.close()
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
