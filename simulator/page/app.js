@@ -13,7 +13,7 @@ const EXAMPLES = {
   "ping": (pw) => pw + "#ping 8.8.8.8 3",
   "reboot": (pw) => pw + "#reboot",
   "wrong password": () => "p wrong #reboot",
-  "no command": () => "Good morning!",
+  "plain text": () => "Good morning!",
 };
 const LOG_LINES = 500;
 
@@ -91,7 +91,7 @@ function showNumbers() {
     button.lastChild.textContent = mayCommand(numbers[i]) ? "may command" : "a stranger";
   });
   at("allowed").textContent = !commands.enabled ? "Commands are switched off."
-    : mayCommand(sender) ? `A command: ${password()}#keyword arguments` : "Its commands are filed, and not carried out.";
+    : mayCommand(sender) ? `Commands: ${password()}#keyword …` : "Its commands are filed, and not carried out.";
   at("examples").replaceChildren(...Object.entries(EXAMPLES).map(([name, text]) => element("button", {
     type: "button", textContent: name, onclick: () => { at("text").value = text(password()); at("text").focus(); } })));
 }
@@ -112,7 +112,7 @@ function converse() {
     list.append(element("li", { className: text.written ? "written" : "" }, text.text,
       element("small", { textContent: (text.written ? "you, " : "gateway, ") + text.time.slice(11, 16) })));
   }
-  if (mine.length > shown) list.scrollTop = list.scrollHeight;
+  if (mine.length > shown) requestAnimationFrame(() => { list.scrollTop = list.scrollHeight; });
   shown = mine.length;
 }
 
