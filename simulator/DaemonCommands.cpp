@@ -67,7 +67,7 @@ Answer passes(Gateway& gateway, unsigned count) {
         return wrong(gateway.daemon().ending().empty() ? "The daemon is not running; \"start\" starts it."
                                                        : ended(gateway));
       default:
-        return wrong("The daemon has been in one pass for 30 seconds.");
+        return wrong("The daemon has been in one pass for a minute.");
     }
   }
   return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") +
@@ -116,6 +116,12 @@ Answer await(Gateway& gateway, CommandLine& line) {
     usleep(1000);
   }
   return wrong("That did not happen within 30 seconds.");
+}
+
+Answer carryOut(Gateway& gateway, CommandLine& line) {
+  if (!line.words().empty()) return misuse();
+  const std::string done = gateway.carryOut();
+  return {true, done.empty() ? "The API was asked for nothing new." : done};
 }
 
 Answer settings(Gateway& gateway, CommandLine& line) {
@@ -167,6 +173,8 @@ const std::vector<Command>& daemonCommands() {
       {"wait", "5m", "lets so much time pass in a moment: seconds, or with m or h", wait},
       {"await", "pass|tool|request|exit",
        "waits for a pass to end, a tool or a request to hang, the daemon to end", await},
+      {"carry-out", "",
+       "the gateway does what its API was asked for, and answers (the console does so by itself)", carryOut},
       {"settings", "[KEY VALUE|KEY --remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
       {"password", "TEXT|off", "the password that a command must carry", password},

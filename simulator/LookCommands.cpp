@@ -68,9 +68,12 @@ Answer log(Gateway& gateway, CommandLine& line) {
 Answer status(Gateway& gateway, CommandLine& line) {
   if (!line.words().empty()) return misuse();
   const std::string ending = gateway.daemon().ending();
-  std::string text = gateway.daemon().running() ? "daemon: process " + std::to_string(gateway.daemon().pid())
-                     : ending.empty()           ? "daemon: not started"
-                                                : "daemon: ended with status " + ending;
+  std::string text = gateway.daemon().running()
+                         ? "daemon: process " + std::to_string(gateway.daemon().pid()) + ", " +
+                               std::to_string(gateway.daemon().descriptors()) + " descriptors, " +
+                               std::to_string(gateway.daemon().children()) + " children"
+                     : ending.empty() ? "daemon: not started"
+                                      : "daemon: ended with status " + ending;
   for (const std::string& box : Gateway::boxes()) {
     text += "\n" + box + ": " + std::to_string(Gateway::records(box).size());
   }
