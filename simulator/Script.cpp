@@ -30,7 +30,7 @@ bool Script::run(std::istream& text) {
   for (std::string line; std::getline(text, line);) {
     ++number_;
     line = trimmed(line);
-    if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "" : "> ") << line << std::endl;
+    if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "\n" : "> ") << line << std::endl;
     if (line.empty() || line[0] == '#') continue;
     const bool isCheck = line.compare(0, 6, "expect") == 0;
     if (!settleLast(isCheck && line.compare(0, 12, "expect-wrong") == 0)) return false;
