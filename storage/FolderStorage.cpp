@@ -62,7 +62,7 @@ bool read(const Json::CharReaderBuilder& reader, const std::string& file, const 
 
 }  // namespace
 
-FolderStorage::FolderStorage(const std::string& folderPath) : path(folderPath) {
+FolderStorage::FolderStorage(const std::string& path) : path(path) {
   if (std::system(("mkdir -p " + path).c_str()) != 0)
     ORVEL_LOG(ERROR, "Cannot create path [%s]: [%d][%s]", path.c_str(), errno, std::strerror(errno));
 }
