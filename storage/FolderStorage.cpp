@@ -28,9 +28,9 @@ bool isDirectory(const char* name) {
 
 bool matches(const Json::Value& record, const Json::Value& filter) {
   if (filter.isNull()) return true;
-  if (!filter.isObject()) return false;
-  for (const std::string& key : filter.getMemberNames())
-    if (!MessageRecord::has(record, key.c_str()) || record[key] != filter[key]) return false;
+  if (!filter.isObject() || !record.isObject()) return false;
+  for (const std::string& key : filter.getMemberNames())  // any key, one that holds a NUL too
+    if (!record.isMember(key) || record[key] != filter[key]) return false;
   return true;
 }
 
