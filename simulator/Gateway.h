@@ -40,7 +40,7 @@ class Gateway {
   LocalApiServer& api() { return api_; }
   Settings& settings() { return settings_; }
   Daemon& daemon() { return daemon_; }
-  const GatewayClock& clock() const { return clock_; }
+  GatewayClock& clock() { return clock_; }
 
   /// Starts the daemon; false with one line in `problem` as Daemon::start.
   [[nodiscard]] bool start(std::string& problem);
