@@ -36,13 +36,13 @@ bool loadFromApi(const std::string& url, Json::Value& result) {
   return true;
 }
 
-std::size_t appendAnswer(char* data, std::size_t size, std::size_t count, std::string* answer) {
+std::size_t appendAnswer(char* data, std::size_t size, std::size_t count, void* answer) {
   if (answer == nullptr) return 0;
-  answer->append(data, size * count);
+  static_cast<std::string*>(answer)->append(data, size * count);
   return size * count;
 }
 
-std::size_t curlWriter(char* data, std::size_t size, std::size_t count, std::string* answer) {
+std::size_t curlWriter(char* data, std::size_t size, std::size_t count, void* answer) {
   ORVEL_LOG(TRACE, "curlWriter");
   return appendAnswer(data, size, count, answer);
 }
@@ -51,5 +51,9 @@ bool parseJson(std::string text, Json::Value* value) {
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
   std::istringstream stream(text);
-  return Json::parseFromStream(builder, stream, value, nullptr);
+  try {
+    return Json::parseFromStream(builder, stream, value, nullptr);
+  } catch (const Json::Exception&) {
+    return false;  // nesting that is too deep is the one fault that the parser throws
+  }
 }

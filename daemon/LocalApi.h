@@ -17,13 +17,13 @@ constexpr char localApiHost[] = "http://localhost";  ///< what stands before the
 /// Logs no fault. A "code" that is no unsigned number throws the JSON library's exception.
 bool loadFromApi(const std::string& url, Json::Value& result);
 
-/// A libcurl write callback: appends `size` times `count` bytes at `data` to `*answer`, and returns their
-/// number; 0, which ends the transfer, when `answer` is null.
-std::size_t appendAnswer(char* data, std::size_t size, std::size_t count, std::string* answer);
+/// A libcurl write callback: appends `size` times `count` bytes at `data` to the std::string at `answer`, and
+/// returns their number; 0, which ends the transfer, when `answer` is null.
+std::size_t appendAnswer(char* data, std::size_t size, std::size_t count, void* answer);
 
 /// appendAnswer with a line in the log; the write callback of loadFromApi.
-std::size_t curlWriter(char* data, std::size_t size, std::size_t count, std::string* answer);
+std::size_t curlWriter(char* data, std::size_t size, std::size_t count, void* answer);
 
 /// Parses `text` as strict JSON: an object or an array, with nothing behind it, no comments and no key twice.
-/// False when it is not. Nesting that is too deep throws the JSON library's exception.
+/// False when it is not, or is nested too deep for the JSON library.
 bool parseJson(std::string text, Json::Value* value);

@@ -1,5 +1,7 @@
 #include "daemon/PartMerger.h"
 
+#include <algorithm>
+
 #include "storage/MessageRecord.h"
 
 namespace {
@@ -7,15 +9,21 @@ namespace {
 namespace Key = MessageRecord::Key;
 
 // Whatever lies in the store must not stand in the way of a new message, so a stored "part-id" that is no
-// number matches nothing, and stored "parts" that are no array have no gaps.
+// number matches nothing, and stored "parts" that are no array, or hold what has no text form, have no gaps.
 bool hasPartId(const Json::Value& stored, int partId) {
   return stored[Key::PartId].isConvertibleTo(Json::intValue) && stored[Key::PartId].asInt() == partId;
+}
+
+bool isJoinable(const Json::Value& parts) {
+  return parts.isArray() && std::all_of(parts.begin(), parts.end(), [](const Json::Value& part) {
+           return part.isConvertibleTo(Json::stringValue);
+         });
 }
 
 // Fills the gaps of `parts` from `newParts`; false when there was nothing to fill.
 bool fillGaps(Json::Value& parts, const Json::Value& newParts) {
   bool filled = false;
-  if (!parts.isArray()) return filled;
+  if (!isJoinable(parts)) return filled;
   for (Json::ArrayIndex i = 0; i < parts.size() && i < newParts.size(); ++i) {
     if (!parts[i].isNull() || newParts[i].isNull()) continue;
     parts[i] = newParts[i];

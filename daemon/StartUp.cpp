@@ -73,32 +73,33 @@ Json::Value loadSettings() {
   return settings;
 }
 
-void checkSettings(const Json::Value& settings) {
-  if (!settings.isMember("enabled") || !settings["enabled"].isBool()) {
-    ORVEL_LOG(ERROR, "Exit: the sms enabled key has invalid value or it is missing.");
-    std::exit(EXIT_FAILURE);
-  }
-  if (!settings["enabled"].asBool()) {
-    ORVEL_LOG(ERROR, "Exit: the sms are disabled.");
-    std::exit(EXIT_SUCCESS);
-  }
-  if (!settings.isMember("sentLimit")) {
-    ORVEL_LOG(ERROR, "Exit: the sms sent limit key has invalid value or it is missing.");
-    std::exit(EXIT_FAILURE);
-  }
-  if (!settings.isMember("receivedLimit")) {
-    ORVEL_LOG(ERROR, "Exit: the sms received limit key has invalid value or it is missing.");
-    std::exit(EXIT_FAILURE);
-  }
-  if (!settings.isMember("smsCommands")) {
-    ORVEL_LOG(ERROR, "Exit: the smsCommands sub-collection is invalid or missing.");
-    std::exit(EXIT_FAILURE);
-  }
-}
-
 }  // namespace
 
 void onTerminate(int /*signal*/) { stopRequested = 1; }
+
+std::optional<int> checkSettings(const Json::Value& settings) {
+  if (!settings.isMember("enabled") || !settings["enabled"].isBool()) {
+    ORVEL_LOG(ERROR, "Exit: the sms enabled key has invalid value or it is missing.");
+    return EXIT_FAILURE;
+  }
+  if (!settings["enabled"].asBool()) {
+    ORVEL_LOG(ERROR, "Exit: the sms are disabled.");
+    return EXIT_SUCCESS;
+  }
+  if (!settings.isMember("sentLimit")) {
+    ORVEL_LOG(ERROR, "Exit: the sms sent limit key has invalid value or it is missing.");
+    return EXIT_FAILURE;
+  }
+  if (!settings.isMember("receivedLimit")) {
+    ORVEL_LOG(ERROR, "Exit: the sms received limit key has invalid value or it is missing.");
+    return EXIT_FAILURE;
+  }
+  if (!settings.isMember("smsCommands")) {
+    ORVEL_LOG(ERROR, "Exit: the smsCommands sub-collection is invalid or missing.");
+    return EXIT_FAILURE;
+  }
+  return std::nullopt;
+}
 
 std::optional<Json::Value> startUp() {
   setUpLogging();
@@ -107,6 +108,6 @@ std::optional<Json::Value> startUp() {
   if (readSmsTimings()) ORVEL_LOG(ERROR, "VELD: Error reading sms timings");
   if (!installTerminationHandler()) return std::nullopt;
   Json::Value settings = loadSettings();
-  checkSettings(settings);
+  if (const std::optional<int> status = checkSettings(settings)) std::exit(*status);
   return settings;
 }

@@ -11,6 +11,11 @@ extern volatile std::sig_atomic_t stopRequested;
 /// The SIGTERM handler: sets `stopRequested`.
 void onTerminate(int signal);
 
+/// Checks the settings and logs the first fault. The status that the process is to end with: 1 for a fault, 0
+/// when SMS is switched off; none when the daemon may run. Settings that are no object throw the JSON
+/// library's exception.
+std::optional<int> checkSettings(const Json::Value& settings);
+
 /// Makes the process a daemon and gives the checked settings: syslog, detaching from the terminal, the
 /// back-off intervals, the SIGTERM handler, the settings from the local API.
 ///

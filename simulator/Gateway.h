@@ -42,7 +42,7 @@ class Gateway {
   Settings& settings() { return settings_; }
   Daemon& daemon() { return daemon_; }
   Phones& phones() { return phones_; }
-  const GatewayClock& clock() const { return clock_; }
+  GatewayClock& clock() { return clock_; }
 
   /// Starts the daemon; false with one line in `problem` as Daemon::start.
   [[nodiscard]] bool start(std::string& problem);

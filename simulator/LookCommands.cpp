@@ -25,7 +25,8 @@ Answer record(Gateway& gateway, CommandLine& line) {
   if (line.words().size() != 1) return misuse();
   for (const std::string& box : Gateway::boxes()) {
     const std::string path = Gateway::folderOf(box) + "/" + line.words()[0];
-    if (const std::string text = readFile(path); !text.empty()) return {true, path + "\n" + text};
+    if (const std::string text = readFile(path); !text.empty())
+      return {true, std::string(path).append("\n").append(text)};
   }
   return wrong("There is no record " + line.words()[0] + "; \"records received\" lists some.");
 }

@@ -1,3 +1,4 @@
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 
 #include "daemon/LocalApi.h"
@@ -26,6 +27,7 @@ const SettingsRow kSettingsRows[] = {
     {"TextBehind", CannedApi::ok("{\"code\": 200, \"result\": {}} x"), "'kept'"},
     {"Comment", CannedApi::ok("{\"code\": /* */ 200, \"result\": {}}"), "'kept'"},
     {"KeyTwice", CannedApi::ok("{\"code\": 404, \"code\": 200, \"result\": {}}"), "'kept'"},
+    {"TooDeep", CannedApi::ok(std::string(2000, '[')), "'kept'"},
     {"RootIsNoObject", CannedApi::ok("200"), "'kept'"},
     {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", "'kept'"},
     {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200, \"result\": {}}",
@@ -57,9 +59,10 @@ TEST(LoadFromApi, ThrowsForACodeThatIsNoUnsignedNumber) {
 }
 
 TEST(CurlWriter, AppendsAndCounts) {
+  const curl_write_callback writer = curlWriter;  // libcurl calls it as exactly this type
   char bytes[] = "a\0bcd";
   std::string answer = "x";
-  EXPECT_EQ(curlWriter(bytes, 2, 2, &answer), 4u);
+  EXPECT_EQ(writer(bytes, 2, 2, &answer), 4u);
   EXPECT_EQ(answer, std::string("xa\0bc", 5));
-  EXPECT_EQ(curlWriter(bytes, 2, 2, nullptr), 0u);
+  EXPECT_EQ(writer(bytes, 2, 2, nullptr), 0u);
 }

@@ -127,9 +127,9 @@ TEST_F(Pass, ReadsTheStoredPartsOnce) {
 }
 
 TEST_F(Pass, MergesPastWhateverLiesInTheStore) {
-  for (const char* const stored :
-       {"[1]", "7", "null", "{'guid':'5','part-id':'x','parts':[null,null]}",
-        "{'guid':'6','part-id':7,'parts':{'a':1}}", "{'guid':'7','part-id':7}", firstPart})
+  for (const char* const stored : {"[1]", "7", "null", "{'guid':'5','part-id':'x','parts':[null,null]}",
+                                   "{'guid':'6','part-id':7,'parts':{'a':1}}", "{'guid':'7','part-id':7}",
+                                   "{'guid':'8','part-id':7,'parts':[null,null,{}]}", firstPart})
     storage_.records[Received].push_back(json(stored));
   EXPECT_THAT(pass({secondPart}), HasSubstr("executing command"));
 }

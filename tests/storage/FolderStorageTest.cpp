@@ -85,6 +85,7 @@ const FilterRow kFilterRows[] = {
     {"NoMember", "{}", true},
     {"EqualMember", "{'guid':'1'}", true},
     {"WholeRecord", "{'guid':'1','retries':3,'parts':['a',null]}", true},
+    {"KeyWithNul", "{'a\\u0000b':1}", true},
     {"OtherValue", "{'guid':'2'}", false},
     {"OtherType", "{'guid':1}", false},
     {"OneOfTwoDiffers", "{'guid':'1','retries':2}", false},
@@ -94,7 +95,7 @@ const FilterRow kFilterRows[] = {
 };
 class Filter : public testing::TestWithParam<FilterRow> {};
 TEST_P(Filter, TakesTheRecordsThatHaveItsMembers) {
-  const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null]})"}};
+  const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null],"a\u0000b":1})"}};
   EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().filter)).size(), GetParam().taken ? 1u : 0u);
 }
 INSTANTIATE_ROWS(Filter, kFilterRows);

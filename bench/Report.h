@@ -1,0 +1,26 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <ostream>
+#include <string>
+
+/// Prints the benchmarks as they are done, keeps their figures, and judges them.
+class Report : public benchmark::ConsoleReporter {
+ public:
+  Report() : ConsoleReporter(OO_Tabular) {}
+
+  void ReportRuns(const std::vector<Run>& runs) override;
+
+  /// Writes the table of the wanted figures, the machine and the date; false when one is missed.
+  bool write(std::ostream& page) const;
+
+  /// Writes the points of the benchmark `name` to `points`: argument and milliseconds, a line each.
+  void writePoints(const std::string& name, std::ostream& points) const;
+
+ private:
+  double figure(const std::string& name, const std::string& counter) const;
+
+  std::map<std::string, std::map<std::string, double>> figures_;  ///< by "NAME/ARGUMENT" and counter
+};

@@ -1,0 +1,123 @@
+// Whole passes of the loop, with the real provider and store; a shell script stands in for the `sms` tool.
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+
+#include "bench/Bench.h"
+#include "daemon/MainLoop.h"
+#include "provider/SmsUtilsProvider.h"
+#include "storage/FolderCollectionStorage.h"
+#include "storage/LimitCollectionStorageDecorator.h"
+#include "storage/LimitNullCollectionStorageDecorator.h"
+#include "storage/StatusCollectionStorageDecorator.h"
+
+namespace {
+
+constexpr unsigned keptBesideNew = 100;
+
+Json::Value commandSettings() {
+  Json::Value settings;
+  for (const char* const key : {"enabled", "checkinEnabled", "rebootEnabled"}) settings[key] = false;
+  settings["whitelist"]["enabled"] = settings["password"]["enabled"] = true;
+  settings["whitelist"]["numbers"] = Json::arrayValue;
+  settings["password"]["text"] = "secret";
+  return settings;
+}
+
+// A daemon without its process.
+class Loop {
+ public:
+  explicit Loop(unsigned limit) : commands_(commandSettings()) {
+    auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
+    auto limited = std::make_shared<LimitCollectionStorageDecorator>(folders, limit, limit);
+    auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, limit, limit);
+    storage_ = std::make_shared<StatusCollectionStorageDecorator>(refusing);
+    if (!commands_.loadConfig()) std::abort();
+  }
+
+  void pass() { runPass(provider_, *storage_, commands_, {30, 60, 300}, retry_); }
+
+ private:
+  SmsUtilsProvider provider_;
+  std::shared_ptr<StatusCollectionStorageDecorator> storage_;
+  SMSCommand commands_;
+  RetryState retry_;
+};
+
+void listNewMessages(unsigned count) {
+  std::ofstream listing(listingFile);
+  for (unsigned i = 0; i < count; ++i)
+    listing << "index: " << i << "\naddr: +4917012345\nuser-data: \"The quick brown fox, " << i
+            << " times\"\n";
+}
+
+void runToolCommands() {
+  if (std::system("SMS_CONFIG=/etc/smsconfig sms list unread > /dev/null") != 0) std::abort();
+  std::FILE* const pipe = popen("SMS_CONFIG=/etc/smsconfig sms list read", "r");
+  char piece[1024];
+  while (std::fgets(piece, sizeof(piece), pipe) != nullptr) benchmark::DoNotOptimize(piece);
+  pclose(pipe);
+}
+
+void IdlePass(benchmark::State& state) {
+  fillInbox(keptBesideNew);
+  listNewMessages(0);
+  Loop loop(keptBesideNew);
+  runBesideFloor(
+      state, [&] { loop.pass(); }, runToolCommands);
+}
+BENCHMARK(IdlePass)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
+
+void PassWithStored(benchmark::State& state) {
+  const auto stored = static_cast<unsigned>(state.range(0));
+  fillInbox(stored);
+  listNewMessages(1);
+  Loop loop(stored);
+  runAlone(
+      state, [] {}, [&] { loop.pass(); });
+}
+BENCHMARK(PassWithStored)
+    ->Arg(1)
+    ->Arg(250)
+    ->Arg(500)
+    ->Arg(1000)
+    ->Arg(2000)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+// The store is full, as it is on a gateway after a while.
+void PassWithNew(benchmark::State& state) {
+  listNewMessages(static_cast<unsigned>(state.range(0)));
+  Loop loop(keptBesideNew);
+  runAlone(
+      state, [] { fillInbox(keptBesideNew); }, [&] { loop.pass(); });
+}
+BENCHMARK(PassWithNew)
+    ->Arg(1)
+    ->Arg(250)
+    ->Arg(500)
+    ->Arg(1000)
+    ->UseManualTime()
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);
+
+// The store is empty and holds them all: each is filed beside those that came before it.
+void PassIntoEmptyStore(benchmark::State& state) {
+  const auto count = static_cast<unsigned>(state.range(0));
+  listNewMessages(count);
+  Loop loop(count);
+  runAlone(
+      state, [] { fillInbox(0); }, [&] { loop.pass(); });
+}
+BENCHMARK(PassIntoEmptyStore)
+    ->Arg(1)
+    ->Arg(250)
+    ->Arg(500)
+    ->Arg(1000)
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace

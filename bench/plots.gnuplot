@@ -1,0 +1,19 @@
+# The cost of a pass, from the points in FOLDER, as SVG into OUT; called by scripts/bench.
+set terminal svg size 640,400 font "sans-serif,12" background "white"
+set grid
+set key left top
+set yrange [0:*]
+set style data linespoints
+
+set output OUT."/pass-against-stored.svg"
+set title "A pass that files one message, against the messages that are kept"
+set xlabel "messages kept under Received"
+set ylabel "processor time in ms"
+plot FOLDER."/PassWithStored" lw 2 pt 7 title "a pass"
+
+set output OUT."/pass-against-new.svg"
+set title "A pass, against the new messages that it files"
+set xlabel "new messages"
+set ylabel "processor time in s"
+plot FOLDER."/PassWithNew" using 1:($2/1000) lw 2 pt 7 title "100 kept, the limit reached", \
+     FOLDER."/PassIntoEmptyStore" using 1:($2/1000) lw 2 pt 5 title "none kept yet, the limit not reached"

@@ -1,0 +1,72 @@
+// The store beside the same calls of the libraries and the shell in a bare loop.
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+
+#include "bench/Bench.h"
+#include "storage/FolderCollectionStorage.h"
+#include "storage/FolderStorage.h"
+#include "storage/LimitCollectionStorageDecorator.h"
+#include "storage/LimitNullCollectionStorageDecorator.h"
+#include "storage/MessageStatus.h"
+#include "storage/StatusCollectionStorageDecorator.h"
+
+namespace {
+
+Json::Value bareLoad(const std::string& path) {
+  Json::Value records(Json::arrayValue);
+  DIR* const directory = opendir(path.c_str());
+  const Json::CharReaderBuilder reader;
+  while (const dirent* entry = readdir(directory)) {
+    struct stat status;
+    if (stat(entry->d_name, &status) == 0 && S_ISDIR(status.st_mode)) continue;
+    std::ifstream stream(path + "/" + entry->d_name);
+    Json::Value record;
+    std::string errors;
+    Json::parseFromStream(reader, stream, &record, &errors);
+    records.append(std::move(record));
+  }
+  closedir(directory);
+  return records;
+}
+
+void bareSave(const Json::Value& record) {
+  std::vector<std::string> guids;
+  for (const Json::Value& kept : bareLoad(inboxFolder)) guids.push_back(kept["guid"].asString());
+  std::sort(guids.begin(), guids.end());
+  std::remove((std::string(inboxFolder) + "/" + guids[0]).c_str());
+  const std::string staged = std::string(stagingFolder) + "/" + record["guid"].asString();
+  std::ofstream(staged) << record;
+  if (std::system(("mv " + staged + " " + inboxFolder + "/").c_str()) != 0) std::abort();
+}
+
+void LoadFolder(benchmark::State& state) {
+  fillInbox(static_cast<unsigned>(state.range(0)));
+  FolderStorage folder(inboxFolder);
+  runBesideFloor(
+      state, [&] { benchmark::DoNotOptimize(folder.load(Json::nullValue)); },
+      [&] { benchmark::DoNotOptimize(bareLoad(inboxFolder)); });
+}
+BENCHMARK(LoadFolder)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
+
+void SaveUnderALimit(benchmark::State& state) {
+  const auto kept = static_cast<unsigned>(state.range(0));
+  fillInbox(kept);
+  auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
+  auto limited = std::make_shared<LimitCollectionStorageDecorator>(folders, kept, kept);
+  auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, kept, kept);
+  StatusCollectionStorageDecorator storage(refusing);
+  unsigned number = kept;
+  runBesideFloor(
+      state, [&] { storage.save(recordOf(number++), MessageStatus::Received); },
+      [&] { bareSave(recordOf(number++)); });
+}
+BENCHMARK(SaveUnderALimit)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
+
+}  // namespace
