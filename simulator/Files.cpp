@@ -56,6 +56,7 @@ std::string toLine(const Json::Value& value) {
 bool readJson(const std::string& text, Json::Value& value) {
   Json::CharReaderBuilder builder;
   builder["failIfExtra"] = true;
+  builder["rejectDupKeys"] = true;
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   try {
     return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);

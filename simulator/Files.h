@@ -19,7 +19,7 @@ std::vector<std::string> listFolder(const std::string& path);
 
 /// One line of JSON without blanks, in UTF-8.
 std::string toLine(const Json::Value& value);
-/// False when `text` is no JSON.
+/// False when `text` is no JSON, or an object in it has a key twice.
 [[nodiscard]] bool readJson(const std::string& text, Json::Value& value);
 
 }  // namespace simulator

@@ -43,6 +43,11 @@ Json::Value envelope(unsigned code, const Json::Value& result) {
   return value;
 }
 
+// The body is put together from what a phone wrote: nothing else may be in it.
+bool isCommand(const Json::Value& body) {
+  return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
+}
+
 }  // namespace
 
 LocalApiServer::LocalApiServer(std::function<Json::Value()> settings) : settings_(std::move(settings)) {}
@@ -138,7 +143,7 @@ Json::Value LocalApiServer::answer(const Request& request) const {
   for (const char* command : kCommands) {
     if (request.path != std::string(kCommandFolder) + command) continue;
     Json::Value body;
-    if (!readJson(request.body, body) || !body.isObject()) return envelope(400, "the body is no JSON object");
+    if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is no command");
     return envelope(200, Json::nullValue);
   }
   return envelope(404, "no such command");

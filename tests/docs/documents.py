@@ -1,0 +1,73 @@
+"""What the tests of the documents share: the examples in them, and a gateway to compare them with."""
+import json
+import pathlib
+import re
+import socket
+import subprocess
+import sys
+
+GATEWAY = sys.argv.pop(1)
+DOCS = pathlib.Path(__file__).resolve().parents[2] / "docs"
+SMS = pathlib.Path("/var/config/sms")
+
+
+class Document:
+    def __init__(self, name):
+        self.text = (DOCS / name).read_text()
+
+    def block(self, name):
+        """The content of the fenced block whose second word is `name`."""
+        found = re.findall(rf"^```\w+ {name}\n(.*?)^```$", self.text, re.M | re.S)
+        assert len(found) == 1, f"{len(found)} blocks are named {name}"
+        return found[0]
+
+    def json_blocks(self):
+        return {name: json.loads(text) for name, text in
+                re.findall(r"^```json (\S+)\n(.*?)^```$", self.text, re.M | re.S)}
+
+    def table(self, heading):
+        """The rows of the first table under a heading, without the table's head."""
+        section = self.text.split(f"## {heading}\n", 1)[1].split("\n## ", 1)[0]
+        rows = [[cell.strip() for cell in line.strip("|").split("|")]
+                for line in section.splitlines() if line.startswith("|")]
+        return rows[2:]
+
+
+class Gateway:
+    """A gateway without a daemon until "start"; its commands are answered line by line."""
+
+    def __enter__(self):
+        self.process = subprocess.Popen([GATEWAY, "--echo"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.ask("status")
+        return self
+
+    def __exit__(self, kind, *_):
+        self.process.stdin.close()
+        self.process.stdout.read()
+        self.process.stdout.close()
+        status = self.process.wait(60)
+        assert kind or status == 0, f"the gateway ended with status {status}"
+
+    def ask(self, line):
+        print(line, "# done", sep="\n", file=self.process.stdin, flush=True)
+        answer = []
+        while (said := self.process.stdout.readline()) not in ("# done\n", ""):
+            answer.append(said.rstrip("\n"))
+        assert said, f'the gateway ended at "{line}"'
+        return [said for said in answer[1:] if said]  # without the echo of the line
+
+    def run(self, *lines):
+        for line in lines:
+            self.ask(line)
+
+    def values(self, line):
+        return [json.loads(answer) for answer in self.ask(line)]
+
+
+def http_request(method, path, body=""):
+    """Asks the local API; the answer's body."""
+    with socket.socket(socket.AF_UNIX) as api:
+        api.connect("/var/run/api/http.sock")
+        api.sendall(f"{method} {path} HTTP/1.0\r\nHost: localhost\r\nContent-Type: application/json\r\n"
+                    f"Content-Length: {len(body.encode())}\r\n\r\n{body}".encode())
+        return api.makefile("rb").read().split(b"\r\n\r\n", 1)[1].decode()

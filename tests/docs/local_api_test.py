@@ -1,0 +1,117 @@
+"""local-api.md and its OpenAPI document against what the daemon asks: local_api_test.py GATEWAY"""
+import json
+import re
+import subprocess
+import unittest
+
+import jsonschema
+import yaml
+
+from documents import DOCS, Document, Gateway, http_request
+
+DOCUMENT = Document("local-api.md")
+OPENAPI = DOCS / "local-api.openapi.yaml"
+API = yaml.safe_load(OPENAPI.read_text())
+COMMANDS = [[cell.strip("`") for cell in row] for row in DOCUMENT.table("Commands")]
+PHONE = "+4917012345"
+
+
+def valid(name, value):
+    schema = {"$ref": f"#/components/schemas/{name}", "components": API["components"]}
+    return jsonschema.Draft202012Validator(schema).is_valid(value)
+
+
+def command(gateway, text):
+    """The bodies that the API gets for a text, as they are."""
+    gateway.ask("log --new")
+    gateway.run(f"receive {PHONE} '{text}'", "pass")
+    return [line.split("postFields = ", 1)[1] for line in gateway.ask("log --new") if "postFields = " in line]
+
+
+class LocalApiTest(unittest.TestCase):
+    def test_a_published_validator_accepts_the_document(self):
+        script = ("use JSON::Validator; my $document = JSON::Validator->new->schema($ARGV[0])->schema;"
+                  "die ref $document unless $document->isa('JSON::Validator::Schema::OpenAPIv3');"
+                  "print qq($_\\n) for @{$document->errors};")
+        said = subprocess.run(["perl", "-e", script, OPENAPI], capture_output=True, text=True, check=True)
+        self.assertEqual(said.stdout, "")
+
+    def test_the_settings_are_those_of_the_gateway(self):
+        with Gateway() as gateway:
+            answer = json.loads(http_request("GET", "/api/sms"))
+            self.assertEqual(DOCUMENT.json_blocks()["settings"], answer)
+            gateway.run("start")
+            self.assertEqual(gateway.values("requests --all")[-1]["path"], "/api/sms")
+        self.assertTrue(valid("Settings", answer))
+        self.assertFalse(valid("Failure", answer))
+        self.assertTrue(valid("Failure", {"code": 500}))
+        self.assertFalse(valid("Settings", {"code": 500, "result": answer["result"]}))
+
+    def test_the_required_settings_are_required_and_no_others(self):
+        with Gateway() as gateway:
+            settings = json.loads(http_request("GET", "/api/sms"))["result"]
+            for key, required, _ in DOCUMENT.table("Settings"):
+                with self.subTest(key):
+                    key = key.strip("`")
+                    value = settings
+                    for name in key.split("."):
+                        value = value[name]
+                    gateway.ask("log --new")
+                    gateway.run(f"settings {key} --remove")
+                    self.assertFalse(valid("Settings", json.loads(http_request("GET", "/api/sms"))))
+                    self.assertEqual(required, "yes")
+                    self.assertIn("status 1", gateway.ask("start")[0])
+                    self.assertRegex(gateway.ask("log --new")[-1], r"\[ERROR\] Exit: ")
+                    gateway.run(f"settings {key} '{json.dumps(value)}'")
+            optional = {row[2] for row in COMMANDS} - {"checkinEnabled", "rebootEnabled"}
+            gateway.run(*(f"settings smsCommands.{flag} --remove" for flag in optional))
+            self.assertTrue(valid("Settings", json.loads(http_request("GET", "/api/sms"))))
+            self.assertIn("runs", gateway.ask("start")[0])
+
+    def test_the_bodies_are_what_is_posted(self):
+        blocks = {name: DOCUMENT.block(name).splitlines() for name in ("ping", "reboot", "broken")}
+        with Gateway() as gateway:
+            gateway.run("start")
+            self.assertEqual(command(gateway, "p secret #ping 8.8.8.8 3"), blocks["ping"])
+            self.assertEqual(command(gateway, "p secret #Reboot"), blocks["reboot"])
+            self.assertEqual(json.loads(command(gateway, "P secret #ping a  b")[0])["args"], ["a", "", "b"])
+            for argument, body in zip(re.findall(r"`#ping (a\"\S*)`", DOCUMENT.text), blocks["broken"], strict=True):
+                self.assertEqual(command(gateway, f"p secret #ping {argument}"), [body])
+        for name in "ping", "reboot":
+            self.assertTrue(valid("Command", json.loads(blocks[name][0])))
+        self.assertTrue(valid("Command", API["components"]["schemas"]["Command"]["example"]))
+        for body in {}, {"recipients": [], "args": []}, {"recipients": ["1"], "args": [1]}, \
+                {"recipients": ["1"], "args": ["a b"]}, {"recipients": ["1"], "args": [], "message": ""}:
+            self.assertFalse(valid("Command", body), body)
+
+    def test_each_keyword_leads_to_its_path_if_its_flag_permits(self):
+        parameter = API["paths"]["/api/command/{command}"]["post"]["parameters"][0]
+        self.assertEqual({f"/api/command/{name}" for name in parameter["schema"]["enum"]}, {row[1] for row in COMMANDS})
+        flags = {flag for flag in API["components"]["schemas"]["SmsCommands"]["properties"] if flag.endswith("Enabled")}
+        self.assertEqual(flags, {row[2] for row in COMMANDS})
+        with Gateway() as gateway:
+            gateway.run("start")
+            for keyword, path, flag in COMMANDS:
+                with self.subTest(keyword):
+                    before = gateway.values("requests")
+                    command(gateway, f"p secret #{keyword} a")
+                    wanted = {"path": path, "body": {"recipients": [PHONE], "args": ["a"]}}
+                    self.assertEqual(gateway.values("requests"), before + [wanted])
+                    gateway.run(f"settings smsCommands.{flag} false", "restart")
+                    self.assertEqual(command(gateway, f"p secret #{keyword} a"), [])
+                    gateway.run(f"settings smsCommands.{flag} true")
+
+    def test_the_answers_are_envelopes(self):
+        self.assertTrue(valid("Envelope", DOCUMENT.json_blocks()["envelope"]))
+        self.assertFalse(valid("Envelope", {"result": None}))
+        with Gateway():
+            for _, path, _ in COMMANDS:
+                answer = json.loads(http_request("POST", path, DOCUMENT.block("ping")))
+                self.assertTrue(valid("Envelope", answer))
+                self.assertEqual(answer["code"], 200)
+            for body in DOCUMENT.block("broken").splitlines():
+                self.assertNotEqual(json.loads(http_request("POST", COMMANDS[0][1], body))["code"], 200)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
