@@ -90,7 +90,7 @@ std::vector<unsigned> CommandLine::takeNumbers(const std::string& option) {
     if (!number) return {};
     numbers.push_back(*number);
   }
-  words_.erase(found, found + 2);
+  if (!numbers.empty()) words_.erase(found, found + 2);
   return numbers;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
+#include <vector>
 
 #include "simulator/Files.h"
 
@@ -47,6 +48,25 @@ std::string sanitizerReports() {
   return text;
 }
 
+// The children of a process that run a program of the given name; of any, if that is empty.
+std::vector<pid_t> childrenOf(pid_t parent, const std::string& name) {
+  std::vector<pid_t> found;
+  for (const std::string& entry : listFolder("/proc")) {
+    if (entry.find_first_not_of("0123456789") != std::string::npos) continue;
+    // "PID (NAME) STATE PARENT ..."
+    const std::string stat = readFile("/proc/" + entry + "/stat");
+    const std::size_t begin = stat.find('(');
+    const std::size_t end = stat.rfind(')');
+    if (end == std::string::npos) continue;
+    std::istringstream rest(stat.substr(end + 1));
+    std::string state;
+    pid_t itsParent = 0;
+    const bool named = name.empty() || stat.substr(begin + 1, end - begin - 1) == name;
+    if (named && rest >> state >> itsParent && itsParent == parent) found.push_back(std::stoi(entry));
+  }
+  return found;
+}
+
 }  // namespace
 
 Daemon::Daemon(Paths paths) : paths_(std::move(paths)) { prctl(PR_SET_CHILD_SUBREAPER, 1); }
@@ -73,28 +93,15 @@ bool Daemon::start(std::string& problem) {
     problem = "The daemon ended before it had detached, with " + ending_ + ". " + readFile(kOutput);
     return false;
   }
-  pid_ = findDetached();
-  if (pid_ != 0) return true;
-  problem = "The daemon left no process behind when it detached.";
-  return false;
-}
-
-// The orphan that became a child of this process and runs the daemon's program.
-pid_t Daemon::findDetached() const {
+  // The orphan became a child of this process. The kernel cuts its name at fifteen bytes.
   const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, 15);
-  for (const std::string& entry : listFolder("/proc")) {
-    if (entry.find_first_not_of("0123456789") != std::string::npos) continue;
-    // "PID (NAME) STATE PARENT ..."
-    const std::string stat = readFile("/proc/" + entry + "/stat");
-    const std::size_t end = stat.rfind(')');
-    const std::size_t begin = stat.find('(');
-    if (end == std::string::npos || stat.substr(begin + 1, end - begin - 1) != name) continue;
-    std::istringstream rest(stat.substr(end + 1));
-    std::string state;
-    pid_t parent = 0;
-    if (rest >> state >> parent && parent == getpid()) return std::stoi(entry);
+  const std::vector<pid_t> found = childrenOf(getpid(), name);
+  if (found.size() == 1) {
+    pid_ = found.front();
+    return true;
   }
-  return 0;
+  problem = "The daemon left " + std::to_string(found.size()) + " processes behind when it detached.";
+  return false;
 }
 
 bool Daemon::running() {
@@ -105,6 +112,10 @@ bool Daemon::running() {
   }
   return pid_ != 0;
 }
+
+std::size_t Daemon::descriptors() const { return listFolder("/proc/" + std::to_string(pid_) + "/fd").size(); }
+
+std::size_t Daemon::children() const { return pid_ == 0 ? 0 : childrenOf(pid_, "").size(); }
 
 void Daemon::ended(int status) {
   ending_ = describe(status);

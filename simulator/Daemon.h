@@ -27,6 +27,9 @@ class Daemon {
   /// Whether it is running, or has ended by now.
   bool running();
   pid_t pid() const { return pid_; }
+  /// What it has open, and its own children; 0 when it is not running.
+  std::size_t descriptors() const;
+  std::size_t children() const;
   /// Sends a signal; false when it is not running.
   bool signal(int number);
   /// How the last one ended: "0", "1", "signal 9"; empty when it is running or was never started. A report of
@@ -34,7 +37,6 @@ class Daemon {
   std::string ending();
 
  private:
-  pid_t findDetached() const;
   void ended(int status);
 
   const Paths paths_;

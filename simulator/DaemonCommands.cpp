@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <ctime>
 
 #include "simulator/Commands.h"
 #include "simulator/Files.h"
@@ -67,7 +68,7 @@ Answer passes(Gateway& gateway, unsigned count) {
         return wrong(gateway.daemon().ending().empty() ? "The daemon is not running; \"start\" starts it."
                                                        : ended(gateway));
       default:
-        return wrong("The daemon has been in one pass for 30 seconds.");
+        return wrong("The daemon has been in one pass for a minute.");
     }
   }
   return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") +
@@ -98,6 +99,17 @@ Answer wait(Gateway& gateway, CommandLine& line) {
   return passes(gateway, (*number * unit + kPassSeconds - 1) / kPassSeconds);
 }
 
+Answer date(Gateway& gateway, CommandLine& line) {
+  std::tm noon{};
+  if (line.words().size() != 1) return misuse();
+  const char* const end = strptime(line.words()[0].c_str(), "%Y-%m-%d", &noon);
+  if (end == nullptr || *end != '\0') return misuse();
+  noon.tm_hour = 12;
+  noon.tm_isdst = -1;
+  gateway.clock().set(std::mktime(&noon));
+  return {true, "It is noon on " + line.words()[0] + "."};
+}
+
 Answer await(Gateway& gateway, CommandLine& line) {
   const std::string what = line.words().size() == 1 ? line.words()[0] : "";
   if (what != "pass" && what != "tool" && what != "request" && what != "exit") return misuse();
@@ -116,6 +128,12 @@ Answer await(Gateway& gateway, CommandLine& line) {
     usleep(1000);
   }
   return wrong("That did not happen within 30 seconds.");
+}
+
+Answer carryOut(Gateway& gateway, CommandLine& line) {
+  if (!line.words().empty()) return misuse();
+  const std::string done = gateway.carryOut();
+  return {true, done.empty() ? "The API was asked for nothing new." : done};
 }
 
 Answer settings(Gateway& gateway, CommandLine& line) {
@@ -165,8 +183,11 @@ const std::vector<Command>& daemonCommands() {
       {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
       {"pass", "[N] [--no-wait]", "runs N passes of the daemon at once, five seconds each", pass},
       {"wait", "5m", "lets so much time pass in a moment: seconds, or with m or h", wait},
+      {"date", "2045-06-15", "sets the daemon's clocks to noon of a day", date},
       {"await", "pass|tool|request|exit",
        "waits for a pass to end, a tool or a request to hang, the daemon to end", await},
+      {"carry-out", "",
+       "the gateway does what its API was asked for, and answers (the console does so by itself)", carryOut},
       {"settings", "[KEY VALUE|KEY --remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
       {"password", "TEXT|off", "the password that a command must carry", password},

@@ -23,7 +23,7 @@ constexpr char kStore[] = "/var/config/sms/";
 constexpr char kOutbox[] = "/var/config/sms/outbox/";
 constexpr char kFiller[] = "/filler";
 constexpr unsigned long long kLargestPrivate = 256ULL << 20;
-constexpr double kPassSeconds = 30;
+constexpr double kPassSeconds = 60;
 constexpr double kStopSeconds = 10;
 constexpr double kSignalSeconds = 0.3;
 
@@ -98,6 +98,30 @@ std::size_t Gateway::release() {
   for (const Part& part : held_) modem_.receive(part.first, part.second);
   held_.clear();
   return count;
+}
+
+std::string Gateway::carryOut() {
+  std::string done;
+  const std::vector<LocalApiServer::Request> requests = api_.requests();
+  for (; carriedOut_ < requests.size(); ++carriedOut_) {
+    const LocalApiServer::Request& request = requests[carriedOut_];
+    Json::Value body;
+    const bool command = request.method == "POST" && readJson(request.body, body) && body.isObject();
+    if (!command || !body["recipients"].isArray()) continue;
+    const bool reboot = request.path == LocalApiServer::kRebootPath;
+    std::string problem;
+    if (reboot && !(stop() && start(problem))) done += "The gateway cannot reboot: " + problem + "\n";
+    Json::Value record;
+    record["recipient"] = body["recipients"][0];
+    record["message"] =
+        reboot ? "The gateway has rebooted." : request.path.substr(request.path.rfind('/') + 1) + ": done";
+    record["retries"] = 3;
+    std::string guid;
+    if (!queue(record, guid)) continue;
+    done += (reboot ? "The gateway has rebooted" : "The gateway has carried out " + request.path) +
+            ", and answers as " + guid + ".\n";
+  }
+  return done;
 }
 
 const std::vector<std::string>& Gateway::boxes() {

@@ -40,7 +40,7 @@ class Gateway {
   LocalApiServer& api() { return api_; }
   Settings& settings() { return settings_; }
   Daemon& daemon() { return daemon_; }
-  const GatewayClock& clock() const { return clock_; }
+  GatewayClock& clock() { return clock_; }
 
   /// Starts the daemon; false with one line in `problem` as Daemon::start.
   [[nodiscard]] bool start(std::string& problem);
@@ -50,7 +50,7 @@ class Gateway {
   void grantPass();
   /// Waits up to `seconds` until the daemon has gone to sleep.
   Passed awaitSleep(double seconds);
-  /// Ends the daemon's sleep and waits up to thirty seconds until it sleeps again.
+  /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
   Passed pass();
 
   /// Keeps parts back for release(), or hands them to the modem: a number and the user data each.
@@ -61,6 +61,10 @@ class Gateway {
 
   /// Hands an outgoing message to the daemon as a record; its guid in `guid`. False when the disk refuses it.
   [[nodiscard]] bool queue(Json::Value record, std::string& guid);
+
+  /// Carries out what the API was asked for since the last call, as a gateway would: it answers the sender by
+  /// a message that it queues, and a reboot restarts the daemon. What was done, a line each.
+  std::string carryOut();
 
   static const std::vector<std::string>& boxes();  ///< "received", "sending", "sent", "failed"
   static std::string folderOf(const std::string& box);
@@ -86,6 +90,7 @@ class Gateway {
   Daemon daemon_;
   std::string tool_;
   std::deque<Part> held_;
+  std::size_t carriedOut_ = 0;
 };
 
 }  // namespace simulator

@@ -38,6 +38,8 @@ std::time_t GatewayClock::now() const {
   return std::time(nullptr) + static_cast<std::time_t>(control_->skipped.load());
 }
 
+void GatewayClock::set(std::time_t now) { control_->skipped = now - std::time(nullptr); }
+
 void GatewayClock::grant() {
   control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
   // A full FIFO holds enough to wake whoever sleeps.

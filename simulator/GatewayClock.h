@@ -21,6 +21,8 @@ class GatewayClock {
   void reset();
   /// The wall clock as the daemon sees it.
   std::time_t now() const;
+  /// Sets the wall clock, and the monotonic one on or back by as much.
+  void set(std::time_t now);
 
   std::uint32_t begun() const { return control_->begun; }
   /// Whether a sleep goes on that has not been told to end.

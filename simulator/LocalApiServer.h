@@ -29,6 +29,8 @@ class LocalApiServer {
  public:
   static constexpr char kSocket[] = "/var/run/api/http.sock";
 
+  static constexpr char kRebootPath[] = "/api/command/sms_restart";
+
   struct Request {
     std::string method;
     std::string path;

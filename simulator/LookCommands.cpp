@@ -25,7 +25,8 @@ Answer record(Gateway& gateway, CommandLine& line) {
   if (line.words().size() != 1) return misuse();
   for (const std::string& box : Gateway::boxes()) {
     const std::string path = Gateway::folderOf(box) + "/" + line.words()[0];
-    if (const std::string text = readFile(path); !text.empty()) return {true, path + "\n" + text};
+    if (const std::string text = readFile(path); !text.empty())
+      return {true, std::string(path).append("\n").append(text)};
   }
   return wrong("There is no record " + line.words()[0] + "; \"records received\" lists some.");
 }
@@ -68,9 +69,12 @@ Answer log(Gateway& gateway, CommandLine& line) {
 Answer status(Gateway& gateway, CommandLine& line) {
   if (!line.words().empty()) return misuse();
   const std::string ending = gateway.daemon().ending();
-  std::string text = gateway.daemon().running() ? "daemon: process " + std::to_string(gateway.daemon().pid())
-                     : ending.empty()           ? "daemon: not started"
-                                                : "daemon: ended with status " + ending;
+  std::string text = gateway.daemon().running()
+                         ? "daemon: process " + std::to_string(gateway.daemon().pid()) + ", " +
+                               std::to_string(gateway.daemon().descriptors()) + " descriptors, " +
+                               std::to_string(gateway.daemon().children()) + " children"
+                     : ending.empty() ? "daemon: not started"
+                                      : "daemon: ended with status " + ending;
   for (const std::string& box : Gateway::boxes()) {
     text += "\n" + box + ": " + std::to_string(Gateway::records(box).size());
   }

@@ -70,6 +70,7 @@ Answer receive(Gateway& gateway, CommandLine& line) {
   options.wideReference = line.takeFlag("--16-bit");
   options.parts = line.takeNumber("--parts").value_or(0);
   const std::optional<unsigned> reference = line.takeNumber("--reference");
+  const unsigned times = line.takeNumber("--times").value_or(1);
   const Delivery delivery{line.takeNumbers("--order"), line.takeNumbers("--repeat"),
                           line.takeNumbers("--lose"), line.takeNumbers("--hold")};
   if (line.words().size() != 2 || !line.leftOption().empty()) return misuse();
@@ -77,7 +78,10 @@ Answer receive(Gateway& gateway, CommandLine& line) {
   GsmEncoder encoder;
   if (!encoder.encode(line.words()[1], options)) return wrong(encoder.problem());
   if (encoder.parts().size() > 1 && !reference) ++nextReference;
-  return deliver(gateway, line.words()[0], encoder, delivery);
+  Answer answer = deliver(gateway, line.words()[0], encoder, delivery);
+  for (unsigned i = 1; answer.good && i < times; ++i)
+    answer = deliver(gateway, line.words()[0], encoder, delivery);
+  return answer;
 }
 
 Answer release(Gateway& gateway, CommandLine& line) {
@@ -124,7 +128,8 @@ Answer accept(Gateway& gateway, CommandLine& line) {
 const std::vector<Command>& messageCommands() {
   static const std::vector<Command> commands{
       {"receive",
-       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order 2,1] [--hold 2] [--repeat 1] [--lose 2]",
+       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order 2,1] [--hold 2] [--repeat 1] [--lose 2] "
+       "[--times N]",
        "a message comes in from NUMBER; the options are about the parts of a long one", receive},
       {"release", "", "the parts that were held back come in", release},
       {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, as it is", listing},

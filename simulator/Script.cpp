@@ -28,13 +28,14 @@ Script::Script(Commands& commands, std::string name, bool echo)
 
 bool Script::run(std::istream& text) {
   for (std::string line; std::getline(text, line);) {
-    ++number_;
+    ++read_;
     line = trimmed(line);
-    if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "" : "> ") << line << std::endl;
+    if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "\n" : "> ") << line << std::endl;
     if (line.empty() || line[0] == '#') continue;
     const bool isCheck = line.compare(0, 6, "expect") == 0;
     if (!settleLast(isCheck && line.compare(0, 12, "expect-wrong") == 0)) return false;
     line_ = line;
+    number_ = read_;
     if (isCheck ? !check(line) : !execute(line)) return false;
   }
   return settleLast(false) && stopDaemon();
@@ -76,6 +77,7 @@ bool Script::check(const std::string& line) {
     Daemon& daemon = commands_.gateway().daemon();
     for (int i = 0; i < 10000 && daemon.running(); ++i) usleep(1000);
     const std::string ending = daemon.running() ? "it still runs" : daemon.ending();
+    expectedEnding_ = ending;
     return ending == wanted || fail("the daemon ends with status " + wanted, ending);
   }
   if (what == "expect-wrong") {
@@ -88,10 +90,14 @@ bool Script::check(const std::string& line) {
 
 bool Script::stopDaemon() {
   Gateway& gateway = commands_.gateway();
-  if (!gateway.daemon().running()) return true;
-  line_ = "(the end)";
-  if (!gateway.stop()) return fail("the daemon ends on SIGTERM", "it still runs");
-  return gateway.daemon().ending() == "0" || fail("the daemon ends with status 0", gateway.daemon().ending());
+  line_ = "the end";
+  if (gateway.daemon().running()) {
+    expectedEnding_ = "0";
+    if (!gateway.stop()) return fail("the daemon ends on SIGTERM", "it still runs");
+  }
+  const std::string ending = gateway.daemon().ending();
+  return ending.empty() || ending == expectedEnding_ ||
+         fail("the daemon ends with status " + expectedEnding_, ending);
 }
 
 }  // namespace simulator

@@ -20,7 +20,7 @@ class Script {
   Script(Commands& commands, std::string name, bool echo);
 
   /// False, after a line on standard error, at the first line that fails. A daemon that is left running is
-  /// stopped; it is to end with status 0.
+  /// stopped. It is to end with status 0, or as the last expect-exit says.
   [[nodiscard]] bool run(std::istream& text);
 
  private:
@@ -33,9 +33,11 @@ class Script {
   Commands& commands_;
   const std::string name_;
   const bool echo_;
-  unsigned number_ = 0;
+  unsigned read_ = 0;
+  unsigned number_ = 0;  ///< of line_, the last one that was a command or a check
   std::string line_;
   Answer last_;
+  std::string expectedEnding_ = "0";
 };
 
 }  // namespace simulator

@@ -52,7 +52,7 @@ bool SyslogServer::listen() {
   close();
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  std::strcpy(address.sun_path, kSocket);
+  std::strncpy(address.sun_path, kSocket, sizeof(address.sun_path) - 1);
   const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     ::close(fd);

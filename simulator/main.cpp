@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/Console.h"
 #include "simulator/Script.h"
 
 namespace {
@@ -40,8 +41,14 @@ int main(int argc, char** argv) {
   }
   const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   const char* program = std::getenv("VELD");
-  simulator::Gateway gateway({program != nullptr ? program : folder + "/../daemon/veld", folder, true});
+  const bool atTerminal = script.empty() && isatty(STDIN_FILENO) != 0;
+  simulator::Gateway gateway(
+      {program != nullptr ? program : folder + "/../daemon/veld", folder, !atTerminal});
   simulator::Commands commands(gateway);
+  if (atTerminal) {
+    simulator::Console(commands).run();
+    return 0;
+  }
   simulator::Script run(commands, script.empty() ? "standard input" : script, echo);
   return run.run(script.empty() ? std::cin : file) ? 0 : 1;
 }

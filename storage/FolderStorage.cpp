@@ -28,9 +28,9 @@ bool isDirectory(const char* name) {
 
 bool matches(const Json::Value& record, const Json::Value& filter) {
   if (filter.isNull()) return true;
-  if (!filter.isObject() || !record.isObject()) return false;
+  if (!filter.isObject()) return false;
   for (const std::string& key : filter.getMemberNames())  // any key, one that holds a NUL too
-    if (!record.isMember(key) || record[key] != filter[key]) return false;
+    if (!record.isObject() || !record.isMember(key) || record[key] != filter[key]) return false;
   return true;
 }
 
@@ -62,7 +62,7 @@ bool read(const Json::CharReaderBuilder& reader, const std::string& file, const 
 
 }  // namespace
 
-FolderStorage::FolderStorage(const std::string& folderPath) : path(folderPath) {
+FolderStorage::FolderStorage(const std::string& path) : path(path) {
   if (std::system(("mkdir -p " + path).c_str()) != 0)
     ORVEL_LOG(ERROR, "Cannot create path [%s]: [%d][%s]", path.c_str(), errno, std::strerror(errno));
 }

@@ -11,8 +11,7 @@
 /// "guid" that is an array or an object.
 class FolderStorage : public IStorage {
  public:
-  /// Creates the folder `path` (no trailing "/"), with its parents. A failure is logged; the object is usable
-  /// all the same.
+  /// Creates the folder, with its parents. A failure is logged; the object is usable all the same.
   explicit FolderStorage(const std::string& path);
 
   /// Writes the record's file anew. False only for a record without "guid": a file that cannot be opened is
@@ -26,6 +25,5 @@ class FolderStorage : public IStorage {
   /// folder that cannot be opened gives an empty array.
   Json::Value load(const Json::Value& filter) override;
 
- protected:
-  const std::string path;
+  const std::string path;  ///< without a trailing "/"
 };

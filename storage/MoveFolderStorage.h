@@ -8,14 +8,13 @@
 /// first, and the finished file is moved.
 class MoveFolderStorage final : public FolderStorage {
  public:
-  /// Creates both folders, `folderPath` first.
-  MoveFolderStorage(const std::string& folderPath, const std::string& tempPath);
+  /// Creates both folders, `path` first.
+  MoveFolderStorage(const std::string& path, const std::string& tempPath);
 
   /// False for a record without "guid" and when the move fails. The staged file is then left behind, and the
   /// next save of the same guid overwrites it.
   bool save(const Json::Value& record) override;
 
  private:
-  const std::string tempPath;
   FolderStorage tempFolder;
 };

@@ -7,7 +7,10 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <string_view>
 
 namespace Orvel {
 namespace {
@@ -44,18 +47,7 @@ int syslogPriority(int level) {
   }
 }
 
-__attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  std::string text(length > 0 ? static_cast<std::size_t>(length) + 1 : 1, '\0');
-  std::vsnprintf(text.data(), text.size(), format, again);
-  va_end(again);
-  text.pop_back();
-  return text;
-}
-
-std::string withoutControlCharacters(const std::string& text) {
+std::string withoutControlCharacters(std::string_view text) {
   std::string shown;
   shown.reserve(text.size());
   for (const char c : text) {
@@ -94,8 +86,12 @@ bool Logger::isPrintable(int level) { return level >= PrintLevel::VELD_LOG_LEVEL
 void Logger::printfGeneric(int level, const char* label, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  const std::string text = withoutControlCharacters(formatted(format, arguments));
+  char* formatted = nullptr;
+  const int length = vasprintf(&formatted, format, arguments);
   va_end(arguments);
+  if (length < 0) return;
+  const std::unique_ptr<char, decltype(&std::free)> owner(formatted, std::free);
+  const std::string text = withoutControlCharacters(formatted);
   if (currentMode == PrintMode::Syslog)
     syslog(syslogPriority(level), "[%s] %s", label, text.c_str());
   else

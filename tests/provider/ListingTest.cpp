@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 
-#include <regex>
-
 #include "provider/Listing.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
+
+using testing::MatchesRegex;
 
 namespace {
 
@@ -87,8 +87,7 @@ TEST(Listing, NumbersRecordsNotMessages) {
   const std::pair<std::size_t, const char*> ordinals[] = {
       {0, "00"}, {9, "09"}, {99, "99"}, {100, "100"}, {119, "119"}};
   for (const auto& [i, ordinal] : ordinals)
-    EXPECT_TRUE(std::regex_match(records[i]["guid"].asString(), std::regex(std::string("\\d{14}") + ordinal)))
-        << records[i];
-  EXPECT_TRUE(std::regex_match(records[0]["timestamp"].asString(),
-                               std::regex("\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d")));
+    EXPECT_THAT(records[i]["guid"].asString(), MatchesRegex(std::string("[0-9]{14}") + ordinal));
+  EXPECT_THAT(records[0]["timestamp"].asString(),
+              MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
 }

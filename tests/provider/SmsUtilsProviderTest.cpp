@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -77,6 +78,18 @@ TEST_F(SmsUtilsProviderTest, CutsALineAt1023Characters) {
 TEST_F(SmsUtilsProviderTest, TakesAMissingTool) {
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1'}")));
+}
+
+TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
+  tool(twoMessages);
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  const std::vector<Json::Value> records = provider_.receiveMessages();
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_TRUE(records.empty());
+  EXPECT_THAT(log_.text(), HasSubstr("[ERROR] [SMS-UTILS] Pipe error: [24][Too many open files]\n"));
 }
 
 // The tool stops in the middle of a line, sends SIGTERM, and goes on; it must be free to be ended by one

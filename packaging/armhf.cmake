@@ -1,0 +1,27 @@
+# Toolchain of the gateway: 32-bit ARM with hardware floating point, Debian's armhf. Debian's cross compiler
+# brings the C and C++ libraries; scripts/armhf-sysroot has fetched the others.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR armv7l)
+set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
+
+set(sysroot ${CMAKE_CURRENT_LIST_DIR}/../build/armhf-sysroot)
+cmake_path(NORMAL_PATH sysroot)
+if(NOT EXISTS ${sysroot}/.filled)
+  message(FATAL_ERROR "There are no armhf libraries yet: run scripts/setup build arm, then scripts/armhf-sysroot")
+endif()
+set(CMAKE_FIND_ROOT_PATH ${sysroot})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(ENV{PKG_CONFIG_LIBDIR} ${sysroot}/usr/lib/arm-linux-gnueabihf/pkgconfig)
+set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
+
+# Where the linker looks for the libraries that libcurl itself needs.
+set(CMAKE_EXE_LINKER_FLAGS_INIT
+  "-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf")
+
+# In GCC 7.1 the passing of some arguments changed; nothing as old is linked.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${sysroot})

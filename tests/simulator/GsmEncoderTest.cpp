@@ -1,0 +1,143 @@
+#include <algorithm>
+
+#include "provider/UserData.h"
+#include "simulator/GsmEncoder.h"
+#include "tests/Rows.h"
+
+using simulator::GsmEncoder;
+
+namespace {
+
+// What the daemon makes of a part.
+std::string decoded(std::string part) {
+  Json::Value record;
+  parseUserDataHeader(record, part);
+  unescapeText(part);
+  std::vector<char> bytes(part.begin(), part.end());
+  decodeGsmEscapes(bytes);
+  return {bytes.begin(), bytes.end()};
+}
+
+std::string repeated(const std::string& text, unsigned count) {
+  std::string all;
+  for (unsigned i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+struct PrintRow {
+  const char* name;
+  const char* text;
+  const char* printed;
+  const char* arrives;  // at the daemon; null: as it was written
+};
+const PrintRow kPrintRows[] = {
+    {"Letters", "Hello 42", "Hello 42", nullptr},
+    {"Empty", "", "", nullptr},
+    {"Quote", "say \"hi\"", "say \\\"hi\\\"", nullptr},
+    {"LineFeeds", "a\nb\r", "a\\nb\\r", nullptr},
+    {"FirstCode", "@", "\\x00", nullptr},
+    {"CodeIsAnotherAsciiCharacter", "ä", "\\x7b", nullptr},
+    {"AsciiCharacterHasAnotherCode", "$_", "\\x02\\x11", nullptr},
+    {"TabIsCapitalC", "Ç", "\\x09", nullptr},
+    {"ThreeBytes", "€", "\\x1be", nullptr},
+    {"Extensions", "{}\\[~]", "\\x1b(\\x1b)\\x1b/\\x1b<\\x1b=\\x1b>", nullptr},
+    {"BackslashBeforeHex", "\\x41", "\\x1b/x41", nullptr},
+    {"Caret", "^", "\\x1b\\x14", "x14"},
+    {"FormFeed", "\f", "\\x1b\\x0a", "x0a"},
+    {"Bar", "|", "\\x1b@", "?"},
+};
+class PrintedText : public testing::TestWithParam<PrintRow> {};
+TEST_P(PrintedText, IsReadByTheDaemon) {
+  GsmEncoder encoder;
+  ASSERT_TRUE(encoder.encode(GetParam().text, {}));
+  const bool changed = GetParam().arrives != nullptr;
+  EXPECT_EQ(encoder.parts(), std::vector<std::string>{GetParam().printed});
+  EXPECT_EQ(decoded(encoder.parts()[0]), changed ? GetParam().arrives : GetParam().text);
+  EXPECT_EQ(encoder.notes().empty(), !changed);
+}
+INSTANTIATE_ROWS(PrintedText, kPrintRows);
+
+TEST(GsmEncoder, CarriesTheWholeAlphabet) {
+  const std::string text =
+      "@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
+      "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
+  GsmEncoder encoder;
+  ASSERT_TRUE(encoder.encode(text, {}));
+  ASSERT_EQ(encoder.parts().size(), 1U);  // 127 septets
+  EXPECT_EQ(decoded(encoder.parts()[0]), text);
+}
+
+struct SplitRow {
+  const char* name;
+  std::string text;
+  GsmEncoder::Options options;
+  std::vector<std::string> headers;  // of the parts
+  std::vector<std::size_t> lengths;  // of the decoded parts, in bytes
+};
+const SplitRow kSplitRows[] = {
+    {"Fits", repeated("a", 160), {}, {""}, {160}},
+    {"OneTooMany",
+     repeated("a", 161),
+     {},
+     {"\\x05\\x00\\x03\\x01\\x02\\x01\\x00", "\\x05\\x00\\x03\\x01\\x02\\x02\\x00"},
+     {153, 8}},
+    {"ExtensionsCountTwice",
+     repeated("{", 81),
+     {},
+     {"\\x05\\x00\\x03\\x01\\x02\\x01\\x00", "\\x05\\x00\\x03\\x01\\x02\\x02\\x00"},
+     {76, 5}},
+    {"WideReference",
+     repeated("a", 161),
+     {true, 0, 0x1234},
+     {"\\x06\\x08\\x04\\x12\\x34\\x02\\x01", "\\x06\\x08\\x04\\x12\\x34\\x02\\x02"},
+     {152, 9}},
+    {"AskedFor",
+     "abcde",
+     {false, 3, 200},
+     {"\\x05\\x00\\x03\\xc8\\x03\\x01\\x00", "\\x05\\x00\\x03\\xc8\\x03\\x02\\x00",
+      "\\x05\\x00\\x03\\xc8\\x03\\x03\\x00"},
+     {2, 2, 1}},
+    {"OneLetterEach", "abcd", {false, 4, 1}, {"\\x05", "\\x05", "\\x05", "\\x05"}, {1, 1, 1, 1}},
+    {"PartBeginsWithTheFillCode", "a@", {false, 2, 1}, {"\\x05", "\\x05"}, {1, 1}},
+};
+class SplitText : public testing::TestWithParam<SplitRow> {};
+TEST_P(SplitText, IsReadByTheDaemon) {
+  GsmEncoder encoder;
+  ASSERT_TRUE(encoder.encode(GetParam().text, GetParam().options));
+  ASSERT_EQ(encoder.parts().size(), GetParam().headers.size());
+  std::string whole;
+  std::vector<std::size_t> lengths;
+  for (std::size_t i = 0; i < encoder.parts().size(); ++i) {
+    EXPECT_EQ(encoder.parts()[i].substr(0, GetParam().headers[i].size()), GetParam().headers[i]);
+    lengths.push_back(decoded(encoder.parts()[i]).size());
+    whole += decoded(encoder.parts()[i]);
+  }
+  EXPECT_EQ(lengths, GetParam().lengths);
+  EXPECT_EQ(whole, GetParam().text);
+}
+INSTANTIATE_ROWS(SplitText, kSplitRows);
+
+struct RefusalRow {
+  const char* name;
+  std::string text;
+  unsigned parts;
+  const char* problem;
+};
+const RefusalRow kRefusalRows[] = {
+    {"NoGsmCharacter", "aж", 0, "no \"ж\""},
+    {"Tab", "\t", 0, "no \"\t\""},
+    {"NotUtf8", "ab\xff", 0, "byte 3"},
+    {"CutUtf8", "\xc3", 0, "byte 1"},
+    {"OverlongUtf8", "\xc0\xaf", 0, "byte 1"},
+    {"MorePartsThanCharacters", "ab", 3, "3 parts"},
+    {"TooLong", repeated("a", 153 * 255 + 1), 0, "256 parts"},
+};
+class RefusedText : public testing::TestWithParam<RefusalRow> {};
+TEST_P(RefusedText, SaysWhy) {
+  GsmEncoder encoder;
+  EXPECT_FALSE(encoder.encode(GetParam().text, {false, GetParam().parts, 1}));
+  EXPECT_NE(encoder.problem().find(GetParam().problem), std::string::npos) << encoder.problem();
+}
+INSTANTIATE_ROWS(RefusedText, kRefusalRows);
+
+}  // namespace
