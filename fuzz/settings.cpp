@@ -52,19 +52,18 @@ void checkConfig(const Json::Value& settings) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Json::Value settings;
+  if (!parseJson(std::string(data, data + size), &settings) || !settings.isObject()) return 0;
+  const std::optional<int> status = checkSettings(settings);
+  const Json::Value enabled = settings.get("enabled", Json::nullValue);
+  property((status == 0) == (enabled == Json::Value(false)), "SMS is switched off by the boolean alone");
+  const bool isWhole = hasAll(settings, {"enabled", "sentLimit", "receivedLimit", "smsCommands"});
+  property(!status == (isWhole && enabled == Json::Value(true)),
+           "the daemon runs when it is switched on and nothing is missing");
+  if (status) return 0;
   try {
-    Json::Value settings;
-    if (!parseJson(std::string(data, data + size), &settings)) return 0;
-    const std::optional<int> status = checkSettings(settings);
-    const Json::Value enabled = settings.get("enabled", Json::nullValue);
-    property((status == 0) == (enabled == Json::Value(false)), "SMS is switched off by the boolean alone");
-    property(!status == (enabled == Json::Value(true) &&
-                         hasAll(settings, {"sentLimit", "receivedLimit", "smsCommands"})),
-             "the daemon runs when it is switched on and nothing is missing");
-    if (!status) {
-      for (const char* const key : {"receivedLimit", "sentLimit"}) settings[key].asUInt();
-      checkConfig(settings["smsCommands"]);
-    }
+    for (const char* const key : {"receivedLimit", "sentLimit"}) settings[key].asUInt();
+    checkConfig(settings["smsCommands"]);
   } catch (const Json::Exception&) {
     // A value of the wrong type ends the daemon's start with the JSON library's exception.
   }

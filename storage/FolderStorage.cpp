@@ -28,9 +28,9 @@ bool isDirectory(const char* name) {
 
 bool matches(const Json::Value& record, const Json::Value& filter) {
   if (filter.isNull()) return true;
-  if (!filter.isObject() || !record.isObject()) return false;
+  if (!filter.isObject()) return false;
   for (const std::string& key : filter.getMemberNames())  // any key, one that holds a NUL too
-    if (!record.isMember(key) || record[key] != filter[key]) return false;
+    if (!record.isObject() || !record.isMember(key) || record[key] != filter[key]) return false;
   return true;
 }
 

@@ -100,6 +100,12 @@ TEST_P(Filter, TakesTheRecordsThatHaveItsMembers) {
 }
 INSTANTIATE_ROWS(Filter, kFilterRows);
 
+TEST(FolderStorage, TakesWhatIsNoRecordOnlyForAFilterWithoutMembers) {
+  const TemporaryFolder folder{{"1", "[1]"}};
+  EXPECT_EQ(FolderStorage(folder.path).load(json("{}")), json("[[1]]"));
+  EXPECT_EQ(FolderStorage(folder.path).load(json("{'guid':'1'}")), json("[]"));
+}
+
 TEST(FolderStorage, RemovesByGuid) {
   const TemporaryFolder folder{{"1", "x"}, {"2", "x"}};
   FolderStorage storage(folder.path);
