@@ -1,6 +1,5 @@
 #include "simulator/CommandLine.h"
 
-#include <algorithm>
 #include <sstream>
 
 namespace simulator {
@@ -28,16 +27,22 @@ bool readQuoted(const std::string& line, std::size_t& at, std::string& word) {
 bool CommandLine::read(const std::string& line) {
   name_.clear();
   words_.clear();
+  quoted_.clear();
   std::string word;
   bool inWord = false;
+  bool quoted = false;
   for (std::size_t at = 0; at <= line.size(); ++at) {
     if (at == line.size() || line[at] == ' ' || line[at] == '\t') {
-      if (inWord) words_.push_back(word);
+      if (inWord) {
+        words_.push_back(word);
+        quoted_.push_back(quoted);
+      }
       word.clear();
-      inWord = false;
+      inWord = quoted = false;
     } else {
       inWord = true;
       if (line[at] == '"' || line[at] == '\'') {
+        quoted = true;
         if (!readQuoted(line, at, word)) return false;
       } else {
         word += line[at];
@@ -46,9 +51,22 @@ bool CommandLine::read(const std::string& line) {
   }
   if (!words_.empty()) {
     name_ = words_.front();
-    words_.erase(words_.begin());
+    erase(0, 1);
   }
   return true;
+}
+
+std::size_t CommandLine::find(const std::string& option) const {
+  std::size_t at = 0;
+  while (at < words_.size() && (quoted_[at] || words_[at] != option)) ++at;
+  return at;
+}
+
+void CommandLine::erase(std::size_t first, std::size_t count) {
+  const auto begin = static_cast<std::ptrdiff_t>(first);
+  const auto end = begin + static_cast<std::ptrdiff_t>(count);
+  words_.erase(words_.begin() + begin, words_.begin() + end);
+  quoted_.erase(quoted_.begin() + begin, quoted_.begin() + end);
 }
 
 std::string CommandLine::rest(std::size_t first) const {
@@ -58,45 +76,45 @@ std::string CommandLine::rest(std::size_t first) const {
 }
 
 bool CommandLine::takeFlag(const std::string& option) {
-  const auto found = std::find(words_.begin(), words_.end(), option);
-  if (found == words_.end()) return false;
-  words_.erase(found);
+  const std::size_t found = find(option);
+  if (found == words_.size()) return false;
+  erase(found, 1);
   return true;
 }
 
 std::optional<std::string> CommandLine::take(const std::string& option) {
-  const auto found = std::find(words_.begin(), words_.end(), option);
-  if (found == words_.end() || found + 1 == words_.end()) return std::nullopt;
-  const std::string value = *(found + 1);
-  words_.erase(found, found + 2);
+  const std::size_t found = find(option);
+  if (found + 1 >= words_.size()) return std::nullopt;
+  const std::string value = words_[found + 1];
+  erase(found, 2);
   return value;
 }
 
 std::optional<unsigned> CommandLine::takeNumber(const std::string& option) {
-  const auto found = std::find(words_.begin(), words_.end(), option);
-  if (found == words_.end() || found + 1 == words_.end()) return std::nullopt;
-  const std::optional<unsigned> number = readNumber(*(found + 1));
-  if (number) words_.erase(found, found + 2);
+  const std::size_t found = find(option);
+  if (found + 1 >= words_.size()) return std::nullopt;
+  const std::optional<unsigned> number = readNumber(words_[found + 1]);
+  if (number) erase(found, 2);
   return number;
 }
 
 std::vector<unsigned> CommandLine::takeNumbers(const std::string& option) {
   std::vector<unsigned> numbers;
-  const auto found = std::find(words_.begin(), words_.end(), option);
-  if (found == words_.end() || found + 1 == words_.end()) return numbers;
-  std::istringstream pieces(*(found + 1));
+  const std::size_t found = find(option);
+  if (found + 1 >= words_.size()) return numbers;
+  std::istringstream pieces(words_[found + 1]);
   for (std::string piece; std::getline(pieces, piece, ',');) {
     const std::optional<unsigned> number = readNumber(piece);
     if (!number) return {};
     numbers.push_back(*number);
   }
-  if (!numbers.empty()) words_.erase(found, found + 2);
+  if (!numbers.empty()) erase(found, 2);
   return numbers;
 }
 
 std::string CommandLine::leftOption() const {
-  for (const std::string& word : words_) {
-    if (word.compare(0, 2, "--") == 0 && word.find(' ') == std::string::npos) return word;
+  for (std::size_t at = 0; at < words_.size(); ++at) {
+    if (!quoted_[at] && words_[at].compare(0, 2, "--") == 0) return words_[at];
   }
   return "";
 }

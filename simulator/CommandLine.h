@@ -14,7 +14,7 @@ struct Answer {
 inline Answer wrong(const std::string& text) { return {false, text}; }
 
 /// One command line, split at blanks. Quotes keep blanks together: in "..." a backslash makes the next `"` or
-/// `\` plain and `\n` a line feed; nothing is special in '...'.
+/// `\` plain and `\n` a line feed; nothing is special in '...'. A word with a quote in it is no option.
 class CommandLine {
  public:
   /// False when a quote is left open; the object is then of no use.
@@ -40,8 +40,12 @@ class CommandLine {
   std::string leftOption() const;
 
  private:
+  std::size_t find(const std::string& option) const;  // the number of words when it is not there
+  void erase(std::size_t first, std::size_t count);
+
   std::string name_;
   std::vector<std::string> words_;
+  std::vector<bool> quoted_;  // whether the word of the same place was
 };
 
 /// A whole number between 0 and 9999.

@@ -121,7 +121,7 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.page.find_elements(By.CSS_SELECTOR, "img, main script"), [])
 
     def test_a_text_like_a_command_line_stays_a_text(self):
-        for text in ('quotes " and \\ and \\n', "one' --retries"):
+        for text in ('quotes " and \\ and \\n', "one' --retries", "--16-bit"):
             with self.subTest(text):
                 self.write(text)
                 self.run_pass()

@@ -47,6 +47,15 @@ TEST(CommandLine, TakesOptionsOutOfTheWords) {
   EXPECT_EQ(line.leftOption(), "");
 }
 
+TEST(CommandLine, TakesAQuotedWordForNoOption) {
+  CommandLine line;
+  ASSERT_TRUE(line.read("receive +49 \"--16-bit\" --16-bit"));
+  EXPECT_TRUE(line.takeFlag("--16-bit"));
+  EXPECT_FALSE(line.takeFlag("--16-bit"));
+  EXPECT_EQ(line.leftOption(), "");
+  EXPECT_EQ(line.words(), (Words{"+49", "--16-bit"}));
+}
+
 struct ValueRow {
   const char* name;
   const char* line;
