@@ -40,6 +40,7 @@ void Ledger::enterPart(unsigned number, Kind kind, unsigned first, unsigned coun
   message.first = first;
   message.arrived = static_cast<unsigned>(faults_.size());
   partsOf_[first] = count;
+  firstArrival_.emplace(first, message.arrived);
   onModem_.insert(number);
 }
 
@@ -152,7 +153,9 @@ bool Ledger::settle(std::ostream& report) const {
     if (message.taken == 0) windows.fault(name + " is still on the modem");
     if (message.guids.empty()) windows.lose(Windows::Incoming, name, faults_[message.taken]);
     if (message.overwritten != 0) windows.lose(Windows::Incoming, name, faults_[message.overwritten]);
-    if (message.guids.size() > 1) windows.repeat(Windows::Incoming, name, faults);
+    // A part that came twice waits twice, and takes in the parts that follow twice.
+    if (message.guids.size() > 1)
+      windows.repeat(Windows::Incoming, name, faultsIn(firstArrival_.at(message.first), last));
     if (message.first == number && message.filed != 0 && joined_.count(number) == 0)
       windows.leaveApart(name, faultsIn(message.arrived, static_cast<unsigned>(faults_.size())));
     const unsigned asked = requests[number];
