@@ -13,6 +13,26 @@ constexpr char identifierNames[][50] = {
     "SMSCMD_SERIAL",      "SMSCMD_GEOPOSITION", "SMSCMD_LNSRESTART",     "SMSCMD_WANIPS",
 };
 
+// The executors by their place.
+enum Endpoint : std::size_t {
+  SmsRestart,
+  Checkin,
+  SetRm,
+  SetCellular,
+  Apn,
+  CellularStatus,
+  RadioStatus,
+  EthernetStatus,
+  WanStatus,
+  WifiStatus,
+  Ping,
+  SerialStatus,
+  Geoposition,
+  LnsRestart,
+  SmsSend,  // no keyword leads here
+  WanIps,
+};
+
 std::string url(const char* command) { return std::string(localApiHost) + "/api/command/" + command; }
 
 // Cuts the command word "#KEYWORD" to its lowered keyword; empty for a word without "#".
@@ -59,25 +79,25 @@ SMSCommand::SMSCommand(const Json::Value& config)
           SMSCommandExecutor(url("send_serialstatus_sms")),
           SMSCommandExecutor(url("send_geoposition_sms")),
           SMSCommandExecutor(url("lns_restart_sms")),
-          SMSCommandExecutor(url("sms_send")),  // no keyword leads here
+          SMSCommandExecutor(url("sms_send")),
           SMSCommandExecutor(url("send_wanips_sms")),
       }},
       commandTable{
-          {"checkin", SMSCMD_CHECKIN, &executors[1]},
-          {"reboot", SMSCMD_REBOOT, &executors[0]},
-          {"rm", SMSCMD_RM, &executors[2]},
-          {"setcellular", SMSCMD_SETCELLULAR, &executors[3]},
-          {"apn", SMSCMD_APN, &executors[4]},
-          {"cellular", SMSCMD_CELLULARSTATUS, &executors[5]},
-          {"radio", SMSCMD_RADIO, &executors[6]},
-          {"ethernet", SMSCMD_ETHERNET, &executors[7]},
-          {"wan", SMSCMD_WAN, &executors[8]},
-          {"wifi", SMSCMD_WIFI, &executors[9]},
-          {"ping", SMSCMD_PING, &executors[10]},
-          {"serial", SMSCMD_SERIAL, &executors[11]},
-          {"geoposition", SMSCMD_GEOPOSITION, &executors[12]},
-          {"wanips", SMSCMD_WANIPS, &executors[15]},
-          {"lnsrestart", SMSCMD_LNSRESTART, &executors[13]},
+          {"checkin", SMSCMD_CHECKIN, &executors[Checkin]},
+          {"reboot", SMSCMD_REBOOT, &executors[SmsRestart]},
+          {"rm", SMSCMD_RM, &executors[SetRm]},
+          {"setcellular", SMSCMD_SETCELLULAR, &executors[SetCellular]},
+          {"apn", SMSCMD_APN, &executors[Apn]},
+          {"cellular", SMSCMD_CELLULARSTATUS, &executors[CellularStatus]},
+          {"radio", SMSCMD_RADIO, &executors[RadioStatus]},
+          {"ethernet", SMSCMD_ETHERNET, &executors[EthernetStatus]},
+          {"wan", SMSCMD_WAN, &executors[WanStatus]},
+          {"wifi", SMSCMD_WIFI, &executors[WifiStatus]},
+          {"ping", SMSCMD_PING, &executors[Ping]},
+          {"serial", SMSCMD_SERIAL, &executors[SerialStatus]},
+          {"geoposition", SMSCMD_GEOPOSITION, &executors[Geoposition]},
+          {"wanips", SMSCMD_WANIPS, &executors[WanIps]},
+          {"lnsrestart", SMSCMD_LNSRESTART, &executors[LnsRestart]},
       } {}
 
 bool SMSCommand::loadConfig() { return config.setConfig(configJson); }

@@ -28,8 +28,8 @@ constexpr char kWelcome[] =
 constexpr const char* kColours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
                                     "\033[33m",   "\033[36m",   kPlain,       kFaint};
 
-// The editor asks for completions through a plain function.
-const Commands* completed = nullptr;
+// The editor asks for completions through a plain function, and a signal handler is one.
+Commands* completed = nullptr;
 std::vector<std::string> candidates;
 
 // The words of the arguments that stand for themselves, as "received" in "received|sending"; the others are
@@ -98,10 +98,10 @@ void print(const std::string& text) {
 void Console::run() {
   std::setlocale(LC_CTYPE, "");
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
-  std::signal(SIGINT, SIG_IGN);
   const char* home = std::getenv("HOME");
   const std::string history = std::string(home == nullptr ? "" : home) + kHistoryFile;
   completed = &commands_;
+  std::signal(SIGINT, [](int) { completed->gateway().interrupt(); });
   rl_readline_name = "gateway";
   rl_attempted_completion_function = complete;
   using_history();

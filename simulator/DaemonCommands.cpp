@@ -60,7 +60,9 @@ Answer killDaemon(Gateway& gateway, CommandLine& line) {
 }
 
 Answer passes(Gateway& gateway, unsigned count) {
+  gateway.takeInterrupt();
   for (unsigned i = 0; i < count; ++i) {
+    if (gateway.takeInterrupt()) return wrong("Interrupted after " + std::to_string(i) + " passes.");
     switch (gateway.pass()) {
       case Gateway::Passed::Yes:
         break;

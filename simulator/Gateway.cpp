@@ -21,6 +21,7 @@ constexpr char kToolFolder[] = "/run/gateway/bin";
 constexpr char kTool[] = "/run/gateway/bin/sms";
 constexpr char kStore[] = "/var/config/sms/";
 constexpr char kOutbox[] = "/var/config/sms/outbox/";
+constexpr char kMark[] = "/run/private-gateway";
 constexpr char kFiller[] = "/filler";
 constexpr unsigned long long kLargestPrivate = 256ULL << 20;
 constexpr double kPassSeconds = 60;
@@ -36,8 +37,13 @@ bool waitUntil(double seconds, const std::function<bool()>& done) {
   return true;
 }
 
-// The folders exist before the first object binds or maps a file in them.
+// On a machine that is nobody's playground this program would take /dev/log away from syslog. The folders
+// exist before the first object binds or maps a file in them.
 const char* prepare(const char* modemFolder) {
+  if (!fs::exists(kMark)) {
+    std::fputs("gateway: this machine is a real one; run me with simulator/private-gateway\n", stderr);
+    std::exit(1);
+  }
   for (const char* folder : {kToolFolder, "/var/log", kOutbox}) fs::create_directories(folder);
   return modemFolder;
 }
@@ -51,8 +57,7 @@ Gateway::Gateway(const Options& options)
       daemon_({options.program, options.buildFolder + "/libgateway-clock.so", kToolFolder}),
       tool_(options.buildFolder + "/sms") {
   if (!repairAll() || !settings_.setTimings("[30,60,300]")) {
-    std::fprintf(stderr, "gateway: cannot bind %s and %s; run me with private-gateway\n",
-                 SyslogServer::kSocket, LocalApiServer::kSocket);
+    std::fprintf(stderr, "gateway: cannot bind %s and %s\n", SyslogServer::kSocket, LocalApiServer::kSocket);
     std::exit(1);
   }
 }

@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <string>
@@ -52,6 +53,10 @@ class Gateway {
   Passed awaitSleep(double seconds);
   /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
   Passed pass();
+  /// To be called by a signal handler: a command that runs many passes ends after the one that goes on.
+  void interrupt() { interrupted_ = true; }
+  /// Whether that happened since it was last asked.
+  bool takeInterrupt() { return interrupted_.exchange(false); }
 
   /// Keeps parts back for release(), or hands them to the modem: a number and the user data each.
   using Part = std::pair<std::string, std::string>;
@@ -91,6 +96,7 @@ class Gateway {
   std::string tool_;
   std::deque<Part> held_;
   std::size_t carriedOut_ = 0;
+  std::atomic<bool> interrupted_{false};
 };
 
 }  // namespace simulator

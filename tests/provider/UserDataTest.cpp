@@ -69,6 +69,7 @@ const HeaderRow kHeaderRows[] = {
     {"AnyHeaderLength", R"(\x63\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
      "Hello"},
     {"NoHeaderLength", R"(\x00\x00\x03\x2a\x02\x01Hello)", "null", R"(\x00\x00\x03\x2a\x02\x01Hello)"},
+    {"UndecodableLength", R"(\xzz\x00\x03\x2a\x02\x01Hello)", "null", R"(\xzz\x00\x03\x2a\x02\x01Hello)"},
     {"OtherElement", R"(\x05\x05\x03\x2a\x02\x01Hello)", "null", R"(\x05\x05\x03\x2a\x02\x01Hello)"},
     {"WrongLength8", R"(\x05\x00\x04\x2a\x02\x01Hello)", "null", R"(\x05\x00\x04\x2a\x02\x01Hello)"},
     {"WrongLength16", R"(\x06\x08\x03\x12\x34\x03\x02)", "null", R"(\x06\x08\x03\x12\x34\x03\x02)"},

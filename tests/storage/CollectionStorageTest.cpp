@@ -87,6 +87,13 @@ TEST(Move, RemovesByTheCallersFilterOncePerRecord) {
   EXPECT_EQ(failures, 2u) << text;
 }
 
+TEST(Move, KeepsTheRecordsBesideWhatIsNone) {
+  const auto inner = std::make_shared<FakeStorage>();
+  inner->records[Sending] = {json("[1]"), json("{'guid':'1'}")};
+  StatusCollectionStorageDecorator(inner).move(Json::nullValue, Sending, Failed);
+  EXPECT_THAT(inner->guids(Failed), testing::Contains("1"));
+}
+
 struct LimitNullRow {
   const char* name;
   std::uint32_t receivedLimit, sentLimit;
@@ -121,6 +128,7 @@ const LimitRow kLimitRows[] = {
     {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "[[],['7','8','9','5']]"},
     {"ReceivedBytewise", "[[],['9','10','8']]", Received, "[[],['9','8','5']]"},
     {"ReceivedWithoutGuid", "[[],['7',null,'8']]", Received, "[[],['7',null,'8','5']]"},
+    {"ReceivedGuidWithoutText", "[[],['7',{},'8']]", Received, "[[],['7',{},'8','5']]"},
     {"OutboxBelow", "[[],[],['7'],['8'],[]]", Sent, "[[],[],['7'],['8','5'],[]]"},
     {"OutboxOldestSending", "[[],[],['6'],['7'],['8']]", Sent, "[[],[],[],['7','5'],['8']]"},
     {"OutboxOldestSent", "[[],[],['7'],['6'],['8']]", Failed, "[[],[],['7'],[],['8','5']]"},
