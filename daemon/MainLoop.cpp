@@ -59,7 +59,6 @@ void fileReceivedMessages(SmsProvider& provider, ICollectionStorage& storage, SM
 void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, RetryState& retry,
                         const MonotonicClock& clock) {
   for (const Json::Value& record : storage.load(Json::nullValue, MessageStatus::Sending)) {
-    if (record.empty()) continue;  // null and {} are no message, and as a filter would move every other one
     if (provider.sendMessage(record)) {
       storage.move(record, MessageStatus::Sending, MessageStatus::Sent);
     } else {

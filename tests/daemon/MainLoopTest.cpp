@@ -134,14 +134,6 @@ TEST_F(Pass, MergesPastWhateverLiesInTheStore) {
   EXPECT_THAT(pass({secondPart}), HasSubstr("executing command"));
 }
 
-TEST_F(Pass, LeavesWhatStandsForEveryQueuedMessage) {
-  storage_.records[Sending] = {json("null"), json("{}"), json("{'guid':'1','recipient':'good'}")};
-  pass();
-  EXPECT_THAT(provider_.attempts, ElementsAre("good"));
-  EXPECT_THAT(storage_.records[Sending], ElementsAre(json("null"), json("{}")));
-  EXPECT_THAT(storage_.records[Sent], testing::SizeIs(1));
-}
-
 TEST_F(Pass, SendsWhatIsQueued) {
   provider_.refused = {"bad"};
   storage_.records[Sending] = {json("{'guid':'1','recipient':'good'}"),
