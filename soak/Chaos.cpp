@@ -74,7 +74,7 @@ bool Chaos::pass() {
       breakTool();
       return runPass();
     case 3:
-      return passThatHangs(below(3) == 0);
+      return passThatHangs();
     case 4:
       return terminate();
     case 5:
@@ -129,31 +129,46 @@ void Chaos::repair() {
 }
 
 // The tool hangs in the middle of its output, or the API does not answer, until it is put right.
-bool Chaos::passThatHangs(bool cutListing) {
-  const bool isTool = cutListing || below(2) == 0;
-  const char* const operation = cutListing || below(2) == 0 ? "read" : "send";
-  faults_ = isTool ? Fault::Other : Fault::ApiFault;
-  if (isTool)
-    gateway_.modem().setFault(operation, ToolFault::Hang, 1);
+bool Chaos::passThatHangs() {
+  constexpr const char* operations[] = {"read", "send"};
+  const unsigned operation = below(3);
+  faults_ = operation < 2 ? Fault::Other : Fault::ApiFault;
+  if (operation < 2)
+    gateway_.modem().setFault(operations[operation], ToolFault::Hang, 1);
   else
     gateway_.api().setFault(ApiFault::Silent, 0);
   gateway_.grantPass();
-  const bool hangs = waitUntil([&] {
-    return gateway_.modem().hanging() || gateway_.api().waiting() > 0 ||
-           gateway_.awaitSleep(0) != Gateway::Passed::NotYet;
-  });
-  if (!hangs) return fail("A pass neither hung nor ended.");
-  if (cutListing && gateway_.modem().hanging()) {
-    killAll("sms");
-    gateway_.modem().setHanging(false);
-    faults_ = Fault::CutListing;
-  }
+  const auto hangs = [&] { return gateway_.modem().hanging() || gateway_.api().waiting() > 0; };
+  if (!waitUntil([&] { return hangs() || gateway_.awaitSleep(0) != Gateway::Passed::NotYet; }))
+    return fail("A pass neither hung nor ended.");
+  const bool ends = lethal_ && hangs() && below(2) == 0;
+  if (ends)
+    gateway_.daemon().signal(SIGTERM);
+  else if (operation == 0 && gateway_.modem().hanging() && below(2) == 0)
+    cutListing();
   const unsigned faults = faults_;
   repair();
-  if (gateway_.awaitSleep(passSeconds) != Gateway::Passed::Yes)
+  if (!ends && gateway_.awaitSleep(passSeconds) != Gateway::Passed::Yes)
     return fail("A pass that hung did not go on.");
+  return ends ? stopAndRestart(faults) : look(faults);
+}
+
+void Chaos::cutListing() {
+  killAll("sms");
+  gateway_.modem().setHanging(false);
+  faults_ = Fault::CutListing;
+}
+
+bool Chaos::look(unsigned faults) {
   ledger_.observe(faults);
   return problem_.empty();
+}
+
+// To be called in the middle of a pass, which is to be completed.
+bool Chaos::stopAndRestart(unsigned faults) {
+  if (!gateway_.stop()) return fail("The daemon did not end after SIGTERM.");
+  if (gateway_.daemon().ending() != "0") return fail("After SIGTERM: " + gateway_.daemon().ending());
+  return look(faults) && restart();
 }
 
 // Lets a pass begin, and go on for a moment.
@@ -164,10 +179,7 @@ void Chaos::waitInsidePass() {
 
 bool Chaos::terminate() {
   waitInsidePass();
-  if (!gateway_.stop()) return fail("The daemon did not end after SIGTERM.");
-  if (gateway_.daemon().ending() != "0") return fail("After SIGTERM: " + gateway_.daemon().ending());
-  ledger_.observe(Fault::Other);
-  return restart();
+  return stopAndRestart(Fault::Other);
 }
 
 // Of the daemon alone, or together with what it has started.

@@ -34,7 +34,10 @@ class Chaos {
   void breakTool();
   void repair();
   bool runPass();
-  bool passThatHangs(bool cutListing);
+  bool passThatHangs();
+  void cutListing();
+  bool look(unsigned faults);
+  bool stopAndRestart(unsigned faults);
   bool terminate();
   bool kill();
   bool spoilWhitelist();

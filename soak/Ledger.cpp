@@ -40,6 +40,7 @@ void Ledger::enterPart(unsigned number, Kind kind, unsigned first, unsigned coun
   message.first = first;
   message.arrived = static_cast<unsigned>(faults_.size());
   partsOf_[first] = count;
+  firstArrival_.emplace(first, message.arrived);
   onModem_.insert(number);
 }
 
@@ -143,6 +144,10 @@ bool Ledger::settle(std::ostream& report) const {
   for (const auto& request : gateway_.api().requests())
     for (const unsigned number : tokensIn(request.body)) ++requests[number];
 
+  std::map<unsigned, unsigned> lastOf;  // the pass in which a part was seen last, by the first part
+  for (const auto& [number, message] : incoming_)
+    lastOf[message.first] = std::max({lastOf[message.first], message.taken, message.filed});
+
   Windows windows(report);
   for (const auto& [number, message] : incoming_) {
     const std::string name = "incoming " + token(number);
@@ -152,9 +157,11 @@ bool Ledger::settle(std::ostream& report) const {
     if (message.taken == 0) windows.fault(name + " is still on the modem");
     if (message.guids.empty()) windows.lose(Windows::Incoming, name, faults_[message.taken]);
     if (message.overwritten != 0) windows.lose(Windows::Incoming, name, faults_[message.overwritten]);
-    if (message.guids.size() > 1) windows.repeat(Windows::Incoming, name, faults);
+    // A part that came twice waits twice, and takes in the parts that follow twice.
+    if (message.guids.size() > 1)
+      windows.repeat(Windows::Incoming, name, faultsIn(firstArrival_.at(message.first), last));
     if (message.first == number && message.filed != 0 && joined_.count(number) == 0)
-      windows.leaveApart(name, faultsIn(message.arrived, static_cast<unsigned>(faults_.size())));
+      windows.leaveApart(name, faultsIn(firstArrival_.at(number), lastOf[number]));
     const unsigned asked = requests[number];
     if (message.kind != Kind::Command && asked > 0) windows.fault(name + " of a stranger caused a request");
     if (message.kind == Kind::Command && message.filed != 0 && asked == 0 && (faults & Fault::ApiFault) == 0)

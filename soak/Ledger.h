@@ -74,6 +74,7 @@ class Ledger {
   std::map<unsigned, Outgoing> outgoing_;               ///< by number
   std::set<unsigned> onModem_, active_;                 ///< numbers of those under way
   std::map<unsigned, unsigned> partsOf_;                ///< count of parts, by the number of the first
+  std::map<unsigned, unsigned> firstArrival_;           ///< pass of the part that came first, by the same
   std::set<unsigned> joined_;                           ///< first parts of what was filed as one record
   std::map<std::string, std::string> versions_;         ///< of the inbox's files, by name
   std::map<std::string, std::set<unsigned>> contents_;  ///< tokens in the inbox's files, by name

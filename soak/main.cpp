@@ -31,8 +31,8 @@ class Soak {
   }
 
   bool run(unsigned passes) {
-    return chaos_.start() && liveOnce(passes) && liveManyTimes(passes / 4) && drain() &&
-           ledger_.settle(std::cout);
+    const bool ran = chaos_.start() && liveOnce(passes) && liveManyTimes(passes / 4) && drain();
+    return ran && ledger_.settle(std::cout) && isClean_;
   }
 
   const std::string& problem() const { return chaos_.problem(); }
@@ -64,11 +64,10 @@ class Soak {
     const Footprint after = Footprint::of(gateway_.daemon().pid());
     std::cout << "After " << settlingPasses << " passes: " << before.text() << "\nAfter " << count
               << " passes: " << after.text() << std::endl;
-    if (after.residentKilobytes <= before.residentKilobytes + growthKilobytes &&
-        after.descriptors == before.descriptors && after.children == 0)
-      return true;
-    std::cout << "Something is left over." << std::endl;
-    return false;
+    isClean_ = after.residentKilobytes <= before.residentKilobytes + growthKilobytes &&
+               after.descriptors == before.descriptors && after.children == 0;
+    if (!isClean_) std::cout << "Something is left over." << std::endl;
+    return true;
   }
 
   bool liveManyTimes(unsigned count) {
@@ -84,6 +83,7 @@ class Soak {
     return gateway_.stop();
   }
 
+  bool isClean_ = true;  ///< nothing is left over from the one life
   std::mt19937 random_;
   simulator::Gateway gateway_;
   Ledger ledger_{gateway_};
