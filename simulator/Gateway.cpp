@@ -22,6 +22,7 @@ constexpr char kTool[] = "/run/gateway/bin/sms";
 constexpr char kStore[] = "/var/config/sms/";
 constexpr char kOutbox[] = "/var/config/sms/outbox/";
 constexpr char kMark[] = "/run/private-gateway";
+constexpr int kAccepted = 200;
 constexpr char kFiller[] = "/filler";
 constexpr unsigned long long kLargestPrivate = 256ULL << 20;
 constexpr double kPassSeconds = 60;
@@ -110,12 +111,15 @@ std::string Gateway::carryOut() {
   const std::vector<LocalApiServer::Request> requests = api_.requests();
   for (; carriedOut_ < requests.size(); ++carriedOut_) {
     const LocalApiServer::Request& request = requests[carriedOut_];
+    if (request.code == 0) break;  // not before it is answered
     Json::Value body;
-    const bool command = request.method == "POST" && readJson(request.body, body) && body.isObject();
-    if (!command || !body["recipients"].isArray()) continue;
+    if (request.method != "POST" || request.code != kAccepted || !readJson(request.body, body)) continue;
     const bool reboot = request.path == LocalApiServer::kRebootPath;
     std::string problem;
-    if (reboot && !(stop() && start(problem))) done += "The gateway cannot reboot: " + problem + "\n";
+    if (reboot && !(stop() && start(problem))) {
+      done += "The gateway cannot reboot: " + problem + "\n";
+      continue;
+    }
     Json::Value record;
     record["recipient"] = body["recipients"][0];
     record["message"] =

@@ -69,8 +69,9 @@ class Gateway {
   /// Hands an outgoing message to the daemon as a record; its guid in `guid`. False when the disk refuses it.
   [[nodiscard]] bool queue(Json::Value record, std::string& guid);
 
-  /// Carries out what the API was asked for since the last call, as a gateway would: it answers the sender by
-  /// a message that it queues, and a reboot restarts the daemon. What was done, a line each.
+  /// Carries out what the API was asked for and has accepted since the last call, as a gateway would: it
+  /// answers the sender by a message that it queues, and a reboot restarts the daemon. What was done, a line
+  /// each.
   std::string carryOut();
 
   static const std::vector<std::string>& boxes();  ///< "received", "sending", "sent", "failed"

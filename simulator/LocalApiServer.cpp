@@ -109,8 +109,9 @@ std::vector<LocalApiServer::Request> LocalApiServer::requests() const {
 }
 
 void LocalApiServer::handle(const httplib::Request& request, httplib::Response& response) {
-  const Request kept{request.method, request.path, request.body};
+  const Request kept{request.method, request.path, request.body, 0};
   std::unique_lock lock(mutex_);
+  const std::size_t number = requests_.size();
   requests_.push_back(kept);
   const auto set = [this](ApiFault fault) { return !closing_ && fault_ == fault; };
   ++waiting_;
@@ -121,9 +122,8 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   const unsigned value = faultValue_;
   lock.unlock();
 
-  if (fault == ApiFault::Code) {
-    response.set_content(toLine(envelope(value, Json::nullValue)), kJson);
-  } else if (fault == ApiFault::Garbage) {
+  int code = kNoCode;
+  if (fault == ApiFault::Garbage) {
     response.set_content("<html>\xff\x01 this is no JSON", "text/html");
   } else if (fault == ApiFault::Close) {
     response.set_content_provider(1000, kJson, [](std::size_t, std::size_t, httplib::DataSink& sink) {
@@ -132,8 +132,16 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
       return false;
     });
   } else {
-    response.set_content(toLine(answer(kept)), kJson);
+    const Json::Value json = fault == ApiFault::Code ? envelope(value, Json::nullValue) : answer(kept);
+    response.set_content(toLine(json), kJson);
+    code = json["code"].asInt();
   }
+  setCode(number, code);
+}
+
+void LocalApiServer::setCode(std::size_t number, int code) {
+  const std::lock_guard lock(mutex_);
+  requests_[number].code = code;
 }
 
 Json::Value LocalApiServer::answer(const Request& request) const {

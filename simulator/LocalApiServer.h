@@ -35,7 +35,9 @@ class LocalApiServer {
     std::string method;
     std::string path;
     std::string body;
+    int code = 0;  ///< of the answer; 0 while there is none, kNoCode when it had none
   };
+  static constexpr int kNoCode = -1;
 
   /// `settings` gives the settings object that is to be served; it is called on another thread.
   explicit LocalApiServer(std::function<Json::Value()> settings);
@@ -62,6 +64,7 @@ class LocalApiServer {
  private:
   void handle(const httplib::Request& request, httplib::Response& response);
   Json::Value answer(const Request& request) const;
+  void setCode(std::size_t number, int code);
 
   const std::function<Json::Value()> settings_;
   mutable std::mutex mutex_;

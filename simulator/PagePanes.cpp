@@ -37,6 +37,7 @@ Json::Value requests(const LocalApiServer& api) {
     value["method"] = request.method;
     value["path"] = request.path;
     value["body"] = request.body;
+    value["code"] = request.code;
     pane.append(value);
   }
   return pane;

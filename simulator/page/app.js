@@ -145,6 +145,7 @@ function showFolders(folders) {
 function requestCard(request, i) {
   const item = card("request" + i, element("code", { textContent: request.method + " " + request.path }));
   if (request.path.endsWith("/sms_restart")) item.append(" ", tag("reboot", true));
+  if (request.code !== 200) item.append(" ", tag(request.code > 0 ? "answered " + request.code : request.code < 0 ? "no answer" : "waits", true));
   if (request.body) item.append(element("pre", { textContent: request.body }));
   return item;
 }

@@ -95,6 +95,19 @@ class PageTest(unittest.TestCase):
         self.run_pass()
         self.see("#conversation li:not(.written)", "The gateway has rebooted.")
 
+    def test_a_command_that_the_api_refuses_is_not_carried_out(self):
+        events = len(self.page.find_elements(By.CSS_SELECTOR, "#events li:not(.empty)"))
+        self.click("API answers 500")
+        self.see("#faults", "api: code 500")
+        self.write("p secret #wifi")
+        self.run_pass()
+        self.see("#requests .card", "POST /api/command/send_wifistatus_sms answered 500")
+        self.see("#log .ERROR", "request failed with response code: 500")
+        self.click("Put everything right")
+        self.see("#faults", "Everything works.")
+        self.run_pass()
+        self.assertEqual(len(self.page.find_elements(By.CSS_SELECTOR, "#events li:not(.empty)")), events)
+
     def test_a_refused_message_is_retried_and_sent(self):
         self.click("Modem refuses it")
         self.see("#faults", "refused: +4917022222")
