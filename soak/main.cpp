@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "simulator/Files.h"
 #include "soak/Chaos.h"
 #include "soak/Footprint.h"
 #include "soak/Ledger.h"
@@ -42,7 +43,7 @@ class Soak {
     for (unsigned pass = first; pass <= last; ++pass) {
       load_.add();
       if (!chaos_.pass()) return false;
-      if (pass % 100 == 0) trimLogs();
+      if (pass % 50 == 0) tidy();
       if (pass % 500 == 0 || pass == last)
         std::cout << what << ": pass " << pass << " of " << last << ", " << ledger_.entered() << " messages, "
                   << ledger_.underWay() << " under way, " << ledger_.lost() << " lost, " << chaos_.ends()
@@ -51,10 +52,20 @@ class Soak {
     return true;
   }
 
-  // The system would rotate them.
-  static void trimLogs() {
+  // What the system and a person who looks after the gateway would do: empty the logs, and clear away what a
+  // full disk has left behind. A file that cannot be read is reported whenever its folder is, for ever.
+  static void tidy() {
+    namespace fs = std::filesystem;
     for (const char* const log : {"/var/log/syslog", "/var/log/veld.log"})
-      if (std::filesystem::exists(log)) std::filesystem::resize_file(log, 0);
+      if (fs::exists(log)) fs::resize_file(log, 0);
+    for (const fs::directory_entry& staged : fs::directory_iterator("/tmp/sms")) fs::remove(staged);
+    for (const std::string& box : simulator::Gateway::boxes()) {
+      for (const std::string& name : simulator::listFolder(simulator::Gateway::folderOf(box))) {
+        const std::string path = simulator::Gateway::folderOf(box) + "/" + name;
+        Json::Value record;
+        if (!simulator::readJson(simulator::readFile(path), record)) fs::remove(path);
+      }
+    }
   }
 
   bool liveOnce(unsigned count) {
