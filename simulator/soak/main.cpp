@@ -10,10 +10,10 @@
 #include <iostream>
 
 #include "simulator/Files.h"
-#include "soak/Chaos.h"
-#include "soak/Footprint.h"
-#include "soak/Ledger.h"
-#include "soak/Load.h"
+#include "simulator/soak/Chaos.h"
+#include "simulator/soak/Footprint.h"
+#include "simulator/soak/Ledger.h"
+#include "simulator/soak/Load.h"
 
 namespace {
 
@@ -110,7 +110,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
-  Soak soak(program.parent_path().parent_path(), static_cast<unsigned>(std::stoul(argv[2])));
+  Soak soak(program.parent_path().parent_path().parent_path(), static_cast<unsigned>(std::stoul(argv[2])));
   const bool good = soak.run(static_cast<unsigned>(std::stoul(argv[1])));
   if (!soak.problem().empty()) std::cout << soak.problem() << "\n";
   std::cout << (good ? "PASS" : "FAIL") << ": seed " << argv[2] << std::endl;

@@ -1,4 +1,4 @@
-#include "soak/Footprint.h"
+#include "simulator/soak/Footprint.h"
 
 #include <sstream>
 

@@ -1,4 +1,4 @@
-#include "soak/Ledger.h"
+#include "simulator/soak/Ledger.h"
 
 #include <sys/stat.h>
 
@@ -6,8 +6,8 @@
 #include <cctype>
 
 #include "simulator/Files.h"
-#include "soak/Fault.h"
-#include "soak/Windows.h"
+#include "simulator/soak/Fault.h"
+#include "simulator/soak/Windows.h"
 
 namespace {
 

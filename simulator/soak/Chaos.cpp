@@ -1,4 +1,4 @@
-#include "soak/Chaos.h"
+#include "simulator/soak/Chaos.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <csignal>
 
 #include "simulator/Files.h"
-#include "soak/Fault.h"
+#include "simulator/soak/Fault.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "soak/Windows.h"
+#include "simulator/soak/Windows.h"
 
-#include "soak/Fault.h"
+#include "simulator/soak/Fault.h"
 
 Windows::Windows(std::ostream& report)
     : report_(report),

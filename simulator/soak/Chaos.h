@@ -5,7 +5,7 @@
 #include <string>
 
 #include "simulator/Gateway.h"
-#include "soak/Ledger.h"
+#include "simulator/soak/Ledger.h"
 
 /// Runs the daemon's passes, each with what goes wrong in it, chosen at random. The ledger looks on after
 /// each.

@@ -1,4 +1,4 @@
-#include "soak/Load.h"
+#include "simulator/soak/Load.h"
 
 #include <algorithm>
 #include <cstdio>

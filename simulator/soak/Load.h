@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "simulator/Gateway.h"
-#include "soak/Ledger.h"
+#include "simulator/soak/Ledger.h"
 
 /// Random messages, in and out, each entered into the ledger.
 class Load {
