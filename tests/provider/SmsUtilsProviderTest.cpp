@@ -25,7 +25,7 @@ class SmsUtilsProviderTest : public testing::Test {
   void tool(const std::string& body) {
     writeFile(folder_.path + "/sms",
               std::string("#!/bin/sh\necho \"$SMS_CONFIG $*\" >> ") + calls + "\n" + body + "\n");
-    std::filesystem::permissions(folder_.path + "/sms", std::filesystem::perms::owner_all);
+    std::filesystem::permissions(folder_.path + "/sms", std::filesystem::perms{0755});
   }
   void SetUp() override {
     setenv("PATH", (folder_.path + ":" + path_).c_str(), 1);
