@@ -1,5 +1,6 @@
 """Drives the page of the simulated gateway in headless Chromium: page_test.py GATEWAY"""
 import http.client
+import os
 import re
 import subprocess
 import sys
@@ -33,7 +34,9 @@ class PageTest(unittest.TestCase):
         cls.gateway = subprocess.Popen([GATEWAY, "--page", "0"], stdin=subprocess.DEVNULL,
                                        stdout=subprocess.PIPE, text=True)
         cls.address = re.search(r"http://\S+/", cls.gateway.stdout.readline()).group()
-        cls.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
+        # The browser needs more room than a gateway's /tmp has.
+        cls.profile = tempfile.TemporaryDirectory(dir=os.getcwd(), ignore_cleanup_errors=True)
+        os.environ["TMPDIR"] = cls.profile.name
         cls.page = browser(cls.profile.name)
 
     @classmethod
