@@ -63,7 +63,7 @@ void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, Retr
       storage.move(record, MessageStatus::Sending, MessageStatus::Sent);
     } else {
       storage.move(record, MessageStatus::Sending, MessageStatus::Failed);
-      if (!retry.timerStarted) startFailureTimer(retry, clock());
+      startFailureTimer(retry, clock);
     }
   }
 }

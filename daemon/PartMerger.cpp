@@ -49,10 +49,8 @@ bool mergeWithStoredParts(std::vector<Json::Value>& updatedMultiparts, const Jso
   const Json::Value& newParts = MessageRecord::member(record, Key::Parts);
   for (const Json::Value& stored : storedParts) {
     if (!hasPartId(stored, record[Key::PartId].asInt())) continue;
-    Json::Value parts = MessageRecord::member(stored, Key::Parts);
-    if (!fillGaps(parts, newParts)) continue;
     Json::Value updated = stored;
-    updated[Key::Parts] = std::move(parts);
+    if (!fillGaps(updated[Key::Parts], newParts)) continue;
     updatedMultiparts.push_back(std::move(updated));
     merged = true;
   }

@@ -40,9 +40,9 @@ std::uint32_t monotonicSeconds() {
   return static_cast<std::uint32_t>(now.tv_sec);
 }
 
-void startFailureTimer(RetryState& state, std::uint32_t now) {
+void startFailureTimer(RetryState& state, const MonotonicClock& clock) {
   if (state.timerStarted) return;
-  state.lastTime = now;
+  state.lastTime = clock();
   state.timerStarted = true;
 }
 
@@ -58,7 +58,7 @@ void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage,
     state.timerStarted = false;
     return;
   }
-  if (!state.timerStarted) startFailureTimer(state, clock());
+  startFailureTimer(state, clock);
   state.nowTime = clock();
 
   if (state.time_not_attempting != 0)

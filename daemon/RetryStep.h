@@ -24,8 +24,8 @@ struct RetryState {
   std::uint32_t dialAttempt = 1;          ///< the number of the next dial attempt
 };
 
-/// Starts the failure timer at `now`, unless it runs.
-void startFailureTimer(RetryState& state, std::uint32_t now);
+/// Starts the failure timer, unless it runs; only then is the clock read.
+void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 
 /// Once per pass: adds up the time since the last one, and when it reaches the interval of the current dial
 /// attempt, sends every failed message that has "retries" left. A message that is sent is moved to Sent; one

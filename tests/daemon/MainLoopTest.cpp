@@ -151,7 +151,7 @@ TEST_F(Pass, SendsWhatIsQueued) {
 TEST_F(Pass, RetriesBeforeItSends) {
   storage_.records[Failed] = {json("{'guid':'1','recipient':'failed','retries':1}")};
   storage_.records[Sending] = {json("{'guid':'2','recipient':'queued'}")};
-  startFailureTimer(retry_, now_ - 10);
+  startFailureTimer(retry_, [this] { return now_ - 10; });
   pass();
   EXPECT_THAT(provider_.attempts, ElementsAre("failed", "queued"));
 }

@@ -100,8 +100,8 @@ TEST_F(RetryStep, StartsAnewWhenNothingIsLeft) {
 
 TEST_F(RetryStep, CountsFromTheFailureWhereTheTimerRuns) {
   storage_.save(json("{'guid':'1','recipient':'bad','retries':1}"), Failed);
-  startFailureTimer(state_, now_ - 10);
-  startFailureTimer(state_, now_);  // runs already
+  startFailureTimer(state_, [this] { return now_ - 10; });
+  startFailureTimer(state_, [this] { return now_; });  // runs already
   EXPECT_THAT(attemptTimes({10}, 10), ElementsAre(0));
 }
 
