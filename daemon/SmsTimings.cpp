@@ -41,7 +41,7 @@ bool readSmsTimings() {
 
 int readConfigValue(const char* path, int flag, const char* key, char* value) {
   if (path == nullptr || key == nullptr || value == nullptr || flag < 0) return -1;
-  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path, "r"), std::fclose);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path, "r"), std::fclose);
   if (file == nullptr) return -1;
   char line[1024];
   while (std::fgets(line, sizeof(line), file.get()) != nullptr) {
