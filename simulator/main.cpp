@@ -1,4 +1,4 @@
-// gateway: the simulated gateway, for a person at the keyboard or in a browser, or for a script.
+// simulator: the simulated gateway, for a person at the keyboard or in a browser, or for a script.
 #include <semaphore.h>
 #include <unistd.h>
 
@@ -11,16 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "simulator/Console.h"
-#include "simulator/PageServer.h"
-#include "simulator/Script.h"
+#include "simulator/console/Console.h"
+#include "simulator/console/Script.h"
+#include "simulator/page/PageServer.h"
 
 namespace {
 
 constexpr unsigned kPagePort = 8400;
 constexpr char kUsage[] =
-    "usage: gateway [--script FILE] [--echo]\n"
-    "       gateway --page [PORT]\n"
+    "usage: simulator [--script FILE] [--echo]\n"
+    "       simulator --page [PORT]\n"
     "Commands come from the script, else from standard input: a console at a terminal, a script otherwise.\n"
     "--page serves a page on 127.0.0.1, port 8400 unless another is given (0: any that is free), beside the\n"
     "console; away from a terminal, until SIGINT or SIGTERM.\n"
@@ -61,18 +61,18 @@ sem_t ended;
 
 void end(int) { sem_post(&ended); }
 
-int servePage(simulator::Commands& commands, unsigned port, bool atTerminal) {
-  simulator::PageServer page(commands);
+int servePage(simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
+  simulator::PageServer page(interpreter);
   if (!page.listen(static_cast<int>(port))) {
-    std::cerr << "gateway: port " << port << " is taken; --page 0 takes any that is free\n";
+    std::cerr << "simulator: port " << port << " is taken; --page 0 takes any that is free\n";
     return 1;
   }
   std::cout << "The page: " << page.address() << std::endl;
   if (atTerminal) {
-    simulator::Console(commands).run();
+    simulator::Console(interpreter).run();
     return 0;
   }
-  commands.execute("start");
+  interpreter.execute("start");
   while (sem_wait(&ended) != 0) continue;
   return 0;
 }
@@ -87,7 +87,7 @@ int main(int argc, char** argv) {
   }
   std::ifstream file(arguments.script);
   if (!arguments.script.empty() && !file) {
-    std::cerr << "gateway: cannot read " << arguments.script << "\n";
+    std::cerr << "simulator: cannot read " << arguments.script << "\n";
     return 2;
   }
   const bool atTerminal = arguments.script.empty() && isatty(STDIN_FILENO) != 0;
@@ -99,13 +99,13 @@ int main(int argc, char** argv) {
   const char* program = std::getenv("VELD");
   simulator::Gateway gateway(
       {program != nullptr ? program : folder + "/../daemon/veld", folder, !atTerminal && !arguments.page});
-  simulator::Commands commands(gateway);
-  if (arguments.page) return servePage(commands, arguments.port, atTerminal);
+  simulator::Interpreter interpreter(gateway);
+  if (arguments.page) return servePage(interpreter, arguments.port, atTerminal);
   if (atTerminal) {
-    simulator::Console(commands).run();
+    simulator::Console(interpreter).run();
     return 0;
   }
-  simulator::Script run(commands, arguments.script.empty() ? "standard input" : arguments.script,
+  simulator::Script run(interpreter, arguments.script.empty() ? "standard input" : arguments.script,
                         arguments.echo);
   return run.run(arguments.script.empty() ? std::cin : file) ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-#include "simulator/CommandLine.h"
+#include "simulator/console/CommandLine.h"
 #include "tests/Rows.h"
 
 using simulator::CommandLine;

@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "provider/UserData.h"
-#include "simulator/GsmEncoder.h"
+#include "simulator/modem/GsmEncoder.h"
 #include "tests/Rows.h"
 
 using simulator::GsmEncoder;

@@ -1,0 +1,51 @@
+// The input is what the local API answers, to the request for the settings and to a command.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "commands/SMSCommandExecutor.h"
+#include "daemon/LocalApi.h"
+#include "fuzz/shared/FakeCurl.h"
+#include "fuzz/shared/Property.h"
+
+namespace {
+
+// What `call` says; nothing when it throws the JSON library's exception, the only one that may come.
+template <typename Call>
+std::optional<bool> outcome(Call call) {
+  try {
+    return call();
+  } catch (const Json::Exception&) {
+    return std::nullopt;
+  }
+}
+
+std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSize) {
+  const Json::Value before("as it was");
+  Json::Value result = before;
+  FakeCurl::answer = answer;
+  FakeCurl::pieceSize = pieceSize;
+  const auto loaded = outcome([&] { return loadFromApi("http://localhost/api/sms", result); });
+  if (loaded != true) property(result == before, "the result is only set by a good answer");
+  return loaded;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string answer(data, data + size);
+  const auto loaded = settingsLoad(answer, size + 1);
+  property(settingsLoad(answer, 1) == loaded, "the pieces that an answer comes in say nothing");
+
+  SMSCommandExecutor executor("http://localhost/api/command/sms_restart");
+  const auto executed = outcome([&] { return executor.execute("1", std::vector<std::string>()); });
+  property((executed == true) == (loaded == true), "both requests call the same answers good");
+
+  if (loaded == true && answer.find('\0') == std::string::npos) {  // a NUL ends the text for the JSON library
+    property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
+    property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "an answer cut short is none");
+  }
+  FakeCurl::requests.clear();
+  return 0;
+}

@@ -1,0 +1,164 @@
+// The input is who sends what to whom: the configuration in the first three lines (letters for what is on,
+// the password, the whitelist), the sender in the fourth, and the text of the message in the rest.
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "daemon/MainLoop.h"
+#include "fuzz/shared/FakeCurl.h"
+#include "fuzz/shared/Property.h"
+#include "storage/MessageStatus.h"
+
+namespace {
+
+struct CommandRow {
+  char letter;
+  const char* key;
+  const char* keyword;
+  const char* path;
+};
+
+constexpr CommandRow commandRows[] = {
+    {'A', "checkinEnabled", "checkin", "checkin_to_quillo_sms"},
+    {'B', "rebootEnabled", "reboot", "sms_restart"},
+    {'C', "rmEnabled", "rm", "set_rm_through_sms"},
+    {'D', "setCellularEnabled", "setcellular", "set_cellular_through_sms"},
+    {'E', "apnEnabled", "apn", "send_apn_through_sms"},
+    {'F', "cellularStatusEnabled", "cellular", "send_cellularstatus_sms"},
+    {'G', "radioEnabled", "radio", "send_radiostatus_sms"},
+    {'H', "ethernetEnabled", "ethernet", "send_ethernetstatus_sms"},
+    {'I', "wanStatusEnabled", "wan", "send_wanstatus_sms"},
+    {'J', "wifiEnabled", "wifi", "send_wifistatus_sms"},
+    {'K', "pingEnabled", "ping", "do_ping_through_sms"},
+    {'L', "serialEnabled", "serial", "send_serialstatus_sms"},
+    {'M', "geopositionEnabled", "geoposition", "send_geoposition_sms"},
+    {'N', "lnsRestartEnabled", "lnsrestart", "lns_restart_sms"},
+    {'O', "wanIpsEnabled", "wanips", "send_wanips_sms"},
+};
+
+std::vector<std::string> parted(const std::string& text, char separator) {
+  std::vector<std::string> pieces;
+  std::istringstream stream(text);
+  for (std::string piece; std::getline(stream, piece, separator);) pieces.push_back(piece);
+  return pieces;
+}
+
+struct Case {
+  explicit Case(const std::string& input) {
+    std::istringstream stream(input);
+    std::string whitelist;
+    std::getline(stream, on);
+    std::getline(stream, password);
+    std::getline(stream, whitelist);
+    std::getline(stream, sender);
+    message.assign(std::istreambuf_iterator<char>(stream), {});
+    numbers = parted(whitelist, ',');
+  }
+
+  bool isOn(char letter) const { return on.find(letter) != std::string::npos; }
+
+  Json::Value configuration() const {
+    Json::Value config;
+    config["enabled"] = isOn('e');
+    for (const CommandRow& row : commandRows) config[row.key] = isOn(row.letter);
+    config["whitelist"]["enabled"] = isOn('w');
+    config["whitelist"]["numbers"] = Json::arrayValue;
+    for (const std::string& number : numbers) config["whitelist"]["numbers"].append(number);
+    config["password"]["enabled"] = isOn('p');
+    config["password"]["text"] = password;
+    return config;
+  }
+
+  std::string on, password, sender, message;
+  std::vector<std::string> numbers;
+};
+
+// The request that `input` may cause: none unless commands are on, the sender is no stranger, gives the
+// password, and asks for a command that is permitted.
+std::optional<FakeCurl::Request> permittedRequest(const Case& input) {
+  const bool isListed =
+      std::find(input.numbers.begin(), input.numbers.end(), input.sender) != input.numbers.end();
+  if (!input.isOn('e') || (input.isOn('w') && !isListed)) return std::nullopt;
+
+  std::string text = input.message;
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.erase(0, 1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
+  std::vector<std::string> words = parted(text, ' ');
+  std::string given;
+  if (words.size() > 2 && (words[0] == "p" || words[0] == "P")) {
+    given = words[1];
+    words.erase(words.begin(), words.begin() + 2);
+  }
+  if (input.isOn('p') && given != input.password) return std::nullopt;
+  if (words.empty()) return std::nullopt;
+
+  std::string keyword = words[0];
+  for (char& c : keyword) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (const CommandRow& row : commandRows) {
+    if (keyword != std::string("#") + row.keyword || !input.isOn(row.letter)) continue;
+    std::string body = "{\"recipients\": [\"" + input.sender + "\"], \"args\": [";
+    for (std::size_t i = 1; i < words.size(); ++i) body += (i > 1 ? ",\"" : "\"") + words[i] + '"';
+    body += "]}";
+    return FakeCurl::Request{std::string("http://localhost/api/command/") + row.path, body.c_str()};
+  }
+  return std::nullopt;
+}
+
+class OneMessage final : public SmsProvider {
+ public:
+  explicit OneMessage(const Json::Value& record) : record_(record) {}
+  std::vector<Json::Value> receiveMessages() override { return {record_}; }
+  bool sendMessage(const Json::Value& /*message*/) override { return false; }
+
+ private:
+  const Json::Value record_;
+};
+
+class Inbox final : public ICollectionStorage {
+ public:
+  void save(const Json::Value& record, int status) override {
+    if (status == MessageStatus::Received) records.append(record);
+  }
+  void remove(const Json::Value& /*filter*/, int /*status*/) override {}
+  Json::Value load(const Json::Value& /*filter*/, int /*status*/) override { return Json::arrayValue; }
+  void move(const Json::Value& /*filter*/, int /*from*/, int /*to*/) override {}
+
+  Json::Value records{Json::arrayValue};
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const Case input(std::string(data, data + size));
+  SMSCommand commands(input.configuration());
+  property(commands.loadConfig(), "a whole configuration is taken");
+
+  Json::Value record;
+  record["guid"] = "2026010100000000";
+  record["source"] = input.sender;
+  record["message"] = input.message;
+  OneMessage provider(record);
+  Inbox inbox;
+  RetryState retry;
+  FakeCurl::requests.clear();
+  FakeCurl::answer = R"({"code": 200})";
+  runPass(provider, inbox, commands, {}, retry);
+
+  const std::optional<FakeCurl::Request> permitted = permittedRequest(input);
+  property(FakeCurl::requests.size() <= (permitted ? 1U : 0U), "a stranger causes no request");
+  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "who may command is obeyed");
+  if (permitted) {
+    property(FakeCurl::requests[0].url == permitted->url, "the keyword chooses the path");
+    property(FakeCurl::requests[0].body == permitted->body, "the body names the sender and the words");
+    record["isSMSCommand"] = true;
+  }
+  property(inbox.records.size() == 1 && inbox.records[0] == record,
+           "the message is filed, whatever became of it");
+  return 0;
+}

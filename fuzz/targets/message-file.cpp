@@ -1,0 +1,130 @@
+// The input is a file in a status folder: the status in the first byte, then the content. A pass of the loop
+// reads it, with a new part of a concatenated message from the modem and a modem that sends only for an even
+// first byte.
+//
+// Nothing is stored on disk here: the input chooses the "guid", and thereby the path and the shell command.
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "daemon/MainLoop.h"
+#include "fuzz/shared/Property.h"
+#include "provider/MultipartJoiner.h"
+#include "storage/FolderStorage.h"
+#include "storage/LimitCollectionStorageDecorator.h"
+#include "storage/LimitNullCollectionStorageDecorator.h"
+#include "storage/MessageStatus.h"
+#include "storage/StatusCollectionStorageDecorator.h"
+
+namespace {
+
+// The input's folder for one status, empty ones for the others; what is saved or removed is kept.
+class OneFolder final : public ICollectionStorage {
+ public:
+  void save(const Json::Value& record, int status) override { saved[status].push_back(record); }
+  void remove(const Json::Value& filter, int status) override { removed[status].push_back(filter); }
+  Json::Value load(const Json::Value& filter, int status) override {
+    return status == filled ? folder.load(filter) : Json::Value(Json::arrayValue);
+  }
+  void move(const Json::Value& /*filter*/, int /*from*/, int /*to*/) override {}
+
+  FolderStorage& folder;
+  int filled = 0;
+  std::vector<Json::Value> saved[5], removed[5];
+
+  explicit OneFolder(FolderStorage& inputFolder, int status) : folder(inputFolder), filled(status) {}
+};
+
+class Modem final : public SmsProvider {
+ public:
+  explicit Modem(bool sends) : sends_(sends) {}
+  std::vector<Json::Value> receiveMessages() override {
+    Json::Value part;
+    part["guid"] = "2026010100000000";
+    part["source"] = "1";
+    part["message"] = "new";
+    part["part-id"] = 7;
+    part["part-index"] = 1;
+    part["part-count"] = 2;
+    return joinMultipartMessages({part});
+  }
+  bool sendMessage(const Json::Value& message) override {
+    offered.push_back(message);
+    return sends_;
+  }
+  std::vector<Json::Value> offered;
+
+ private:
+  const bool sends_;
+};
+
+// The folder that every input is written to.
+struct InputFolder {
+  InputFolder() { property(mkdtemp(path) != nullptr, "there is a folder for the input"); }
+  ~InputFolder() { std::filesystem::remove_all(path); }
+  char path[32] = "/tmp/veld-fuzz-XXXXXX";
+};
+
+Json::Value withoutStatus(Json::Value record) {
+  if (record.isObject()) record.removeMember("status");
+  return record;
+}
+
+void checkReceived(const OneFolder& store) {
+  const auto& saved = store.saved[MessageStatus::Received];
+  property(!saved.empty(), "nothing in the store stands in the way of a new message");
+  bool found = false;
+  for (const Json::Value& record : saved)
+    found = found || record["message"].asString().find("new") != std::string::npos;
+  property(found, "the new part is filed, alone or merged");
+}
+
+// `record` was the only one under Sending or Failed, and was offered to the modem.
+void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) {
+  const auto& target = store.saved[wasSent ? MessageStatus::Sent : MessageStatus::Failed];
+  property(target.size() == 1, "a message that was offered to the modem is filed once");
+  Json::Value expected = withoutStatus(record);
+  if (!wasSent && store.filled == MessageStatus::Failed) expected["retries"] = record["retries"].asUInt() - 1;
+  property(withoutStatus(target[0]) == expected, "filing changes the status and the retries only");
+  property(store.removed[store.filled].size() >= 1, "what is filed anew leaves its folder");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  static const InputFolder input;
+  static FolderStorage folder(input.path);
+  std::ofstream(std::string(input.path) + "/record") << std::string(data + 1, data + size);
+  const Json::Value records = folder.load(Json::nullValue);
+  property(records.size() <= 1, "a file is one record at the most");
+  if (records.size() == 1 && records[0].isObject())
+    property(folder.load(records[0]) == records, "a record matches itself");
+
+  const int status = MessageStatus::Received + data[0] / 2 % 4;
+  const bool sends = data[0] % 2 == 0;
+  const auto store = std::make_shared<OneFolder>(folder, status);
+  const auto limited = std::make_shared<LimitCollectionStorageDecorator>(store, 1, 1);
+  const auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, 1, 1);
+  StatusCollectionStorageDecorator storage(refusing);
+  Json::Value off;
+  SMSCommand commands(off);
+  Modem modem(sends);
+  RetryState retry;
+  runPass(modem, storage, commands, {0}, retry, [] { return 0U; });
+
+  checkReceived(*store);
+  property(modem.offered.size() <= records.size(), "nothing is sent that is not queued");
+  if (modem.offered.empty()) return 0;
+  const Json::Value& record = records[0];
+  property(modem.offered[0] == record, "what is sent is what was queued");
+  const bool losesARetry = status == MessageStatus::Failed && !sends;
+  if (record.isObject() && (!losesARetry || record["retries"].isConvertibleTo(Json::uintValue)))
+    checkSent(*store, record, sends);
+  return 0;
+}

@@ -1,0 +1,71 @@
+// The input is the settings object of the local API, as JSON text.
+
+#include <cstdint>
+#include <string>
+
+#include "commands/SMSCommand.h"
+#include "commands/SMSCommandConfig.h"
+#include "daemon/LocalApi.h"
+#include "daemon/StartUp.h"
+#include "fuzz/shared/Property.h"
+
+namespace {
+
+// The keys of the command flags by SMSCMD, from 1 on.
+constexpr const char* flagKeys[] = {
+    "checkinEnabled",        "rebootEnabled", "rmEnabled",          "setCellularEnabled", "apnEnabled",
+    "cellularStatusEnabled", "radioEnabled",  "ethernetEnabled",    "wanStatusEnabled",   "wifiEnabled",
+    "pingEnabled",           "serialEnabled", "geopositionEnabled", "lnsRestartEnabled",  "wanIpsEnabled"};
+
+bool hasAll(const Json::Value& object, std::initializer_list<const char*> keys) {
+  for (const char* const key : keys)
+    if (!object.isMember(key)) return false;
+  return true;
+}
+
+void checkConfig(const Json::Value& settings) {
+  const bool isWhole =
+      hasAll(settings, {"enabled", "whitelist", "password", "checkinEnabled", "rebootEnabled"}) &&
+      hasAll(settings["whitelist"], {"enabled", "numbers"}) &&
+      hasAll(settings["password"], {"enabled", "text"});
+  SMSCommandConfig config;
+  property(config.setConfig(settings) == isWhole,
+           "a configuration is taken when nothing required is missing");
+  property(!config.isCommandEnabled(0) && !config.isCommandEnabled(16), "no other command exists");
+  if (!isWhole) return;
+  property(config.enabled == settings["enabled"].asBool(), "commands are off unless they are switched on");
+  int command = 0;
+  for (const char* const key : flagKeys)
+    property(config.isCommandEnabled(++command) == settings.get(key, false).asBool(),
+             "a missing flag is off");
+  property(config.passwordEnabled == settings["password"]["enabled"].asBool(), "the password is asked for");
+  property(config.password == settings["password"]["text"].asString(), "the password is the configured one");
+  property(config.whitelistEnabled == settings["whitelist"]["enabled"].asBool(),
+           "the whitelist is looked at");
+
+  SMSCommand commands(settings);
+  property(commands.loadConfig(), "the command path takes what its configuration takes");
+  const bool isStranger = config.whitelistEnabled && config.numbers.empty();
+  if (isStranger) property(!commands.validateSMSCommand("#checkin", "1"), "an empty whitelist lists nobody");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Json::Value settings;
+  if (!parseJson(std::string(data, data + size), &settings) || !settings.isObject()) return 0;
+  const std::optional<int> status = checkSettings(settings);
+  const Json::Value enabled = settings.get("enabled", Json::nullValue);
+  property((status == 0) == (enabled == Json::Value(false)), "SMS is switched off by the boolean alone");
+  const bool isWhole = hasAll(settings, {"enabled", "sentLimit", "receivedLimit", "smsCommands"});
+  property(!status == (isWhole && enabled == Json::Value(true)),
+           "the daemon runs when it is switched on and nothing is missing");
+  if (status) return 0;
+  try {
+    for (const char* const key : {"receivedLimit", "sentLimit"}) settings[key].asUInt();
+    checkConfig(settings["smsCommands"]);
+  } catch (const Json::Exception&) {
+    // A value of the wrong type ends the daemon's start with the JSON library's exception.
+  }
+  return 0;
+}

@@ -1,0 +1,60 @@
+#include "simulator/clock/GatewayClock.h"
+
+#include <fcntl.h>
+#include <linux/futex.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+namespace simulator {
+
+GatewayClock::GatewayClock(bool hold) {
+  const int file = open(ClockControl::kPath, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  void* memory = MAP_FAILED;
+  if (file >= 0 && ftruncate(file, sizeof(ClockControl)) == 0) {
+    memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  }
+  unlink(ClockControl::kWakePath);
+  const bool made = mkfifo(ClockControl::kWakePath, 0600) == 0;
+  wake_ = open(ClockControl::kWakePath, O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  if (memory == MAP_FAILED || !made || wake_ < 0) {
+    std::perror(ClockControl::kPath);
+    std::exit(1);
+  }
+  close(file);
+  control_ = static_cast<ClockControl*>(memory);
+  control_->hold = hold ? 1 : 0;
+}
+
+void GatewayClock::reset() { control_->begun = control_->ended = control_->granted = 0; }
+
+std::time_t GatewayClock::now() const {
+  return std::time(nullptr) + static_cast<std::time_t>(control_->skipped.load());
+}
+
+void GatewayClock::set(std::time_t now) { control_->skipped = now - std::time(nullptr); }
+
+void GatewayClock::grant() {
+  control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
+  // A full FIFO holds enough to wake whoever sleeps.
+  if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::kWakePath);
+}
+
+bool GatewayClock::waitForSleep(std::uint32_t begunBefore, double seconds,
+                                const std::function<bool()>& lost) const {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+  while (static_cast<std::int32_t>(control_->begun - begunBefore) <= 0) {
+    if (lost() || std::chrono::steady_clock::now() >= end) return false;
+    const timespec slice{0, 5'000'000};
+    syscall(SYS_futex, &control_->begun, FUTEX_WAIT, begunBefore, &slice, nullptr, 0);
+  }
+  return true;
+}
+
+}  // namespace simulator

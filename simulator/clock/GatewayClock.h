@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <functional>
+
+#include "simulator/clock/ClockControl.h"
+
+namespace simulator {
+
+/// The gateway's end of the daemon's clock.
+class GatewayClock {
+ public:
+  /// Creates the shared files; ends the process with a line on standard error when it cannot. `hold` as in
+  /// ClockControl.
+  explicit GatewayClock(bool hold);
+  GatewayClock(const GatewayClock&) = delete;
+  GatewayClock& operator=(const GatewayClock&) = delete;
+
+  /// To be called before a daemon starts: no sleep has begun, time goes on where it is.
+  void reset();
+  /// The wall clock as the daemon sees it.
+  std::time_t now() const;
+  /// Sets the wall clock, and the monotonic one on or back by as much.
+  void set(std::time_t now);
+
+  std::uint32_t begun() const { return control_->begun; }
+  /// Whether a sleep goes on that has not been told to end.
+  bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
+  /// Ends the sleep that goes on, or else the next one.
+  void grant();
+  /// Waits up to `seconds` until more than `begunBefore` sleeps have begun; gives up early once `lost` is
+  /// true.
+  bool waitForSleep(std::uint32_t begunBefore, double seconds, const std::function<bool()>& lost) const;
+
+ private:
+  ClockControl* control_;
+  int wake_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,118 @@
+// libgateway-clock.so: preloaded into the daemon, it lets the gateway run the daemon's time. The daemon's
+// sleeps can be cut short, and the clocks then go on by what was cut off, as if it had passed.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <linux/futex.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+
+#include "simulator/clock/ClockControl.h"
+
+namespace {
+
+using simulator::ClockControl;
+
+// With 64-bit times on a 32-bit system the C library has these two under other names, and the headers make
+// our definitions below take those names.
+#if defined(__TIMESIZE) && __TIMESIZE == 32 && defined(_TIME_BITS) && _TIME_BITS == 64
+constexpr char kClockGettime[] = "__clock_gettime64";
+constexpr char kTime[] = "__time64";
+constexpr long kFutex = SYS_futex_time64;
+#else
+constexpr char kClockGettime[] = "clock_gettime";
+constexpr char kTime[] = "time";
+constexpr long kFutex = SYS_futex;
+#endif
+
+ClockControl* control = nullptr;
+int wake = -1;
+
+template <typename Function>
+Function next(const char* name) {
+  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+int realClock(clockid_t clock, timespec* now) {
+  static const auto real = next<int (*)(clockid_t, timespec*)>(kClockGettime);
+  return real(clock, now);
+}
+
+// Runs before main: the daemon's children, which are no part of this game, must not inherit the library.
+__attribute__((constructor)) void attach() {
+  unsetenv("LD_PRELOAD");
+  const int file = open(ClockControl::kPath, O_RDWR | O_CLOEXEC);
+  if (file < 0) return;
+  void* memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  close(file);
+  // Open for both directions: it never ends, and opening it does not block.
+  wake = open(ClockControl::kWakePath, O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  if (memory != MAP_FAILED) control = static_cast<ClockControl*>(memory);
+}
+
+bool isGranted(std::uint32_t number) { return static_cast<std::int32_t>(control->granted - number) >= 0; }
+
+// The seconds that are left of a sleep of `seconds` since `start`, rounded up; 0 when it is over.
+unsigned left(const timespec& start, unsigned seconds) {
+  timespec now{};
+  realClock(CLOCK_MONOTONIC, &now);
+  const long long nanoseconds = (now.tv_sec - start.tv_sec) * 1000000000LL + (now.tv_nsec - start.tv_nsec);
+  const long long remaining = seconds * 1000000000LL - nanoseconds;
+  return remaining <= 0 ? 0 : static_cast<unsigned>((remaining + 999999999LL) / 1000000000LL);
+}
+
+}  // namespace
+
+extern "C" {
+
+// Ends at once when a signal has been handled, as the real one does; returns the seconds that were left then.
+unsigned sleep(unsigned seconds) {
+  if (control == nullptr) return next<unsigned (*)(unsigned)>("sleep")(seconds);
+  timespec start{};
+  realClock(CLOCK_MONOTONIC, &start);
+  // Who has seen that the sleep has begun may send a signal: it is let in only by the wait, so that it ends
+  // it.
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &before);
+  const std::uint32_t number = ++control->begun;
+  syscall(kFutex, &control->begun, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
+  unsigned remaining = seconds;
+  bool interrupted = false;
+  while (!interrupted && !isGranted(number)) {
+    remaining = control->hold != 0 ? seconds : left(start, seconds);
+    if (remaining == 0) break;
+    const timespec wait{static_cast<time_t>(remaining), 0};
+    pollfd grant{wake, POLLIN, 0};
+    const int result = ppoll(&grant, 1, control->hold != 0 ? nullptr : &wait, &before);
+    interrupted = result == -1 && errno == EINTR;
+    char bytes[64];
+    while (result == 1 && read(wake, bytes, sizeof bytes) > 0) continue;
+  }
+  if (!interrupted && remaining > 0) control->skipped += remaining;
+  ++control->ended;
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  return interrupted ? remaining : 0;
+}
+
+int clock_gettime(clockid_t clock, timespec* now) noexcept {
+  const int result = realClock(clock, now);
+  if (result == 0 && control != nullptr && clock == CLOCK_MONOTONIC) now->tv_sec += control->skipped;
+  return result;
+}
+
+time_t time(time_t* result) noexcept {
+  static const auto real = next<time_t (*)(time_t*)>(kTime);
+  const time_t now = real(nullptr) + (control == nullptr ? 0 : static_cast<time_t>(control->skipped));
+  if (result != nullptr) *result = now;
+  return now;
+}
+}

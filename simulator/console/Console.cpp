@@ -1,0 +1,156 @@
+#include "simulator/console/Console.h"
+
+#include <editline/readline.h>
+#include <langinfo.h>
+
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <set>
+
+namespace simulator {
+namespace {
+
+constexpr char kPrompt[] = "gateway> ";
+constexpr char kHistoryFile[] = "/.veld-gateway-history";
+constexpr char kPlain[] = "\033[0m";
+constexpr char kFaint[] = "\033[2m";
+constexpr char kRefused[] = "\033[33m";
+constexpr char kWelcome[] =
+    "A cellular gateway with the daemon running in it. \"help\" lists the commands, the tab key completes "
+    "them.\n"
+    "Try:  receive +4917012345 \"p secret #ping 8.8.8.8 3\"   then  pass  and  requests\n";
+
+// By syslog level: 0 (emergency) to 7 (debug).
+constexpr const char* kColours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
+                                    "\033[33m",   "\033[36m",   kPlain,       kFaint};
+
+// The editor asks for completions through a plain function, and a signal handler is one.
+Interpreter* completed = nullptr;
+std::vector<std::string> candidates;
+
+// The words of the arguments that stand for themselves, as "received" in "received|sending"; the others are
+// in upper case or numbers.
+std::set<std::string> wordsOf(const std::string& arguments) {
+  std::set<std::string> words;
+  std::string word;
+  for (const char c : arguments + " ") {
+    if ((c >= 'a' && c <= 'z') || c == '-' || (!word.empty() && c >= '0' && c <= '9')) {
+      word += c;
+    } else {
+      if (word.size() > 1) words.insert(word);
+      word.clear();
+    }
+  }
+  return words;
+}
+
+char* nextCandidate(const char* begun, int state) {
+  static std::size_t at;
+  if (state == 0) at = 0;
+  while (at < candidates.size()) {
+    const std::string& candidate = candidates[at++];
+    if (candidate.compare(0, std::strlen(begun), begun) == 0) return strdup(candidate.c_str());
+  }
+  return nullptr;
+}
+
+char** complete(const char* begun, int start, int) {
+  rl_attempted_completion_over = 1;
+  const std::string line = std::string(rl_line_buffer).substr(0, static_cast<std::size_t>(start));
+  const std::size_t first = line.find_first_not_of(' ');
+  const std::string name =
+      first == std::string::npos ? "" : line.substr(first, line.find(' ', first) - first);
+  candidates.clear();
+  for (const Command& command : completed->all()) {
+    if (name.empty() || name == "help") candidates.emplace_back(command.name);
+    if (name != command.name) continue;
+    const std::set<std::string> words = wordsOf(command.arguments);
+    candidates.assign(words.begin(), words.end());
+  }
+  if (name.empty()) candidates.insert(candidates.end(), {"help", "quit"});
+  return rl_completion_matches(begun, nextCandidate);
+}
+
+// A line of `log` begins with the name of its level.
+const char* colourOf(const std::string& line) {
+  for (int level = 0; level < 8; ++level) {
+    if (line.rfind(std::string(SyslogServer::levelName(level)) + " ", 0) == 0) return kColours[level];
+  }
+  return "";
+}
+
+void print(const std::string& text) {
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const std::string line = text.substr(begin, end - begin);
+    const std::string colour = colourOf(line);
+    std::cout << colour << line << (colour.empty() ? "" : kPlain) << "\n";
+    begin = end + 1;
+  }
+}
+
+}  // namespace
+
+void Console::run() {
+  std::setlocale(LC_CTYPE, "");
+  if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
+  const char* home = std::getenv("HOME");
+  const std::string history = std::string(home == nullptr ? "" : home) + kHistoryFile;
+  completed = &interpreter_;
+  std::signal(SIGINT, [](int) { completed->gateway().interrupt(); });
+  rl_readline_name = "gateway";
+  rl_attempted_completion_function = complete;
+  using_history();
+  stifle_history(1000);
+  read_history(history.c_str());
+
+  std::cout << kWelcome;
+  execute("start");
+  for (;;) {
+    errno = 0;
+    char* typed = readline(kPrompt);
+    if (typed == nullptr && errno != EINTR) break;
+    if (typed == nullptr) {  // Ctrl-C: another line
+      std::cout << "\n";
+      continue;
+    }
+    const std::string line = typed;
+    std::free(typed);
+    if (line == "quit" || line == "exit") break;
+    if (!line.empty()) add_history(line.c_str());
+    execute(line);
+  }
+  write_history(history.c_str());
+  std::cout << std::endl;
+}
+
+void Console::execute(const std::string& line) {
+  const Answer answer = interpreter_.execute(line);
+  if (answer.good) {
+    print(answer.text);
+  } else {
+    std::cout << kRefused << answer.text << kPlain << "\n";
+  }
+  interpreter_.carryOut();
+  for (const std::string& done : interpreter_.carriedOut(told_)) {
+    print(done);
+    ++told_;
+  }
+  showLog();
+}
+
+// What was logged since the last command, unless it was shown by one.
+void Console::showLog() {
+  for (const SyslogServer::Line& line : interpreter_.gateway().syslog().lines(logged_)) {
+    std::cout << "  " << kColours[line.level] << SyslogServer::levelName(line.level) << " " << line.text
+              << kPlain << "\n";
+    ++logged_;
+  }
+  std::cout.flush();
+}
+
+}  // namespace simulator

@@ -1,0 +1,160 @@
+#include "simulator/gateway/LocalApiServer.h"
+
+#include <httplib.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "simulator/support/Files.h"
+
+namespace simulator {
+namespace {
+
+constexpr char kSettingsPath[] = "/api/sms";
+constexpr char kCommandFolder[] = "/api/command/";
+constexpr char kJson[] = "application/json";
+constexpr const char* kFaultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
+
+// The commands that this gateway knows, the last part of their paths.
+constexpr const char* kCommands[] = {"sms_restart",
+                                     "checkin_to_quillo_sms",
+                                     "set_rm_through_sms",
+                                     "set_cellular_through_sms",
+                                     "send_apn_through_sms",
+                                     "send_cellularstatus_sms",
+                                     "send_radiostatus_sms",
+                                     "send_ethernetstatus_sms",
+                                     "send_wanstatus_sms",
+                                     "send_wifistatus_sms",
+                                     "do_ping_through_sms",
+                                     "send_serialstatus_sms",
+                                     "send_geoposition_sms",
+                                     "lns_restart_sms",
+                                     "sms_send",
+                                     "send_wanips_sms"};
+
+Json::Value envelope(unsigned code, const Json::Value& result) {
+  Json::Value value;
+  value["code"] = code;
+  value["result"] = result;
+  return value;
+}
+
+// The body is put together from what a phone wrote: nothing else may be in it.
+bool isCommand(const Json::Value& body) {
+  return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
+}
+
+}  // namespace
+
+LocalApiServer::LocalApiServer(std::function<Json::Value()> settings) : settings_(std::move(settings)) {}
+
+LocalApiServer::~LocalApiServer() { close(false); }
+
+bool LocalApiServer::listen() {
+  close(false);
+  std::filesystem::create_directories(std::filesystem::path(kSocket).parent_path());
+  closing_ = false;
+  server_ = std::make_unique<httplib::Server>();
+  server_->set_address_family(AF_UNIX);
+  server_->set_keep_alive_max_count(1);
+  const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
+    handle(request, response);
+  };
+  server_->Get(".*", handler);
+  server_->Post(".*", handler);
+  std::atomic<bool> failed{false};
+  thread_ = std::thread([this, &failed] {
+    if (!server_->listen(kSocket, 80)) failed = true;
+  });
+  for (int i = 0; i < 1000 && !failed && !server_->is_running(); ++i) usleep(1000);
+  if (server_->is_running()) return true;
+  close(false);
+  return false;
+}
+
+void LocalApiServer::close(bool leaveSocket) {
+  if (server_) {
+    {
+      const std::lock_guard lock(mutex_);
+      closing_ = true;
+    }
+    repaired_.notify_all();
+    server_->stop();
+    thread_.join();
+    server_.reset();
+  }
+  if (!leaveSocket) unlink(kSocket);
+}
+
+void LocalApiServer::setFault(ApiFault fault, unsigned value) {
+  const std::lock_guard lock(mutex_);
+  fault_ = fault;
+  faultValue_ = value;
+  repaired_.notify_all();
+}
+
+std::string LocalApiServer::fault() const {
+  const std::lock_guard lock(mutex_);
+  const bool valued = fault_ == ApiFault::Code || fault_ == ApiFault::Slow;
+  return kFaultNames[static_cast<int>(fault_)] + (valued ? " " + std::to_string(faultValue_) : "");
+}
+
+std::vector<LocalApiServer::Request> LocalApiServer::requests() const {
+  const std::lock_guard lock(mutex_);
+  return requests_;
+}
+
+void LocalApiServer::handle(const httplib::Request& request, httplib::Response& response) {
+  const Request kept{request.method, request.path, request.body, 0};
+  std::unique_lock lock(mutex_);
+  const std::size_t number = requests_.size();
+  requests_.push_back(kept);
+  const auto set = [this](ApiFault fault) { return !closing_ && fault_ == fault; };
+  ++waiting_;
+  repaired_.wait(lock, [&] { return !set(ApiFault::Silent); });
+  repaired_.wait_for(lock, std::chrono::seconds(faultValue_), [&] { return !set(ApiFault::Slow); });
+  --waiting_;
+  const ApiFault fault = fault_;
+  const unsigned value = faultValue_;
+  lock.unlock();
+
+  int code = kNoCode;
+  if (fault == ApiFault::Garbage) {
+    response.set_content("<html>\xff\x01 this is no JSON", "text/html");
+  } else if (fault == ApiFault::Close) {
+    response.set_content_provider(1000, kJson, [](std::size_t, std::size_t, httplib::DataSink& sink) {
+      constexpr char kBeginning[] = "{\"code\": 200, \"res";
+      sink.write(kBeginning, sizeof kBeginning - 1);
+      return false;
+    });
+  } else {
+    const Json::Value json = fault == ApiFault::Code ? envelope(value, Json::nullValue) : answer(kept);
+    response.set_content(toLine(json), kJson);
+    code = json["code"].asInt();
+  }
+  setCode(number, code);
+}
+
+void LocalApiServer::setCode(std::size_t number, int code) {
+  const std::lock_guard lock(mutex_);
+  requests_[number].code = code;
+}
+
+Json::Value LocalApiServer::answer(const Request& request) const {
+  if (request.method == "GET") {
+    return request.path == kSettingsPath ? envelope(200, settings_()) : envelope(404, "no such resource");
+  }
+  for (const char* command : kCommands) {
+    if (request.path != std::string(kCommandFolder) + command) continue;
+    Json::Value body;
+    if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is no command");
+    return envelope(200, Json::nullValue);
+  }
+  return envelope(404, "no such command");
+}
+
+}  // namespace simulator

@@ -1,0 +1,109 @@
+#include "simulator/gateway/SyslogServer.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "simulator/support/Files.h"
+
+namespace simulator {
+namespace {
+
+constexpr std::size_t kLargestDatagram = 1 << 20;
+constexpr int kInfo = 6;
+
+// "<14>Nov 24 22:05:40 VELD: text" (RFC 3164): the level is in the low three bits of the number, and a time
+// is sixteen bytes long.
+SyslogServer::Line parse(const std::string& datagram) {
+  std::size_t at = 0;
+  int level = kInfo;
+  if (const std::size_t end = datagram.find('>');
+      !datagram.empty() && datagram[0] == '<' && end != std::string::npos) {
+    level = std::atoi(datagram.c_str() + 1) & 7;
+    at = end + 1;
+  }
+  if (datagram.size() >= at + 16 && datagram[at + 3] == ' ' && datagram[at + 15] == ' ') at += 16;
+  std::string text = datagram.substr(at);
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\0')) text.pop_back();
+  return {level, text};
+}
+
+}  // namespace
+
+const char* SyslogServer::levelName(int level) {
+  constexpr const char* kNames[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
+                                    "WARNING",   "NOTICE", "INFO",     "DEBUG"};
+  return kNames[level & 7];
+}
+
+SyslogServer::SyslogServer() : thread_([this] { run(); }) {}
+
+SyslogServer::~SyslogServer() {
+  stop_ = true;
+  thread_.join();
+  close();
+}
+
+bool SyslogServer::listen() {
+  close();
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, kSocket, sizeof(address.sun_path) - 1);
+  const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    ::close(fd);
+    return false;
+  }
+  const std::lock_guard lock(mutex_);
+  socket_ = fd;
+  return true;
+}
+
+void SyslogServer::close() {
+  drain();
+  const std::lock_guard lock(mutex_);
+  if (socket_ >= 0) ::close(socket_);
+  socket_ = -1;
+  unlink(kSocket);
+}
+
+void SyslogServer::run() {
+  while (!stop_) {
+    pollfd ready{socket_, POLLIN, 0};
+    if (poll(&ready, 1, 20) > 0) drain();
+  }
+}
+
+void SyslogServer::drain() {
+  const std::lock_guard lock(mutex_);
+  static std::string buffer(kLargestDatagram, '\0');
+  while (socket_ >= 0) {
+    const ssize_t size = recv(socket_, buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (size < 0) return;
+    const Line line = parse(buffer.substr(0, static_cast<std::size_t>(size)));
+    add(line.level, line.text);
+  }
+}
+
+void SyslogServer::add(int level, const std::string& text) {
+  lines_.push_back({level, text});
+  appendFile(kFile, std::string(levelName(level)) + " " + text + "\n");
+}
+
+void SyslogServer::log(int level, const std::string& text) {
+  const std::lock_guard lock(mutex_);
+  add(level, text);
+}
+
+std::vector<SyslogServer::Line> SyslogServer::lines(std::size_t first) {
+  drain();
+  const std::lock_guard lock(mutex_);
+  if (first >= lines_.size()) return {};
+  return {lines_.begin() + static_cast<std::ptrdiff_t>(first), lines_.end()};
+}
+
+}  // namespace simulator

@@ -1,0 +1,155 @@
+#include "simulator/page/PageServer.h"
+
+#include <httplib.h>
+#include <sys/socket.h>
+
+#include <chrono>
+
+#include "simulator/page/PagePanes.h"
+#include "simulator/support/Files.h"
+
+namespace simulator {
+namespace {
+
+constexpr char kHost[] = "127.0.0.1";
+constexpr std::chrono::milliseconds kLook{150};
+constexpr std::size_t kLargestCommand = 64 << 10;
+constexpr std::size_t kLinesAtOnce = 500;
+constexpr std::size_t kThreads = 24;  // each open page holds one
+constexpr int kForbidden = 403;
+
+// The page itself needs nothing from elsewhere, and nobody else needs the page.
+const httplib::Headers kHeaders{{"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
+                                {"Cross-Origin-Resource-Policy", "same-origin"},
+                                {"X-Content-Type-Options", "nosniff"},
+                                {"Cache-Control", "no-store"}};
+
+// As httplib's own, but a port that another gateway listens on is taken.
+void setSocketOptions(int socket) {
+  const int yes = 1;
+  setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+}
+
+std::string event(const std::string& name, const std::string& line) {
+  return "event: " + name + "\ndata: " + line + "\n\n";
+}
+
+}  // namespace
+
+struct PageServer::Seen {
+  std::map<std::string, std::string> panes;
+  std::size_t logged = 0;
+};
+
+PageServer::PageServer(Interpreter& interpreter) : interpreter_(interpreter) {}
+
+PageServer::~PageServer() {
+  {
+    const std::lock_guard lock(mutex_);
+    stop_ = true;
+  }
+  changed_.notify_all();
+  if (watcher_.joinable()) watcher_.join();
+  if (listener_.joinable()) {
+    server_->stop();
+    listener_.join();
+  }
+}
+
+bool PageServer::listen(int port) {
+  server_ = std::make_unique<httplib::Server>();
+  server_->new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
+  server_->set_socket_options(setSocketOptions);
+  server_->set_payload_max_length(kLargestCommand);
+  server_->set_default_headers(kHeaders);
+  addHandlers();
+  port_ = port == 0 ? server_->bind_to_any_port(kHost) : server_->bind_to_port(kHost, port) ? port : -1;
+  if (port_ < 0 || !server_->set_mount_point("/", SITE_FOLDER)) return false;
+  watcher_ = std::thread([this] { watch(); });
+  listener_ = std::thread([this] { server_->listen_after_bind(); });
+  while (!server_->is_running()) std::this_thread::yield();
+  return true;
+}
+
+std::string PageServer::address() const {
+  return std::string("http://") + kHost + ":" + std::to_string(port_) + "/";
+}
+
+void PageServer::addHandlers() {
+  using Handled = httplib::Server::HandlerResponse;
+  server_->set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
+    if (isOwn(request)) return Handled::Unhandled;
+    response.status = kForbidden;
+    response.set_content("This gateway answers only its own page, at " + address() + "\n", "text/plain");
+    return Handled::Handled;
+  });
+  server_->Post("/command", [this](const httplib::Request& request, httplib::Response& response) {
+    command(request, response);
+  });
+  server_->Get("/events", [this](const httplib::Request&, httplib::Response& response) { follow(response); });
+}
+
+bool PageServer::isOwn(const httplib::Request& request) const {
+  const std::string host = request.get_header_value("Host");
+  const std::string port = ":" + std::to_string(port_);
+  if (host != kHost + port && host != "localhost" + port && host != "[::1]" + port) return false;
+  const bool reads = request.method == "GET" || request.method == "HEAD";
+  return reads || request.get_header_value("Origin") == "http://" + host;
+}
+
+void PageServer::command(const httplib::Request& request, httplib::Response& response) {
+  const Answer answer = interpreter_.execute(request.body);
+  Json::Value value;
+  value["good"] = answer.good;
+  value["text"] = answer.text;
+  response.set_content(toLine(value), "application/json");
+}
+
+void PageServer::follow(httplib::Response& response) {
+  const auto seen = std::make_shared<Seen>();
+  response.set_chunked_content_provider(
+      "text/event-stream",
+      [this, seen](std::size_t, httplib::DataSink& sink) { return sendNews(*seen, sink); });
+}
+
+// Sends what has changed since the last call, or waits a moment for a change; false when nobody listens.
+bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
+  std::string news;
+  Json::Value log(Json::arrayValue);
+  for (const SyslogServer::Line& line : interpreter_.gateway().syslog().lines(seen.logged)) {
+    if (log.size() == kLinesAtOnce) break;
+    ++seen.logged;
+    Json::Value value;
+    value["level"] = SyslogServer::levelName(line.level);
+    value["text"] = line.text;
+    log.append(value);
+  }
+  if (!log.empty()) news += event("log", toLine(log));
+  std::unique_lock lock(mutex_);
+  if (stop_) return false;
+  for (const auto& [name, line] : panes_) {
+    if (seen.panes[name] == line) continue;
+    seen.panes[name] = line;
+    news += event(name, line);
+  }
+  if (news.empty()) changed_.wait_for(lock, kLook);
+  lock.unlock();
+  return news.empty() || sink.write(news.data(), news.size());
+}
+
+void PageServer::watch() {
+  PagePanes panes(interpreter_);
+  std::unique_lock lock(mutex_);
+  while (!stop_) {
+    lock.unlock();
+    panes.look();
+    lock.lock();
+    if (panes_ != panes.all()) {
+      panes_ = panes.all();
+      changed_.notify_all();
+    }
+    if (!stop_) changed_.wait_for(lock, kLook);
+  }
+}
+
+}  // namespace simulator

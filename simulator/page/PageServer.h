@@ -1,0 +1,57 @@
+#pragma once
+
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "simulator/console/Interpreter.h"
+
+namespace httplib {
+class DataSink;
+class Server;
+struct Request;
+struct Response;
+}  // namespace httplib
+
+namespace simulator {
+
+/// Serves the page of the gateway on 127.0.0.1: its files, what there is to see as it changes (server-sent
+/// events at /events), and commands (POST /command, a line of text; the answer is {"good", "text"}). A
+/// request that names another host, or a command that comes from another page, is refused with 403: a web
+/// page that a person looks at elsewhere must not reach the gateway.
+class PageServer {
+ public:
+  explicit PageServer(Interpreter& interpreter);
+  ~PageServer();
+  PageServer(const PageServer&) = delete;
+  PageServer& operator=(const PageServer&) = delete;
+
+  /// Listens; `port` 0 takes any that is free. False when that one is taken.
+  [[nodiscard]] bool listen(int port);
+  /// Where it listens: "http://127.0.0.1:PORT/".
+  std::string address() const;
+
+ private:
+  struct Seen;  // what one browser has been sent
+  void addHandlers();
+  bool isOwn(const httplib::Request& request) const;
+  void command(const httplib::Request& request, httplib::Response& response);
+  void follow(httplib::Response& response);
+  bool sendNews(Seen& seen, httplib::DataSink& sink);
+  void watch();
+
+  Interpreter& interpreter_;
+  std::unique_ptr<httplib::Server> server_;
+  int port_ = 0;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::map<std::string, std::string> panes_;
+  bool stop_ = false;
+  std::thread watcher_;
+  std::thread listener_;
+};
+
+}  // namespace simulator
