@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr unsigned kPagePort = 8400;
-constexpr char kUsage[] =
+constexpr unsigned pagePort = 8400;
+constexpr char usage[] =
     "usage: simulator [--script FILE] [--echo]\n"
     "       simulator --page [PORT]\n"
     "Commands come from the script, else from standard input: a console at a terminal, a script otherwise.\n"
@@ -32,7 +32,7 @@ struct Arguments {
   std::string script;
   bool echo = false;
   bool page = false;
-  unsigned port = kPagePort;
+  unsigned port = pagePort;
 };
 
 Arguments read(const std::vector<std::string>& words) {
@@ -45,7 +45,7 @@ Arguments read(const std::vector<std::string>& words) {
     } else if (words[i] == "--page") {
       arguments.page = true;
       if (i + 1 == words.size()) continue;
-      const std::optional<unsigned> port = simulator::readNumber(words[++i]);
+      const std::optional<unsigned> port = Simulator::readNumber(words[++i]);
       arguments.good = arguments.good && port;
       arguments.port = port.value_or(0);
     } else {
@@ -61,15 +61,15 @@ sem_t ended;
 
 void end(int) { sem_post(&ended); }
 
-int servePage(simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
-  simulator::PageServer page(interpreter);
+int servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
+  Simulator::PageServer page(interpreter);
   if (!page.listen(static_cast<int>(port))) {
     std::cerr << "simulator: port " << port << " is taken; --page 0 takes any that is free\n";
     return 1;
   }
   std::cout << "The page: " << page.address() << std::endl;
   if (atTerminal) {
-    simulator::Console(interpreter).run();
+    Simulator::Console(interpreter).run();
     return 0;
   }
   interpreter.execute("start");
@@ -82,7 +82,7 @@ int servePage(simulator::Interpreter& interpreter, unsigned port, bool atTermina
 int main(int argc, char** argv) {
   const Arguments arguments = read({argv + 1, argv + argc});
   if (!arguments.good) {
-    std::cerr << kUsage;
+    std::cerr << usage;
     return arguments.help ? 0 : 2;
   }
   std::ifstream file(arguments.script);
@@ -97,15 +97,15 @@ int main(int argc, char** argv) {
   }
   const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   const char* program = std::getenv("VELD");
-  simulator::Gateway gateway(
+  Simulator::Gateway gateway(
       {program != nullptr ? program : folder + "/../daemon/veld", folder, !atTerminal && !arguments.page});
-  simulator::Interpreter interpreter(gateway);
+  Simulator::Interpreter interpreter(gateway);
   if (arguments.page) return servePage(interpreter, arguments.port, atTerminal);
   if (atTerminal) {
-    simulator::Console(interpreter).run();
+    Simulator::Console(interpreter).run();
     return 0;
   }
-  simulator::Script run(interpreter, arguments.script.empty() ? "standard input" : arguments.script,
+  Simulator::Script run(interpreter, arguments.script.empty() ? "standard input" : arguments.script,
                         arguments.echo);
   return run.run(arguments.script.empty() ? std::cin : file) ? 0 : 1;
 }

@@ -11,9 +11,9 @@
 
 namespace {
 
-using simulator::ApiFault;
-using simulator::Gateway;
-using simulator::ToolFault;
+using Simulator::ApiFault;
+using Simulator::Gateway;
+using Simulator::ToolFault;
 
 constexpr double passSeconds = 30;
 
@@ -27,8 +27,8 @@ bool waitUntil(const std::function<bool()>& done) {
 
 // The processes named `name`; all of them belong to this gateway.
 void killAll(const std::string& name) {
-  for (const std::string& entry : simulator::listFolder("/proc"))
-    if (simulator::readFile("/proc/" + entry + "/comm") == name + "\n") ::kill(std::stoi(entry), SIGKILL);
+  for (const std::string& entry : Simulator::listFolder("/proc"))
+    if (Simulator::readFile("/proc/" + entry + "/comm") == name + "\n") ::kill(std::stoi(entry), SIGKILL);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 /// each.
 class Chaos {
  public:
-  Chaos(simulator::Gateway& gateway, Ledger& ledger, std::mt19937& random)
+  Chaos(Simulator::Gateway& gateway, Ledger& ledger, std::mt19937& random)
       : gateway_(gateway), ledger_(ledger), random_(random) {}
 
   /// Whether the daemon is ended at random, too.
@@ -45,7 +45,7 @@ class Chaos {
   void waitInsidePass();
   bool fail(const std::string& problem);
 
-  simulator::Gateway& gateway_;
+  Simulator::Gateway& gateway_;
   Ledger& ledger_;
   std::mt19937& random_;
   bool lethal_ = false;

@@ -7,11 +7,11 @@
 Footprint Footprint::of(pid_t process) {
   const std::string folder = "/proc/" + std::to_string(process);
   Footprint footprint;
-  const std::string status = simulator::readFile(folder + "/status");
+  const std::string status = Simulator::readFile(folder + "/status");
   const std::size_t resident = status.find("VmRSS:");
   if (resident != std::string::npos) footprint.residentKilobytes = std::stoul(status.substr(resident + 6));
-  footprint.descriptors = simulator::listFolder(folder + "/fd").size();
-  std::istringstream children(simulator::readFile(folder + "/task/" + std::to_string(process) + "/children"));
+  footprint.descriptors = Simulator::listFolder(folder + "/fd").size();
+  std::istringstream children(Simulator::readFile(folder + "/task/" + std::to_string(process) + "/children"));
   for (std::string child; children >> child;) ++footprint.children;
   return footprint;
 }

@@ -11,7 +11,7 @@
 
 namespace {
 
-using simulator::Gateway;
+using Simulator::Gateway;
 
 std::set<unsigned> tokensIn(const std::string& text) {
   std::set<unsigned> numbers;
@@ -63,9 +63,9 @@ void Ledger::observe(unsigned faults) {
 void Ledger::observeModem() {
   std::string listed;
   for (const char* const box : {"/unread", "/read"}) {
-    const std::string folder = simulator::Modem::kFolder + std::string(box);
-    for (const std::string& name : simulator::listFolder(folder))
-      listed += simulator::readFile(folder + "/" + name);
+    const std::string folder = Simulator::Modem::storeFolder + std::string(box);
+    for (const std::string& name : Simulator::listFolder(folder))
+      listed += Simulator::readFile(folder + "/" + name);
   }
   const std::set<unsigned> there = tokensIn(listed);
   for (auto number = onModem_.begin(); number != onModem_.end();) {
@@ -81,12 +81,12 @@ void Ledger::observeModem() {
 void Ledger::observeInbox() {
   const std::string folder = Gateway::folderOf("received");
   std::map<std::string, std::string> versions;
-  for (const std::string& name : simulator::listFolder(folder)) {
+  for (const std::string& name : Simulator::listFolder(folder)) {
     const std::string path = folder + "/" + name;
     const std::string version = versions[name] = versionOf(path);
     if (versions_[name] == version) continue;
     Json::Value record;
-    const bool isRecord = simulator::readJson(simulator::readFile(path), record) && record.isObject();
+    const bool isRecord = Simulator::readJson(Simulator::readFile(path), record) && record.isObject();
     observeRecord(name, isRecord ? tokensIn(record["message"].asString()) : std::set<unsigned>());
   }
   versions_ = versions;
@@ -114,8 +114,8 @@ void Ledger::observeOutbox() {
     Json::Value record;
     message.box.clear();
     for (const char* const box : {"sending", "sent", "failed"}) {
-      const std::string text = simulator::readFile(Gateway::folderOf(box) + "/" + message.guid);
-      if (simulator::readJson(text, record) && record.isObject()) message.box = box;
+      const std::string text = Simulator::readFile(Gateway::folderOf(box) + "/" + message.guid);
+      if (Simulator::readJson(text, record) && record.isObject()) message.box = box;
     }
     const bool isForGood = message.box.empty() || message.box == "sent" ||
                            (message.box == "failed" && record["retries"].asUInt() == 0);

@@ -17,7 +17,7 @@ class Ledger {
  public:
   enum class Kind { Text, Command, StrangersCommand };
 
-  explicit Ledger(simulator::Gateway& gateway) : gateway_(gateway) {}
+  explicit Ledger(Simulator::Gateway& gateway) : gateway_(gateway) {}
 
   /// A number that is nobody's: that of a message, or of a part of one, and of its token.
   unsigned newNumber() { return next_++; }
@@ -67,7 +67,7 @@ class Ledger {
   void observeOutbox();
   unsigned faultsIn(unsigned first, unsigned last) const;
 
-  simulator::Gateway& gateway_;
+  Simulator::Gateway& gateway_;
   unsigned next_ = 1;
   std::vector<unsigned> faults_{0};                     ///< by pass
   std::map<unsigned, Incoming> incoming_;               ///< by number

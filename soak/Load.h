@@ -12,7 +12,7 @@ class Load {
  public:
   static constexpr char refusedNumber[] = "+4917099000";
 
-  Load(simulator::Gateway& gateway, Ledger& ledger, std::mt19937& random)
+  Load(Simulator::Gateway& gateway, Ledger& ledger, std::mt19937& random)
       : gateway_(gateway), ledger_(ledger), random_(random) {}
 
   /// What happens between two passes: up to two messages come in, whole or in parts, and one may be queued.
@@ -34,7 +34,7 @@ class Load {
   void receiveParts();
   void queue();
 
-  simulator::Gateway& gateway_;
+  Simulator::Gateway& gateway_;
   Ledger& ledger_;
   std::mt19937& random_;
   unsigned reference_ = 0;

@@ -59,11 +59,11 @@ class Soak {
     for (const char* const log : {"/var/log/syslog", "/var/log/veld.log"})
       if (fs::exists(log)) fs::resize_file(log, 0);
     for (const fs::directory_entry& staged : fs::directory_iterator("/tmp/sms")) fs::remove(staged);
-    for (const std::string& box : simulator::Gateway::boxes()) {
-      for (const std::string& name : simulator::listFolder(simulator::Gateway::folderOf(box))) {
-        const std::string path = simulator::Gateway::folderOf(box) + "/" + name;
+    for (const std::string& box : Simulator::Gateway::boxes()) {
+      for (const std::string& name : Simulator::listFolder(Simulator::Gateway::folderOf(box))) {
+        const std::string path = Simulator::Gateway::folderOf(box) + "/" + name;
         Json::Value record;
-        if (!simulator::readJson(simulator::readFile(path), record)) fs::remove(path);
+        if (!Simulator::readJson(Simulator::readFile(path), record)) fs::remove(path);
       }
     }
   }
@@ -96,7 +96,7 @@ class Soak {
 
   bool isClean_ = true;  ///< nothing is left over from the one life
   std::mt19937 random_;
-  simulator::Gateway gateway_;
+  Simulator::Gateway gateway_;
   Ledger ledger_{gateway_};
   Load load_{gateway_, ledger_, random_};
   Chaos chaos_{gateway_, ledger_, random_};

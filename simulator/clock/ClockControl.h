@@ -3,13 +3,13 @@
 #include <atomic>
 #include <cstdint>
 
-namespace simulator {
+namespace Simulator {
 
 /// What the gateway and the clock library in the daemon share: a small file, mapped by both, and a FIFO into
 /// which the gateway writes to wake a sleep. Times are seconds.
 struct ClockControl {
-  static constexpr char kPath[] = "/run/gateway/clock";
-  static constexpr char kWakePath[] = "/run/gateway/wake";
+  static constexpr char file[] = "/run/gateway/clock";
+  static constexpr char wakeFifo[] = "/run/gateway/wake";
 
   std::atomic<std::int64_t> skipped;  ///< what both clocks are ahead: the parts of sleeps that were cut off
   std::atomic<std::uint32_t> hold;    ///< 1: a sleep ends only by a grant or a signal, whatever its length
@@ -20,4 +20,4 @@ struct ClockControl {
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "two processes share the file");
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -12,19 +12,19 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace simulator {
+namespace Simulator {
 
 GatewayClock::GatewayClock(bool hold) {
-  const int file = open(ClockControl::kPath, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  const int file = open(ClockControl::file, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
   void* memory = MAP_FAILED;
   if (file >= 0 && ftruncate(file, sizeof(ClockControl)) == 0) {
     memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   }
-  unlink(ClockControl::kWakePath);
-  const bool made = mkfifo(ClockControl::kWakePath, 0600) == 0;
-  wake_ = open(ClockControl::kWakePath, O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  unlink(ClockControl::wakeFifo);
+  const bool made = mkfifo(ClockControl::wakeFifo, 0600) == 0;
+  wake_ = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   if (memory == MAP_FAILED || !made || wake_ < 0) {
-    std::perror(ClockControl::kPath);
+    std::perror(ClockControl::file);
     std::exit(1);
   }
   close(file);
@@ -43,7 +43,7 @@ void GatewayClock::set(std::time_t now) { control_->skipped = now - std::time(nu
 void GatewayClock::grant() {
   control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
   // A full FIFO holds enough to wake whoever sleeps.
-  if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::kWakePath);
+  if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::wakeFifo);
 }
 
 bool GatewayClock::waitForSleep(std::uint32_t begunBefore, double seconds,
@@ -57,4 +57,4 @@ bool GatewayClock::waitForSleep(std::uint32_t begunBefore, double seconds,
   return true;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

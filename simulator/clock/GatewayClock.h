@@ -6,7 +6,7 @@
 
 #include "simulator/clock/ClockControl.h"
 
-namespace simulator {
+namespace Simulator {
 
 /// The gateway's end of the daemon's clock.
 class GatewayClock {
@@ -38,4 +38,4 @@ class GatewayClock {
   int wake_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

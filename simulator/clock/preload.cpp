@@ -18,18 +18,18 @@
 
 namespace {
 
-using simulator::ClockControl;
+using Simulator::ClockControl;
 
 // With 64-bit times on a 32-bit system the C library has these two under other names, and the headers make
 // our definitions below take those names.
 #if defined(__TIMESIZE) && __TIMESIZE == 32 && defined(_TIME_BITS) && _TIME_BITS == 64
-constexpr char kClockGettime[] = "__clock_gettime64";
-constexpr char kTime[] = "__time64";
-constexpr long kFutex = SYS_futex_time64;
+constexpr char clockGettimeName[] = "__clock_gettime64";
+constexpr char timeName[] = "__time64";
+constexpr long futexCall = SYS_futex_time64;
 #else
-constexpr char kClockGettime[] = "clock_gettime";
-constexpr char kTime[] = "time";
-constexpr long kFutex = SYS_futex;
+constexpr char clockGettimeName[] = "clock_gettime";
+constexpr char timeName[] = "time";
+constexpr long futexCall = SYS_futex;
 #endif
 
 ClockControl* control = nullptr;
@@ -41,19 +41,19 @@ Function next(const char* name) {
 }
 
 int realClock(clockid_t clock, timespec* now) {
-  static const auto real = next<int (*)(clockid_t, timespec*)>(kClockGettime);
+  static const auto real = next<int (*)(clockid_t, timespec*)>(clockGettimeName);
   return real(clock, now);
 }
 
 // Runs before main: the daemon's children, which are no part of this game, must not inherit the library.
 __attribute__((constructor)) void attach() {
   unsetenv("LD_PRELOAD");
-  const int file = open(ClockControl::kPath, O_RDWR | O_CLOEXEC);
+  const int file = open(ClockControl::file, O_RDWR | O_CLOEXEC);
   if (file < 0) return;
   void* memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   close(file);
   // Open for both directions: it never ends, and opening it does not block.
-  wake = open(ClockControl::kWakePath, O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   if (memory != MAP_FAILED) control = static_cast<ClockControl*>(memory);
 }
 
@@ -84,7 +84,7 @@ unsigned sleep(unsigned seconds) {
   sigfillset(&all);
   sigprocmask(SIG_BLOCK, &all, &before);
   const std::uint32_t number = ++control->begun;
-  syscall(kFutex, &control->begun, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
+  syscall(futexCall, &control->begun, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
   unsigned remaining = seconds;
   bool interrupted = false;
   while (!interrupted && !isGranted(number)) {
@@ -110,7 +110,7 @@ int clock_gettime(clockid_t clock, timespec* now) noexcept {
 }
 
 time_t time(time_t* result) noexcept {
-  static const auto real = next<time_t (*)(time_t*)>(kTime);
+  static const auto real = next<time_t (*)(time_t*)>(timeName);
   const time_t now = real(nullptr) + (control == nullptr ? 0 : static_cast<time_t>(control->skipped));
   if (result != nullptr) *result = now;
   return now;

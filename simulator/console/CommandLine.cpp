@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 // Reads a quoted stretch into `word`; `at` is on the opening quote and ends on the closing one.
@@ -125,4 +125,4 @@ std::optional<unsigned> readNumber(const std::string& text) {
   return static_cast<unsigned>(std::stoul(text));
 }
 
-}  // namespace simulator
+}  // namespace Simulator

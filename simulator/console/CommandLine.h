@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// What a command answers: its output, or in one line what was wrong and what would be right.
 struct Answer {
@@ -51,4 +51,4 @@ class CommandLine {
 /// A whole number between 0 and 9999.
 std::optional<unsigned> readNumber(const std::string& text);
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -11,22 +11,22 @@
 #include <iostream>
 #include <set>
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr char kPrompt[] = "gateway> ";
-constexpr char kHistoryFile[] = "/.veld-gateway-history";
-constexpr char kPlain[] = "\033[0m";
-constexpr char kFaint[] = "\033[2m";
-constexpr char kRefused[] = "\033[33m";
-constexpr char kWelcome[] =
+constexpr char prompt[] = "gateway> ";
+constexpr char historyFile[] = "/.veld-gateway-history";
+constexpr char plain[] = "\033[0m";
+constexpr char faint[] = "\033[2m";
+constexpr char refusedColour[] = "\033[33m";
+constexpr char welcome[] =
     "A cellular gateway with the daemon running in it. \"help\" lists the commands, the tab key completes "
     "them.\n"
     "Try:  receive +4917012345 \"p secret #ping 8.8.8.8 3\"   then  pass  and  requests\n";
 
 // By syslog level: 0 (emergency) to 7 (debug).
-constexpr const char* kColours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
-                                    "\033[33m",   "\033[36m",   kPlain,       kFaint};
+constexpr const char* colours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
+                                   "\033[33m",   "\033[36m",   plain,        faint};
 
 // The editor asks for completions through a plain function, and a signal handler is one.
 Interpreter* completed = nullptr;
@@ -78,7 +78,7 @@ char** complete(const char* begun, int start, int) {
 // A line of `log` begins with the name of its level.
 const char* colourOf(const std::string& line) {
   for (int level = 0; level < 8; ++level) {
-    if (line.rfind(std::string(SyslogServer::levelName(level)) + " ", 0) == 0) return kColours[level];
+    if (line.rfind(std::string(SyslogServer::levelName(level)) + " ", 0) == 0) return colours[level];
   }
   return "";
 }
@@ -88,7 +88,7 @@ void print(const std::string& text) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
     const std::string line = text.substr(begin, end - begin);
     const std::string colour = colourOf(line);
-    std::cout << colour << line << (colour.empty() ? "" : kPlain) << "\n";
+    std::cout << colour << line << (colour.empty() ? "" : plain) << "\n";
     begin = end + 1;
   }
 }
@@ -99,7 +99,7 @@ void Console::run() {
   std::setlocale(LC_CTYPE, "");
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
   const char* home = std::getenv("HOME");
-  const std::string history = std::string(home == nullptr ? "" : home) + kHistoryFile;
+  const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
   completed = &interpreter_;
   std::signal(SIGINT, [](int) { completed->gateway().interrupt(); });
   rl_readline_name = "gateway";
@@ -108,11 +108,11 @@ void Console::run() {
   stifle_history(1000);
   read_history(history.c_str());
 
-  std::cout << kWelcome;
+  std::cout << welcome;
   execute("start");
   for (;;) {
     errno = 0;
-    char* typed = readline(kPrompt);
+    char* typed = readline(prompt);
     if (typed == nullptr && errno != EINTR) break;
     if (typed == nullptr) {  // Ctrl-C: another line
       std::cout << "\n";
@@ -133,7 +133,7 @@ void Console::execute(const std::string& line) {
   if (answer.good) {
     print(answer.text);
   } else {
-    std::cout << kRefused << answer.text << kPlain << "\n";
+    std::cout << refusedColour << answer.text << plain << "\n";
   }
   interpreter_.carryOut();
   for (const std::string& done : interpreter_.carriedOut(told_)) {
@@ -146,11 +146,11 @@ void Console::execute(const std::string& line) {
 // What was logged since the last command, unless it was shown by one.
 void Console::showLog() {
   for (const SyslogServer::Line& line : interpreter_.gateway().syslog().lines(logged_)) {
-    std::cout << "  " << kColours[line.level] << SyslogServer::levelName(line.level) << " " << line.text
-              << kPlain << "\n";
+    std::cout << "  " << colours[line.level] << SyslogServer::levelName(line.level) << " " << line.text
+              << plain << "\n";
     ++logged_;
   }
   std::cout.flush();
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -2,7 +2,7 @@
 
 #include "simulator/console/Interpreter.h"
 
-namespace simulator {
+namespace Simulator {
 
 /// The console at a terminal: a line editor with history and completion, the log in colours by level.
 class Console {
@@ -22,4 +22,4 @@ class Console {
   std::size_t told_ = 0;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

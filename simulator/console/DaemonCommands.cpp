@@ -7,11 +7,11 @@
 #include "simulator/console/Interpreter.h"
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr double kAwaitSeconds = 30;
-constexpr unsigned kPassSeconds = 5;
+constexpr double awaitSeconds = 30;
+constexpr unsigned passSeconds = 5;
 
 std::string ended(Gateway& gateway) {
   return "The daemon ended with status " + gateway.daemon().ending() + ".";
@@ -23,7 +23,7 @@ Answer start(Gateway& gateway, CommandLine& line) {
   std::string problem;
   if (!gateway.start(problem)) return wrong(problem);
   if (!wait) return {true, "The daemon is starting."};
-  switch (gateway.awaitSleep(kAwaitSeconds)) {
+  switch (gateway.awaitSleep(awaitSeconds)) {
     case Gateway::Passed::Yes:
       return {true, "The daemon runs, as process " + std::to_string(gateway.daemon().pid()) + "."};
     case Gateway::Passed::Ended:
@@ -74,7 +74,7 @@ Answer passes(Gateway& gateway, unsigned count) {
     }
   }
   return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") +
-                    std::to_string(count * kPassSeconds) + " seconds."};
+                    std::to_string(count * passSeconds) + " seconds."};
 }
 
 Answer pass(Gateway& gateway, CommandLine& line) {
@@ -82,7 +82,7 @@ Answer pass(Gateway& gateway, CommandLine& line) {
   const std::optional<unsigned> count = line.words().empty() ? 1 : readNumber(line.words()[0]);
   if (line.words().size() > 1 || !count || (!wait && *count != 1)) return misuse();
   if (wait) return passes(gateway, *count);
-  if (gateway.awaitSleep(kAwaitSeconds) != Gateway::Passed::Yes)
+  if (gateway.awaitSleep(awaitSeconds) != Gateway::Passed::Yes)
     return wrong("The daemon is not waiting for a pass.");
   gateway.grantPass();
   return {true, "The pass has begun."};
@@ -98,7 +98,7 @@ Answer wait(Gateway& gateway, CommandLine& line) {
   }
   const std::optional<unsigned> number = readNumber(text);
   if (!number) return misuse();
-  return passes(gateway, (*number * unit + kPassSeconds - 1) / kPassSeconds);
+  return passes(gateway, (*number * unit + passSeconds - 1) / passSeconds);
 }
 
 Answer date(Gateway& gateway, CommandLine& line) {
@@ -117,7 +117,7 @@ Answer await(Gateway& gateway, CommandLine& line) {
   if (what != "pass" && what != "tool" && what != "request" && what != "exit") return misuse();
   // What a signal asked for in the middle of a pass is done after the sleep behind it.
   bool granted = what != "exit";
-  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(kAwaitSeconds);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(awaitSeconds);
   while (std::chrono::steady_clock::now() < end) {
     if (what == "exit" && !gateway.daemon().running()) return {true, ended(gateway)};
     if (!granted && gateway.awaitSleep(0) == Gateway::Passed::Yes) {
@@ -200,4 +200,4 @@ const std::vector<Command>& daemonCommands() {
   return commands;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

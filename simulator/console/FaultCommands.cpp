@@ -2,11 +2,11 @@
 
 #include "simulator/console/Interpreter.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr unsigned kUntilRepaired = 9999;
-const std::vector<std::string> kOperations{"unread", "read", "delete", "send"};
+constexpr unsigned untilRepaired = 9999;
+const std::vector<std::string> operations{"unread", "read", "delete", "send"};
 
 std::string word(const CommandLine& line, std::size_t index) {
   return index < line.words().size() ? line.words()[index] : "";
@@ -39,8 +39,8 @@ Answer breakTool(Gateway& gateway, const CommandLine& line) {
   }
   const std::string operation = word(line, 1);
   const std::string what = word(line, 2);
-  const bool known = std::find(kOperations.begin(), kOperations.end(), operation) != kOperations.end();
-  const std::optional<unsigned> times = line.words().size() == 4 ? readNumber(word(line, 3)) : kUntilRepaired;
+  const bool known = std::find(operations.begin(), operations.end(), operation) != operations.end();
+  const std::optional<unsigned> times = line.words().size() == 4 ? readNumber(word(line, 3)) : untilRepaired;
   if (!known || !times || line.words().size() > 4) return misuse();
   const ToolFault fault = what == "fail"     ? ToolFault::Fail
                           : what == "hang"   ? ToolFault::Hang
@@ -118,4 +118,4 @@ const std::vector<Command>& faultCommands() {
   return commands;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <sstream>
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr std::size_t kMoreMade = 3;  // letters of a wrong name that say which command was meant
+constexpr std::size_t moreMade = 3;  // letters of a wrong name that say which command was meant
 
 std::string usage(const Command& command) {
   return std::string(command.name) + (*command.arguments == '\0' ? "" : " ") + command.arguments;
@@ -43,8 +43,8 @@ Answer Interpreter::execute(const std::string& text) {
   const Command* command = find(line.name());
   if (command == nullptr) {
     for (const Command& other : commands_) {
-      const bool begins = line.name().compare(0, kMoreMade, other.name,
-                                              std::min(kMoreMade, std::string(other.name).size())) == 0;
+      const bool begins = line.name().compare(0, moreMade, other.name,
+                                              std::min(moreMade, std::string(other.name).size())) == 0;
       if (begins || sameLetters(line.name(), other.name)) {
         return wrong("There is no command \"" + line.name() + "\"; did you mean: " + usage(other));
       }
@@ -84,4 +84,4 @@ Answer Interpreter::help(const CommandLine& line) const {
   return {true, usage(*command) + "\n" + command->summary};
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -7,7 +7,7 @@
 #include "simulator/console/CommandLine.h"
 #include "simulator/gateway/Gateway.h"
 
-namespace simulator {
+namespace Simulator {
 
 /// One command: how it is written, what it does, and how it is done.
 struct Command {
@@ -59,4 +59,4 @@ class Interpreter {
   std::vector<std::string> carriedOut_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

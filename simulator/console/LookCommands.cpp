@@ -3,7 +3,7 @@
 #include "simulator/console/Interpreter.h"
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 std::string lines(const std::vector<Json::Value>& values) {
@@ -97,4 +97,4 @@ const std::vector<Command>& lookCommands() {
   return commands;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

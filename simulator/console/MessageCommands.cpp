@@ -4,7 +4,7 @@
 #include "simulator/modem/GsmEncoder.h"
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 std::string counted(std::size_t count, const std::string& what) {
@@ -142,4 +142,4 @@ const std::vector<Command>& messageCommands() {
   return commands;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <iostream>
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr char kBlanks[] = " \t\r";
+constexpr char blanks[] = " \t\r";
 
 std::string trimmed(const std::string& text) {
-  const std::size_t begin = text.find_first_not_of(kBlanks);
+  const std::size_t begin = text.find_first_not_of(blanks);
   if (begin == std::string::npos) return "";
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+  return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
 std::size_t countLines(const std::string& text) {
@@ -62,7 +62,7 @@ bool Script::fail(const std::string& expected, const std::string& came) const {
 }
 
 bool Script::check(const std::string& line) {
-  const std::size_t blank = line.find_first_of(kBlanks);
+  const std::size_t blank = line.find_first_of(blanks);
   const std::string what = line.substr(0, blank);
   const std::string wanted = blank == std::string::npos ? "" : trimmed(line.substr(blank));
   if (wanted.empty()) return fail("a word after " + what, "none");
@@ -100,4 +100,4 @@ bool Script::stopDaemon() {
          fail("the daemon ends with status " + expectedEnding_, ending);
 }
 
-}  // namespace simulator
+}  // namespace Simulator

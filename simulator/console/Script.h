@@ -5,7 +5,7 @@
 
 #include "simulator/console/Interpreter.h"
 
-namespace simulator {
+namespace Simulator {
 
 /// Runs commands and checks from a text, a line each; "#" begins a comment line. The checks look at what the
 /// last command put out:
@@ -40,4 +40,4 @@ class Script {
   std::string expectedEnding_ = "0";
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -13,18 +13,18 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 [[noreturn]] void run(const DaemonProcess::Paths& paths) {
-  const std::string reports = std::string("log_path=") + DaemonProcess::kSanitizerReports;
+  const std::string reports = std::string("log_path=") + DaemonProcess::reportPrefix;
   setenv("ASAN_OPTIONS", reports.c_str(), 1);
   setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
   setenv("PATH", (paths.toolFolder + ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin").c_str(),
          1);
   if (!paths.clockLibrary.empty()) setenv("LD_PRELOAD", paths.clockLibrary.c_str(), 1);
   const int null = open("/dev/null", O_RDONLY);
-  const int output = open(DaemonProcess::kOutput, O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  const int output = open(DaemonProcess::outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
@@ -39,8 +39,8 @@ std::string describe(int status) {
   return std::to_string(WEXITSTATUS(status));
 }
 
-std::string sanitizerReports() {
-  const std::filesystem::path prefix = DaemonProcess::kSanitizerReports;
+std::string readReports() {
+  const std::filesystem::path prefix = DaemonProcess::reportPrefix;
   std::string text;
   for (const std::string& name : listFolder(prefix.parent_path())) {
     if (name.rfind(prefix.filename().string() + ".", 0) == 0) text += readFile(prefix.parent_path() / name);
@@ -90,7 +90,7 @@ bool DaemonProcess::start(std::string& problem) {
   }
   if (status != 0) {
     ended(status);
-    problem = "The daemon ended before it had detached, with " + ending_ + ". " + readFile(kOutput);
+    problem = "The daemon ended before it had detached, with " + ending_ + ". " + readFile(outputFile);
     return false;
   }
   // The orphan became a child of this process. The kernel cuts its name at fifteen bytes.
@@ -121,7 +121,7 @@ std::size_t DaemonProcess::children() const { return pid_ == 0 ? 0 : childrenOf(
 
 void DaemonProcess::ended(int status) {
   ending_ = describe(status);
-  if (const std::string reports = sanitizerReports(); !reports.empty()) ending_ += "\n" + reports;
+  if (const std::string reports = readReports(); !reports.empty()) ending_ += "\n" + reports;
 }
 
 bool DaemonProcess::signal(int number) { return running() && kill(pid_, number) == 0; }
@@ -131,4 +131,4 @@ std::string DaemonProcess::ending() {
   return ending_;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace simulator {
+namespace Simulator {
 
 /// The daemon's process. It detaches from whoever starts it, so the process that holds this object becomes
 /// the reaper of what its descendants leave behind.
@@ -16,8 +16,9 @@ class DaemonProcess {
     std::string clockLibrary;  ///< what is preloaded into it; empty: nothing
     std::string toolFolder;    ///< comes first in its PATH
   };
-  static constexpr char kOutput[] = "/run/gateway/daemon-output";  ///< what it writes before it has detached
-  static constexpr char kSanitizerReports[] = "/run/gateway/sanitizer";
+  static constexpr char outputFile[] =
+      "/run/gateway/daemon-output";  ///< what it writes before it has detached
+  static constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 
   explicit DaemonProcess(Paths paths);
 
@@ -44,4 +45,4 @@ class DaemonProcess {
   std::string ending_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

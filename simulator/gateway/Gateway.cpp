@@ -12,22 +12,22 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kToolFolder[] = "/run/gateway/bin";
-constexpr char kTool[] = "/run/gateway/bin/sms";
-constexpr char kStore[] = "/var/config/sms/";
-constexpr char kOutbox[] = "/var/config/sms/outbox/";
-constexpr char kMark[] = "/run/private-gateway";
-constexpr int kAccepted = 200;
-constexpr char kFiller[] = "/filler";
-constexpr unsigned long long kLargestPrivate = 256ULL << 20;
-constexpr double kPassSeconds = 60;
-constexpr double kStopSeconds = 10;
-constexpr double kSignalSeconds = 0.3;
+constexpr char toolFolder[] = "/run/gateway/bin";
+constexpr char toolPath[] = "/run/gateway/bin/sms";
+constexpr char messageStore[] = "/var/config/sms/";
+constexpr char outbox[] = "/var/config/sms/outbox/";
+constexpr char mark[] = "/run/private-gateway";
+constexpr int accepted = 200;
+constexpr char fillerName[] = "/filler";
+constexpr unsigned long long largestPrivate = 256ULL << 20;
+constexpr double passSeconds = 60;
+constexpr double stopSeconds = 10;
+constexpr double signalSeconds = 0.3;
 
 bool waitUntil(double seconds, const std::function<bool()>& done) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
@@ -41,25 +41,25 @@ bool waitUntil(double seconds, const std::function<bool()>& done) {
 // On a machine that is nobody's playground this program would take /dev/log away from syslog. The folders
 // exist before the first object binds or maps a file in them.
 const char* prepare(const char* modemFolder) {
-  if (!fs::exists(kMark)) {
+  if (!fs::exists(mark)) {
     std::fputs("simulator: this machine is a real one; run me with simulator/private-gateway\n", stderr);
     std::exit(1);
   }
-  for (const char* folder : {kToolFolder, "/var/log", kOutbox}) fs::create_directories(folder);
+  for (const char* folder : {toolFolder, "/var/log", outbox}) fs::create_directories(folder);
   return modemFolder;
 }
 
 }  // namespace
 
 Gateway::Gateway(const Options& options)
-    : modem_(prepare(Modem::kFolder)),
+    : modem_(prepare(Modem::storeFolder)),
       api_([this] { return settings_.value(); }),
       clock_(options.hold),
-      daemon_({options.program, options.buildFolder + "/libgateway-clock.so", kToolFolder}),
+      daemon_({options.program, options.buildFolder + "/libgateway-clock.so", toolFolder}),
       tool_(options.buildFolder + "/sms") {
   if (!repairAll() || !settings_.setTimings("[30,60,300]")) {
-    std::fprintf(stderr, "simulator: cannot bind %s and %s\n", SyslogServer::kSocket,
-                 LocalApiServer::kSocket);
+    std::fprintf(stderr, "simulator: cannot bind %s and %s\n", SyslogServer::socketPath,
+                 LocalApiServer::socketPath);
     std::exit(1);
   }
 }
@@ -68,7 +68,7 @@ Gateway::~Gateway() {
   repairAll();
   if (stop()) return;
   daemon_.signal(SIGKILL);
-  waitUntil(kStopSeconds, [this] { return !daemon_.running(); });
+  waitUntil(stopSeconds, [this] { return !daemon_.running(); });
 }
 
 bool Gateway::start(std::string& problem) {
@@ -79,10 +79,10 @@ bool Gateway::start(std::string& problem) {
 bool Gateway::stop() {
   const auto ended = [this] { return !daemon_.running(); };
   daemon_.signal(SIGTERM);
-  if (waitUntil(kSignalSeconds, ended)) return true;
+  if (waitUntil(signalSeconds, ended)) return true;
   // A signal that comes just before the sleep does not end it; on a gateway five seconds do.
   clock_.grant();
-  return waitUntil(kStopSeconds, ended);
+  return waitUntil(stopSeconds, ended);
 }
 
 void Gateway::grantPass() { clock_.grant(); }
@@ -93,10 +93,10 @@ Gateway::Passed Gateway::awaitSleep(double seconds) {
 }
 
 Gateway::Passed Gateway::pass() {
-  if (const Passed before = awaitSleep(kPassSeconds); before != Passed::Yes) return before;
+  if (const Passed before = awaitSleep(passSeconds); before != Passed::Yes) return before;
   const std::uint32_t begun = clock_.begun();
   clock_.grant();
-  const bool slept = clock_.waitForSleep(begun, kPassSeconds, [this] { return !daemon_.running(); });
+  const bool slept = clock_.waitForSleep(begun, passSeconds, [this] { return !daemon_.running(); });
   return slept ? Passed::Yes : daemon_.running() ? Passed::NotYet : Passed::Ended;
 }
 
@@ -114,8 +114,8 @@ std::string Gateway::carryOut() {
     const LocalApiServer::Request& request = requests[carriedOut_];
     if (request.code == 0) break;  // not before it is answered
     Json::Value body;
-    if (request.method != "POST" || request.code != kAccepted || !readJson(request.body, body)) continue;
-    const bool reboot = request.path == LocalApiServer::kRebootPath;
+    if (request.method != "POST" || request.code != accepted || !readJson(request.body, body)) continue;
+    const bool reboot = request.path == LocalApiServer::rebootPath;
     std::string problem;
     if (reboot && !(stop() && start(problem))) {
       done += "The gateway cannot reboot: " + problem + "\n";
@@ -140,7 +140,7 @@ const std::vector<std::string>& Gateway::boxes() {
 }
 
 std::string Gateway::folderOf(const std::string& box) {
-  return kStore + std::string(box == "received" ? "inbox/" : "outbox/") + box;
+  return messageStore + std::string(box == "received" ? "inbox/" : "outbox/") + box;
 }
 
 bool Gateway::queue(Json::Value record, std::string& guid) {
@@ -162,7 +162,7 @@ bool Gateway::queue(Json::Value record, std::string& guid) {
   record["guid"] = guid;
   // The daemon takes any file in the folder for a whole record: it is written beside it and moved in.
   fs::create_directories(folderOf("sending"));
-  const std::string beside = kOutbox + guid;
+  const std::string beside = outbox + guid;
   if (!writeFile(beside, toLine(record))) return false;
   return std::rename(beside.c_str(), (folderOf("sending") + "/" + guid).c_str()) == 0;
 }
@@ -178,20 +178,20 @@ std::vector<Json::Value> Gateway::records(const std::string& box) {
 }
 
 void Gateway::setToolThere(bool there) {
-  unlink(kTool);
-  if (there && symlink(tool_.c_str(), kTool) != 0) std::perror(kTool);
+  unlink(toolPath);
+  if (there && symlink(tool_.c_str(), toolPath) != 0) std::perror(toolPath);
 }
 
-bool Gateway::toolThere() const { return fs::exists(kTool); }
+bool Gateway::toolThere() const { return fs::exists(toolPath); }
 
 bool Gateway::setFull(const std::string& folder, bool full) {
-  const std::string filler = folder + kFiller;
+  const std::string filler = folder + fillerName;
   unlink(filler.c_str());
   struct statvfs disk {};
   if (!full) return true;
   if (statvfs(folder.c_str(), &disk) != 0) return false;
   const unsigned long long room = static_cast<unsigned long long>(disk.f_bavail) * disk.f_frsize;
-  if (room > kLargestPrivate) return false;
+  if (room > largestPrivate) return false;
   const int file = open(filler.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   const std::vector<char> block(disk.f_frsize);
   while (file >= 0 && write(file, block.data(), block.size()) > 0) continue;
@@ -199,7 +199,7 @@ bool Gateway::setFull(const std::string& folder, bool full) {
   return file >= 0;
 }
 
-bool Gateway::isFull(const std::string& folder) { return fs::exists(folder + kFiller); }
+bool Gateway::isFull(const std::string& folder) { return fs::exists(folder + fillerName); }
 
 bool Gateway::repairAll() {
   for (const char* folder : {"/var", "/tmp"}) setFull(folder, false);
@@ -210,4 +210,4 @@ bool Gateway::repairAll() {
   return (api_.listening() || api_.listen()) && syslogThere;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

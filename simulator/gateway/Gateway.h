@@ -17,7 +17,7 @@
 #include "simulator/gateway/SyslogServer.h"
 #include "simulator/modem/Modem.h"
 
-namespace simulator {
+namespace Simulator {
 
 /// The gateway around the daemon: everything that the daemon meets, at the absolute paths where it looks for
 /// it. One a file system; to be run by private-gateway.
@@ -103,4 +103,4 @@ class Gateway {
   std::atomic<bool> interrupted_{false};
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -10,31 +10,31 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr char kSettingsPath[] = "/api/sms";
-constexpr char kCommandFolder[] = "/api/command/";
-constexpr char kJson[] = "application/json";
-constexpr const char* kFaultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
+constexpr char settingsPath[] = "/api/sms";
+constexpr char commandFolder[] = "/api/command/";
+constexpr char jsonType[] = "application/json";
+constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
 
 // The commands that this gateway knows, the last part of their paths.
-constexpr const char* kCommands[] = {"sms_restart",
-                                     "checkin_to_quillo_sms",
-                                     "set_rm_through_sms",
-                                     "set_cellular_through_sms",
-                                     "send_apn_through_sms",
-                                     "send_cellularstatus_sms",
-                                     "send_radiostatus_sms",
-                                     "send_ethernetstatus_sms",
-                                     "send_wanstatus_sms",
-                                     "send_wifistatus_sms",
-                                     "do_ping_through_sms",
-                                     "send_serialstatus_sms",
-                                     "send_geoposition_sms",
-                                     "lns_restart_sms",
-                                     "sms_send",
-                                     "send_wanips_sms"};
+constexpr const char* knownCommands[] = {"sms_restart",
+                                         "checkin_to_quillo_sms",
+                                         "set_rm_through_sms",
+                                         "set_cellular_through_sms",
+                                         "send_apn_through_sms",
+                                         "send_cellularstatus_sms",
+                                         "send_radiostatus_sms",
+                                         "send_ethernetstatus_sms",
+                                         "send_wanstatus_sms",
+                                         "send_wifistatus_sms",
+                                         "do_ping_through_sms",
+                                         "send_serialstatus_sms",
+                                         "send_geoposition_sms",
+                                         "lns_restart_sms",
+                                         "sms_send",
+                                         "send_wanips_sms"};
 
 Json::Value envelope(unsigned code, const Json::Value& result) {
   Json::Value value;
@@ -56,7 +56,7 @@ LocalApiServer::~LocalApiServer() { close(false); }
 
 bool LocalApiServer::listen() {
   close(false);
-  std::filesystem::create_directories(std::filesystem::path(kSocket).parent_path());
+  std::filesystem::create_directories(std::filesystem::path(socketPath).parent_path());
   closing_ = false;
   server_ = std::make_unique<httplib::Server>();
   server_->set_address_family(AF_UNIX);
@@ -68,7 +68,7 @@ bool LocalApiServer::listen() {
   server_->Post(".*", handler);
   std::atomic<bool> failed{false};
   thread_ = std::thread([this, &failed] {
-    if (!server_->listen(kSocket, 80)) failed = true;
+    if (!server_->listen(socketPath, 80)) failed = true;
   });
   for (int i = 0; i < 1000 && !failed && !server_->is_running(); ++i) usleep(1000);
   if (server_->is_running()) return true;
@@ -87,7 +87,7 @@ void LocalApiServer::close(bool leaveSocket) {
     thread_.join();
     server_.reset();
   }
-  if (!leaveSocket) unlink(kSocket);
+  if (!leaveSocket) unlink(socketPath);
 }
 
 void LocalApiServer::setFault(ApiFault fault, unsigned value) {
@@ -100,7 +100,7 @@ void LocalApiServer::setFault(ApiFault fault, unsigned value) {
 std::string LocalApiServer::fault() const {
   const std::lock_guard lock(mutex_);
   const bool valued = fault_ == ApiFault::Code || fault_ == ApiFault::Slow;
-  return kFaultNames[static_cast<int>(fault_)] + (valued ? " " + std::to_string(faultValue_) : "");
+  return faultNames[static_cast<int>(fault_)] + (valued ? " " + std::to_string(faultValue_) : "");
 }
 
 std::vector<LocalApiServer::Request> LocalApiServer::requests() const {
@@ -122,18 +122,18 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   const unsigned value = faultValue_;
   lock.unlock();
 
-  int code = kNoCode;
+  int code = noCode;
   if (fault == ApiFault::Garbage) {
     response.set_content("<html>\xff\x01 this is no JSON", "text/html");
   } else if (fault == ApiFault::Close) {
-    response.set_content_provider(1000, kJson, [](std::size_t, std::size_t, httplib::DataSink& sink) {
-      constexpr char kBeginning[] = "{\"code\": 200, \"res";
-      sink.write(kBeginning, sizeof kBeginning - 1);
+    response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
+      constexpr char beginning[] = "{\"code\": 200, \"res";
+      sink.write(beginning, sizeof beginning - 1);
       return false;
     });
   } else {
     const Json::Value json = fault == ApiFault::Code ? envelope(value, Json::nullValue) : answer(kept);
-    response.set_content(toLine(json), kJson);
+    response.set_content(toLine(json), jsonType);
     code = json["code"].asInt();
   }
   setCode(number, code);
@@ -146,10 +146,10 @@ void LocalApiServer::setCode(std::size_t number, int code) {
 
 Json::Value LocalApiServer::answer(const Request& request) const {
   if (request.method == "GET") {
-    return request.path == kSettingsPath ? envelope(200, settings_()) : envelope(404, "no such resource");
+    return request.path == settingsPath ? envelope(200, settings_()) : envelope(404, "no such resource");
   }
-  for (const char* command : kCommands) {
-    if (request.path != std::string(kCommandFolder) + command) continue;
+  for (const char* command : knownCommands) {
+    if (request.path != std::string(commandFolder) + command) continue;
     Json::Value body;
     if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is no command");
     return envelope(200, Json::nullValue);
@@ -157,4 +157,4 @@ Json::Value LocalApiServer::answer(const Request& request) const {
   return envelope(404, "no such command");
 }
 
-}  // namespace simulator
+}  // namespace Simulator

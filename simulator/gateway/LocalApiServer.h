@@ -17,7 +17,7 @@ struct Request;
 struct Response;
 }  // namespace httplib
 
-namespace simulator {
+namespace Simulator {
 
 /// What the API does wrong: nothing; answers with another code; with no JSON; after some seconds; closes the
 /// connection in the middle of an answer; does not answer until it is put right.
@@ -27,17 +27,17 @@ enum class ApiFault { None, Code, Garbage, Slow, Close, Silent };
 /// and keeps.
 class LocalApiServer {
  public:
-  static constexpr char kSocket[] = "/var/run/api/http.sock";
+  static constexpr char socketPath[] = "/var/run/api/http.sock";
 
-  static constexpr char kRebootPath[] = "/api/command/sms_restart";
+  static constexpr char rebootPath[] = "/api/command/sms_restart";
 
   struct Request {
     std::string method;
     std::string path;
     std::string body;
-    int code = 0;  ///< of the answer; 0 while there is none, kNoCode when it had none
+    int code = 0;  ///< of the answer; 0 while there is none, noCode when it had none
   };
-  static constexpr int kNoCode = -1;
+  static constexpr int noCode = -1;
 
   /// `settings` gives the settings object that is to be served; it is called on another thread.
   explicit LocalApiServer(std::function<Json::Value()> settings);
@@ -78,4 +78,4 @@ class LocalApiServer {
   std::thread thread_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

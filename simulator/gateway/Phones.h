@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// The phones out there: what they wrote to the gateway, and what reached them. May be used by several
 /// threads.
@@ -40,4 +40,4 @@ class Phones {
   std::vector<Text> texts_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -5,10 +5,10 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr char kDefaults[] = R"({
+constexpr char defaultSettings[] = R"({
   "enabled": true, "sentLimit": 100, "receivedLimit": 100,
   "smsCommands": {
     "enabled": true,
@@ -28,7 +28,7 @@ std::vector<std::string> split(const std::string& path) {
 
 }  // namespace
 
-Settings::Settings() { [[maybe_unused]] const bool good = readJson(kDefaults, value_); }
+Settings::Settings() { [[maybe_unused]] const bool good = readJson(defaultSettings, value_); }
 
 Json::Value Settings::value() const {
   const std::lock_guard lock(mutex_);
@@ -64,8 +64,8 @@ bool Settings::remove(const std::string& path) {
 }
 
 bool Settings::setTimings(const std::string& timings) {
-  std::filesystem::create_directories(std::filesystem::path(kTimersFile).parent_path());
-  return writeFile(kTimersFile, "timings-sms=" + timings + "\n");
+  std::filesystem::create_directories(std::filesystem::path(timersFile).parent_path());
+  return writeFile(timersFile, "timings-sms=" + timings + "\n");
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// The SMS section of the gateway's configuration, and its back-off timers. The daemon reads both when it
 /// starts. May be used by several threads.
 class Settings {
  public:
-  static constexpr char kTimersFile[] = "/var/run/config/backofftimers_config";
+  static constexpr char timersFile[] = "/var/run/config/backofftimers_config";
 
   /// Everything permitted, for the one number +4917012345 with the password "secret".
   Settings();
@@ -33,4 +33,4 @@ class Settings {
   Json::Value value_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -10,17 +10,17 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr std::size_t kLargestDatagram = 1 << 20;
-constexpr int kInfo = 6;
+constexpr std::size_t largestDatagram = 1 << 20;
+constexpr int infoLevel = 6;
 
 // "<14>Nov 24 22:05:40 VELD: text" (RFC 3164): the level is in the low three bits of the number, and a time
 // is sixteen bytes long.
 SyslogServer::Line parse(const std::string& datagram) {
   std::size_t at = 0;
-  int level = kInfo;
+  int level = infoLevel;
   if (const std::size_t end = datagram.find('>');
       !datagram.empty() && datagram[0] == '<' && end != std::string::npos) {
     level = std::atoi(datagram.c_str() + 1) & 7;
@@ -35,9 +35,9 @@ SyslogServer::Line parse(const std::string& datagram) {
 }  // namespace
 
 const char* SyslogServer::levelName(int level) {
-  constexpr const char* kNames[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
-                                    "WARNING",   "NOTICE", "INFO",     "DEBUG"};
-  return kNames[level & 7];
+  constexpr const char* levelNames[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
+                                        "WARNING",   "NOTICE", "INFO",     "DEBUG"};
+  return levelNames[level & 7];
 }
 
 SyslogServer::SyslogServer() : thread_([this] { run(); }) {}
@@ -52,7 +52,7 @@ bool SyslogServer::listen() {
   close();
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, kSocket, sizeof(address.sun_path) - 1);
+  std::strncpy(address.sun_path, socketPath, sizeof(address.sun_path) - 1);
   const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     ::close(fd);
@@ -68,7 +68,7 @@ void SyslogServer::close() {
   const std::lock_guard lock(mutex_);
   if (socket_ >= 0) ::close(socket_);
   socket_ = -1;
-  unlink(kSocket);
+  unlink(socketPath);
 }
 
 void SyslogServer::run() {
@@ -80,7 +80,7 @@ void SyslogServer::run() {
 
 void SyslogServer::drain() {
   const std::lock_guard lock(mutex_);
-  static std::string buffer(kLargestDatagram, '\0');
+  static std::string buffer(largestDatagram, '\0');
   while (socket_ >= 0) {
     const ssize_t size = recv(socket_, buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (size < 0) return;
@@ -91,7 +91,7 @@ void SyslogServer::drain() {
 
 void SyslogServer::add(int level, const std::string& text) {
   lines_.push_back({level, text});
-  appendFile(kFile, std::string(levelName(level)) + " " + text + "\n");
+  appendFile(logFile, std::string(levelName(level)) + " " + text + "\n");
 }
 
 void SyslogServer::log(int level, const std::string& text) {
@@ -106,4 +106,4 @@ std::vector<SyslogServer::Line> SyslogServer::lines(std::size_t first) {
   return {lines_.begin() + static_cast<std::ptrdiff_t>(first), lines_.end()};
 }
 
-}  // namespace simulator
+}  // namespace Simulator

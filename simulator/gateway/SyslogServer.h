@@ -6,14 +6,14 @@
 #include <thread>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// The gateway's syslog: listens on /dev/log, keeps every line, and writes it to a file as far as the disk
 /// has room.
 class SyslogServer {
  public:
-  static constexpr char kSocket[] = "/dev/log";
-  static constexpr char kFile[] = "/var/log/syslog";
+  static constexpr char socketPath[] = "/dev/log";
+  static constexpr char logFile[] = "/var/log/syslog";
 
   struct Line {
     int level;  ///< of syslog: 0 (emergency) to 7 (debug)
@@ -49,4 +49,4 @@ class SyslogServer {
   std::thread thread_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 // 3GPP TS 23.038, 6.2.1: the default alphabet, in the order of its codes 0x00 to 0x7F. The escape to the
 // extension table, 0x1B, is no character and stands as a NUL.
-constexpr char32_t kDefaultAlphabet[129] =
+constexpr char32_t defaultAlphabet[129] =
     U"@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\0ÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
     U"¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
 
@@ -17,8 +17,8 @@ struct Extension {
   unsigned code;
 };
 // 3GPP TS 23.038, 6.2.1.1: the extension table.
-constexpr Extension kExtensions[] = {{U'\f', 0x0A}, {U'^', 0x14}, {U'{', 0x28}, {U'}', 0x29}, {U'\\', 0x2F},
-                                     {U'[', 0x3C},  {U'~', 0x3D}, {U']', 0x3E}, {U'|', 0x40}, {U'€', 0x65}};
+constexpr Extension extensions[] = {{U'\f', 0x0A}, {U'^', 0x14}, {U'{', 0x28}, {U'}', 0x29}, {U'\\', 0x2F},
+                                    {U'[', 0x3C},  {U'~', 0x3D}, {U']', 0x3E}, {U'|', 0x40}, {U'€', 0x65}};
 
 std::string escaped(unsigned octet) {
   char text[5];
@@ -47,9 +47,9 @@ bool nextCharacter(const std::string& text, std::size_t& at, char32_t& character
 
 // A character of the default alphabet as the tool prints it, empty if it is none.
 std::string printDefault(char32_t character) {
-  const auto* found = std::find(kDefaultAlphabet, kDefaultAlphabet + 128, character);
-  if (found == kDefaultAlphabet + 128 || character == 0) return "";
-  const auto code = static_cast<unsigned>(found - kDefaultAlphabet);
+  const auto* found = std::find(defaultAlphabet, defaultAlphabet + 128, character);
+  if (found == defaultAlphabet + 128 || character == 0) return "";
+  const auto code = static_cast<unsigned>(found - defaultAlphabet);
   if (character == U'\n') return "\\n";
   if (character == U'\r') return "\\r";
   if (character == U'"') return "\\\"";
@@ -58,7 +58,7 @@ std::string printDefault(char32_t character) {
 }
 
 std::string printExtension(char32_t character) {
-  for (const Extension& extension : kExtensions) {
+  for (const Extension& extension : extensions) {
     if (extension.character != character) continue;
     const bool printable = extension.code >= 0x20;
     return escaped(0x1B) +
@@ -106,7 +106,7 @@ void GsmEncoder::addNotes(const std::string& text, bool wideParts) {
     const char* found;
     const char* text;
   };
-  constexpr Note kNotes[] = {
+  constexpr Note noteTable[] = {
       {"^",
        "\"^\" arrives as \"x14\": veld drops the escape before a code that the tool does not print as a "
        "character."},
@@ -115,7 +115,7 @@ void GsmEncoder::addNotes(const std::string& text, bool wideParts) {
       {"index",
        "The text holds \"index\", which veld takes for the head of the next message in the listing."},
   };
-  for (const Note& note : kNotes) {
+  for (const Note& note : noteTable) {
     if (text.find(note.found) != std::string::npos) notes_.emplace_back(note.text);
   }
   if (!wideParts) return;
@@ -173,4 +173,4 @@ bool GsmEncoder::encode(const std::string& text, const Options& options) {
   return true;
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// Turns a text into what the network carries and the modem's tool prints: the GSM 7-bit default alphabet and
 /// its extension table (3GPP TS 23.038), up to 160 septets in one message, a longer text in parts with a
@@ -42,4 +42,4 @@ class GsmEncoder {
   std::string problem_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -7,11 +7,11 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr const char* kFaultNames[] = {"none", "fail", "hang", "kill", "silent"};
-constexpr char kServiceCentre[] = "+491710760000";
+constexpr const char* faultNames[] = {"none", "fail", "hang", "kill", "silent"};
+constexpr char serviceCentre[] = "+491710760000";
 
 }  // namespace
 
@@ -34,8 +34,8 @@ void Modem::store(const std::string& text) {
 void Modem::receive(const std::string& sender, const std::string& userData) {
   const unsigned number = state()["received"].asUInt();
   std::ostringstream text;
-  text << "index: " << number << "\nsmsc-addr: " << kServiceCentre << "\naddr: " << sender
-       << "\nuser-data: \"" << userData << "\"\n";
+  text << "index: " << number << "\nsmsc-addr: " << serviceCentre << "\naddr: " << sender << "\nuser-data: \""
+       << userData << "\"\n";
   store(text.str());
 }
 
@@ -152,7 +152,7 @@ std::vector<std::string> Modem::faults() const {
   const Json::Value all = state()["faults"];
   for (const std::string& operation : all.getMemberNames()) {
     const unsigned times = all[operation]["times"].asUInt();
-    lines.push_back(operation + ": " + kFaultNames[all[operation]["kind"].asInt()] + ", " +
+    lines.push_back(operation + ": " + faultNames[all[operation]["kind"].asInt()] + ", " +
                     std::to_string(times) + (times == 1 ? " time" : " times"));
   }
   return lines;
@@ -170,4 +170,4 @@ void Modem::setHanging(bool hanging) {
 
 bool Modem::hanging() const { return std::filesystem::exists(path("hanging")); }
 
-}  // namespace simulator
+}  // namespace Simulator

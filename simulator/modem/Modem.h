@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// What the modem's tool is to do instead of its work.
 enum class ToolFault { None, Fail, Hang, Kill, Silent };
@@ -15,7 +15,7 @@ enum class ToolFault { None, Fail, Hang, Kill, Silent };
 /// device of its own: a disk of the gateway that is full does not reach it.
 class Modem {
  public:
-  static constexpr char kFolder[] = "/run/modem";
+  static constexpr char storeFolder[] = "/run/modem";
 
   /// Creates the folder tree if it is missing.
   explicit Modem(std::string folder);
@@ -69,4 +69,4 @@ class Modem {
   std::string folder_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

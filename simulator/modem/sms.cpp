@@ -12,10 +12,10 @@
 
 namespace {
 
-using simulator::Modem;
-using simulator::ToolFault;
+using Simulator::Modem;
+using Simulator::ToolFault;
 
-constexpr char kUsage[] =
+constexpr char usage[] =
     "sms: usage: sms list unread | sms list read | sms delete read | sms [--verbose] send -f FILE "
     "RECIPIENT\n";
 
@@ -40,7 +40,7 @@ int send(Modem& modem, const std::string& file, const std::string& recipient, bo
     std::cerr << "sms: cannot read " << file << "\n";
     return 1;
   }
-  if (!modem.send(recipient, simulator::readFile(file))) {
+  if (!modem.send(recipient, Simulator::readFile(file))) {
     std::cerr << "sms: +CMS ERROR: 21 (short message transfer rejected), recipient " << recipient << "\n";
     return 1;
   }
@@ -64,14 +64,14 @@ int main(int argc, char** argv) {
   if (verbose) words.erase(words.begin());
   const std::string operation = operationOf(words);
   if (operation.empty()) {
-    std::cerr << kUsage;
+    std::cerr << usage;
     return 2;
   }
   if (const char* config = std::getenv("SMS_CONFIG"); config == nullptr || *config == '\0') {
     std::cerr << "sms: SMS_CONFIG does not name a configuration file\n";
     return 2;
   }
-  Modem modem(Modem::kFolder);
+  Modem modem(Modem::storeFolder);
   const ToolFault fault = modem.takeFault(operation);
   if (fault == ToolFault::Silent) return 0;
   if (fault == ToolFault::Kill) return raise(SIGKILL);

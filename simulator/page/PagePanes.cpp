@@ -4,7 +4,7 @@
 
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
 std::string timeOf(std::time_t when) {
@@ -110,4 +110,4 @@ void PagePanes::lookFreely() {
   panes_["settings"] = toLine(settings(gateway.settings().value()));
 }
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -5,7 +5,7 @@
 
 #include "simulator/console/Interpreter.h"
 
-namespace simulator {
+namespace Simulator {
 
 /// What the page shows of a gateway, pane by pane: "daemon", "clock", "modem", "phones", "folders",
 /// "requests", "settings", "faults" and "events", each as one line of JSON.
@@ -28,4 +28,4 @@ class PagePanes {
   std::size_t sentSeen_ = 0;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -8,21 +8,22 @@
 #include "simulator/page/PagePanes.h"
 #include "simulator/support/Files.h"
 
-namespace simulator {
+namespace Simulator {
 namespace {
 
-constexpr char kHost[] = "127.0.0.1";
-constexpr std::chrono::milliseconds kLook{150};
-constexpr std::size_t kLargestCommand = 64 << 10;
-constexpr std::size_t kLinesAtOnce = 500;
-constexpr std::size_t kThreads = 24;  // each open page holds one
-constexpr int kForbidden = 403;
+constexpr char loopback[] = "127.0.0.1";
+constexpr std::chrono::milliseconds lookEvery{150};
+constexpr std::size_t largestCommand = 64 << 10;
+constexpr std::size_t linesAtOnce = 500;
+constexpr std::size_t threadCount = 24;  // each open page holds one
+constexpr int forbidden = 403;
 
 // The page itself needs nothing from elsewhere, and nobody else needs the page.
-const httplib::Headers kHeaders{{"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
-                                {"Cross-Origin-Resource-Policy", "same-origin"},
-                                {"X-Content-Type-Options", "nosniff"},
-                                {"Cache-Control", "no-store"}};
+const httplib::Headers defaultHeaders{
+    {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+    {"X-Content-Type-Options", "nosniff"},
+    {"Cache-Control", "no-store"}};
 
 // As httplib's own, but a port that another gateway listens on is taken.
 void setSocketOptions(int socket) {
@@ -58,12 +59,12 @@ PageServer::~PageServer() {
 
 bool PageServer::listen(int port) {
   server_ = std::make_unique<httplib::Server>();
-  server_->new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
+  server_->new_task_queue = [] { return new httplib::ThreadPool(threadCount); };
   server_->set_socket_options(setSocketOptions);
-  server_->set_payload_max_length(kLargestCommand);
-  server_->set_default_headers(kHeaders);
+  server_->set_payload_max_length(largestCommand);
+  server_->set_default_headers(defaultHeaders);
   addHandlers();
-  port_ = port == 0 ? server_->bind_to_any_port(kHost) : server_->bind_to_port(kHost, port) ? port : -1;
+  port_ = port == 0 ? server_->bind_to_any_port(loopback) : server_->bind_to_port(loopback, port) ? port : -1;
   if (port_ < 0 || !server_->set_mount_point("/", SITE_FOLDER)) return false;
   watcher_ = std::thread([this] { watch(); });
   listener_ = std::thread([this] { server_->listen_after_bind(); });
@@ -72,14 +73,14 @@ bool PageServer::listen(int port) {
 }
 
 std::string PageServer::address() const {
-  return std::string("http://") + kHost + ":" + std::to_string(port_) + "/";
+  return std::string("http://") + loopback + ":" + std::to_string(port_) + "/";
 }
 
 void PageServer::addHandlers() {
   using Handled = httplib::Server::HandlerResponse;
   server_->set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
     if (isOwn(request)) return Handled::Unhandled;
-    response.status = kForbidden;
+    response.status = forbidden;
     response.set_content("This gateway answers only its own page, at " + address() + "\n", "text/plain");
     return Handled::Handled;
   });
@@ -92,7 +93,7 @@ void PageServer::addHandlers() {
 bool PageServer::isOwn(const httplib::Request& request) const {
   const std::string host = request.get_header_value("Host");
   const std::string port = ":" + std::to_string(port_);
-  if (host != kHost + port && host != "localhost" + port && host != "[::1]" + port) return false;
+  if (host != loopback + port && host != "localhost" + port && host != "[::1]" + port) return false;
   const bool reads = request.method == "GET" || request.method == "HEAD";
   return reads || request.get_header_value("Origin") == "http://" + host;
 }
@@ -117,7 +118,7 @@ bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
   std::string news;
   Json::Value log(Json::arrayValue);
   for (const SyslogServer::Line& line : interpreter_.gateway().syslog().lines(seen.logged)) {
-    if (log.size() == kLinesAtOnce) break;
+    if (log.size() == linesAtOnce) break;
     ++seen.logged;
     Json::Value value;
     value["level"] = SyslogServer::levelName(line.level);
@@ -132,7 +133,7 @@ bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
     seen.panes[name] = line;
     news += event(name, line);
   }
-  if (news.empty()) changed_.wait_for(lock, kLook);
+  if (news.empty()) changed_.wait_for(lock, lookEvery);
   lock.unlock();
   return news.empty() || sink.write(news.data(), news.size());
 }
@@ -148,8 +149,8 @@ void PageServer::watch() {
       panes_ = panes.all();
       changed_.notify_all();
     }
-    if (!stop_) changed_.wait_for(lock, kLook);
+    if (!stop_) changed_.wait_for(lock, lookEvery);
   }
 }
 
-}  // namespace simulator
+}  // namespace Simulator

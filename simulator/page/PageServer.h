@@ -16,7 +16,7 @@ struct Request;
 struct Response;
 }  // namespace httplib
 
-namespace simulator {
+namespace Simulator {
 
 /// Serves the page of the gateway on 127.0.0.1: its files, what there is to see as it changes (server-sent
 /// events at /events), and commands (POST /command, a line of text; the answer is {"good", "text"}). A
@@ -54,4 +54,4 @@ class PageServer {
   std::thread listener_;
 };
 
-}  // namespace simulator
+}  // namespace Simulator

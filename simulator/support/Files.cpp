@@ -10,7 +10,7 @@
 #include <memory>
 #include <sstream>
 
-namespace simulator {
+namespace Simulator {
 
 std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -65,4 +65,4 @@ bool readJson(const std::string& text, Json::Value& value) {
   }
 }
 
-}  // namespace simulator
+}  // namespace Simulator

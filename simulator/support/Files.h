@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace Simulator {
 
 /// The whole content of a file; empty when it cannot be read.
 std::string readFile(const std::string& path);
@@ -22,4 +22,4 @@ std::string toLine(const Json::Value& value);
 /// False when `text` is no JSON, or an object in it has a key twice.
 [[nodiscard]] bool readJson(const std::string& text, Json::Value& value);
 
-}  // namespace simulator
+}  // namespace Simulator

@@ -1,7 +1,7 @@
 #include "simulator/console/CommandLine.h"
 #include "tests/Rows.h"
 
-using simulator::CommandLine;
+using Simulator::CommandLine;
 
 namespace {
 
@@ -12,7 +12,7 @@ struct LineRow {
   const char* line;
   Words words;
 };
-const LineRow kLineRows[] = {
+const LineRow lineRows[] = {
     {"Plain", "queue +49 text", {"+49", "text"}},
     {"Blanks", " \tqueue  +49\t text ", {"+49", "text"}},
     {"DoubleQuotes", "queue +49 \"two  words\"", {"+49", "two  words"}},
@@ -28,7 +28,7 @@ TEST_P(Line, IsSplit) {
   EXPECT_EQ(line.name(), "queue");
   EXPECT_EQ(line.words(), GetParam().words);
 }
-INSTANTIATE_ROWS(Line, kLineRows);
+INSTANTIATE_ROWS(Line, lineRows);
 
 TEST(CommandLine, RefusesAnOpenQuote) {
   CommandLine line;
@@ -60,7 +60,7 @@ struct ValueRow {
   const char* name;
   const char* line;
 };
-const ValueRow kValueRows[] = {
+const ValueRow valueRows[] = {
     {"Missing", "receive --parts"},        {"Text", "receive --parts two"},
     {"Negative", "receive --parts -1"},    {"Empty", "receive --parts \"\""},
     {"TooLarge", "receive --parts 12345"}, {"ListWithText", "receive --parts 1,x"},
@@ -73,6 +73,6 @@ TEST_P(Value, ThatIsNoNumberLeavesItsOption) {
   if (std::string(GetParam().name) != "TooLarge") line.takeNumbers("--parts");
   EXPECT_EQ(line.leftOption(), "--parts");
 }
-INSTANTIATE_ROWS(Value, kValueRows);
+INSTANTIATE_ROWS(Value, valueRows);
 
 }  // namespace

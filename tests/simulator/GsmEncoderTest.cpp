@@ -4,7 +4,7 @@
 #include "simulator/modem/GsmEncoder.h"
 #include "tests/Rows.h"
 
-using simulator::GsmEncoder;
+using Simulator::GsmEncoder;
 
 namespace {
 
@@ -30,7 +30,7 @@ struct PrintRow {
   const char* printed;
   const char* arrives;  // at the daemon; null: as it was written
 };
-const PrintRow kPrintRows[] = {
+const PrintRow printRows[] = {
     {"Letters", "Hello 42", "Hello 42", nullptr},
     {"Empty", "", "", nullptr},
     {"Quote", "say \"hi\"", "say \\\"hi\\\"", nullptr},
@@ -55,7 +55,7 @@ TEST_P(PrintedText, IsReadByTheDaemon) {
   EXPECT_EQ(decoded(encoder.parts()[0]), changed ? GetParam().arrives : GetParam().text);
   EXPECT_EQ(encoder.notes().empty(), !changed);
 }
-INSTANTIATE_ROWS(PrintedText, kPrintRows);
+INSTANTIATE_ROWS(PrintedText, printRows);
 
 TEST(GsmEncoder, CarriesTheWholeAlphabet) {
   const std::string text =
@@ -74,7 +74,7 @@ struct SplitRow {
   std::vector<std::string> headers;  // of the parts
   std::vector<std::size_t> lengths;  // of the decoded parts, in bytes
 };
-const SplitRow kSplitRows[] = {
+const SplitRow splitRows[] = {
     {"Fits", repeated("a", 160), {}, {""}, {160}},
     {"OneTooMany",
      repeated("a", 161),
@@ -115,7 +115,7 @@ TEST_P(SplitText, IsReadByTheDaemon) {
   EXPECT_EQ(lengths, GetParam().lengths);
   EXPECT_EQ(whole, GetParam().text);
 }
-INSTANTIATE_ROWS(SplitText, kSplitRows);
+INSTANTIATE_ROWS(SplitText, splitRows);
 
 struct RefusalRow {
   const char* name;
@@ -123,7 +123,7 @@ struct RefusalRow {
   unsigned parts;
   const char* problem;
 };
-const RefusalRow kRefusalRows[] = {
+const RefusalRow refusalRows[] = {
     {"NoGsmCharacter", "aж", 0, "no \"ж\""},
     {"Tab", "\t", 0, "no \"\t\""},
     {"NotUtf8", "ab\xff", 0, "byte 3"},
@@ -138,6 +138,6 @@ TEST_P(RefusedText, SaysWhy) {
   EXPECT_FALSE(encoder.encode(GetParam().text, {false, GetParam().parts, 1}));
   EXPECT_NE(encoder.problem().find(GetParam().problem), std::string::npos) << encoder.problem();
 }
-INSTANTIATE_ROWS(RefusedText, kRefusalRows);
+INSTANTIATE_ROWS(RefusedText, refusalRows);
 
 }  // namespace
