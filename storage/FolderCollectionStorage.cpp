@@ -4,13 +4,8 @@
 #include "storage/MoveFolderStorage.h"
 
 FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const std::string& tempPath) {
-  const auto add = [&](const char* path, int status) {
-    folders[status] = std::make_shared<MoveFolderStorage>(root + path, tempPath);
-  };
-  add("/inbox/received", MessageStatus::Received);
-  add("/outbox/sending", MessageStatus::Sending);
-  add("/outbox/sent", MessageStatus::Sent);
-  add("/outbox/failed", MessageStatus::Failed);
+  for (const int status : MessageStatus::all)
+    folders[status] = std::make_shared<MoveFolderStorage>(root + MessageStatus::folder(status), tempPath);
 }
 
 void FolderCollectionStorage::save(const Json::Value& record, int status) {

@@ -34,26 +34,14 @@ bool matches(const Json::Value& record, const Json::Value& filter) {
   return true;
 }
 
-// The parser reports most faults through its result, but nesting that is too deep by an exception.
-bool parse(const Json::CharReaderBuilder& reader, std::istream& stream, Json::Value& record,
-           std::string& errors) {
-  try {
-    return Json::parseFromStream(reader, stream, &record, &errors);
-  } catch (const Json::Exception& exception) {
-    errors = exception.what();
-    return false;
-  }
-}
-
-bool read(const Json::CharReaderBuilder& reader, const std::string& file, const char* name,
-          Json::Value& record) {
+bool read(const std::string& file, const char* name, Json::Value& record) {
   std::ifstream stream(file);
   if (!stream.is_open()) {
     ORVEL_LOG(ERROR, "Cannot open file %s: [%d][%s]", name, errno, std::strerror(errno));
     return false;
   }
   std::string errors;
-  if (!parse(reader, stream, record, errors)) {
+  if (!MessageRecord::parse(stream, record, errors)) {
     ORVEL_LOG(ERROR, "Cannot parse JSON from file %s: [%s]", name, errors.c_str());
     return false;
   }
@@ -91,11 +79,10 @@ Json::Value FolderStorage::load(const Json::Value& filter) {
   Json::Value records(Json::arrayValue);
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
   if (directory == nullptr) return records;
-  const Json::CharReaderBuilder reader;
   while (const dirent* entry = readdir(directory.get())) {
     if (isDirectory(entry->d_name)) continue;
     Json::Value record;
-    if (read(reader, path + "/" + entry->d_name, entry->d_name, record) && matches(record, filter))
+    if (read(path + "/" + entry->d_name, entry->d_name, record) && matches(record, filter))
       records.append(std::move(record));
   }
   return records;

@@ -15,6 +15,17 @@ std::string guid(const Json::Value& record) {
   return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
 }
 
+// The parser reports most faults through its result, but nesting that is too deep by an exception.
+bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
+  static const Json::CharReaderBuilder reader;
+  try {
+    return Json::parseFromStream(reader, stream, &record, &errors);
+  } catch (const Json::Exception& exception) {
+    errors = exception.what();
+    return false;
+  }
+}
+
 }  // namespace MessageRecord
 
 const char* MessageStatus::text(int status) {
@@ -29,5 +40,20 @@ const char* MessageStatus::text(int status) {
       return "failed";
     default:
       return "unknown";
+  }
+}
+
+const char* MessageStatus::folder(int status) {
+  switch (status) {
+    case Received:
+      return "/inbox/received";
+    case Sending:
+      return "/outbox/sending";
+    case Sent:
+      return "/outbox/sent";
+    case Failed:
+      return "/outbox/failed";
+    default:
+      return nullptr;
   }
 }

@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <istream>
 #include <string>
 
 /// The message record: one JSON object per SMS, whose "guid" is also the name of its file. Whatever lies in a
@@ -32,5 +33,8 @@ const Json::Value& member(const Json::Value& record, const char* key);
 
 /// The "guid" as text; empty when there is none or it is an array or an object, which have no text form.
 std::string guid(const Json::Value& record);
+
+/// Reads the content of a file; false, with a text in `errors`, when it is no JSON or is nested too deep.
+bool parse(std::istream& stream, Json::Value& record, std::string& errors);
 
 }  // namespace MessageRecord
