@@ -1,39 +1,39 @@
 #include "commands/SMSCommand.h"
 
+#include <utility>
+
+#include "commands/CommandTable.h"
 #include "daemon/LocalApi.h"
 #include "support/Logger.h"
 #include "support/Text.h"
 
 namespace {
 
-constexpr char identifierNames[][50] = {
-    "SMSCMD_UNKNOWN",     "SMSCMD_CHECKIN",     "SMSCMD_REBOOT",         "SMSCMD_RM",
-    "SMSCMD_SETCELLULAR", "SMSCMD_APN",         "SMSCMD_CELLULARSTATUS", "SMSCMD_RADIO",
-    "SMSCMD_ETHERNET",    "SMSCMD_WAN",         "SMSCMD_WIFI",           "SMSCMD_PING",
-    "SMSCMD_SERIAL",      "SMSCMD_GEOPOSITION", "SMSCMD_LNSRESTART",     "SMSCMD_WANIPS",
-};
+const char* nameOf(SMSCMD id) {
+  for (const CommandRow& row : commandRows)
+    if (row.id == id) return row.name;
+  return "";
+}
 
-// The executors by their place.
-enum Endpoint : std::size_t {
-  SmsRestart,
-  Checkin,
-  SetRm,
-  SetCellular,
-  Apn,
-  CellularStatus,
-  RadioStatus,
-  EthernetStatus,
-  WanStatus,
-  WifiStatus,
-  Ping,
-  SerialStatus,
-  Geoposition,
-  LnsRestart,
-  SmsSend,  // no keyword leads here
-  WanIps,
-};
+SMSCommandExecutor makeExecutor(std::size_t place) {
+  const char* path = "";
+  for (const CommandRow& row : commandRows)
+    if (row.executor == place) path = row.path;
+  return SMSCommandExecutor(std::string(localApiHost) + "/api/command/" + path);
+}
 
-std::string url(const char* command) { return std::string(localApiHost) + "/api/command/" + command; }
+template <std::size_t... place>
+std::array<SMSCommandExecutor, sizeof...(place)> makeExecutors(std::index_sequence<place...> /*places*/) {
+  return {{makeExecutor(place)...}};
+}
+
+template <std::size_t size>
+std::vector<SMSCommandEntry> makeCommandTable(std::array<SMSCommandExecutor, size>& executors) {
+  std::vector<SMSCommandEntry> table;
+  for (const CommandRow& row : commandRows)
+    if (row.keyword != nullptr) table.push_back({row.keyword, row.id, &executors[row.executor]});
+  return table;
+}
 
 // Cuts the command word "#KEYWORD" to its lowered keyword; empty for a word without "#".
 std::string keywordOf(const std::string& word) {
@@ -64,41 +64,8 @@ bool takeCommandWord(ParsedSMSCommand& command, std::string& keyword) {
 
 SMSCommand::SMSCommand(const Json::Value& config)
     : configJson(config),
-      executors{{
-          SMSCommandExecutor(url("sms_restart")),
-          SMSCommandExecutor(url("checkin_to_quillo_sms")),
-          SMSCommandExecutor(url("set_rm_through_sms")),
-          SMSCommandExecutor(url("set_cellular_through_sms")),
-          SMSCommandExecutor(url("send_apn_through_sms")),
-          SMSCommandExecutor(url("send_cellularstatus_sms")),
-          SMSCommandExecutor(url("send_radiostatus_sms")),
-          SMSCommandExecutor(url("send_ethernetstatus_sms")),
-          SMSCommandExecutor(url("send_wanstatus_sms")),
-          SMSCommandExecutor(url("send_wifistatus_sms")),
-          SMSCommandExecutor(url("do_ping_through_sms")),
-          SMSCommandExecutor(url("send_serialstatus_sms")),
-          SMSCommandExecutor(url("send_geoposition_sms")),
-          SMSCommandExecutor(url("lns_restart_sms")),
-          SMSCommandExecutor(url("sms_send")),
-          SMSCommandExecutor(url("send_wanips_sms")),
-      }},
-      commandTable{
-          {"checkin", SMSCMD_CHECKIN, &executors[Checkin]},
-          {"reboot", SMSCMD_REBOOT, &executors[SmsRestart]},
-          {"rm", SMSCMD_RM, &executors[SetRm]},
-          {"setcellular", SMSCMD_SETCELLULAR, &executors[SetCellular]},
-          {"apn", SMSCMD_APN, &executors[Apn]},
-          {"cellular", SMSCMD_CELLULARSTATUS, &executors[CellularStatus]},
-          {"radio", SMSCMD_RADIO, &executors[RadioStatus]},
-          {"ethernet", SMSCMD_ETHERNET, &executors[EthernetStatus]},
-          {"wan", SMSCMD_WAN, &executors[WanStatus]},
-          {"wifi", SMSCMD_WIFI, &executors[WifiStatus]},
-          {"ping", SMSCMD_PING, &executors[Ping]},
-          {"serial", SMSCMD_SERIAL, &executors[SerialStatus]},
-          {"geoposition", SMSCMD_GEOPOSITION, &executors[Geoposition]},
-          {"wanips", SMSCMD_WANIPS, &executors[WanIps]},
-          {"lnsrestart", SMSCMD_LNSRESTART, &executors[LnsRestart]},
-      } {}
+      executors(makeExecutors(std::make_index_sequence<SMSCMD_COUNT>())),
+      commandTable(makeCommandTable(executors)) {}
 
 bool SMSCommand::loadConfig() { return config.setConfig(configJson); }
 
@@ -123,7 +90,7 @@ bool SMSCommand::parseCommand(const std::string& message, ParsedSMSCommand& comm
     break;
   }
 
-  ORVEL_LOG(INFO, "SMSCommand::parseCommand: cmd [%s] pass[%s] argc[%d] argv[", identifierNames[command.id],
+  ORVEL_LOG(INFO, "SMSCommand::parseCommand: cmd [%s] pass[%s] argc[%d] argv[", nameOf(command.id),
             command.password.c_str(), static_cast<int>(command.args.size()));
   for (const std::string& arg : command.args) ORVEL_LOG(INFO, "             %s", arg.c_str());
   ORVEL_LOG(INFO, "SMSCommand::parseCommand: ]args");

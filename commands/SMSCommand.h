@@ -65,10 +65,8 @@ class SMSCommand : private Orvel::NonCopyable {
   bool executeCommand(const std::string& message, const std::string& phoneNumber);
 
  private:
-  static constexpr std::size_t executorCount = 16;
-
   const Json::Value configJson;
-  std::array<SMSCommandExecutor, executorCount> executors;
+  std::array<SMSCommandExecutor, SMSCMD_COUNT> executors;
   SMSCommandConfig config;
   const std::vector<SMSCommandEntry> commandTable;
 };

@@ -1,35 +1,7 @@
 #include "commands/SMSCommandConfig.h"
 
-#include "commands/SMSCMD.h"
+#include "commands/CommandTable.h"
 #include "support/Logger.h"
-
-namespace {
-
-struct CommandFlag {
-  SMSCMD command;
-  const char* key;
-  bool SMSCommandConfig::*flag;
-};
-
-constexpr CommandFlag commandFlags[] = {
-    {SMSCMD_CHECKIN, "checkinEnabled", &SMSCommandConfig::checkinEnabled},
-    {SMSCMD_REBOOT, "rebootEnabled", &SMSCommandConfig::rebootEnabled},
-    {SMSCMD_RM, "rmEnabled", &SMSCommandConfig::rmEnabled},
-    {SMSCMD_SETCELLULAR, "setCellularEnabled", &SMSCommandConfig::setCellularEnabled},
-    {SMSCMD_APN, "apnEnabled", &SMSCommandConfig::apnEnabled},
-    {SMSCMD_CELLULARSTATUS, "cellularStatusEnabled", &SMSCommandConfig::cellularStatusEnabled},
-    {SMSCMD_RADIO, "radioEnabled", &SMSCommandConfig::radioEnabled},
-    {SMSCMD_ETHERNET, "ethernetEnabled", &SMSCommandConfig::ethernetEnabled},
-    {SMSCMD_WAN, "wanStatusEnabled", &SMSCommandConfig::wanStatusEnabled},
-    {SMSCMD_WANIPS, "wanIpsEnabled", &SMSCommandConfig::wanIpsEnabled},
-    {SMSCMD_WIFI, "wifiEnabled", &SMSCommandConfig::wifiEnabled},
-    {SMSCMD_PING, "pingEnabled", &SMSCommandConfig::pingEnabled},
-    {SMSCMD_SERIAL, "serialEnabled", &SMSCommandConfig::serialEnabled},
-    {SMSCMD_GEOPOSITION, "geopositionEnabled", &SMSCommandConfig::geopositionEnabled},
-    {SMSCMD_LNSRESTART, "lnsRestartEnabled", &SMSCommandConfig::lnsRestartEnabled},
-};
-
-}  // namespace
 
 bool SMSCommandConfig::setConfig(const Json::Value& newConfig) {
   config = newConfig;
@@ -39,7 +11,8 @@ bool SMSCommandConfig::setConfig(const Json::Value& newConfig) {
     return false;
   }
   enabled = newConfig["enabled"].asBool();
-  for (const CommandFlag& row : commandFlags) this->*row.flag = newConfig[row.key].asBool();
+  for (const CommandRow& row : commandRows)
+    if (row.flag != nullptr) this->*row.flag = newConfig[row.key].asBool();
 
   const Json::Value& whitelist = newConfig["whitelist"];
   if (!whitelist.isMember("enabled") || !whitelist.isMember("numbers")) {
@@ -60,7 +33,7 @@ bool SMSCommandConfig::setConfig(const Json::Value& newConfig) {
 }
 
 bool SMSCommandConfig::isCommandEnabled(int command) const {
-  for (const CommandFlag& row : commandFlags)
-    if (row.command == command) return this->*row.flag;
+  for (const CommandRow& row : commandRows)
+    if (row.id == command && row.flag != nullptr) return this->*row.flag;
   return false;
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "commands/CommandTable.h"
 #include "daemon/MainLoop.h"
 #include "fuzz/shared/FakeCurl.h"
 #include "fuzz/shared/Property.h"
@@ -17,37 +18,15 @@
 
 namespace {
 
-struct CommandRow {
-  char letter;
-  const char* key;
-  const char* keyword;
-  const char* path;
-};
-
-constexpr CommandRow commandRows[] = {
-    {'A', "checkinEnabled", "checkin", "checkin_to_quillo_sms"},
-    {'B', "rebootEnabled", "reboot", "sms_restart"},
-    {'C', "rmEnabled", "rm", "set_rm_through_sms"},
-    {'D', "setCellularEnabled", "setcellular", "set_cellular_through_sms"},
-    {'E', "apnEnabled", "apn", "send_apn_through_sms"},
-    {'F', "cellularStatusEnabled", "cellular", "send_cellularstatus_sms"},
-    {'G', "radioEnabled", "radio", "send_radiostatus_sms"},
-    {'H', "ethernetEnabled", "ethernet", "send_ethernetstatus_sms"},
-    {'I', "wanStatusEnabled", "wan", "send_wanstatus_sms"},
-    {'J', "wifiEnabled", "wifi", "send_wifistatus_sms"},
-    {'K', "pingEnabled", "ping", "do_ping_through_sms"},
-    {'L', "serialEnabled", "serial", "send_serialstatus_sms"},
-    {'M', "geopositionEnabled", "geoposition", "send_geoposition_sms"},
-    {'N', "lnsRestartEnabled", "lnsrestart", "lns_restart_sms"},
-    {'O', "wanIpsEnabled", "wanips", "send_wanips_sms"},
-};
-
 std::vector<std::string> parted(const std::string& text, char separator) {
   std::vector<std::string> pieces;
   std::istringstream stream(text);
   for (std::string piece; std::getline(stream, piece, separator);) pieces.push_back(piece);
   return pieces;
 }
+
+// The flags are A, B, C and so on, by their identifiers.
+char letter(const CommandRow& row) { return static_cast<char>('A' + row.id - 1); }
 
 struct Case {
   explicit Case(const std::string& input) {
@@ -66,7 +45,8 @@ struct Case {
   Json::Value configuration() const {
     Json::Value config;
     config["enabled"] = isOn('e');
-    for (const CommandRow& row : commandRows) config[row.key] = isOn(row.letter);
+    for (const CommandRow& row : commandRows)
+      if (row.key != nullptr) config[row.key] = isOn(letter(row));
     config["whitelist"]["enabled"] = isOn('w');
     config["whitelist"]["numbers"] = Json::arrayValue;
     for (const std::string& number : numbers) config["whitelist"]["numbers"].append(number);
@@ -101,7 +81,8 @@ std::optional<FakeCurl::Request> permittedRequest(const Case& input) {
   std::string keyword = words[0];
   for (char& c : keyword) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   for (const CommandRow& row : commandRows) {
-    if (keyword != std::string("#") + row.keyword || !input.isOn(row.letter)) continue;
+    if (row.keyword == nullptr || keyword != std::string("#") + row.keyword || !input.isOn(letter(row)))
+      continue;
     std::string body = "{\"recipients\": [\"" + input.sender + "\"], \"args\": [";
     for (std::size_t i = 1; i < words.size(); ++i) body += (i > 1 ? ",\"" : "\"") + words[i] + '"';
     body += "]}";

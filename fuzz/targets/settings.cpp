@@ -3,19 +3,13 @@
 #include <cstdint>
 #include <string>
 
+#include "commands/CommandTable.h"
 #include "commands/SMSCommand.h"
-#include "commands/SMSCommandConfig.h"
 #include "daemon/LocalApi.h"
 #include "daemon/StartUp.h"
 #include "fuzz/shared/Property.h"
 
 namespace {
-
-// The keys of the command flags by SMSCMD, from 1 on.
-constexpr const char* flagKeys[] = {
-    "checkinEnabled",        "rebootEnabled", "rmEnabled",          "setCellularEnabled", "apnEnabled",
-    "cellularStatusEnabled", "radioEnabled",  "ethernetEnabled",    "wanStatusEnabled",   "wifiEnabled",
-    "pingEnabled",           "serialEnabled", "geopositionEnabled", "lnsRestartEnabled",  "wanIpsEnabled"};
 
 bool hasAll(const Json::Value& object, std::initializer_list<const char*> keys) {
   for (const char* const key : keys)
@@ -31,13 +25,13 @@ void checkConfig(const Json::Value& settings) {
   SMSCommandConfig config;
   property(config.setConfig(settings) == isWhole,
            "a configuration is taken when nothing required is missing");
-  property(!config.isCommandEnabled(0) && !config.isCommandEnabled(16), "no other command exists");
+  property(!config.isCommandEnabled(0) && !config.isCommandEnabled(SMSCMD_COUNT), "no other command exists");
   if (!isWhole) return;
   property(config.enabled == settings["enabled"].asBool(), "commands are off unless they are switched on");
-  int command = 0;
-  for (const char* const key : flagKeys)
-    property(config.isCommandEnabled(++command) == settings.get(key, false).asBool(),
-             "a missing flag is off");
+  for (const CommandRow& row : commandRows)
+    if (row.key != nullptr)
+      property(config.isCommandEnabled(row.id) == settings.get(row.key, false).asBool(),
+               "a missing flag is off");
   property(config.passwordEnabled == settings["password"]["enabled"].asBool(), "the password is asked for");
   property(config.password == settings["password"]["text"].asString(), "the password is the configured one");
   property(config.whitelistEnabled == settings["whitelist"]["enabled"].asBool(),

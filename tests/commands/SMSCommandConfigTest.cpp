@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "commands/SMSCMD.h"
-#include "commands/SMSCommandConfig.h"
+#include "commands/CommandTable.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
@@ -12,43 +11,24 @@ constexpr char least[] =
     "'password':{'enabled':true,'text':'secret'}}";
 }
 
-struct FlagRow {
-  const char* name;  ///< the key
-  int command;
-};
-const FlagRow kFlagRows[] = {
-    {"checkinEnabled", SMSCMD_CHECKIN},
-    {"rebootEnabled", SMSCMD_REBOOT},
-    {"rmEnabled", SMSCMD_RM},
-    {"setCellularEnabled", SMSCMD_SETCELLULAR},
-    {"apnEnabled", SMSCMD_APN},
-    {"cellularStatusEnabled", SMSCMD_CELLULARSTATUS},
-    {"radioEnabled", SMSCMD_RADIO},
-    {"ethernetEnabled", SMSCMD_ETHERNET},
-    {"wanStatusEnabled", SMSCMD_WAN},
-    {"wifiEnabled", SMSCMD_WIFI},
-    {"pingEnabled", SMSCMD_PING},
-    {"serialEnabled", SMSCMD_SERIAL},
-    {"geopositionEnabled", SMSCMD_GEOPOSITION},
-    {"lnsRestartEnabled", SMSCMD_LNSRESTART},
-    {"wanIpsEnabled", SMSCMD_WANIPS},
-};
-class Flag : public testing::TestWithParam<FlagRow> {};
-TEST_P(Flag, PermitsItsCommandOnly) {
-  Json::Value settings = json(least);
-  settings["checkinEnabled"] = false;
-  settings["enabled"] = false;  // plays no part
-  settings[GetParam().name] = true;
+TEST(SMSCommandConfig, PermitsEachCommandByAFlagOfItsOwn) {
   SMSCommandConfig config;
-  ASSERT_TRUE(config.setConfig(settings));
-  for (int command = -1; command <= 16; ++command)
-    EXPECT_EQ(config.isCommandEnabled(command), command == GetParam().command) << command;
+  EXPECT_EQ(&config.enabled - &config.checkinEnabled, SMSCMD_COUNT - 1);
+  for (const CommandRow& row : commandRows) {
+    if (row.flag == nullptr) continue;
+    Json::Value settings = json(least);
+    settings["checkinEnabled"] = false;
+    settings["enabled"] = false;  // plays no part
+    settings[row.key] = true;
+    ASSERT_TRUE(config.setConfig(settings));
+    for (int command = -1; command <= SMSCMD_COUNT; ++command)
+      EXPECT_EQ(config.isCommandEnabled(command), command == row.id) << row.key << command;
+  }
 }
-INSTANTIATE_ROWS(Flag, kFlagRows);
 
 TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
   const SMSCommandConfig config;
-  for (int command = 0; command <= 16; ++command) EXPECT_FALSE(config.isCommandEnabled(command));
+  for (int command = 0; command <= SMSCMD_COUNT; ++command) EXPECT_FALSE(config.isCommandEnabled(command));
   EXPECT_FALSE(config.enabled || config.whitelistEnabled || config.passwordEnabled);
 }
 

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "commands/CommandTable.h"
 #include "commands/SMSCommand.h"
 #include "tests/CannedApi.h"
 #include "tests/Json.h"
@@ -15,10 +16,8 @@ Json::Value settings() {
   Json::Value all = json(
       "{'enabled':true,'whitelist':{'enabled':false,'numbers':[1234567,'+49170']},"
       "'password':{'enabled':false,'text':'secret'}}");
-  for (const char* const command :
-       {"checkin", "reboot", "rm", "setCellular", "apn", "cellularStatus", "radio", "ethernet", "wanStatus",
-        "wifi", "ping", "serial", "geoposition", "lnsRestart", "wanIps"})
-    all[std::string(command) + "Enabled"] = true;
+  for (const CommandRow& row : commandRows)
+    if (row.key != nullptr) all[row.key] = true;
   return all;
 }
 
@@ -173,21 +172,8 @@ struct RequestRow {
   const char* args;  ///< as they stand in the body
 };
 const RequestRow kRequestRows[] = {
-    {"Checkin", "#checkin", "checkin_to_quillo_sms", ""},
     {"Reboot", "p secret #reboot", "sms_restart", ""},
-    {"Rm", "#rm a", "set_rm_through_sms", "\"a\""},
-    {"SetCellular", "#setcellular a b c", "set_cellular_through_sms", "\"a\",\"b\",\"c\""},
-    {"Apn", "#apn", "send_apn_through_sms", ""},
-    {"Cellular", "#cellular", "send_cellularstatus_sms", ""},
-    {"Radio", "#radio", "send_radiostatus_sms", ""},
-    {"Ethernet", "#ethernet", "send_ethernetstatus_sms", ""},
-    {"Wan", "#wan", "send_wanstatus_sms", ""},
-    {"Wifi", "#wifi", "send_wifistatus_sms", ""},
     {"Ping", "#ping 8.8.8.8 3", "do_ping_through_sms", "\"8.8.8.8\",\"3\""},
-    {"Serial", "#serial", "send_serialstatus_sms", ""},
-    {"Geoposition", "#geoposition", "send_geoposition_sms", ""},
-    {"LnsRestart", "#lnsrestart", "lns_restart_sms", ""},
-    {"WanIps", "#wanips", "send_wanips_sms", ""},
     {"NothingIsEscaped", "#ping \"\\", "do_ping_through_sms", "\"\"\\\""},
 };
 class Request : public testing::TestWithParam<RequestRow> {};

@@ -12,7 +12,9 @@ from documents import DOCS, Document, Gateway, http_request
 DOCUMENT = Document("local-api.md")
 OPENAPI = DOCS / "local-api.openapi.yaml"
 API = yaml.safe_load(OPENAPI.read_text())
-COMMANDS = [[cell.strip("`") for cell in row] for row in DOCUMENT.table("Commands")]
+COMMANDS = [[keyword, "/api/command/" + path, flag] for keyword, flag, path in
+            re.findall(r'COMMAND\( *\d+, "(\w+)", +SMSCMD_\w+, +(\w+), +"(\w+)"\)',
+                       (DOCS.parent / "commands/CommandTable.h").read_text())]
 PHONE = "+4917012345"
 
 
@@ -84,11 +86,17 @@ class LocalApiTest(unittest.TestCase):
                 {"recipients": ["1"], "args": ["a b"]}, {"recipients": ["1"], "args": [], "message": ""}:
             self.assertFalse(valid("Command", body), body)
 
-    def test_each_keyword_leads_to_its_path_if_its_flag_permits(self):
+    def test_the_commands_are_those_of_the_table(self):
+        self.assertEqual([[cell.strip("`") for cell in row] for row in DOCUMENT.table("Commands")], COMMANDS)
+        manual = (DOCS.parent / "packaging/man/veld.8").read_text()
+        keywords = re.search(r"^The keyword may be written .*:\n((?:\.Cm .*\n|or\n)+)", manual, re.M).group(1)
+        self.assertEqual(re.sub(r"\.Cm|[,.]|or\b", " ", keywords).split(), [row[0] for row in COMMANDS])
         parameter = API["paths"]["/api/command/{command}"]["post"]["parameters"][0]
         self.assertEqual({f"/api/command/{name}" for name in parameter["schema"]["enum"]}, {row[1] for row in COMMANDS})
         flags = {flag for flag in API["components"]["schemas"]["SmsCommands"]["properties"] if flag.endswith("Enabled")}
         self.assertEqual(flags, {row[2] for row in COMMANDS})
+
+    def test_each_keyword_leads_to_its_path_if_its_flag_permits(self):
         with Gateway() as gateway:
             gateway.run("start")
             for keyword, path, flag in COMMANDS:

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+#include "commands/SMSCMD.h"
+#include "commands/SMSCommandConfig.h"
+
+/// All that tells one SMS command from another.
+struct CommandRow {
+  const char* keyword;  ///< lower case, without "#"; null for the request that no keyword leads to
+  SMSCMD id;
+  const char* name;              ///< of the identifier, for the log
+  const char* key;               ///< of the flag, in the settings
+  bool SMSCommandConfig::*flag;  ///< permits the command
+  std::size_t executor;          ///< the place of its executor among those of the SMSCommand
+  const char* path;              ///< its place below "/api/command/"
+};
+
+// The identifier and the flag are named after themselves.
+#define COMMAND(executor, keyword, id, flag, path) \
+  { keyword, id, #id, #flag, &SMSCommandConfig::flag, executor, path }
+
+/// Every command, once. To add one: its identifier, its flag and its row, which do not compile without each
+/// other.
+// clang-format off
+inline constexpr std::array<CommandRow, SMSCMD_COUNT> commandRows = {{
+    COMMAND( 1, "checkin",     SMSCMD_CHECKIN,        checkinEnabled,        "checkin_to_quillo_sms"),
+    COMMAND( 0, "reboot",      SMSCMD_REBOOT,         rebootEnabled,         "sms_restart"),
+    COMMAND( 2, "rm",          SMSCMD_RM,             rmEnabled,             "set_rm_through_sms"),
+    COMMAND( 3, "setcellular", SMSCMD_SETCELLULAR,    setCellularEnabled,    "set_cellular_through_sms"),
+    COMMAND( 4, "apn",         SMSCMD_APN,            apnEnabled,            "send_apn_through_sms"),
+    COMMAND( 5, "cellular",    SMSCMD_CELLULARSTATUS, cellularStatusEnabled, "send_cellularstatus_sms"),
+    COMMAND( 6, "radio",       SMSCMD_RADIO,          radioEnabled,          "send_radiostatus_sms"),
+    COMMAND( 7, "ethernet",    SMSCMD_ETHERNET,       ethernetEnabled,       "send_ethernetstatus_sms"),
+    COMMAND( 8, "wan",         SMSCMD_WAN,            wanStatusEnabled,      "send_wanstatus_sms"),
+    COMMAND( 9, "wifi",        SMSCMD_WIFI,           wifiEnabled,           "send_wifistatus_sms"),
+    COMMAND(10, "ping",        SMSCMD_PING,           pingEnabled,           "do_ping_through_sms"),
+    COMMAND(11, "serial",      SMSCMD_SERIAL,         serialEnabled,         "send_serialstatus_sms"),
+    COMMAND(12, "geoposition", SMSCMD_GEOPOSITION,    geopositionEnabled,    "send_geoposition_sms"),
+    COMMAND(15, "wanips",      SMSCMD_WANIPS,         wanIpsEnabled,         "send_wanips_sms"),
+    COMMAND(13, "lnsrestart",  SMSCMD_LNSRESTART,     lnsRestartEnabled,     "lns_restart_sms"),
+    {nullptr, SMSCMD_UNKNOWN, "SMSCMD_UNKNOWN", nullptr, nullptr, 14, "sms_send"},
+}};
+// clang-format on
+#undef COMMAND
+
+/// Whether every identifier and every executor has one row, and no two rows share a keyword, a flag or a
+/// path.
+constexpr bool isWhole(const decltype(commandRows)& rows) {
+  for (const CommandRow& row : rows) {
+    if (row.path == nullptr || row.executor >= rows.size()) return false;
+    if ((row.keyword == nullptr) != (row.id == SMSCMD_UNKNOWN)) return false;
+    for (const CommandRow* other = rows.data(); other != &row; ++other)
+      if (row.id == other->id || row.executor == other->executor || row.flag == other->flag ||
+          std::string_view(row.path) == other->path ||
+          (row.keyword != nullptr && std::string_view(row.keyword) == other->keyword))
+        return false;
+  }
+  return true;
+}
+static_assert(isWhole(commandRows), "commandRows: a row is missing, or two rows share what is one's own");
