@@ -6,10 +6,11 @@
 #include <functional>
 #include <string>
 
+#include "storage/MessageStore.h"
+
 /// What the benchmarks share. They are to be run in a private gateway, whose /tmp is theirs.
 
 constexpr char storeFolder[] = "/tmp/store";    ///< root of the message store
-constexpr char stagingFolder[] = "/tmp/sms";    ///< fixed by the modem provider
 constexpr char listingFile[] = "/tmp/listing";  ///< what the stand-in of the `sms` tool lists
 constexpr char inboxFolder[] = "/tmp/store/inbox/received";
 

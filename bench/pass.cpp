@@ -9,9 +9,7 @@
 #include "daemon/MainLoop.h"
 #include "provider/SmsUtilsProvider.h"
 #include "storage/FolderCollectionStorage.h"
-#include "storage/LimitCollectionStorageDecorator.h"
-#include "storage/LimitNullCollectionStorageDecorator.h"
-#include "storage/StatusCollectionStorageDecorator.h"
+#include "storage/MessageStore.h"
 
 namespace {
 
@@ -31,9 +29,7 @@ class Loop {
  public:
   explicit Loop(unsigned limit) : commands_(commandSettings()) {
     auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
-    auto limited = std::make_shared<LimitCollectionStorageDecorator>(folders, limit, limit);
-    auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, limit, limit);
-    storage_ = std::make_shared<StatusCollectionStorageDecorator>(refusing);
+    storage_ = makeMessageStore(folders, limit, limit);
     if (!commands_.loadConfig()) std::abort();
   }
 
@@ -41,7 +37,7 @@ class Loop {
 
  private:
   SmsUtilsProvider provider_;
-  std::shared_ptr<StatusCollectionStorageDecorator> storage_;
+  std::shared_ptr<ICollectionStorage> storage_;
   SMSCommand commands_;
   RetryState retry_;
 };

@@ -12,10 +12,8 @@
 #include "bench/Bench.h"
 #include "storage/FolderCollectionStorage.h"
 #include "storage/FolderStorage.h"
-#include "storage/LimitCollectionStorageDecorator.h"
-#include "storage/LimitNullCollectionStorageDecorator.h"
 #include "storage/MessageStatus.h"
-#include "storage/StatusCollectionStorageDecorator.h"
+#include "storage/MessageStore.h"
 
 namespace {
 
@@ -59,12 +57,10 @@ void SaveUnderALimit(benchmark::State& state) {
   const auto kept = static_cast<unsigned>(state.range(0));
   fillInbox(kept);
   auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
-  auto limited = std::make_shared<LimitCollectionStorageDecorator>(folders, kept, kept);
-  auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, kept, kept);
-  StatusCollectionStorageDecorator storage(refusing);
+  const auto storage = makeMessageStore(folders, kept, kept);
   unsigned number = kept;
   runBesideFloor(
-      state, [&] { storage.save(recordOf(number++), MessageStatus::Received); },
+      state, [&] { storage->save(recordOf(number++), MessageStatus::Received); },
       [&] { bareSave(recordOf(number++)); });
 }
 BENCHMARK(SaveUnderALimit)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);

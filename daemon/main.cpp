@@ -6,17 +6,8 @@
 #include "daemon/StartUp.h"
 #include "provider/SmsUtilsProvider.h"
 #include "storage/FolderCollectionStorage.h"
-#include "storage/LimitCollectionStorageDecorator.h"
-#include "storage/LimitNullCollectionStorageDecorator.h"
-#include "storage/StatusCollectionStorageDecorator.h"
+#include "storage/MessageStore.h"
 #include "support/Logger.h"
-
-namespace {
-
-constexpr char messageFolder[] = "/var/config/sms";
-constexpr char stagingFolder[] = "/tmp/sms";
-
-}  // namespace
 
 int main() {
   const std::optional<Json::Value> settings = startUp();
@@ -32,9 +23,7 @@ int main() {
 
   SmsUtilsProvider provider;
   auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder);
-  auto limited = std::make_shared<LimitCollectionStorageDecorator>(folders, receivedLimit, sentLimit);
-  auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, receivedLimit, sentLimit);
-  auto storage = std::make_shared<StatusCollectionStorageDecorator>(refusing);
+  const auto storage = makeMessageStore(folders, receivedLimit, sentLimit);
 
   runMainLoop(provider, *storage, commands);
   return EXIT_SUCCESS;

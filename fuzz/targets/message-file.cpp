@@ -16,10 +16,8 @@
 #include "fuzz/shared/Property.h"
 #include "provider/MultipartJoiner.h"
 #include "storage/FolderStorage.h"
-#include "storage/LimitCollectionStorageDecorator.h"
-#include "storage/LimitNullCollectionStorageDecorator.h"
 #include "storage/MessageStatus.h"
-#include "storage/StatusCollectionStorageDecorator.h"
+#include "storage/MessageStore.h"
 
 namespace {
 
@@ -109,14 +107,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int status = MessageStatus::Received + data[0] / 2 % 4;
   const bool sends = data[0] % 2 == 0;
   const auto store = std::make_shared<OneFolder>(folder, status);
-  const auto limited = std::make_shared<LimitCollectionStorageDecorator>(store, 1, 1);
-  const auto refusing = std::make_shared<LimitNullCollectionStorageDecorator>(limited, 1, 1);
-  StatusCollectionStorageDecorator storage(refusing);
+  const auto storage = makeMessageStore(store, 1, 1);
   Json::Value off;
   SMSCommand commands(off);
   Modem modem(sends);
   RetryState retry;
-  runPass(modem, storage, commands, {0}, retry, [] { return 0U; });
+  runPass(modem, *storage, commands, {0}, retry, [] { return 0U; });
 
   checkReceived(*store);
   property(modem.offered.size() <= records.size(), "nothing is sent that is not queued");
