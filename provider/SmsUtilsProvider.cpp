@@ -46,13 +46,13 @@ std::vector<std::string> listMessages() {
   return lines;
 }
 
-bool writeSendFile(const std::string& text) {
+bool writeSendFile(const Json::Value& record) {
   std::ofstream file(sendFile);
   if (!file.is_open()) {
     ORVEL_LOG(ERROR, "Cannot open file [%s] to write: [%d][%s]", sendFile, errno, std::strerror(errno));
     return false;
   }
-  file << text.c_str();  // up to the first NUL
+  file << MessageRecord::member(record, Key::Message).asString().c_str();  // up to the first NUL
   return true;
 }
 
@@ -87,7 +87,7 @@ bool SmsUtilsProvider::sendMessage(const Json::Value& message) {
     ORVEL_LOG(INFO, "SMS recipient is empty");
     return false;
   }
-  if (!writeSendFile(MessageRecord::member(message, Key::Message).asString())) return false;
+  if (!writeSendFile(message)) return false;
   const std::string command = std::string(sendBegin) + sendFileOption + sendFile + " " + recipient + sendEnd;
   ORVEL_LOG(INFO, "%s", command.c_str());
   const int status = std::system(command.c_str());
