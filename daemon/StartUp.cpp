@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "daemon/LocalApi.h"
@@ -27,6 +28,16 @@ void setUpLogging() {
   if (Logger::setup(Logger::PrintMode::Syslog, syslogIdent, 0, 0)) return;
   Logger::setup(Logger::PrintMode::StandardError);
   ORVEL_LOG(WARNING, "unable to log to syslog");
+}
+
+// The library's exceptions for a setting of a wrong type are caught nowhere, and end the process.
+[[noreturn]] void sayWhyAndAbort() {
+  try {
+    if (std::current_exception() != nullptr) throw;
+  } catch (const std::exception& exception) {
+    ORVEL_LOG(FATAL, "Exit: %s", exception.what());
+  }
+  std::abort();
 }
 
 // Goes on in a child, in a session of its own.
@@ -55,15 +66,6 @@ bool openNullDevices() {
   return true;
 }
 
-bool installTerminationHandler() {
-  struct sigaction action {};
-  action.sa_handler = onTerminate;
-  sigemptyset(&action.sa_mask);
-  if (sigaction(SIGTERM, &action, nullptr) == 0) return true;
-  std::fputs("sigaction", stderr);
-  return false;
-}
-
 Json::Value loadSettings() {
   Json::Value settings;
   if (!loadFromApi(std::string(localApiHost) + settingsPath, settings)) {
@@ -77,24 +79,37 @@ Json::Value loadSettings() {
 
 void onTerminate(int /*signal*/) { stopRequested = 1; }
 
+bool installTerminationHandler() {
+  struct sigaction action {};
+  action.sa_handler = onTerminate;
+  sigemptyset(&action.sa_mask);
+  if (sigaction(SIGTERM, &action, nullptr) != 0) {
+    std::fputs("sigaction", stderr);
+    return false;
+  }
+  std::signal(SIGCHLD, SIG_DFL);
+  sigprocmask(SIG_SETMASK, &action.sa_mask, nullptr);
+  return true;
+}
+
 std::optional<int> checkSettings(const Json::Value& settings) {
-  if (!settings.isMember("enabled") || !settings["enabled"].isBool()) {
+  if (!settings.isMember(SettingsKey::enabled) || !settings[SettingsKey::enabled].isBool()) {
     ORVEL_LOG(ERROR, "Exit: the sms enabled key has invalid value or it is missing.");
     return EXIT_FAILURE;
   }
-  if (!settings["enabled"].asBool()) {
+  if (!settings[SettingsKey::enabled].asBool()) {
     ORVEL_LOG(ERROR, "Exit: the sms are disabled.");
     return EXIT_SUCCESS;
   }
-  if (!settings.isMember("sentLimit")) {
+  if (!settings.isMember(SettingsKey::sentLimit)) {
     ORVEL_LOG(ERROR, "Exit: the sms sent limit key has invalid value or it is missing.");
     return EXIT_FAILURE;
   }
-  if (!settings.isMember("receivedLimit")) {
+  if (!settings.isMember(SettingsKey::receivedLimit)) {
     ORVEL_LOG(ERROR, "Exit: the sms received limit key has invalid value or it is missing.");
     return EXIT_FAILURE;
   }
-  if (!settings.isMember("smsCommands")) {
+  if (!settings.isMember(SettingsKey::smsCommands)) {
     ORVEL_LOG(ERROR, "Exit: the smsCommands sub-collection is invalid or missing.");
     return EXIT_FAILURE;
   }
@@ -102,6 +117,8 @@ std::optional<int> checkSettings(const Json::Value& settings) {
 }
 
 std::optional<Json::Value> startUp() {
+  closefrom(STDERR_FILENO + 1);  // what a starter has left open, perhaps a lock
+  std::set_terminate(sayWhyAndAbort);
   setUpLogging();
   detach();
   if (!openNullDevices()) return std::nullopt;

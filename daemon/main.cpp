@@ -13,13 +13,13 @@ int main() {
   const std::optional<Json::Value> settings = startUp();
   if (!settings) return EXIT_FAILURE;
 
-  SMSCommand commands((*settings)["smsCommands"]);
+  SMSCommand commands((*settings)[SettingsKey::smsCommands]);
   if (!commands.loadConfig()) {
     ORVEL_LOG(ERROR, "Exit: Failed to set SmsCommand config");
     std::exit(EXIT_FAILURE);
   }
-  const std::uint32_t receivedLimit = (*settings)["receivedLimit"].asUInt();
-  const std::uint32_t sentLimit = (*settings)["sentLimit"].asUInt();
+  const std::uint32_t receivedLimit = (*settings)[SettingsKey::receivedLimit].asUInt();
+  const std::uint32_t sentLimit = (*settings)[SettingsKey::sentLimit].asUInt();
 
   SmsUtilsProvider provider;
   auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder);

@@ -33,7 +33,6 @@ constexpr long futexCall = SYS_futex;
 #endif
 
 ClockControl* control = nullptr;
-int wake = -1;
 
 template <typename Function>
 Function next(const char* name) {
@@ -52,8 +51,6 @@ __attribute__((constructor)) void attach() {
   if (file < 0) return;
   void* memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   close(file);
-  // Open for both directions: it never ends, and opening it does not block.
-  wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   if (memory != MAP_FAILED) control = static_cast<ClockControl*>(memory);
 }
 
@@ -75,6 +72,9 @@ extern "C" {
 // Ends at once when a signal has been handled, as the real one does; returns the seconds that were left then.
 unsigned sleep(unsigned seconds) {
   if (control == nullptr) return next<unsigned (*)(unsigned)>("sleep")(seconds);
+  // Open for both directions: it never ends, and opening it does not block. Not before: the daemon closes
+  // what it finds open at its start.
+  static const int wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
   // Who has seen that the sleep has begun may send a signal: it is let in only by the wait, so that it ends

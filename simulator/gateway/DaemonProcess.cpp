@@ -28,8 +28,12 @@ namespace {
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
-  // The daemon gets the three standard descriptors and no other.
-  closefrom(STDERR_FILENO + 1);
+  // What a careless starter leaves behind, those two descriptors besides; the daemon is to set it right.
+  sigset_t held;
+  sigemptyset(&held);
+  sigaddset(&held, SIGTERM);
+  sigprocmask(SIG_BLOCK, &held, nullptr);
+  ::signal(SIGCHLD, SIG_IGN);
   execl(paths.program.c_str(), paths.program.c_str(), nullptr);
   _exit(127);
 }

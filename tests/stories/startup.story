@@ -67,6 +67,8 @@ settings smsCommands '{"enabled": false, "checkinEnabled": false, "rebootEnabled
 settings sentLimit '"many"'
 start
 expect-exit signal 6
+log --new
+expect CRITICAL VELD: [FATAL] Exit: Value is not convertible to UInt.
 settings sentLimit 10
 start
 expect The daemon runs
