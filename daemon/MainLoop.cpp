@@ -12,6 +12,7 @@
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
+#include "support/Watchdog.h"
 
 namespace {
 
@@ -40,6 +41,7 @@ void fileReceivedMessages(SmsProvider& provider, ICollectionStorage& storage, SM
   std::optional<std::vector<Json::Value>> storedParts;  // read once, when the first part comes
   std::vector<Json::Value> updatedMultiparts;
   for (Json::Value& record : provider.receiveMessages()) {
+    Orvel::Watchdog::feed();  // for each message, so that many are no hang
     if (isPartOfMultipart(record)) {
       if (!storedParts)
         storedParts = collectStoredParts(storage.load(Json::nullValue, MessageStatus::Received));
@@ -49,6 +51,7 @@ void fileReceivedMessages(SmsProvider& provider, ICollectionStorage& storage, SM
     storage.save(record, MessageStatus::Received);
   }
   for (Json::Value& record : updatedMultiparts) {
+    Orvel::Watchdog::feed();
     joinParts(record);
     // A command that came in parts is obeyed, but its record is not marked.
     if (!MessageRecord::has(record, Key::Parts)) obey(commands, record);
@@ -59,6 +62,7 @@ void fileReceivedMessages(SmsProvider& provider, ICollectionStorage& storage, SM
 void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, RetryState& retry,
                         const MonotonicClock& clock) {
   for (const Json::Value& record : storage.load(Json::nullValue, MessageStatus::Sending)) {
+    Orvel::Watchdog::feed();
     if (provider.sendMessage(record)) {
       storage.move(record, MessageStatus::Sending, MessageStatus::Sent);
     } else {
@@ -73,6 +77,7 @@ void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, Retr
 void runMainLoop(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands) {
   RetryState retry;
   while (stopRequested == 0) {
+    Orvel::Watchdog::feed();
     runPass(provider, storage, commands, smsTimings, retry);
     sleep(passInterval);
   }

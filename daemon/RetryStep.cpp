@@ -6,6 +6,7 @@
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
+#include "support/Watchdog.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ bool mayRetry(const Json::Value& record) {
 }
 
 void retry(SmsProvider& provider, ICollectionStorage& storage, const Json::Value& record) {
+  Orvel::Watchdog::feed();
   if (provider.sendMessage(record)) {
     storage.move(record, MessageStatus::Failed, MessageStatus::Sent);
     return;

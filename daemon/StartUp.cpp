@@ -14,6 +14,7 @@
 #include "daemon/LocalApi.h"
 #include "daemon/SmsTimings.h"
 #include "support/Logger.h"
+#include "support/Watchdog.h"
 
 volatile std::sig_atomic_t stopRequested = 0;
 
@@ -121,6 +122,7 @@ std::optional<Json::Value> startUp() {
   std::set_terminate(sayWhyAndAbort);
   setUpLogging();
   detach();
+  Orvel::Watchdog::setup();
   if (!openNullDevices()) return std::nullopt;
   if (readSmsTimings()) ORVEL_LOG(ERROR, "VELD: Error reading sms timings");
   if (!installTerminationHandler()) return std::nullopt;
