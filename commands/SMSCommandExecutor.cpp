@@ -9,7 +9,6 @@
 
 #include "daemon/LocalApi.h"
 #include "support/Logger.h"
-#include "support/SignalHold.h"
 
 namespace {
 
@@ -24,29 +23,36 @@ bool set(CURL* curl, CURLoption option, Value value, const char* failure) {
 }
 
 bool perform(CURL* curl) {
-  const Orvel::SignalHold untilAnswered;
   if (curl_easy_perform(curl) == CURLE_OK) return true;
   ORVEL_LOG(ERROR, "SMSCommandExecutor::sendCommand curl_easy_perform failed");
   return false;
 }
 
 bool post(const std::string& url, const std::string& body, std::string& answer) {
+  // Made before the handle, which is to go first.
+  std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> header(nullptr, curl_slist_free_all);
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(), curl_easy_cleanup);
   CURL* const curl = handle.get();
   if (curl == nullptr) {
     ORVEL_LOG(ERROR, "SMSCommandExecutor::sendCommand failed to obtain CURL object from curl_easy_init");
     return false;
   }
-  const std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> header(
-      curl_slist_append(nullptr, "Content-Type: application/json"), curl_slist_free_all);
-  return set(curl, CURLOPT_UNIX_SOCKET_PATH, localApiSocket, "the URL") &&
-         set(curl, CURLOPT_URL, url.c_str(), "the URL") &&
-         set(curl, CURLOPT_POSTFIELDS, body.c_str(), "the post fields") &&
-         set(curl, CURLOPT_HTTPHEADER, header.get(), "the header content") &&
+  if (!set(curl, CURLOPT_UNIX_SOCKET_PATH, localApiSocket, "the URL") ||
+      !set(curl, CURLOPT_URL, url.c_str(), "the URL") ||
+      !set(curl, CURLOPT_POSTFIELDS, body.c_str(), "the post fields"))
+    return false;
+  header.reset(curl_slist_append(nullptr, "Content-Type: application/json"));
+  return set(curl, CURLOPT_HTTPHEADER, header.get(), "the header content") &&
          set(curl, CURLOPT_HEADER, 0L, "header to turn of response header") &&
          set(curl, CURLOPT_FOLLOWLOCATION, 0L, "the FOLLOWLOCATION to zero") &&
          set(curl, CURLOPT_WRITEFUNCTION, appendAnswer, "the WRITEFUNCTION") &&
          set(curl, CURLOPT_WRITEDATA, &answer, "the WRITEDATA buffer") && perform(curl);
+}
+
+// The "code" of an answer; 0 when it has none that is a number of an int's range.
+int codeOf(const Json::Value& answer) {
+  const Json::Value code = answer.isObject() ? answer["code"] : Json::Value();
+  return code.isConvertibleTo(Json::intValue) ? code.asInt() : 0;
 }
 
 }  // namespace
@@ -87,7 +93,7 @@ bool SMSCommandExecutor::sendCommand(const std::string& url, const std::string& 
     ORVEL_LOG(ERROR, "SMSCommandExecutor::sendCommand failed to parse Json response object");
     return false;
   }
-  const int code = envelope["code"].asInt();
+  const int code = codeOf(envelope);
   if (code == 200) return true;
   ORVEL_LOG(ERROR, "SMSCommandExecutor::sendCommand request failed with response code: %d", code);
   return false;

@@ -9,8 +9,7 @@
 /// of the SMS as the recipient of the answer.
 ///
 /// What goes into the body is inserted as it is, without JSON escaping. Calls block until the API has
-/// answered; there is no time-out. Every failure is logged and gives false; an answer of the wrong shape (no
-/// object, or a "code" that is no number) throws the JSON library's exception.
+/// answered; there is no time-out. Every failure is logged and gives false.
 class SMSCommandExecutor : private Orvel::NonCopyable {
  public:
   explicit SMSCommandExecutor(std::string url);
@@ -22,8 +21,8 @@ class SMSCommandExecutor : private Orvel::NonCopyable {
   /// Sends {"recipients": [recipient], "args": [args...]}.
   virtual bool execute(const std::string& recipient, const std::vector<std::string>& args);
 
-  /// Posts `body` and judges the answer: true when its "code" is 200, whatever the HTTP status. The answer is
-  /// echoed to standard output.
+  /// Posts `body` and judges the answer: true when its "code" is 200, whatever the HTTP status; one that
+  /// cannot be read as an int counts as 0. The answer is echoed to standard output.
   bool sendCommand(const std::string& url, const std::string& body);
 
  private:

@@ -6,14 +6,12 @@
 #include <sstream>
 
 #include "support/Logger.h"
-#include "support/SignalHold.h"
 
 namespace {
 
 bool fetch(const std::string& url, std::string& answer) {
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
   if (curl == nullptr) return false;
-  const Orvel::SignalHold untilAnswered;
   return curl_easy_setopt(curl.get(), CURLOPT_UNIX_SOCKET_PATH, localApiSocket) == CURLE_OK &&
          curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str()) == CURLE_OK &&
          curl_easy_setopt(curl.get(), CURLOPT_HEADER, 0L) == CURLE_OK &&

@@ -39,8 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   property(settingsLoad(answer, 1) == loaded, "the pieces that an answer comes in say nothing");
 
   SMSCommandExecutor executor("http://localhost/api/command/sms_restart");
-  const auto executed = outcome([&] { return executor.execute("1", std::vector<std::string>()); });
-  property((executed == true) == (loaded == true), "both requests call the same answers good");
+  const bool executed = executor.execute("1", std::vector<std::string>());  // throws for no answer
+  property(executed == (loaded == true), "both requests call the same answers good");
 
   if (loaded == true && answer.find('\0') == std::string::npos) {  // a NUL ends the text for the JSON library
     property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");

@@ -3,6 +3,7 @@
 
 #include "daemon/LocalApi.h"
 #include "tests/CannedApi.h"
+#include "tests/CurlCalls.h"
 #include "tests/Json.h"
 #include "tests/Rows.h"
 
@@ -19,7 +20,7 @@ const SettingsRow kSettingsRows[] = {
     {"Success", CannedApi::ok("{\"code\": 200, \"result\": {\"a\": 1}, \"x\": 2}"), "{'a':1}"},
     {"NoResult", CannedApi::ok("{\"code\": 200}"), "null"},
     {"HttpStatusIsNotLookedAt", "HTTP/1.1 404 Not Found\r\n\r\n{\"code\": 200, \"result\": 1}", "1"},
-    {"OtherCode", CannedApi::ok("{\"code\": 404, \"result\": {}}"), "'kept'"},
+    {"OtherCode", CannedApi::ok("{\"code\": 201, \"result\": {}}"), "'kept'"},
     {"NoCode", CannedApi::ok("{\"result\": {}}"), "'kept'"},
     {"NullCode", CannedApi::ok("{\"code\": null, \"result\": {}}"), "'kept'"},
     {"NoJson", CannedApi::ok("settings"), "'kept'"},
@@ -44,10 +45,12 @@ TEST_P(Settings, AreLoaded) {
 }
 INSTANTIATE_ROWS(Settings, kSettingsRows);
 
-TEST(LoadFromApi, FailsWithoutASocket) {
+TEST(LoadFromApi, FailsWithoutASocketAndSetsNoTimeOut) {
   Json::Value result = "kept";
+  curlCalls.clear();
   EXPECT_FALSE(loadFromApi(url, result));
   EXPECT_EQ(result, "kept");
+  EXPECT_EQ(curlCalls, "UNIX_SOCKET_PATH URL HEADER FOLLOWLOCATION WRITEFUNCTION WRITEDATA cleanup ");
 }
 
 TEST(LoadFromApi, ThrowsForACodeThatIsNoUnsignedNumber) {
