@@ -36,8 +36,9 @@ class Logger {
   /// Whether lines of `level` are written: those at VELD_LOG_LEVEL, a build setting, and above.
   static bool isPrintable(int level);
 
-  /// Writes one line, whole, whatever its length: "[label] " and the formatted text. A control character is
-  /// written as "#" and three octal digits, so that no message text can forge a line of its own.
+  /// Writes one line, whole, whatever its length: "[label] " and the formatted text. Each byte of
+  /// a control character, and each that is no UTF-8, is written as "#" and three octal digits: no message
+  /// text can forge a line of its own, and the system's journal takes none for binary data.
   static void printfGeneric(int level, const char* label, const char* format, ...)
       __attribute__((format(printf, 3, 4)));
 };

@@ -93,11 +93,30 @@ TEST(Logger, PrintsInfoAndAbove) {
   EXPECT_EQ(log.text(), "[INFO] 1\n[FATAL] 2\n");
 }
 
-TEST(Logger, LetsNoTextForgeALine) {
+struct TextRow {
+  const char* name;
+  const char* text;
+  const char* line;
+};
+const TextRow textRows[] = {
+    {"ForgedLine", "a\n[FATAL] b\x1B\x7F\t", "a#012[FATAL] b#033#177#011"},
+    {"Utf8OfAnyLength", "~ \xC2\xA0é€\xED\x9F\xBF\uE000😀\xF4\x8F\xBF\xBF",
+     "~ \xC2\xA0é€\xED\x9F\xBF\uE000😀\xF4\x8F\xBF\xBF"},
+    {"ControlCharactersOfTwoBytes", "\xC2\x80\xC2\x9F", "#302#200#302#237"},
+    {"Latin1", "\xE4\xFCx", "#344#374x"},
+    {"BareContinuation", "\xBF\xA0é", "#277#240é"},
+    {"CutShort", "\xE2\x82x\xF0\x9F\x98", "#342#202x#360#237#230"},
+    {"LongerThanNeeded", "\xC1\xBF\xE0\x9F\xBF\xF0\x8F\xBF\xBF", "#301#277#340#237#277#360#217#277#277"},
+    {"Surrogate", "\xED\xA0\x80\xED\xBF\xBF", "#355#240#200#355#277#277"},
+    {"BeyondTheLast", "\xF4\x90\x80\x80\xF8\x90\x80\x80", "#364#220#200#200#370#220#200#200"},
+};
+class Text : public testing::TestWithParam<TextRow> {};
+TEST_P(Text, IsWrittenSoThatItCannotDeceive) {
   LogCapture log;
-  ORVEL_LOG(INFO, "%s", "a\n[FATAL] b\x1B\x7F\täé");
-  EXPECT_EQ(log.text(), "[INFO] a#012[FATAL] b#033#177#011äé\n");
+  ORVEL_LOG(INFO, "%s", GetParam().text);
+  EXPECT_EQ(log.text(), "[INFO] " + std::string(GetParam().line) + "\n");
 }
+INSTANTIATE_ROWS(Text, textRows);
 
 TEST(Logger, WritesALongLineWhole) {
   LogCapture log;
