@@ -88,7 +88,6 @@ bool installTerminationHandler() {
     std::fputs("sigaction", stderr);
     return false;
   }
-  std::signal(SIGCHLD, SIG_DFL);
   sigprocmask(SIG_SETMASK, &action.sa_mask, nullptr);
   return true;
 }
@@ -121,6 +120,7 @@ std::optional<Json::Value> startUp() {
   closefrom(STDERR_FILENO + 1);  // what a starter has left open, perhaps a lock
   std::set_terminate(sayWhyAndAbort);
   setUpLogging();
+  std::signal(SIGCHLD, SIG_DFL);  // ignored, how a process ends is seen by nobody: ours, too
   detach();
   Orvel::Watchdog::setup();
   if (!openNullDevices()) return std::nullopt;

@@ -19,9 +19,8 @@ extern volatile std::sig_atomic_t stopRequested;
 /// The SIGTERM handler: sets `stopRequested`.
 void onTerminate(int signal);
 
-/// Installs the handler, for SIGTERM only, and undoes what a starter may have left: signals held back, and
-/// SIGCHLD ignored, which would make every command of the shell seem to fail. False when it cannot be
-/// installed.
+/// Installs the handler, for SIGTERM only, and lets the signals in that a starter may have held back. False
+/// when it cannot be installed.
 bool installTerminationHandler();
 
 /// Checks the settings and logs the first fault. The status that the process is to end with: 1 for a fault, 0
@@ -29,8 +28,9 @@ bool installTerminationHandler();
 /// library's exception.
 std::optional<int> checkSettings(const Json::Value& settings);
 
-/// Makes the process a daemon and gives the checked settings: closes what its starter left open, syslog,
-/// detaching from the terminal, the back-off intervals, the SIGTERM handler, the settings from the local API.
+/// Makes the process a daemon and gives the checked settings: closes what its starter left open and undoes
+/// that it ignored SIGCHLD (every command of the shell would seem to fail), syslog, detaching from the
+/// terminal, the back-off intervals, the SIGTERM handler, the settings from the local API.
 ///
 /// Ends the process itself with status 0 in the parent and when SMS is switched off, and with 1 when the
 /// settings are bad or it cannot detach. Empty when the null device cannot be opened or the handler not
