@@ -84,7 +84,7 @@ class LocalApiTest(unittest.TestCase):
 
     def test_the_commands_are_those_of_the_table(self):
         self.assertEqual([[cell.strip("`") for cell in row] for row in DOCUMENT.table("Commands")], COMMANDS)
-        manual = (DOCS.parent / "packaging/man/veld.8").read_text()
+        manual = (DOCS.parent / "packaging/man/veld.8.in").read_text()
         keywords = re.search(r"^The keyword may be written .*:\n((?:\.Cm .*\n|or\n)+)", manual, re.M).group(1)
         self.assertEqual(re.sub(r"\.Cm|[,.]|or\b", " ", keywords).split(), [row[0] for row in COMMANDS])
         parameter = API["paths"]["/api/command/{command}"]["post"]["parameters"][0]
