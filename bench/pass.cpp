@@ -50,8 +50,9 @@ void listNewMessages(unsigned count) {
 }
 
 void runToolCommands() {
-  if (std::system("SMS_CONFIG=/etc/smsconfig sms list unread > /dev/null") != 0) std::abort();
-  std::FILE* const pipe = popen("SMS_CONFIG=/etc/smsconfig sms list read", "r");
+  const std::string tool = smsTool;
+  if (std::system((tool + "list unread > /dev/null").c_str()) != 0) std::abort();
+  std::FILE* const pipe = popen((tool + "list read").c_str(), "r");
   char piece[1024];
   while (std::fgets(piece, sizeof(piece), pipe) != nullptr) benchmark::DoNotOptimize(piece);
   pclose(pipe);

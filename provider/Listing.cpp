@@ -33,15 +33,6 @@ std::string withoutQuotes(std::string text) {
   return text;
 }
 
-std::string decodedMessage(const std::string& userData, Json::Value& record) {
-  std::string text = withoutQuotes(userData);
-  parseUserDataHeader(record, text);
-  unescapeText(text);
-  std::vector<char> bytes(text.begin(), text.end());
-  decodeGsmEscapes(bytes);
-  return std::string(bytes.begin(), bytes.end());
-}
-
 void parseLine(const std::string& line, Json::Value& record) {
   const std::size_t sender = line.find(senderMarker);
   if (sender != std::string::npos && !contains(line, serviceCentreMarker) &&
@@ -50,7 +41,7 @@ void parseLine(const std::string& line, Json::Value& record) {
 
   const std::size_t userData = line.find(userDataMarker);
   if (userData != std::string::npos && !MessageRecord::has(record, Key::Message))
-    record[Key::Message] = decodedMessage(valueBehind(line, userData, userDataMarker), record);
+    record[Key::Message] = decodeUserData(withoutQuotes(valueBehind(line, userData, userDataMarker)), record);
 }
 
 void stamp(Json::Value& record, std::size_t ordinal) {

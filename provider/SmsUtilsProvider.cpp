@@ -10,6 +10,7 @@
 #include "provider/Listing.h"
 #include "provider/MultipartJoiner.h"
 #include "storage/MessageRecord.h"
+#include "storage/MessageStore.h"
 #include "support/Logger.h"
 #include "support/SignalHold.h"
 
@@ -17,14 +18,9 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr char createFolder[] = "mkdir -p /tmp/sms/";
-constexpr char sendFile[] = "/tmp/sms/sms-tmp";
-constexpr char sendBegin[] = "bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send ";
-constexpr char sendFileOption[] = "-f ";
-constexpr char sendEnd[] = " >> /var/log/veld.log 2>&1'";
-constexpr char markRead[] = "SMS_CONFIG=/etc/smsconfig sms list unread > /dev/null";
-constexpr char listRead[] = "SMS_CONFIG=/etc/smsconfig sms list read";
-constexpr char deleteRead[] = "SMS_CONFIG=/etc/smsconfig sms delete read";
+const std::string tool = smsTool;
+const std::string sendFile = std::string(stagingFolder) + "/sms-tmp";
+constexpr char sendLog[] = "/var/log/veld.log";
 constexpr std::size_t pieceSize = 1024;  // bytes of a line, the terminator included
 
 std::vector<std::string> readLines(std::FILE* pipe) {
@@ -36,7 +32,7 @@ std::vector<std::string> readLines(std::FILE* pipe) {
 }
 
 std::vector<std::string> listMessages() {
-  std::FILE* const pipe = popen(listRead, "r");
+  std::FILE* const pipe = popen((tool + "list read").c_str(), "r");
   if (pipe == nullptr) {
     ORVEL_LOG(ERROR, "[SMS-UTILS] Pipe error: [%d][%s]", errno, std::strerror(errno));
     return {};
@@ -49,7 +45,8 @@ std::vector<std::string> listMessages() {
 bool writeSendFile(const Json::Value& record) {
   std::ofstream file(sendFile);
   if (!file.is_open()) {
-    ORVEL_LOG(ERROR, "Cannot open file [%s] to write: [%d][%s]", sendFile, errno, std::strerror(errno));
+    ORVEL_LOG(ERROR, "Cannot open file [%s] to write: [%d][%s]", sendFile.c_str(), errno,
+              std::strerror(errno));
     return false;
   }
   file << MessageRecord::member(record, Key::Message).asString().c_str();  // up to the first NUL
@@ -57,7 +54,7 @@ bool writeSendFile(const Json::Value& record) {
 }
 
 void removeSendFile() {
-  const std::string command = std::string("rm ") + sendFile;
+  const std::string command = "rm " + sendFile;
   if (std::system(command.c_str()) != 0)
     ORVEL_LOG(ERROR, "Error to remove file %s: [%d][%s]", command.c_str(), errno, std::strerror(errno));
 }
@@ -65,17 +62,17 @@ void removeSendFile() {
 }  // namespace
 
 SmsUtilsProvider::SmsUtilsProvider() {
-  if (std::system(createFolder) != 0)
+  if (std::system(("mkdir -p " + std::string(stagingFolder) + "/").c_str()) != 0)
     ORVEL_LOG(ERROR, "Cannot create dir: [%d][%s]", errno, std::strerror(errno));
 }
 
 std::vector<Json::Value> SmsUtilsProvider::receiveMessages() {
   // The tool marks the messages that it lists as read, so that the listing below holds new and old ones
   // alike.
-  [[maybe_unused]] const int ignored = std::system(markRead);
+  [[maybe_unused]] const int ignored = std::system((tool + "list unread > /dev/null").c_str());
   const Listing listing = parseListing(listMessages());
   if (listing.foundMessage) {
-    const int status = std::system(deleteRead);
+    const int status = std::system((tool + "delete read").c_str());
     if (status != 0) ORVEL_LOG(ERROR, "[SMS-UTILS] Failed to delete SMS messages: [%d]", status);
   }
   return joinMultipartMessages(listing.records);
@@ -88,7 +85,8 @@ bool SmsUtilsProvider::sendMessage(const Json::Value& message) {
     return false;
   }
   if (!writeSendFile(message)) return false;
-  const std::string command = std::string(sendBegin) + sendFileOption + sendFile + " " + recipient + sendEnd;
+  const std::string command =
+      "bash -c '" + tool + "--verbose send -f " + sendFile + " " + recipient + " >> " + sendLog + " 2>&1'";
   ORVEL_LOG(INFO, "%s", command.c_str());
   const int status = std::system(command.c_str());
   if (status != 0) ORVEL_LOG(ERROR, "Error to send SMS. Error: %d", status);

@@ -2,6 +2,9 @@
 
 #include "provider/SmsProvider.h"
 
+/// How the tool is called; a command of it follows.
+constexpr char smsTool[] = "SMS_CONFIG=/etc/smsconfig sms ";
+
 /// Drives the modem through the gateway's command-line tool `sms`, which is run by the shell.
 ///
 /// Keeps nothing between calls. Failures of the tool are logged and end in an empty result or false; only a

@@ -175,7 +175,7 @@ void decodeGsmEscapes(std::vector<char>& bytes) {
     rest.remove_prefix(std::min(hexEscapeLength, rest.size()));
     std::string_view replacement;
     if (code != escapeCode) {
-      replacement = code < 128 ? gsmDefaultAlphabet[code] : gsmExtensionAlphabet[code - 128];
+      replacement = gsmAlphabets[code / 128][code % 128];
     } else if (!rest.empty()) {
       replacement = extensionText(rest[0]);
       rest.remove_prefix(1);
@@ -187,4 +187,12 @@ void decodeGsmEscapes(std::vector<char>& bytes) {
   }
   copy(rest.size());
   bytes.resize(static_cast<std::size_t>(out - bytes.data()));
+}
+
+std::string decodeUserData(std::string text, Json::Value& record) {
+  parseUserDataHeader(record, text);
+  unescapeText(text);
+  std::vector<char> bytes(text.begin(), text.end());
+  decodeGsmEscapes(bytes);
+  return std::string(bytes.begin(), bytes.end());
 }

@@ -33,3 +33,6 @@ void unescapeText(std::string& text);
 /// when that character is not in the alphabet or missing. The first escape whose first digit is not 0 to 9 or
 /// "a" ends the decoding: it stays in the text with all that follow. The text never grows.
 void decodeGsmEscapes(std::vector<char>& bytes);
+
+/// All of it, in this order: the text of the user data `text`, whose header goes into `record`.
+std::string decodeUserData(std::string text, Json::Value& record);

@@ -9,13 +9,9 @@ using Simulator::GsmEncoder;
 namespace {
 
 // What the daemon makes of a part.
-std::string decoded(std::string part) {
+std::string decoded(const std::string& part) {
   Json::Value record;
-  parseUserDataHeader(record, part);
-  unescapeText(part);
-  std::vector<char> bytes(part.begin(), part.end());
-  decodeGsmEscapes(bytes);
-  return {bytes.begin(), bytes.end()};
+  return decodeUserData(part, record);
 }
 
 std::string repeated(const std::string& text, unsigned count) {
