@@ -12,18 +12,12 @@
 namespace {
 
 using Simulator::ApiFault;
-using Simulator::Gateway;
 using Simulator::ToolFault;
+using Simulator::waitUntil;
+using Passed = Simulator::DaemonProcess::Passed;
 
 constexpr double passSeconds = 30;
-
-bool waitUntil(const std::function<bool()>& done) {
-  for (unsigned milliseconds = 0; milliseconds < 10000; ++milliseconds) {
-    if (done()) return true;
-    usleep(1000);
-  }
-  return false;
-}
+constexpr double waitSeconds = 10;
 
 // The processes named `name`; all of them belong to this gateway.
 void killAll(const std::string& name) {
@@ -39,8 +33,8 @@ bool Chaos::fail(const std::string& problem) {
 }
 
 bool Chaos::start(unsigned faults) {
-  if (!gateway_.start(problem_)) return false;
-  if (gateway_.awaitSleep(passSeconds) != Gateway::Passed::Yes)
+  if (!gateway_.daemon().start(problem_)) return false;
+  if (gateway_.daemon().awaitSleep(passSeconds) != Passed::Yes)
     return fail("The first pass did not come to its end.");
   ledger_.observe(faults);
   return true;
@@ -53,11 +47,11 @@ bool Chaos::quietPass() {
 
 bool Chaos::runPass() {
   const auto begin = std::chrono::steady_clock::now();
-  const Gateway::Passed passed = gateway_.pass();
+  const Passed passed = gateway_.daemon().pass();
   const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - begin;
   passMicroseconds_ = static_cast<unsigned>(took.count());
-  if (passed == Gateway::Passed::Ended) return fail("The daemon ended: " + gateway_.daemon().ending());
-  if (passed == Gateway::Passed::NotYet) return fail("A pass took more than thirty seconds.");
+  if (passed == Passed::Ended) return fail("The daemon ended: " + gateway_.daemon().ending());
+  if (passed == Passed::NotYet) return fail("A pass took more than a minute.");
   ledger_.observe(faults_);
   return true;
 }
@@ -104,11 +98,11 @@ void Chaos::breakForAWhile() {
       return gateway_.setToolThere(false);
     case 6:
       faults_ = Fault::TmpFull;
-      Gateway::setFull("/tmp", true);
+      gateway_.tmp().fill();
       return;
     default:
       faults_ = Fault::DiskFull;
-      Gateway::setFull("/var", true);
+      gateway_.var().fill();
   }
 }
 
@@ -123,7 +117,7 @@ void Chaos::breakTool() {
 }
 
 void Chaos::repair() {
-  if (!gateway_.repairAll()) fail("The gateway could not be repaired.");
+  if (!gateway_.repair()) fail("The gateway could not be repaired.");
   faults_ = Fault::None;
   passesLeft_ = 0;
 }
@@ -137,25 +131,27 @@ bool Chaos::passThatHangs() {
     gateway_.modem().setFault(operations[operation], ToolFault::Hang, 1);
   else
     gateway_.api().setFault(ApiFault::Silent, 0);
-  gateway_.grantPass();
-  const auto hangs = [&] { return gateway_.modem().hanging() || gateway_.api().waiting() > 0; };
-  if (!waitUntil([&] { return hangs() || gateway_.awaitSleep(0) != Gateway::Passed::NotYet; }))
+  gateway_.clock().grant();
+  const auto hangs = [&] {
+    return !gateway_.modem().hangingOperation().empty() || gateway_.api().waiting() > 0;
+  };
+  if (!waitUntil(waitSeconds, [&] { return hangs() || gateway_.daemon().awaitSleep(0) != Passed::NotYet; }))
     return fail("A pass neither hung nor ended.");
   const bool ends = lethal_ && hangs() && below(2) == 0;
   if (ends)
     gateway_.daemon().signal(SIGTERM);
-  else if (operation == 0 && gateway_.modem().hanging() && below(2) == 0)
+  else if (operation == 0 && !gateway_.modem().hangingOperation().empty() && below(2) == 0)
     cutListing();
   const unsigned faults = faults_;
   repair();
-  if (!ends && gateway_.awaitSleep(passSeconds) != Gateway::Passed::Yes)
+  if (!ends && gateway_.daemon().awaitSleep(passSeconds) != Passed::Yes)
     return fail("A pass that hung did not go on.");
   return ends ? stopAndRestart(faults) : look(faults);
 }
 
 void Chaos::cutListing() {
   killAll("sms");
-  gateway_.modem().setHanging(false);
+  gateway_.modem().setHanging("");
   faults_ = Fault::CutListing;
 }
 
@@ -166,14 +162,14 @@ bool Chaos::look(unsigned faults) {
 
 // To be called in the middle of a pass, which is to be completed.
 bool Chaos::stopAndRestart(unsigned faults) {
-  if (!gateway_.stop()) return fail("The daemon did not end after SIGTERM.");
+  if (!gateway_.daemon().stop()) return fail("The daemon did not end after SIGTERM.");
   if (gateway_.daemon().ending() != "0") return fail("After SIGTERM: " + gateway_.daemon().ending());
   return look(faults) && restart();
 }
 
 // Lets a pass begin, and go on for a moment.
 void Chaos::waitInsidePass() {
-  gateway_.grantPass();
+  gateway_.clock().grant();
   usleep(below(passMicroseconds_ + passMicroseconds_ / 4));
 }
 
@@ -187,7 +183,8 @@ bool Chaos::kill() {
   const pid_t daemon = gateway_.daemon().pid();
   waitInsidePass();
   ::kill(below(2) == 0 ? daemon : -daemon, SIGKILL);
-  if (!waitUntil([&] { return !gateway_.daemon().running(); })) return fail("The daemon survived SIGKILL.");
+  if (!waitUntil(waitSeconds, [&] { return !gateway_.daemon().running(); }))
+    return fail("The daemon survived SIGKILL.");
   while (waitpid(-1, nullptr, 0) > 0) continue;  // what it had started
   ledger_.observe(Fault::Killed);
   return restart();
@@ -201,7 +198,7 @@ bool Chaos::restart() {
 // For a pass of a daemon of its own: it reads the whitelist when it starts.
 bool Chaos::spoilWhitelist() {
   const Json::Value numbers = gateway_.settings().value()["smsCommands"]["whitelist"]["numbers"];
-  if (!gateway_.stop()) return fail("The daemon did not end after SIGTERM.");
+  if (!gateway_.daemon().stop()) return fail("The daemon did not end after SIGTERM.");
   ledger_.observe(Fault::Other);
   Json::Value spoilt(Json::arrayValue);
   spoilt.append(Json::objectValue);
@@ -209,7 +206,7 @@ bool Chaos::spoilWhitelist() {
   ++ends_;
   const bool started = start(Fault::BadWhitelist | Fault::Restarted);
   gateway_.settings().set("smsCommands.whitelist.numbers", numbers);
-  if (!started || !gateway_.stop())
+  if (!started || !gateway_.daemon().stop())
     return fail("The daemon did not run, or not end, with a spoilt whitelist.");
   ledger_.observe(Fault::BadWhitelist);
   return restart();

@@ -11,7 +11,7 @@
 
 namespace {
 
-using Simulator::Gateway;
+using Simulator::MessageFolders;
 
 std::set<unsigned> tokensIn(const std::string& text) {
   std::set<unsigned> numbers;
@@ -79,7 +79,7 @@ void Ledger::observeModem() {
 }
 
 void Ledger::observeInbox() {
-  const std::string folder = Gateway::folderOf("received");
+  const std::string folder = MessageFolders::pathOf("received");
   std::map<std::string, std::string> versions;
   for (const std::string& name : Simulator::listFolder(folder)) {
     const std::string path = folder + "/" + name;
@@ -114,7 +114,7 @@ void Ledger::observeOutbox() {
     Json::Value record;
     message.box.clear();
     for (const char* const box : {"sending", "sent", "failed"}) {
-      const std::string text = Simulator::readFile(Gateway::folderOf(box) + "/" + message.guid);
+      const std::string text = Simulator::readFile(MessageFolders::pathOf(box) + "/" + message.guid);
       if (Simulator::readJson(text, record) && record.isObject()) message.box = box;
     }
     const bool isForGood = message.box.empty() || message.box == "sent" ||

@@ -84,5 +84,5 @@ void Load::queue() {
   record["message"] = "Out " + Ledger::token(number);
   record["retries"] = below(3);
   std::string guid;
-  if (gateway_.queue(record, guid)) ledger_.enterQueued(number, guid, isRefused);
+  if (gateway_.folders().queue(record, guid)) ledger_.enterQueued(number, guid, isRefused);
 }

@@ -11,7 +11,6 @@
 
 #include "simulator/support/Files.h"
 #include "soak/Chaos.h"
-#include "soak/Footprint.h"
 #include "soak/Ledger.h"
 #include "soak/Load.h"
 
@@ -59,9 +58,9 @@ class Soak {
     for (const char* const log : {"/var/log/syslog", "/var/log/veld.log"})
       if (fs::exists(log)) fs::resize_file(log, 0);
     for (const fs::directory_entry& staged : fs::directory_iterator("/tmp/sms")) fs::remove(staged);
-    for (const std::string& box : Simulator::Gateway::boxes()) {
-      for (const std::string& name : Simulator::listFolder(Simulator::Gateway::folderOf(box))) {
-        const std::string path = Simulator::Gateway::folderOf(box) + "/" + name;
+    for (const char* const box : Simulator::MessageFolders::boxes) {
+      for (const std::string& name : Simulator::listFolder(Simulator::MessageFolders::pathOf(box))) {
+        const std::string path = Simulator::MessageFolders::pathOf(box) + "/" + name;
         Json::Value record;
         if (!Simulator::readJson(Simulator::readFile(path), record)) fs::remove(path);
       }
@@ -70,12 +69,12 @@ class Soak {
 
   bool liveOnce(unsigned count) {
     if (!passes("One life", 1, settlingPasses) || !chaos_.quietPass()) return false;
-    const Footprint before = Footprint::of(gateway_.daemon().pid());
+    const Simulator::Footprint before = gateway_.daemon().footprint();
     if (!passes("One life", settlingPasses + 1, count) || !chaos_.quietPass()) return false;
-    const Footprint after = Footprint::of(gateway_.daemon().pid());
+    const Simulator::Footprint after = gateway_.daemon().footprint();
     std::cout << "After " << settlingPasses << " passes: " << before.text() << "\nAfter " << count
               << " passes: " << after.text() << std::endl;
-    isClean_ = after.residentKilobytes <= before.residentKilobytes + growthKilobytes &&
+    isClean_ = after.resident <= before.resident + growthKilobytes &&
                after.descriptors == before.descriptors && after.children == 0;
     if (!isClean_) std::cout << "Something is left over." << std::endl;
     return true;
@@ -91,7 +90,7 @@ class Soak {
     load_.release();
     for (unsigned pass = 0; pass < 50; ++pass)
       if (!chaos_.quietPass()) return false;
-    return gateway_.stop();
+    return gateway_.daemon().stop();
   }
 
   bool isClean_ = true;  ///< nothing is left over from the one life

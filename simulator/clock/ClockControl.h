@@ -13,10 +13,10 @@ struct ClockControl {
 
   std::atomic<std::int64_t> skipped;  ///< what both clocks are ahead: the parts of sleeps that were cut off
   std::atomic<std::uint32_t> hold;    ///< 1: a sleep ends only by a grant or a signal, whatever its length
-  std::atomic<std::uint32_t> begun;   ///< sleeps begun since the daemon was started; a futex
+  std::atomic<std::uint32_t> begun;   ///< sleeps begun since the daemon was started
   std::atomic<std::uint32_t> ended;   ///< of these, the ones that have ended
-  std::atomic<std::uint32_t>
-      granted;  ///< sleep number `granted`, counting from 1, and all before it end at once
+  /// Sleep number `granted`, counting from 1, and all before it end at once.
+  std::atomic<std::uint32_t> granted;
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "two processes share the file");
 

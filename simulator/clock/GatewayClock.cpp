@@ -1,14 +1,11 @@
 #include "simulator/clock/GatewayClock.h"
 
 #include <fcntl.h>
-#include <linux/futex.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
@@ -44,17 +41,6 @@ void GatewayClock::grant() {
   control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
   // A full FIFO holds enough to wake whoever sleeps.
   if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::wakeFifo);
-}
-
-bool GatewayClock::waitForSleep(std::uint32_t begunBefore, double seconds,
-                                const std::function<bool()>& lost) const {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-  while (static_cast<std::int32_t>(control_->begun - begunBefore) <= 0) {
-    if (lost() || std::chrono::steady_clock::now() >= end) return false;
-    const timespec slice{0, 5'000'000};
-    syscall(SYS_futex, &control_->begun, FUTEX_WAIT, begunBefore, &slice, nullptr, 0);
-  }
-  return true;
 }
 
 }  // namespace Simulator

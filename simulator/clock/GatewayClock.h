@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <ctime>
-#include <functional>
 
 #include "simulator/clock/ClockControl.h"
 
@@ -29,9 +28,6 @@ class GatewayClock {
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
   /// Ends the sleep that goes on, or else the next one.
   void grant();
-  /// Waits up to `seconds` until more than `begunBefore` sleeps have begun; gives up early once `lost` is
-  /// true.
-  bool waitForSleep(std::uint32_t begunBefore, double seconds, const std::function<bool()>& lost) const;
 
  private:
   ClockControl* control_;

@@ -2,14 +2,12 @@
 // sleeps can be cut short, and the clocks then go on by what was cut off, as if it had passed.
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <linux/futex.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
@@ -23,10 +21,8 @@ using Simulator::ClockControl;
 // With 64-bit times on a 32-bit system the kernel has calls of their own for them.
 #if defined(__TIMESIZE) && __TIMESIZE == 32 && defined(_TIME_BITS) && _TIME_BITS == 64
 constexpr long clockGettimeCall = SYS_clock_gettime64;
-constexpr long futexCall = SYS_futex_time64;
 #else
 constexpr long clockGettimeCall = SYS_clock_gettime;
-constexpr long futexCall = SYS_futex;
 #endif
 
 ClockControl* control = nullptr;
@@ -77,7 +73,6 @@ unsigned sleep(unsigned seconds) {
   sigfillset(&all);
   sigprocmask(SIG_BLOCK, &all, &before);
   const std::uint32_t number = ++control->begun;
-  syscall(futexCall, &control->begun, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
   unsigned remaining = seconds;
   bool interrupted = false;
   while (!interrupted && !isGranted(number)) {

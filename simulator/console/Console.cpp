@@ -20,17 +20,18 @@ constexpr char plain[] = "\033[0m";
 constexpr char faint[] = "\033[2m";
 constexpr char refusedColour[] = "\033[33m";
 constexpr char welcome[] =
-    "A cellular gateway with the daemon running in it. \"help\" lists the commands, the tab key completes "
-    "them.\n"
-    "Try:  receive +4917012345 \"p secret #ping 8.8.8.8 3\"   then  pass  and  requests\n";
+    "A cellular gateway. \"start\" starts the daemon in it, \"help\" lists the commands, the tab key "
+    "completes them.\n"
+    "Then try:  receive +4917012345 \"p secret #ping 8.8.8.8 3\"   then  pass  and  requests\n";
 
 // By syslog level: 0 (emergency) to 7 (debug).
 constexpr const char* colours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
                                    "\033[33m",   "\033[36m",   plain,        faint};
 
-// The editor asks for completions through a plain function, and a signal handler is one.
-Interpreter* completed = nullptr;
+// The editor asks for completions through plain functions, and a signal handler is one.
+Interpreter* interpreter = nullptr;
 std::vector<std::string> candidates;
+std::size_t nextAt = 0;
 
 // The words of the arguments that stand for themselves, as "received" in "received|sending"; the others are
 // in upper case or numbers.
@@ -49,10 +50,9 @@ std::set<std::string> wordsOf(const std::string& arguments) {
 }
 
 char* nextCandidate(const char* begun, int state) {
-  static std::size_t at;
-  if (state == 0) at = 0;
-  while (at < candidates.size()) {
-    const std::string& candidate = candidates[at++];
+  if (state == 0) nextAt = 0;
+  while (nextAt < candidates.size()) {
+    const std::string& candidate = candidates[nextAt++];
     if (candidate.compare(0, std::strlen(begun), begun) == 0) return strdup(candidate.c_str());
   }
   return nullptr;
@@ -65,7 +65,7 @@ char** complete(const char* begun, int start, int) {
   const std::string name =
       first == std::string::npos ? "" : line.substr(first, line.find(' ', first) - first);
   candidates.clear();
-  for (const Command& command : completed->all()) {
+  for (const Command& command : interpreter->all()) {
     if (name.empty() || name == "help") candidates.emplace_back(command.name);
     if (name != command.name) continue;
     const std::set<std::string> words = wordsOf(command.arguments);
@@ -100,8 +100,8 @@ void Console::run() {
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
   const char* home = std::getenv("HOME");
   const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
-  completed = &interpreter_;
-  std::signal(SIGINT, [](int) { completed->gateway().interrupt(); });
+  interpreter = &interpreter_;
+  std::signal(SIGINT, [](int) { interpreter->gateway().daemon().interrupt(); });
   rl_readline_name = "gateway";
   rl_attempted_completion_function = complete;
   using_history();
@@ -109,7 +109,6 @@ void Console::run() {
   read_history(history.c_str());
 
   std::cout << welcome;
-  execute("start");
   for (;;) {
     errno = 0;
     char* typed = readline(prompt);
@@ -136,10 +135,9 @@ void Console::execute(const std::string& line) {
     std::cout << refusedColour << answer.text << plain << "\n";
   }
   interpreter_.carryOut();
-  for (const std::string& done : interpreter_.carriedOut(told_)) {
-    print(done);
-    ++told_;
-  }
+  const auto turn = interpreter_.lock();
+  const std::vector<Responder::Event>& events = interpreter_.gateway().responder().events();
+  for (; told_ < events.size(); ++told_) std::cout << events[told_].text << "\n";
   showLog();
 }
 

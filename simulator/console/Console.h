@@ -9,8 +9,8 @@ class Console {
  public:
   explicit Console(Interpreter& interpreter) : interpreter_(interpreter) {}
 
-  /// Starts the daemon and executes what is typed until "quit" or the end of the input. While a line is typed
-  /// the daemon goes on in real time; what the API was asked for is carried out before the next prompt.
+  /// Executes what is typed until "quit" or the end of the input. While a line is typed the daemon goes on in
+  /// real time; what the API was asked for is carried out before the next prompt.
   void run();
 
  private:

@@ -1,8 +1,7 @@
 #include <signal.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <ctime>
+#include <map>
 
 #include "simulator/console/Interpreter.h"
 #include "simulator/support/Files.h"
@@ -10,192 +9,203 @@
 namespace Simulator {
 namespace {
 
-constexpr double awaitSeconds = 30;
+using Passed = DaemonProcess::Passed;
+
+constexpr unsigned awaitSeconds = 30;
 constexpr unsigned passSeconds = 5;
+constexpr char applies[] = "; \"restart\" applies it.";
 
 std::string ended(Gateway& gateway) {
   return "The daemon ended with status " + gateway.daemon().ending() + ".";
 }
 
-Answer start(Gateway& gateway, CommandLine& line) {
-  const bool wait = !line.takeFlag("--no-wait");
-  if (!line.words().empty()) return misuse();
+Answer notRunning(Gateway& gateway) {
+  const std::string before =
+      gateway.daemon().ending().empty() ? "The daemon is not running." : ended(gateway);
+  return wrong(before + " \"start\" starts it.");
+}
+
+// Why a wait came to nothing.
+Answer stillWaits(Gateway& gateway, const std::string& after) {
+  if (gateway.daemon().interrupted()) return wrong("Interrupted; " + after + " goes on all the same.");
+  const std::string hang = gateway.hang();
+  return wrong(after + (hang.empty() ? " takes very long." : " does not end: " + hang + "."));
+}
+
+Answer start(Gateway& gateway, const Arguments& given) {
+  DaemonProcess& daemon = gateway.daemon();
   std::string problem;
-  if (!gateway.start(problem)) return wrong(problem);
-  if (!wait) return {true, "The daemon is starting."};
-  switch (gateway.awaitSleep(awaitSeconds)) {
-    case Gateway::Passed::Yes:
-      return {true, "The daemon runs, as process " + std::to_string(gateway.daemon().pid()) + "."};
-    case Gateway::Passed::Ended:
-      return {true, ended(gateway)};
-    default:
-      return wrong("The daemon has not ended its first pass within 30 seconds.");
-  }
+  if (daemon.running())
+    return {true, "The daemon runs already, as process " + std::to_string(daemon.pid()) + "."};
+  if (!daemon.start(problem)) return wrong(problem);
+  if (given.has("--no-wait")) return {true, "The daemon is starting."};
+  const Passed passed = daemon.awaitSleep(awaitSeconds);
+  if (passed == Passed::Ended) return {true, ended(gateway)};
+  if (passed == Passed::NotYet) return stillWaits(gateway, "The first pass");
+  return {true, "The daemon runs, as process " + std::to_string(daemon.pid()) + "."};
 }
 
-Answer stop(Gateway& gateway, CommandLine& line) {
-  if (!line.words().empty()) return misuse();
-  if (!gateway.daemon().running()) return wrong("The daemon is not running; \"start\" starts it.");
-  if (!gateway.stop()) return wrong("The daemon did not end within 10 seconds; \"kill\" ends it.");
-  return {true, ended(gateway)};
+Answer stop(Gateway& gateway, const Arguments&) {
+  if (!gateway.daemon().running()) return notRunning(gateway);
+  if (gateway.daemon().stop()) return {true, ended(gateway)};
+  Answer answer = stillWaits(gateway, "The daemon's last pass");
+  answer.text += " \"kill\" ends it at once.";
+  return answer;
 }
 
-Answer restart(Gateway& gateway, CommandLine& line) {
+Answer restart(Gateway& gateway, const Arguments& given) {
   if (gateway.daemon().running()) {
-    if (Answer answer = stop(gateway, line); !answer.good) return answer;
+    if (const Answer answer = stop(gateway, given); !answer.good) return answer;
   }
-  return start(gateway, line);
+  return start(gateway, given);
 }
 
-Answer killDaemon(Gateway& gateway, CommandLine& line) {
-  const std::string name = line.words().empty() ? "KILL" : line.words()[0];
-  const int number = name == "KILL"   ? SIGKILL
-                     : name == "TERM" ? SIGTERM
-                     : name == "HUP"  ? SIGHUP
-                     : name == "INT"  ? SIGINT
-                                      : 0;
-  if (number == 0 || line.words().size() > 1) return misuse();
-  if (!gateway.daemon().signal(number)) return wrong("The daemon is not running; \"start\" starts it.");
+Answer killDaemon(Gateway& gateway, const Arguments& given) {
+  const std::map<std::string, int> signals{
+      {"KILL", SIGKILL}, {"TERM", SIGTERM}, {"HUP", SIGHUP}, {"INT", SIGINT}};
+  const std::string name = given.words().empty() ? "KILL" : given.word(0);
+  const auto found = signals.find(name);
+  if (found == signals.end()) return wrong("\"" + name + "\" is not KILL, TERM, HUP or INT.");
+  if (!gateway.daemon().signal(found->second)) return notRunning(gateway);
   return {true, "Sent SIG" + name + "."};
 }
 
 Answer passes(Gateway& gateway, unsigned count) {
-  gateway.takeInterrupt();
   for (unsigned i = 0; i < count; ++i) {
-    if (gateway.takeInterrupt()) return wrong("Interrupted after " + std::to_string(i) + " passes.");
-    switch (gateway.pass()) {
-      case Gateway::Passed::Yes:
-        break;
-      case Gateway::Passed::Ended:
-        return wrong(gateway.daemon().ending().empty() ? "The daemon is not running; \"start\" starts it."
-                                                       : ended(gateway));
-      default:
-        return wrong("The daemon has been in one pass for a minute.");
-    }
+    const Passed passed = gateway.daemon().pass();
+    if (passed == Passed::Ended) return notRunning(gateway);
+    if (passed == Passed::NotYet) return stillWaits(gateway, "Pass " + std::to_string(i + 1));
   }
   return {true, std::to_string(count) + (count == 1 ? " pass, " : " passes, ") +
                     std::to_string(count * passSeconds) + " seconds."};
 }
 
-Answer pass(Gateway& gateway, CommandLine& line) {
-  const bool wait = !line.takeFlag("--no-wait");
-  const std::optional<unsigned> count = line.words().empty() ? 1 : readNumber(line.words()[0]);
-  if (line.words().size() > 1 || !count || (!wait && *count != 1)) return misuse();
-  if (wait) return passes(gateway, *count);
-  if (gateway.awaitSleep(awaitSeconds) != Gateway::Passed::Yes)
-    return wrong("The daemon is not waiting for a pass.");
-  gateway.grantPass();
+Answer pass(Gateway& gateway, const Arguments& given) {
+  if (!given.has("--no-wait")) return passes(gateway, given.number(0, 1));
+  const Passed passed = gateway.daemon().awaitSleep(awaitSeconds);
+  if (passed == Passed::Ended) return notRunning(gateway);
+  if (passed == Passed::NotYet) return stillWaits(gateway, "The pass before");
+  gateway.clock().grant();
   return {true, "The pass has begun."};
 }
 
-Answer wait(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() != 1) return misuse();
-  std::string text = line.words()[0];
-  unsigned unit = 1;
-  if (!text.empty() && text.find_first_of("smh") == text.size() - 1) {
-    unit = text.back() == 'h' ? 3600 : text.back() == 'm' ? 60 : 1;
-    text.pop_back();
-  }
+Answer wait(Gateway& gateway, const Arguments& given) {
+  std::string text = given.word(0);
+  const std::map<char, unsigned> units{{'s', 1}, {'m', 60}, {'h', 3600}};
+  const auto unit = text.empty() ? units.end() : units.find(text.back());
+  if (unit != units.end()) text.pop_back();
   const std::optional<unsigned> number = readNumber(text);
-  if (!number) return misuse();
-  return passes(gateway, (*number * unit + passSeconds - 1) / passSeconds);
+  if (!number) return wrong("\"" + given.word(0) + "\" is no time, such as 30s, 5m or 1h.");
+  return passes(gateway,
+                (*number * (unit == units.end() ? 1 : unit->second) + passSeconds - 1) / passSeconds);
 }
 
-Answer date(Gateway& gateway, CommandLine& line) {
+Answer date(Gateway& gateway, const Arguments& given) {
+  const std::string& day = given.word(0);
   std::tm noon{};
-  if (line.words().size() != 1) return misuse();
-  const char* const end = strptime(line.words()[0].c_str(), "%Y-%m-%d", &noon);
-  if (end == nullptr || *end != '\0') return misuse();
+  const char* const end = strptime(day.c_str(), "%Y-%m-%d", &noon);
+  const int dayOfMonth = noon.tm_mday;
   noon.tm_hour = 12;
   noon.tm_isdst = -1;
-  gateway.clock().set(std::mktime(&noon));
-  return {true, "It is noon on " + line.words()[0] + "."};
+  const std::time_t time = std::mktime(&noon);
+  // What is no day of its month has become one of the next.
+  if (end == nullptr || *end != '\0' || noon.tm_mday != dayOfMonth)
+    return wrong("\"" + day + "\" is no day, such as 2045-06-15.");
+  gateway.clock().set(time);
+  return {true, "It is noon on " + day + "."};
 }
 
-Answer await(Gateway& gateway, CommandLine& line) {
-  const std::string what = line.words().size() == 1 ? line.words()[0] : "";
-  if (what != "pass" && what != "tool" && what != "request" && what != "exit") return misuse();
+Answer await(Gateway& gateway, const Arguments& given) {
+  const std::string& what = given.word(0);
+  DaemonProcess& daemon = gateway.daemon();
   // What a signal asked for in the middle of a pass is done after the sleep behind it.
   bool granted = what != "exit";
-  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(awaitSeconds);
-  while (std::chrono::steady_clock::now() < end) {
-    if (what == "exit" && !gateway.daemon().running()) return {true, ended(gateway)};
-    if (!granted && gateway.awaitSleep(0) == Gateway::Passed::Yes) {
-      gateway.grantPass();
+  const auto happened = [&] {
+    if (!granted && gateway.clock().sleeping()) {
+      gateway.clock().grant();
       granted = true;
     }
-    if (what == "pass" && gateway.awaitSleep(0) == Gateway::Passed::Yes) return {true, "The daemon sleeps."};
-    if (what == "tool" && gateway.modem().hanging()) return {true, "The tool hangs."};
-    if (what == "request" && gateway.api().waiting() > 0) return {true, "A request waits for its answer."};
-    usleep(1000);
-  }
-  return wrong("That did not happen within 30 seconds.");
+    return what == "exit"   ? !daemon.running()
+           : what == "pass" ? gateway.clock().sleeping()
+           : what == "tool" ? !gateway.modem().hangingOperation().empty()
+                            : gateway.api().waiting() > 0;
+  };
+  if (!daemon.wait(awaitSeconds, happened))
+    return wrong(daemon.interrupted() ? "Interrupted." : "That did not happen within 30 seconds.");
+  return {true, what == "exit"   ? ended(gateway)
+                : what == "pass" ? "The daemon sleeps."
+                : what == "tool" ? "The tool hangs."
+                                 : "A request waits for its answer."};
 }
 
-Answer carryOut(Gateway& gateway, CommandLine& line) {
-  if (!line.words().empty()) return misuse();
-  const std::string done = gateway.carryOut();
-  return {true, done.empty() ? "The API was asked for nothing new." : done};
+Answer carryOut(Gateway& gateway, const Arguments&) {
+  const std::vector<Responder::Event>& events = gateway.responder().events();
+  const std::size_t before = events.size();
+  gateway.responder().carryOut();
+  std::string text;
+  for (std::size_t i = before; i < events.size(); ++i) text += events[i].text + "\n";
+  return {true, text.empty() ? "The API was asked for nothing new." : text};
 }
 
-Answer settings(Gateway& gateway, CommandLine& line) {
-  const bool remove = line.takeFlag("--remove");
-  if (line.words().empty() && !remove) return {true, gateway.settings().value().toStyledString()};
-  if (line.words().size() != (remove ? 1U : 2U)) return misuse();
-  const std::string& key = line.words()[0];
+Answer settings(Gateway& gateway, const Arguments& given) {
+  const bool remove = given.has("--remove");
+  const std::string& key = given.word(0);
+  if (given.words().empty()) return {true, gateway.settings().value().toStyledString()};
+  if (!remove && given.words().size() == 1) return wrong("The value of " + key + " is missing.");
   Json::Value value;
-  if (!remove && !readJson(line.words()[1], value)) value = line.words()[1];
+  if (!readJson(given.word(1), value)) value = given.word(1);
   const bool good = remove ? gateway.settings().remove(key) : gateway.settings().set(key, value);
   if (!good) return wrong("The settings have no place \"" + key + "\"; \"settings\" shows them.");
-  return {true, remove ? key + " is gone; \"restart\" applies it."
-                       : key + " is " + toLine(value) + "; \"restart\" applies it."};
+  return {true, key + (remove ? " is gone" : " is " + toLine(value)) + applies};
 }
 
-Answer password(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() != 1) return misuse();
-  const bool off = line.words()[0] == "off";
+Answer password(Gateway& gateway, const Arguments& given) {
+  const bool off = given.word(0) == "off";
   gateway.settings().set("smsCommands.password.enabled", !off);
-  if (!off) gateway.settings().set("smsCommands.password.text", line.words()[0]);
-  return {true, "The password is " + line.words()[0] + "; \"restart\" applies it."};
+  if (!off) gateway.settings().set("smsCommands.password.text", given.word(0));
+  return {true, "The password is " + given.word(0) + applies};
 }
 
-Answer whitelist(Gateway& gateway, CommandLine& line) {
-  if (line.words().empty()) return misuse();
-  const bool off = line.words()[0] == "off" && line.words().size() == 1;
+Answer whitelist(Gateway& gateway, const Arguments& given) {
+  const bool off = given.word(0) == "off";
   Json::Value numbers(Json::arrayValue);
-  for (const std::string& number : line.words()) numbers.append(number);
+  std::string text;
+  for (const std::string& number : given.words()) {
+    numbers.append(number);
+    text += " " + number;
+  }
   gateway.settings().set("smsCommands.whitelist.enabled", !off);
   if (!off) gateway.settings().set("smsCommands.whitelist.numbers", numbers);
-  return {true, "The whitelist is " + line.rest(0) + "; \"restart\" applies it."};
+  return {true, "The whitelist is" + text + applies};
 }
 
-Answer timings(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() != 1) return misuse();
-  if (!gateway.settings().setTimings(line.words()[0])) return wrong("The timers file could not be written.");
-  return {true, "The back-off timers are " + line.words()[0] + "; \"restart\" applies it."};
+Answer timings(Gateway&, const Arguments& given) {
+  if (!Settings::setTimings(given.word(0))) return wrong("The timers file could not be written.");
+  return {true, "The back-off timers are " + given.word(0) + applies};
 }
 
 }  // namespace
 
 const std::vector<Command>& daemonCommands() {
   static const std::vector<Command> commands{
-      {"start", "[--no-wait]", "starts the daemon and waits for its first pass", start},
-      {"stop", "", "asks the daemon to end (SIGTERM) and waits until it has", stop},
-      {"restart", "", "stops the daemon and starts it again, with the settings as they are now", restart},
+      {"start", "[--no-wait]", "starts the daemon and waits for its first pass", start, true},
+      {"stop", "", "asks the daemon to end (SIGTERM) and waits until it has", stop, true},
+      {"restart", "[--no-wait]", "stops the daemon and starts it again, with the settings as they are now",
+       restart, true},
       {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
-      {"pass", "[N] [--no-wait]", "runs N passes of the daemon at once, five seconds each", pass},
-      {"wait", "5m", "lets so much time pass in a moment: seconds, or with m or h", wait},
-      {"date", "2045-06-15", "sets the daemon's clocks to noon of a day", date},
+      {"pass", "[N], [--no-wait]", "runs N passes of the daemon at once, five seconds each", pass, true},
+      {"wait", "TIME", "lets so much time pass in a moment: seconds, or 5m or 1h", wait, true},
+      {"date", "DAY", "sets the daemon's clocks to noon of a day, such as 2045-06-15", date},
       {"await", "pass|tool|request|exit",
-       "waits for a pass to end, a tool or a request to hang, the daemon to end", await},
+       "waits for a pass to end, a tool or a request to hang, the daemon to end", await, true},
       {"carry-out", "",
-       "the gateway does what its API was asked for, and answers (the console does so by itself)", carryOut},
-      {"settings", "[KEY VALUE|KEY --remove]",
+       "the gateway does what its API was asked for, and answers (the console does so by itself)", carryOut,
+       true},
+      {"settings", "[KEY] [VALUE] [--remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
       {"password", "TEXT|off", "the password that a command must carry", password},
-      {"whitelist", "NUMBER...|off", "the numbers that may send commands", whitelist},
-      {"timings", "[30,60]", "the seconds between two tries of a failed message; the brackets belong to it",
-       timings},
+      {"whitelist", "off, NUMBER...", "the numbers that may send commands", whitelist},
+      {"timings", "INTERVALS", "the seconds between two tries of a failed message, such as [30,60]", timings},
   };
   return commands;
 }

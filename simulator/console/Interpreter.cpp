@@ -1,23 +1,22 @@
 #include "simulator/console/Interpreter.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <sstream>
 
 namespace Simulator {
 namespace {
 
 constexpr std::size_t moreMade = 3;  // letters of a wrong name that say which command was meant
+constexpr std::size_t nameWidth = 11;
+constexpr double turnSeconds = 30;
 
 std::string usage(const Command& command) {
   return std::string(command.name) + (*command.arguments == '\0' ? "" : " ") + command.arguments;
 }
 
-bool sameLetters(const std::string& one, std::string other) {
-  std::string sorted = one;
-  std::sort(sorted.begin(), sorted.end());
+bool sameLetters(std::string one, std::string other) {
+  std::sort(one.begin(), one.end());
   std::sort(other.begin(), other.end());
-  return sorted == other;
+  return one == other;
 }
 
 }  // namespace
@@ -26,6 +25,15 @@ Interpreter::Interpreter(Gateway& gateway) : gateway_(gateway) {
   for (const auto* some : {&messageCommands(), &daemonCommands(), &faultCommands(), &lookCommands()}) {
     commands_.insert(commands_.end(), some->begin(), some->end());
   }
+  gateway_.daemon().setPause([this] { pause(); });
+}
+
+Interpreter::~Interpreter() { gateway_.daemon().setPause(sleepAMoment); }
+
+void Interpreter::pause() {
+  turn_.unlock();
+  sleepAMoment();
+  turn_.lock();
 }
 
 const Command* Interpreter::find(const std::string& name) const {
@@ -35,53 +43,56 @@ const Command* Interpreter::find(const std::string& name) const {
 }
 
 Answer Interpreter::execute(const std::string& text) {
-  const Turn turn(turn_);
-  CommandLine line;
-  if (!line.read(text)) return wrong("A quote is left open: close it with another one.");
-  if (line.name().empty()) return {};
-  if (line.name() == "help") return help(line);
-  const Command* command = find(line.name());
-  if (command == nullptr) {
-    for (const Command& other : commands_) {
-      const bool begins = line.name().compare(0, moreMade, other.name,
-                                              std::min(moreMade, std::string(other.name).size())) == 0;
-      if (begins || sameLetters(line.name(), other.name)) {
-        return wrong("There is no command \"" + line.name() + "\"; did you mean: " + usage(other));
-      }
-    }
-    return wrong("There is no command \"" + line.name() + "\"; \"help\" lists them.");
+  std::vector<Word> line;
+  if (!splitLine(text, line)) return wrong("A quote is left open: close it with another one.");
+  if (line.empty()) return {};
+  const std::string& name = line[0].text;
+  if (name == "help") return help(line.size() > 1 ? line[1].text : "");
+  if (const Command* command = find(name)) return run(*command, line);
+  for (const Command& other : commands_) {
+    if (name.compare(0, moreMade, std::string(other.name).substr(0, moreMade)) == 0 ||
+        sameLetters(name, other.name))
+      return wrong("There is no command \"" + name + "\"; did you mean: " + usage(other));
   }
-  Answer answer = command->run(gateway_, line);
-  if (!answer.good && answer.text.empty()) answer.text = "Write it as: " + usage(*command);
+  return wrong("There is no command \"" + name + "\"; \"help\" lists them.");
+}
+
+Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
+  Arguments given;
+  if (!given.read(command.arguments, line)) return wrong(given.problem() + " Write it as: " + usage(command));
+  const auto turn = lock();
+  if (command.waits) {
+    std::string hang;
+    const auto isFree = [&] { return !busy() || !(hang = gateway_.hang()).empty(); };
+    if (!waitUntil(turnSeconds, isFree, [this] { pause(); }) || !hang.empty())
+      return wrong("\"" + waiting_ + "\" has not ended yet" + (hang.empty() ? "" : ": " + hang) + ".");
+    waiting_ = command.name;
+    gateway_.daemon().resume();
+  }
+  Answer answer = command.run(gateway_, given);
+  if (command.waits) waiting_.clear();
   while (!answer.text.empty() && answer.text.back() == '\n') answer.text.pop_back();
   return answer;
 }
 
 void Interpreter::carryOut() {
-  const Turn turn(turn_);
-  std::istringstream done(gateway_.carryOut());
-  for (std::string line; std::getline(done, line);) carriedOut_.push_back(line);
+  const auto turn = lock();
+  if (busy()) return;
+  waiting_ = "carry-out";
+  gateway_.daemon().resume();
+  gateway_.responder().carryOut();
+  waiting_.clear();
 }
 
-std::vector<std::string> Interpreter::carriedOut(std::size_t first) {
-  const Turn turn(turn_);
-  if (first >= carriedOut_.size()) return {};
-  return {carriedOut_.begin() + static_cast<std::ptrdiff_t>(first), carriedOut_.end()};
-}
-
-Answer Interpreter::help(const CommandLine& line) const {
-  if (line.words().empty()) {
-    std::string text;
-    for (const Command& command : commands_) {
-      char row[160];
-      std::snprintf(row, sizeof row, "%-10s %s\n", command.name, command.summary);
-      text += row;
-    }
-    return {true, text + "help NAME says how a command is written."};
+Answer Interpreter::help(const std::string& name) const {
+  if (const Command* command = find(name)) return {true, usage(*command) + "\n" + command->summary};
+  if (!name.empty()) return wrong("There is no command \"" + name + "\".");
+  std::string text;
+  for (const Command& command : commands_) {
+    const std::string padded = std::string(command.name) + std::string(nameWidth, ' ');
+    text += padded.substr(0, nameWidth) + command.summary + "\n";
   }
-  const Command* command = find(line.words().front());
-  if (command == nullptr) return wrong("There is no command \"" + line.words().front() + "\".");
-  return {true, usage(*command) + "\n" + command->summary};
+  return {true, text + "help NAME says how a command is written."};
 }
 
 }  // namespace Simulator

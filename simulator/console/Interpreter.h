@@ -4,22 +4,26 @@
 #include <string>
 #include <vector>
 
-#include "simulator/console/CommandLine.h"
+#include "simulator/console/Arguments.h"
 #include "simulator/gateway/Gateway.h"
 
 namespace Simulator {
 
+/// What a command answers: its output, or in one line what was wrong and what would be right.
+struct Answer {
+  bool good = true;
+  std::string text;
+};
+inline Answer wrong(const std::string& text) { return {false, text}; }
+
 /// One command: how it is written, what it does, and how it is done.
 struct Command {
   const char* name;
-  const char* arguments;  ///< as help shows them; words in it that stand for themselves are completed
+  const char* arguments;  ///< the shapes in which it may be written (Arguments)
   const char* summary;
-  /// May answer misuse().
-  Answer (*run)(Gateway& gateway, CommandLine& line);
+  Answer (*run)(Gateway& gateway, const Arguments& given);
+  bool waits = false;  ///< lets time pass, and others look and act meanwhile; one at a time
 };
-
-/// The answer to a command that was not written as its arguments say; the user is shown how.
-inline Answer misuse() { return {false, ""}; }
 
 // By theme, each in a file of its own.
 const std::vector<Command>& messageCommands();
@@ -27,36 +31,39 @@ const std::vector<Command>& faultCommands();
 const std::vector<Command>& daemonCommands();
 const std::vector<Command>& lookCommands();
 
-/// Executes command lines on a gateway. The console and the page may use it at the same time: one command is
-/// executed after the other.
+/// Executes command lines on a gateway. The console and the page may use it at the same time: one after the
+/// other, but a command that waits for the daemon keeps nobody else waiting.
 class Interpreter {
  public:
   explicit Interpreter(Gateway& gateway);
+  ~Interpreter();
+  Interpreter(const Interpreter&) = delete;
+  Interpreter& operator=(const Interpreter&) = delete;
 
   /// Executes a line; a blank one does nothing. The text of the answer ends without a line feed.
   Answer execute(const std::string& line);
 
-  /// The gateway does what its API was asked for since the last call, if anything.
+  /// The gateway does what its API was asked for, unless a command waits just now.
   void carryOut();
-  /// What it has done so, a line each, from number `first` on, counting from 0.
-  std::vector<std::string> carriedOut(std::size_t first = 0);
-
-  /// Keeps the other threads' commands back for as long as the caller holds it; not held when one is being
-  /// executed just now.
-  using Turn = std::unique_lock<std::recursive_mutex>;
-  Turn tryTurn() { return Turn(turn_, std::try_to_lock); }
 
   const std::vector<Command>& all() const { return commands_; }
+
+  /// Who uses gateway() or busy() beside another thread holds this as long.
+  std::unique_lock<std::mutex> lock() { return std::unique_lock(turn_); }
   Gateway& gateway() { return gateway_; }
+  /// Whether a command waits.
+  bool busy() const { return !waiting_.empty(); }
 
  private:
-  Answer help(const CommandLine& line) const;
+  Answer run(const Command& command, const std::vector<Word>& line);
+  Answer help(const std::string& name) const;
   const Command* find(const std::string& name) const;
+  void pause();
 
   Gateway& gateway_;
-  std::recursive_mutex turn_;
+  std::mutex turn_;
   std::vector<Command> commands_;
-  std::vector<std::string> carriedOut_;
+  std::string waiting_;  ///< the command that waits
 };
 
 }  // namespace Simulator

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "simulator/console/Interpreter.h"
 #include "simulator/support/Files.h"
 
@@ -12,31 +10,22 @@ std::string lines(const std::vector<Json::Value>& values) {
   return text;
 }
 
-Answer records(Gateway& gateway, CommandLine& line) {
-  (void)gateway;
-  const std::vector<std::string>& boxes = Gateway::boxes();
-  if (line.words().size() != 1 || std::find(boxes.begin(), boxes.end(), line.words()[0]) == boxes.end())
-    return misuse();
-  return {true, lines(Gateway::records(line.words()[0]))};
+Answer records(Gateway&, const Arguments& given) {
+  return {true, lines(MessageFolders::records(given.word(0)))};
 }
 
-Answer record(Gateway& gateway, CommandLine& line) {
-  (void)gateway;
-  if (line.words().size() != 1) return misuse();
-  for (const std::string& box : Gateway::boxes()) {
-    const std::string path = Gateway::folderOf(box) + "/" + line.words()[0];
-    if (const std::string text = readFile(path); !text.empty())
-      return {true, std::string(path).append("\n").append(text)};
+Answer record(Gateway&, const Arguments& given) {
+  for (const char* box : MessageFolders::boxes) {
+    const std::string path = MessageFolders::pathOf(box) + "/" + given.word(0);
+    if (const std::string text = readFile(path); !text.empty()) return {true, path + "\n" + text};
   }
-  return wrong("There is no record " + line.words()[0] + "; \"records received\" lists some.");
+  return wrong("There is no record " + given.word(0) + "; \"records received\" lists some.");
 }
 
-Answer requests(Gateway& gateway, CommandLine& line) {
-  const bool all = line.takeFlag("--all");
-  if (!line.words().empty()) return misuse();
+Answer requests(Gateway& gateway, const Arguments& given) {
   std::vector<Json::Value> values;
   for (const LocalApiServer::Request& request : gateway.api().requests()) {
-    if (!all && request.method != "POST") continue;
+    if (!given.has("--all") && request.method != "POST") continue;
     Json::Value value;
     value["path"] = request.path;
     if (!readJson(request.body, value["body"])) value["body"] = request.body;
@@ -45,40 +34,34 @@ Answer requests(Gateway& gateway, CommandLine& line) {
   return {true, lines(values)};
 }
 
-Answer modem(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() == 1 && line.words()[0] == "sent") return {true, lines(gateway.modem().sent())};
-  if (!line.words().empty()) return misuse();
-  return {true, "unread " + std::to_string(gateway.modem().unread()) + ", read " +
-                    std::to_string(gateway.modem().read()) + ", sent " +
-                    std::to_string(gateway.modem().sent().size())};
+std::string counts(const Modem& modem) {
+  return "unread " + std::to_string(modem.printed("unread").size()) + ", read " +
+         std::to_string(modem.printed("read").size()) + ", sent " + std::to_string(modem.sent().size());
 }
 
-Answer log(Gateway& gateway, CommandLine& line) {
-  static std::size_t shown = 0;
-  const bool onlyNew = line.takeFlag("--new");
-  if (!line.words().empty()) return misuse();
-  const std::vector<SyslogServer::Line> all = gateway.syslog().lines();
+Answer modem(Gateway& gateway, const Arguments& given) {
+  return {true, given.words().empty() ? counts(gateway.modem()) : lines(gateway.modem().sent())};
+}
+
+Answer log(Gateway& gateway, const Arguments& given) {
   std::string text;
-  for (std::size_t i = onlyNew ? shown : 0; i < all.size(); ++i) {
-    text += std::string(SyslogServer::levelName(all[i].level)) + " " + all[i].text + "\n";
-  }
-  shown = all.size();
+  for (const SyslogServer::Line& line : gateway.syslog().read(given.has("--new")))
+    text += std::string(SyslogServer::levelName(line.level)) + " " + line.text + "\n";
   return {true, text};
 }
 
-Answer status(Gateway& gateway, CommandLine& line) {
-  if (!line.words().empty()) return misuse();
-  const std::string ending = gateway.daemon().ending();
-  std::string text = gateway.daemon().running()
-                         ? "daemon: process " + std::to_string(gateway.daemon().pid()) + ", " +
-                               std::to_string(gateway.daemon().descriptors()) + " descriptors, " +
-                               std::to_string(gateway.daemon().children()) + " children"
-                     : ending.empty() ? "daemon: not started"
-                                      : "daemon: ended with status " + ending;
-  for (const std::string& box : Gateway::boxes()) {
-    text += "\n" + box + ": " + std::to_string(Gateway::records(box).size());
-  }
-  return {true, text + "\nmodem: " + modem(gateway, line).text};
+Answer status(Gateway& gateway, const Arguments&) {
+  DaemonProcess& daemon = gateway.daemon();
+  const std::string ending = daemon.ending();
+  std::string text = "daemon: ";
+  if (daemon.running())
+    text += "process " + std::to_string(daemon.pid()) + ", " + daemon.footprint().text();
+  else
+    text += (ending.empty() ? "not started" : "ended with status " + ending) + "; \"start\" starts it";
+  if (const std::string hang = gateway.hang(); !hang.empty()) text += "\nhangs: " + hang;
+  for (const char* box : MessageFolders::boxes)
+    text += "\n" + std::string(box) + ": " + std::to_string(MessageFolders::records(box).size());
+  return {true, text + "\nmodem: " + counts(gateway.modem())};
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& en
     const std::string& part = encoder.parts()[number - 1];
     if (contains(delivery.lost, number)) continue;
     if (contains(delivery.held, number)) {
-      gateway.hold({sender, part});
+      gateway.phones().hold({sender, part});
       ++held;
     } else {
       gateway.modem().receive(sender, part);
@@ -64,35 +64,33 @@ Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& en
   return {true, text};
 }
 
-Answer receive(Gateway& gateway, CommandLine& line) {
-  static unsigned nextReference = 1;
+Answer receive(Gateway& gateway, const Arguments& given) {
+  const std::string& sender = given.word(0);
+  const std::string& text = given.word(1);
   GsmEncoder::Options options;
-  options.wideReference = line.takeFlag("--16-bit");
-  options.parts = line.takeNumber("--parts").value_or(0);
-  const std::optional<unsigned> reference = line.takeNumber("--reference");
-  const unsigned times = line.takeNumber("--times").value_or(1);
-  const Delivery delivery{line.takeNumbers("--order"), line.takeNumbers("--repeat"),
-                          line.takeNumbers("--lose"), line.takeNumbers("--hold")};
-  if (line.words().size() != 2 || !line.leftOption().empty()) return misuse();
-  options.reference = reference.value_or(nextReference);
+  options.wideReference = given.has("--16-bit");
+  options.parts = given.number("--parts", 0);
+  options.reference = given.number("--reference", gateway.phones().nextReference());
   GsmEncoder encoder;
-  if (!encoder.encode(line.words()[1], options)) return wrong(encoder.problem());
-  if (encoder.parts().size() > 1 && !reference) ++nextReference;
-  gateway.phones().wrote(line.words()[0], line.words()[1], gateway.clock().now());
-  Answer answer = deliver(gateway, line.words()[0], encoder, delivery);
-  for (unsigned i = 1; answer.good && i < times; ++i)
-    answer = deliver(gateway, line.words()[0], encoder, delivery);
+  if (!encoder.encode(text, options)) return wrong(encoder.problem());
+  if (encoder.parts().size() > 1 && !given.has("--reference")) gateway.phones().useReference();
+  const Delivery delivery{given.numbers("--order"), given.numbers("--repeat"), given.numbers("--lose"),
+                          given.numbers("--hold")};
+  gateway.phones().add({sender, text, true, gateway.clock().now()});
+  Answer answer;
+  for (unsigned left = given.number("--times", 1); answer.good && left > 0; --left)
+    answer = deliver(gateway, sender, encoder, delivery);
   return answer;
 }
 
-Answer release(Gateway& gateway, CommandLine& line) {
-  if (!line.words().empty()) return misuse();
-  return {true, counted(gateway.release(), "part") + " released."};
+Answer release(Gateway& gateway, const Arguments&) {
+  const std::vector<Phones::Part> parts = gateway.phones().takeHeld();
+  for (const auto& [number, userData] : parts) gateway.modem().receive(number, userData);
+  return {true, counted(parts.size(), "part") + " released."};
 }
 
-Answer listing(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() != 1) return misuse();
-  const std::string& word = line.words()[0];
+Answer listing(Gateway& gateway, const Arguments& given) {
+  const std::string& word = given.word(0);
   const std::string text = word.find('\n') == std::string::npos ? readFile(word) : word;
   if (text.empty())
     return wrong("There is no file " + word + ", or it is empty; a listing has a line feed (\\n).");
@@ -100,28 +98,24 @@ Answer listing(Gateway& gateway, CommandLine& line) {
   return {true, "The modem lists " + std::to_string(text.size()) + " bytes as they are."};
 }
 
-Answer queue(Gateway& gateway, CommandLine& line) {
-  const std::optional<unsigned> retries = line.takeNumber("--retries");
-  if (line.words().size() != 2 || !line.leftOption().empty()) return misuse();
+Answer queue(Gateway& gateway, const Arguments& given) {
   Json::Value record;
-  record["recipient"] = line.words()[0];
-  record["message"] = line.words()[1];
-  record["retries"] = retries.value_or(0);
+  record["recipient"] = given.word(0);
+  record["message"] = given.word(1);
+  record["retries"] = given.number("--retries", 0);
   std::string guid;
-  if (!gateway.queue(record, guid)) return wrong("The record could not be written.");
+  if (!gateway.folders().queue(record, guid)) return wrong("The record could not be written.");
   return {true, "Queued as " + guid + "."};
 }
 
-Answer refuse(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() != 1) return misuse();
-  gateway.modem().setRefused(line.words()[0], true);
-  return {true, "The modem refuses " + line.words()[0] + "."};
+Answer refuse(Gateway& gateway, const Arguments& given) {
+  gateway.modem().setRefused(given.word(0), true);
+  return {true, "The modem refuses " + given.word(0) + "."};
 }
 
-Answer accept(Gateway& gateway, CommandLine& line) {
-  if (line.words().size() != 1) return misuse();
-  gateway.modem().setRefused(line.words()[0], false);
-  return {true, "The modem accepts " + line.words()[0] + "."};
+Answer accept(Gateway& gateway, const Arguments& given) {
+  gateway.modem().setRefused(given.word(0), false);
+  return {true, "The modem accepts " + given.word(0) + "."};
 }
 
 }  // namespace
@@ -129,8 +123,9 @@ Answer accept(Gateway& gateway, CommandLine& line) {
 const std::vector<Command>& messageCommands() {
   static const std::vector<Command> commands{
       {"receive",
-       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order 2,1] [--hold 2] [--repeat 1] [--lose 2] "
-       "[--times N]",
+       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order N,N] [--hold N,N] [--repeat N,N] [--lose "
+       "N,N] "
+       "[--times TIMES]",
        "a message comes in from NUMBER; the options are about the parts of a long one", receive},
       {"release", "", "the parts that were held back come in", release},
       {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, as it is", listing},

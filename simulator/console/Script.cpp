@@ -1,7 +1,5 @@
 #include "simulator/console/Script.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <iostream>
 
@@ -9,6 +7,7 @@ namespace Simulator {
 namespace {
 
 constexpr char blanks[] = " \t\r";
+constexpr double exitSeconds = 10;
 
 std::string trimmed(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(blanks);
@@ -74,9 +73,10 @@ bool Script::check(const std::string& line) {
     return count == wanted || fail(wanted + " lines", count + "\n" + last_.text);
   }
   if (what == "expect-exit") {
+    const auto turn = interpreter_.lock();
     DaemonProcess& daemon = interpreter_.gateway().daemon();
-    for (int i = 0; i < 10000 && daemon.running(); ++i) usleep(1000);
-    const std::string ending = daemon.running() ? "it still runs" : daemon.ending();
+    const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
+    const std::string ending = ended ? daemon.ending() : "it still runs";
     expectedEnding_ = ending;
     return ending == wanted || fail("the daemon ends with status " + wanted, ending);
   }
@@ -89,13 +89,14 @@ bool Script::check(const std::string& line) {
 }
 
 bool Script::stopDaemon() {
-  Gateway& gateway = interpreter_.gateway();
+  const auto turn = interpreter_.lock();
+  DaemonProcess& daemon = interpreter_.gateway().daemon();
   line_ = "the end";
-  if (gateway.daemon().running()) {
+  if (daemon.running()) {
     expectedEnding_ = "0";
-    if (!gateway.stop()) return fail("the daemon ends on SIGTERM", "it still runs");
+    if (!daemon.stop()) return fail("the daemon ends on SIGTERM", "it still runs");
   }
-  const std::string ending = gateway.daemon().ending();
+  const std::string ending = daemon.ending();
   return ending.empty() || ending == expectedEnding_ ||
          fail("the daemon ends with status " + expectedEnding_, ending);
 }

@@ -8,7 +8,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <vector>
 
 #include "simulator/support/Files.h"
@@ -16,15 +15,22 @@
 namespace Simulator {
 namespace {
 
+constexpr char outputFile[] = "/run/gateway/daemon-output";  // what it writes before it has detached
+constexpr char reportPrefix[] = "/run/gateway/sanitizer";
+constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+constexpr std::size_t longestName = 15;  // that the kernel keeps of a process's
+constexpr double passSeconds = 60;
+constexpr double stopSeconds = 10;
+constexpr double signalSeconds = 0.3;
+
 [[noreturn]] void run(const DaemonProcess::Paths& paths) {
-  const std::string reports = std::string("log_path=") + DaemonProcess::reportPrefix;
+  const std::string reports = std::string("log_path=") + reportPrefix;
   setenv("ASAN_OPTIONS", reports.c_str(), 1);
   setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
-  setenv("PATH", (paths.toolFolder + ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin").c_str(),
-         1);
+  setenv("PATH", (paths.toolFolder + otherFolders).c_str(), 1);
   if (!paths.clockLibrary.empty()) setenv("LD_PRELOAD", paths.clockLibrary.c_str(), 1);
   const int null = open("/dev/null", O_RDONLY);
-  const int output = open(DaemonProcess::outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
@@ -38,13 +44,8 @@ namespace {
   _exit(127);
 }
 
-std::string describe(int status) {
-  if (WIFSIGNALED(status)) return "signal " + std::to_string(WTERMSIG(status));
-  return std::to_string(WEXITSTATUS(status));
-}
-
 std::string readReports() {
-  const std::filesystem::path prefix = DaemonProcess::reportPrefix;
+  const std::filesystem::path prefix = reportPrefix;
   std::string text;
   for (const std::string& name : listFolder(prefix.parent_path())) {
     if (name.rfind(prefix.filename().string() + ".", 0) == 0) text += readFile(prefix.parent_path() / name);
@@ -52,38 +53,19 @@ std::string readReports() {
   return text;
 }
 
-// The children of a process that run a program of the given name; of any, if that is empty.
-std::vector<pid_t> childrenOf(pid_t parent, const std::string& name) {
-  std::vector<pid_t> found;
-  for (const std::string& entry : listFolder("/proc")) {
-    if (entry.find_first_not_of("0123456789") != std::string::npos) continue;
-    // "PID (NAME) STATE PARENT ..."
-    const std::string stat = readFile("/proc/" + entry + "/stat");
-    const std::size_t begin = stat.find('(');
-    const std::size_t end = stat.rfind(')');
-    if (end == std::string::npos) continue;
-    std::istringstream rest(stat.substr(end + 1));
-    std::string state;
-    pid_t itsParent = 0;
-    const bool named = name.empty() || stat.substr(begin + 1, end - begin - 1) == name;
-    if (named && rest >> state >> itsParent && itsParent == parent) found.push_back(std::stoi(entry));
-  }
-  return found;
-}
-
 }  // namespace
 
-DaemonProcess::DaemonProcess(Paths paths) : paths_(std::move(paths)) { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+DaemonProcess::DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs)
+    : paths_(std::move(paths)), clock_(clock), hangs_(std::move(hangs)) {
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
 
 bool DaemonProcess::start(std::string& problem) {
-  if (running()) {
-    problem = "The daemon is running already.";
-    return false;
-  }
   if (access(paths_.program.c_str(), X_OK) != 0) {
     problem = "There is no program " + paths_.program + ".";
     return false;
   }
+  clock_.reset();
   ending_.clear();
   const pid_t child = fork();
   if (child == 0) run(paths_);
@@ -97,15 +79,22 @@ bool DaemonProcess::start(std::string& problem) {
     problem = "The daemon ended before it had detached, with " + ending_ + ". " + readFile(outputFile);
     return false;
   }
-  // The orphan became a child of this process. The kernel cuts its name at fifteen bytes.
-  const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, 15);
-  const std::vector<pid_t> found = childrenOf(getpid(), name);
-  if (found.size() == 1) {
-    pid_ = found.front();
-    return true;
+  // The orphan became a child of this process.
+  const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, longestName);
+  for (const pid_t orphan : childrenOf(getpid())) {
+    if (readFile("/proc/" + std::to_string(orphan) + "/comm") == name + "\n") pid_ = orphan;
   }
-  problem = "The daemon left " + std::to_string(found.size()) + " processes behind when it detached.";
-  return false;
+  if (pid_ == 0) problem = "The daemon left no process behind when it detached.";
+  return pid_ != 0;
+}
+
+bool DaemonProcess::stop() {
+  const auto hasEnded = [this] { return !running(); };
+  signal(SIGTERM);
+  if (wait(signalSeconds, hasEnded)) return true;
+  // A signal that comes just before the sleep does not end it; on a gateway five seconds do.
+  clock_.grant();
+  return wait(stopSeconds, hasEnded);
 }
 
 bool DaemonProcess::running() {
@@ -117,14 +106,9 @@ bool DaemonProcess::running() {
   return pid_ != 0;
 }
 
-std::size_t DaemonProcess::descriptors() const {
-  return listFolder("/proc/" + std::to_string(pid_) + "/fd").size();
-}
-
-std::size_t DaemonProcess::children() const { return pid_ == 0 ? 0 : childrenOf(pid_, "").size(); }
-
 void DaemonProcess::ended(int status) {
-  ending_ = describe(status);
+  ending_ = WIFSIGNALED(status) ? "signal " + std::to_string(WTERMSIG(status))
+                                : std::to_string(WEXITSTATUS(status));
   if (const std::string reports = readReports(); !reports.empty()) ending_ += "\n" + reports;
 }
 
@@ -133,6 +117,25 @@ bool DaemonProcess::signal(int number) { return running() && kill(pid_, number) 
 std::string DaemonProcess::ending() {
   running();
   return ending_;
+}
+
+bool DaemonProcess::wait(double seconds, const std::function<bool()>& done) {
+  bool is = false;
+  waitUntil(
+      seconds, [&] { return (is = done()) || interrupted_; }, pause_);
+  return is;
+}
+
+DaemonProcess::Passed DaemonProcess::awaitSleep(double seconds) {
+  wait(seconds, [this] { return clock_.sleeping() || !running() || hangs_(); });
+  return !running() ? Passed::Ended : clock_.sleeping() ? Passed::Yes : Passed::NotYet;
+}
+
+DaemonProcess::Passed DaemonProcess::pass() {
+  const Passed before = awaitSleep(passSeconds);
+  if (before != Passed::Yes) return before;
+  clock_.grant();
+  return awaitSleep(passSeconds);
 }
 
 }  // namespace Simulator

@@ -2,13 +2,18 @@
 
 #include <sys/types.h>
 
-#include <optional>
+#include <atomic>
+#include <functional>
 #include <string>
+
+#include "simulator/clock/GatewayClock.h"
+#include "simulator/support/Footprint.h"
+#include "simulator/support/Waiting.h"
 
 namespace Simulator {
 
-/// The daemon's process. It detaches from whoever starts it, so the process that holds this object becomes
-/// the reaper of what its descendants leave behind.
+/// The daemon's process and its passes. The daemon detaches from whoever starts it, so the process that holds
+/// this object becomes the reaper of what its descendants leave behind.
 class DaemonProcess {
  public:
   struct Paths {
@@ -16,31 +21,48 @@ class DaemonProcess {
     std::string clockLibrary;  ///< what is preloaded into it; empty: nothing
     std::string toolFolder;    ///< comes first in its PATH
   };
-  static constexpr char outputFile[] =
-      "/run/gateway/daemon-output";  ///< what it writes before it has detached
-  static constexpr char reportPrefix[] = "/run/gateway/sanitizer";
+  enum class Passed { Yes, Ended, NotYet };
 
-  explicit DaemonProcess(Paths paths);
+  /// `hangs` tells whether the daemon waits for something that will not come: no pass is then waited for.
+  DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
-  /// Runs the program until it has detached. False, with one line in `problem`, when it is running already or
-  /// could not be started, or when it ended itself before it had detached.
+  /// Runs the program until it has detached. False, with one line in `problem`, when it could not be started,
+  /// or when it ended itself before it had detached.
   [[nodiscard]] bool start(std::string& problem);
+  /// Asks it to end, and waits up to ten seconds; whether it has ended.
+  bool stop();
   /// Whether it is running, or has ended by now.
   bool running();
   pid_t pid() const { return pid_; }
-  /// What it has open, and its own children; 0 when it is not running.
-  std::size_t descriptors() const;
-  std::size_t children() const;
+  Footprint footprint() const { return Footprint::of(pid_); }
   /// Sends a signal; false when it is not running.
   bool signal(int number);
   /// How the last one ended: "0", "1", "signal 9"; empty when it is running or was never started. A report of
   /// a sanitizer is part of it.
   std::string ending();
 
+  /// Waits up to `seconds` until the daemon has gone to sleep.
+  Passed awaitSleep(double seconds);
+  /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
+  Passed pass();
+  /// Waits up to `seconds` for anything that is to happen; whether it has.
+  bool wait(double seconds, const std::function<bool()>& done);
+
+  /// Lets every wait end early until resume(); to be called by a signal handler, too.
+  void interrupt() { interrupted_ = true; }
+  void resume() { interrupted_ = false; }
+  bool interrupted() const { return interrupted_; }
+  /// What passes the moments of a wait.
+  void setPause(std::function<void()> pause) { pause_ = std::move(pause); }
+
  private:
   void ended(int status);
 
   const Paths paths_;
+  GatewayClock& clock_;
+  const std::function<bool()> hangs_;
+  std::function<void()> pause_ = sleepAMoment;
+  std::atomic<bool> interrupted_{false};
   pid_t pid_ = 0;
   std::string ending_;
 };

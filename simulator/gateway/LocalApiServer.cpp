@@ -5,10 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 
 #include "simulator/support/Files.h"
+#include "simulator/support/Waiting.h"
 
 namespace Simulator {
 namespace {
@@ -16,6 +16,8 @@ namespace {
 constexpr char settingsPath[] = "/api/sms";
 constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
+constexpr int anyPort = 80;  // that a socket in the file system does not look at
+constexpr double startSeconds = 10;
 constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
 
 // The commands that this gateway knows, the last part of their paths.
@@ -66,14 +68,12 @@ bool LocalApiServer::listen() {
   };
   server_->Get(".*", handler);
   server_->Post(".*", handler);
-  std::atomic<bool> failed{false};
-  thread_ = std::thread([this, &failed] {
-    if (!server_->listen(socketPath, 80)) failed = true;
-  });
-  for (int i = 0; i < 1000 && !failed && !server_->is_running(); ++i) usleep(1000);
-  if (server_->is_running()) return true;
-  close(false);
-  return false;
+  if (!server_->bind_to_port(socketPath, anyPort)) {
+    server_.reset();
+    return false;
+  }
+  thread_ = std::thread([this] { server_->listen_after_bind(); });
+  return waitUntil(startSeconds, [this] { return server_->is_running(); });
 }
 
 void LocalApiServer::close(bool leaveSocket) {
@@ -103,9 +103,16 @@ std::string LocalApiServer::fault() const {
   return faultNames[static_cast<int>(fault_)] + (valued ? " " + std::to_string(faultValue_) : "");
 }
 
-std::vector<LocalApiServer::Request> LocalApiServer::requests() const {
+std::vector<LocalApiServer::Request> LocalApiServer::requests(std::size_t first) const {
   const std::lock_guard lock(mutex_);
-  return requests_;
+  return {requests_.begin() + static_cast<std::ptrdiff_t>(first), requests_.end()};
+}
+
+std::optional<unsigned> LocalApiServer::silentSeconds() const {
+  const std::lock_guard lock(mutex_);
+  if (fault_ != ApiFault::Silent || waiting_ == 0) return std::nullopt;
+  const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - waitsSince_;
+  return static_cast<unsigned>(waited.count());
 }
 
 void LocalApiServer::handle(const httplib::Request& request, httplib::Response& response) {
@@ -115,6 +122,7 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   requests_.push_back(kept);
   const auto set = [this](ApiFault fault) { return !closing_ && fault_ == fault; };
   ++waiting_;
+  waitsSince_ = std::chrono::steady_clock::now();
   repaired_.wait(lock, [&] { return !set(ApiFault::Silent); });
   repaired_.wait_for(lock, std::chrono::seconds(faultValue_), [&] { return !set(ApiFault::Slow); });
   --waiting_;

@@ -3,10 +3,12 @@
 #include <json/value.h>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -29,8 +31,6 @@ class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
 
-  static constexpr char rebootPath[] = "/api/command/sms_restart";
-
   struct Request {
     std::string method;
     std::string path;
@@ -45,7 +45,7 @@ class LocalApiServer {
   LocalApiServer(const LocalApiServer&) = delete;
   LocalApiServer& operator=(const LocalApiServer&) = delete;
 
-  /// Listens; false, within a second, when it cannot.
+  /// Listens; false when it cannot.
   bool listen();
   /// Stops listening. The socket's file stays if `leaveSocket`: a connection is then refused.
   void close(bool leaveSocket);
@@ -56,10 +56,14 @@ class LocalApiServer {
   /// What is set, as "slow 3"; empty if nothing.
   std::string fault() const;
 
-  /// Every request so far, also those that a fault kept from an answer.
-  std::vector<Request> requests() const;
+  /// Every request so far, from number `first` on, counting from 0; also those that a fault kept from an
+  /// answer.
+  std::vector<Request> requests(std::size_t first = 0) const;
   /// How many of them are waiting for their answer.
   unsigned waiting() const { return waiting_; }
+  /// How long the last of them has waited that gets no answer before the API is put right; none if there is
+  /// none.
+  std::optional<unsigned> silentSeconds() const;
 
  private:
   void handle(const httplib::Request& request, httplib::Response& response);
@@ -74,6 +78,7 @@ class LocalApiServer {
   unsigned faultValue_ = 0;
   bool closing_ = false;
   std::atomic<unsigned> waiting_{0};
+  std::chrono::steady_clock::time_point waitsSince_;
   std::unique_ptr<httplib::Server> server_;
   std::thread thread_;
 };

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <ctime>
-#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Simulator {
 
-/// The phones out there: what they wrote to the gateway, and what reached them. May be used by several
-/// threads.
+/// The phones out there and the network between: what they wrote to the gateway, and what reached them.
 class Phones {
  public:
   struct Text {
@@ -17,27 +16,24 @@ class Phones {
     bool written;      ///< by the phone; otherwise it came from the gateway
     std::time_t when;  ///< on the gateway's clock
   };
+  using Part = std::pair<std::string, std::string>;  ///< a number and the user data
 
-  void wrote(const std::string& number, const std::string& text, std::time_t when) {
-    add({number, text, true, when});
-  }
-  void got(const std::string& number, const std::string& text, std::time_t when) {
-    add({number, text, false, when});
-  }
+  void add(const Text& text) { texts_.push_back(text); }
   /// All of them, in their order.
-  std::vector<Text> texts() const {
-    const std::lock_guard lock(mutex_);
-    return texts_;
-  }
+  const std::vector<Text>& texts() const { return texts_; }
+
+  /// The reference of the next long message, and that it was used.
+  unsigned nextReference() const { return reference_; }
+  void useReference() { ++reference_; }
+
+  /// Keeps a part back until it is taken.
+  void hold(const Part& part) { held_.push_back(part); }
+  std::vector<Part> takeHeld() { return std::exchange(held_, {}); }
 
  private:
-  void add(const Text& text) {
-    const std::lock_guard lock(mutex_);
-    texts_.push_back(text);
-  }
-
-  mutable std::mutex mutex_;
   std::vector<Text> texts_;
+  unsigned reference_ = 1;
+  std::vector<Part> held_;
 };
 
 }  // namespace Simulator

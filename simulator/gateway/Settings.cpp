@@ -1,5 +1,6 @@
 #include "simulator/gateway/Settings.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
@@ -19,48 +20,53 @@ constexpr char defaultSettings[] = R"({
     "wanStatusEnabled": true, "wanIpsEnabled": true, "wifiEnabled": true, "pingEnabled": true,
     "serialEnabled": true, "geopositionEnabled": true, "lnsRestartEnabled": true}})";
 
-std::vector<std::string> split(const std::string& path) {
-  std::vector<std::string> keys;
+// The object in `settings` that holds what a path names, and its key there; null when it is no object.
+Json::Value* find(Json::Value& settings, const std::string& path, std::string& key) {
+  Json::Value* place = &settings;
   std::istringstream pieces(path);
-  for (std::string key; std::getline(pieces, key, '.');) keys.push_back(key);
-  return keys;
+  std::getline(pieces, key, '.');
+  for (std::string next; std::getline(pieces, next, '.'); key = next) {
+    if (!place->isObject() || !place->isMember(key)) return nullptr;
+    place = &(*place)[key];
+  }
+  return place->isObject() ? place : nullptr;
+}
+
+Json::Value defaults() {
+  Json::Value value;
+  if (!readJson(defaultSettings, value)) std::abort();
+  return value;
+}
+
+bool isSetting(const std::string& path) {
+  Json::Value known = defaults();
+  std::string key;
+  const Json::Value* place = find(known, path, key);
+  return place != nullptr && place->isMember(key);
 }
 
 }  // namespace
 
-Settings::Settings() { [[maybe_unused]] const bool good = readJson(defaultSettings, value_); }
+Settings::Settings() : value_(defaults()) {}
 
 Json::Value Settings::value() const {
   const std::lock_guard lock(mutex_);
   return value_;
 }
 
-// The object that holds the last key of the path; null when something on the way is none.
-Json::Value* Settings::find(const std::vector<std::string>& path) {
-  Json::Value* place = &value_;
-  for (std::size_t i = 0; i + 1 < path.size(); ++i) {
-    if (!place->isObject() || !place->isMember(path[i])) return nullptr;
-    place = &(*place)[path[i]];
-  }
-  return place->isObject() ? place : nullptr;
-}
-
 bool Settings::set(const std::string& path, const Json::Value& value) {
   const std::lock_guard lock(mutex_);
-  const std::vector<std::string> keys = split(path);
-  Json::Value* place = find(keys);
-  if (place == nullptr || keys.empty()) return false;
-  (*place)[keys.back()] = value;
-  return true;
+  std::string key;
+  Json::Value* place = isSetting(path) ? find(value_, path, key) : nullptr;
+  if (place != nullptr) (*place)[key] = value;
+  return place != nullptr;
 }
 
 bool Settings::remove(const std::string& path) {
   const std::lock_guard lock(mutex_);
-  const std::vector<std::string> keys = split(path);
-  Json::Value* place = find(keys);
-  if (place == nullptr || keys.empty() || !place->isMember(keys.back())) return false;
-  place->removeMember(keys.back());
-  return true;
+  std::string key;
+  Json::Value* place = find(value_, path, key);
+  return place != nullptr && place->removeMember(key, nullptr);
 }
 
 bool Settings::setTimings(const std::string& timings) {

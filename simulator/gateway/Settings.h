@@ -4,7 +4,6 @@
 
 #include <mutex>
 #include <string>
-#include <vector>
 
 namespace Simulator {
 
@@ -18,17 +17,15 @@ class Settings {
   Settings();
 
   Json::Value value() const;
-  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when something on the way
-  /// is no object, or there is nothing to remove.
+  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when the gateway knows no
+  /// such setting, or what it stands in is gone, or there is nothing to remove.
   bool set(const std::string& path, const Json::Value& value);
   bool remove(const std::string& path);
 
   /// Writes the timers file anew; `timings` as in "[30,60]", in seconds. False when that fails.
-  bool setTimings(const std::string& timings);
+  static bool setTimings(const std::string& timings);
 
  private:
-  Json::Value* find(const std::vector<std::string>& path);
-
   mutable std::mutex mutex_;
   Json::Value value_;
 };

@@ -13,7 +13,7 @@
 namespace Simulator {
 namespace {
 
-constexpr std::size_t largestDatagram = 1 << 20;
+constexpr std::size_t largestDatagram = 1 << 20;  // bytes
 constexpr int infoLevel = 6;
 
 // "<14>Nov 24 22:05:40 VELD: text" (RFC 3164): the level is in the low three bits of the number, and a time
@@ -40,7 +40,7 @@ const char* SyslogServer::levelName(int level) {
   return levelNames[level & 7];
 }
 
-SyslogServer::SyslogServer() : thread_([this] { run(); }) {}
+SyslogServer::SyslogServer() : buffer_(largestDatagram), thread_([this] { run(); }) {}
 
 SyslogServer::~SyslogServer() {
   stop_ = true;
@@ -80,23 +80,13 @@ void SyslogServer::run() {
 
 void SyslogServer::drain() {
   const std::lock_guard lock(mutex_);
-  static std::string buffer(largestDatagram, '\0');
   while (socket_ >= 0) {
-    const ssize_t size = recv(socket_, buffer.data(), buffer.size(), MSG_DONTWAIT);
+    const ssize_t size = recv(socket_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);
     if (size < 0) return;
-    const Line line = parse(buffer.substr(0, static_cast<std::size_t>(size)));
-    add(line.level, line.text);
+    const Line line = parse({buffer_.data(), static_cast<std::size_t>(size)});
+    lines_.push_back(line);
+    appendFile(logFile, std::string(levelName(line.level)) + " " + line.text + "\n");
   }
-}
-
-void SyslogServer::add(int level, const std::string& text) {
-  lines_.push_back({level, text});
-  appendFile(logFile, std::string(levelName(level)) + " " + text + "\n");
-}
-
-void SyslogServer::log(int level, const std::string& text) {
-  const std::lock_guard lock(mutex_);
-  add(level, text);
 }
 
 std::vector<SyslogServer::Line> SyslogServer::lines(std::size_t first) {
@@ -104,6 +94,12 @@ std::vector<SyslogServer::Line> SyslogServer::lines(std::size_t first) {
   const std::lock_guard lock(mutex_);
   if (first >= lines_.size()) return {};
   return {lines_.begin() + static_cast<std::ptrdiff_t>(first), lines_.end()};
+}
+
+std::vector<SyslogServer::Line> SyslogServer::read(bool onlyNew) {
+  const std::vector<Line> some = lines(onlyNew ? read_ : 0);
+  read_ = some.size() + (onlyNew ? read_ : 0);
+  return some;
 }
 
 }  // namespace Simulator

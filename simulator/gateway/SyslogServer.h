@@ -32,18 +32,19 @@ class SyslogServer {
   void close();
   bool listening() const { return socket_ >= 0; }
 
-  /// A line of the gateway's own.
-  void log(int level, const std::string& text);
   /// All lines so far, from number `first` on, counting from 0; what was sent before the call is among them.
   std::vector<Line> lines(std::size_t first = 0);
+  /// The same for a reader: all of them, or those since it read last.
+  std::vector<Line> read(bool onlyNew);
 
  private:
   void run();
   void drain();
-  void add(int level, const std::string& text);
 
   std::mutex mutex_;
   std::vector<Line> lines_;
+  std::vector<char> buffer_;
+  std::size_t read_ = 0;
   std::atomic<int> socket_{-1};
   std::atomic<bool> stop_{false};
   std::thread thread_;

@@ -1,7 +1,10 @@
 #include "simulator/modem/Modem.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <sstream>
 
@@ -11,7 +14,8 @@ namespace Simulator {
 namespace {
 
 constexpr const char* faultNames[] = {"none", "fail", "hang", "kill", "silent"};
-constexpr char serviceCentre[] = "+491710760000";
+// Of 07700 900000 to 900999, which the United Kingdom's regulator keeps for drama and gives to nobody.
+constexpr char serviceCentre[] = "+447700900123";
 
 }  // namespace
 
@@ -20,7 +24,12 @@ Modem::Modem(std::string folder) : folder_(std::move(folder)) {
   std::filesystem::create_directories(path("read"));
 }
 
-void Modem::store(const std::string& text) {
+void Modem::receive(const std::string& sender, const std::string& userData) {
+  receiveRaw("index: " + std::to_string(state()["received"].asUInt()) + "\nsmsc-addr: " + serviceCentre +
+             "\naddr: " + sender + "\nuser-data: \"" + userData + "\"\n");
+}
+
+void Modem::receiveRaw(const std::string& listing) {
   Json::Value now = state();
   const unsigned number = now["received"].asUInt();
   now["received"] = number + 1;
@@ -28,65 +37,34 @@ void Modem::store(const std::string& text) {
   char name[16];
   std::snprintf(name, sizeof name, "%08u", number);
   // Written beside the boxes, so that no half message is listed.
-  if (writeFile(path(name), text)) std::filesystem::rename(path(name), path("unread") + "/" + name);
+  if (writeFile(path(name), listing)) std::filesystem::rename(path(name), path("unread/") + name);
 }
 
-void Modem::receive(const std::string& sender, const std::string& userData) {
-  const unsigned number = state()["received"].asUInt();
-  std::ostringstream text;
-  text << "index: " << number << "\nsmsc-addr: " << serviceCentre << "\naddr: " << sender << "\nuser-data: \""
-       << userData << "\"\n";
-  store(text.str());
+std::vector<std::string> Modem::printed(const std::string& box) const {
+  std::vector<std::string> texts;
+  for (const std::string& name : listFolder(path(box))) texts.push_back(readFile(path(box + "/" + name)));
+  return texts;
 }
 
-void Modem::receiveRaw(const std::string& listing) { store(listing); }
-
-std::vector<std::string> Modem::messages(const std::string& box) const {
-  std::vector<std::string> paths;
-  for (const std::string& name : listFolder(path(box))) paths.push_back(path(box) + "/" + name);
-  return paths;
-}
-
-std::string Modem::print(const std::string& box) const {
-  std::string text;
-  for (const std::string& message : messages(box)) text += readFile(message);
-  return text;
-}
-
-std::string Modem::listUnread() {
-  std::string text;
-  for (const std::string& name : listFolder(path("unread"))) {
-    text += readFile(path("unread/" + name));
+void Modem::markRead() {
+  for (const std::string& name : listFolder(path("unread")))
     std::filesystem::rename(path("unread/" + name), path("read/" + name));
-  }
-  return text;
 }
-
-std::string Modem::listRead() const { return print("read"); }
 
 bool Modem::deleteRead() {
   bool good = true;
-  for (const std::string& message : messages("read")) good = std::remove(message.c_str()) == 0 && good;
+  for (const std::string& name : listFolder(path("read")))
+    good = std::remove(path("read/" + name).c_str()) == 0 && good;
   return good;
 }
 
 bool Modem::send(const std::string& recipient, const std::string& text) {
-  const std::vector<std::string> numbers = refused();
-  if (std::find(numbers.begin(), numbers.end(), recipient) != numbers.end()) return false;
+  if (state()["refused"].isMember(recipient)) return false;
   Json::Value message;
   message["recipient"] = recipient;
   message["text"] = text;
   return appendFile(path("sent"), toLine(message) + "\n");
 }
-
-std::vector<std::string> Modem::printed(const std::string& box) const {
-  std::vector<std::string> texts;
-  for (const std::string& message : messages(box)) texts.push_back(readFile(message));
-  return texts;
-}
-
-std::size_t Modem::unread() const { return messages("unread").size(); }
-std::size_t Modem::read() const { return messages("read").size(); }
 
 std::vector<Json::Value> Modem::sent() const {
   std::vector<Json::Value> messages;
@@ -100,9 +78,7 @@ std::vector<Json::Value> Modem::sent() const {
 
 Json::Value Modem::state() const {
   Json::Value value(Json::objectValue);
-  if (const std::string text = readFile(path("state")); !text.empty() && !readJson(text, value)) {
-    value = Json::Value(Json::objectValue);
-  }
+  if (!readJson(readFile(path("state")), value)) value = Json::Value(Json::objectValue);
   return value;
 }
 
@@ -112,11 +88,8 @@ void Modem::setState(const Json::Value& state) {
 
 void Modem::setRefused(const std::string& number, bool refused) {
   Json::Value now = state();
-  if (refused) {
-    now["refused"][number] = true;
-  } else {
-    now["refused"].removeMember(number);
-  }
+  now["refused"].removeMember(number);
+  if (refused) now["refused"][number] = true;
   setState(now);
 }
 
@@ -142,7 +115,6 @@ ToolFault Modem::takeFault(const std::string& operation) {
   const Json::Value fault = state()["faults"][operation];
   if (fault.isNull()) return ToolFault::None;
   const auto kind = static_cast<ToolFault>(fault["kind"].asInt());
-  // A hanging tool hangs until it is put right.
   if (kind != ToolFault::Hang) setFault(operation, kind, fault["times"].asUInt() - 1);
   return kind;
 }
@@ -158,16 +130,23 @@ std::vector<std::string> Modem::faults() const {
   return lines;
 }
 
-bool Modem::hasFault(const std::string& operation) const { return state()["faults"].isMember(operation); }
-
-void Modem::setHanging(bool hanging) {
-  if (hanging) {
-    appendFile(path("hanging"), "");
-  } else {
-    std::remove(path("hanging").c_str());
-  }
+void Modem::setHanging(const std::string& operation) {
+  if (!writeFile(path("hanging"), operation)) std::perror(path("hanging").c_str());
 }
 
-bool Modem::hanging() const { return std::filesystem::exists(path("hanging")); }
+bool Modem::hangs(const std::string& operation) const {
+  return state()["faults"][operation]["kind"] == static_cast<int>(ToolFault::Hang);
+}
+
+std::string Modem::hangingOperation() const {
+  const std::string operation = readFile(path("hanging"));
+  return !operation.empty() && hangs(operation) ? operation : "";
+}
+
+unsigned Modem::hangingSeconds() const {
+  struct stat status {};
+  if (stat(path("hanging").c_str(), &status) != 0) return 0;
+  return static_cast<unsigned>(std::max<std::time_t>(0, std::time(nullptr) - status.st_mtim.tv_sec));
+}
 
 }  // namespace Simulator

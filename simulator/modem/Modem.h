@@ -25,19 +25,14 @@ class Modem {
   /// Takes in a piece of listing as it is, whatever it holds.
   void receiveRaw(const std::string& listing);
 
-  /// The printed messages in the order in which they came in; those that were listed as unread are then read.
-  std::string listUnread();
-  std::string listRead() const;
-  /// Deletes what was listed; false when that fails.
+  /// The messages of a box, "unread" or "read", as the tool prints them, in the order in which they came in.
+  std::vector<std::string> printed(const std::string& box) const;
+  /// Those that were unread are read.
+  void markRead();
+  /// Deletes what is read; false when that fails.
   bool deleteRead();
   /// Sends; false for a number that the modem refuses.
   bool send(const std::string& recipient, const std::string& text);
-
-  /// The messages of a box, "unread" or "read", as the tool prints them; nothing changes.
-  std::vector<std::string> printed(const std::string& box) const;
-  /// How many messages are in the store.
-  std::size_t unread() const;
-  std::size_t read() const;
   /// The sent messages in their order: {"recipient", "text"}.
   std::vector<Json::Value> sent() const;
 
@@ -48,21 +43,21 @@ class Modem {
   /// it right.
   void setFault(const std::string& operation, ToolFault fault, unsigned times);
   void clearFaults();
-  /// What goes wrong now; counts it as having happened.
+  /// What goes wrong now; counts it as having happened. A tool that hangs does so until it is put right.
   ToolFault takeFault(const std::string& operation);
   /// What is set, a line each: "send: fail, 2 times".
   std::vector<std::string> faults() const;
-  bool hasFault(const std::string& operation) const;
 
-  /// Whether a tool hangs, and until when: it marks itself, and ends when its fault is put right.
-  void setHanging(bool hanging);
-  bool hanging() const;
+  /// A tool marks that it hangs; it ends when its fault is put right.
+  void setHanging(const std::string& operation);
+  /// Whether it is not yet put right.
+  bool hangs(const std::string& operation) const;
+  /// What a tool hangs in, empty if in nothing, and for how long.
+  std::string hangingOperation() const;
+  unsigned hangingSeconds() const;
 
  private:
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
-  std::vector<std::string> messages(const std::string& box) const;
-  std::string print(const std::string& box) const;
-  void store(const std::string& text);
   Json::Value state() const;
   void setState(const Json::Value& state);
 

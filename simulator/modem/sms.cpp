@@ -9,6 +9,7 @@
 
 #include "simulator/modem/Modem.h"
 #include "simulator/support/Files.h"
+#include "simulator/support/Waiting.h"
 
 namespace {
 
@@ -30,9 +31,9 @@ std::string operationOf(const std::vector<std::string>& words) {
 
 void hang(Modem& modem, const std::string& operation) {
   std::cout.flush();
-  modem.setHanging(true);
-  while (modem.hasFault(operation)) usleep(2000);
-  modem.setHanging(false);
+  modem.setHanging(operation);
+  while (modem.hangs(operation)) Simulator::sleepAMoment();
+  modem.setHanging("");
 }
 
 int send(Modem& modem, const std::string& file, const std::string& recipient, bool verbose) {
@@ -48,8 +49,11 @@ int send(Modem& modem, const std::string& file, const std::string& recipient, bo
   return 0;
 }
 
-// Prints a listing; a tool that hangs has then printed half of it.
-void print(Modem& modem, const std::string& operation, const std::string& listing, bool hangs) {
+// Prints a box; a tool that hangs has then printed half of it.
+void list(Modem& modem, const std::string& operation, bool hangs) {
+  std::string listing;
+  for (const std::string& message : modem.printed(operation)) listing += message;
+  if (operation == "unread") modem.markRead();
   const std::size_t half = hangs ? listing.size() / 2 : 0;
   std::cout << listing.substr(0, half);
   if (hangs) hang(modem, operation);
@@ -80,14 +84,11 @@ int main(int argc, char** argv) {
     return 1;
   }
   const bool hangs = fault == ToolFault::Hang;
-  if (operation == "unread") {
-    print(modem, operation, modem.listUnread(), hangs);
-  } else if (operation == "read") {
-    print(modem, operation, modem.listRead(), hangs);
-  } else {
-    if (hangs) hang(modem, operation);
-    if (operation == "send") return send(modem, words[2], words[3], verbose);
-    return modem.deleteRead() ? 0 : 1;
+  if (operation == "unread" || operation == "read") {
+    list(modem, operation, hangs);
+    return 0;
   }
-  return 0;
+  if (hangs) hang(modem, operation);
+  if (operation == "send") return send(modem, words[2], words[3], verbose);
+  return modem.deleteRead() ? 0 : 1;
 }

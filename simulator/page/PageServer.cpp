@@ -5,7 +5,7 @@
 
 #include <chrono>
 
-#include "simulator/page/PagePanes.h"
+#include "simulator/page/Panes.h"
 #include "simulator/support/Files.h"
 
 namespace Simulator {
@@ -15,7 +15,8 @@ constexpr char loopback[] = "127.0.0.1";
 constexpr std::chrono::milliseconds lookEvery{150};
 constexpr std::size_t largestCommand = 64 << 10;
 constexpr std::size_t linesAtOnce = 500;
-constexpr std::size_t threadCount = 24;  // each open page holds one
+constexpr std::size_t threadCount = 24;
+constexpr unsigned mostFollowers = 16;  // open pages, each of which holds a thread
 constexpr int forbidden = 403;
 
 // The page itself needs nothing from elsewhere, and nobody else needs the page.
@@ -94,6 +95,9 @@ bool PageServer::isOwn(const httplib::Request& request) const {
   const std::string host = request.get_header_value("Host");
   const std::string port = ":" + std::to_string(port_);
   if (host != loopback + port && host != "localhost" + port && host != "[::1]" + port) return false;
+  // Browsers say where a request comes from: "same-origin", or "none" when a person has typed the address.
+  const std::string site = request.get_header_value("Sec-Fetch-Site");
+  if (!site.empty() && site != "same-origin" && site != "none") return false;
   const bool reads = request.method == "GET" || request.method == "HEAD";
   return reads || request.get_header_value("Origin") == "http://" + host;
 }
@@ -107,10 +111,16 @@ void PageServer::command(const httplib::Request& request, httplib::Response& res
 }
 
 void PageServer::follow(httplib::Response& response) {
+  if (++followers_ > mostFollowers) {
+    --followers_;
+    response.set_content("retry: 1000\n\n", "text/event-stream");  // the browser asks again in a second
+    return;
+  }
   const auto seen = std::make_shared<Seen>();
   response.set_chunked_content_provider(
       "text/event-stream",
-      [this, seen](std::size_t, httplib::DataSink& sink) { return sendNews(*seen, sink); });
+      [this, seen](std::size_t, httplib::DataSink& sink) { return sendNews(*seen, sink); },
+      [this](bool) { --followers_; });
 }
 
 // Sends what has changed since the last call, or waits a moment for a change; false when nobody listens.
@@ -139,7 +149,7 @@ bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
 }
 
 void PageServer::watch() {
-  PagePanes panes(interpreter_);
+  Panes panes(interpreter_);
   std::unique_lock lock(mutex_);
   while (!stop_) {
     lock.unlock();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -20,8 +21,8 @@ namespace Simulator {
 
 /// Serves the page of the gateway on 127.0.0.1: its files, what there is to see as it changes (server-sent
 /// events at /events), and commands (POST /command, a line of text; the answer is {"good", "text"}). A
-/// request that names another host, or a command that comes from another page, is refused with 403: a web
-/// page that a person looks at elsewhere must not reach the gateway.
+/// request that names another host or comes from another page is refused with 403: a web page that a person
+/// looks at elsewhere must not reach the gateway.
 class PageServer {
  public:
   explicit PageServer(Interpreter& interpreter);
@@ -50,6 +51,7 @@ class PageServer {
   std::condition_variable changed_;
   std::map<std::string, std::string> panes_;
   bool stop_ = false;
+  std::atomic<unsigned> followers_{0};
   std::thread watcher_;
   std::thread listener_;
 };

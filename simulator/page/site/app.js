@@ -18,7 +18,7 @@ const EXAMPLES = {
 const LOG_LINES = 500;
 
 const at = (id) => document.getElementById(id);
-let numbers = [], added = [], texts = [], shown = 0, commands = null, refused = [], sender = null;
+let numbers = [], added = [], texts = [], shown = 0, commands = null, refusals = {}, folders = null, sender = null;
 
 function element(name, properties = {}, ...children) {
   const made = Object.assign(document.createElement(name), properties);
@@ -124,13 +124,16 @@ function recordCard(record, folder) {
     element("div", { className: "who" }, element("span", { textContent: record.source ?? record.recipient ?? "" }),
       element("span", { textContent: String(record.guid ?? "") })),
     element("div", { className: "text", textContent: String(record.message ?? "") }));
+  const refusal = !record.isSMSCommand && refusals[record.source + " " + record.message];
   if (record.isSMSCommand) item.append(tag("command, passed on"));
+  if (refusal) item.append(tag("no command: " + refusal, true));
   if (record.parts) item.append(tag(`${record.parts.filter((part) => part !== null).length} of ${record["part-count"]} parts`, true));
   if (folder === "failed") item.append(tag(record.retries === 1 ? "1 retry left" : `${record.retries ?? 0} retries left`, true));
   item.append(unfolding("JSON", pretty(record), key));
   return item;
 }
-function showFolders(folders) {
+function showFolders() {
+  if (!folders) return;
   for (const [name, meaning] of Object.entries(FOLDERS)) {
     let list = at("folder-" + name);
     if (!list) {
@@ -150,7 +153,6 @@ function requestCard(request, i) {
   return item;
 }
 function showModem(modem) {
-  refused = modem.refused;
   const waiting = [...modem.unread, ...modem.read];
   at("modem-count").textContent = `${waiting.length} in its store, ${modem.sent} sent`;
   fill(at("modem"), waiting.map((text, i) => card("modem" + i + text, element("pre", { textContent: text }))), "Its store is empty.");
@@ -168,26 +170,29 @@ function addLog(lines) {
 
 const PANES = {
   daemon: (daemon) => {
-    at("daemon").textContent = daemon.running ? "veld runs, process " + daemon.process
-      : daemon.ending ? "veld ended with status " + daemon.ending : "veld is not running";
-    at("daemon").className = "state " + (daemon.running ? "running" : "ended");
+    at("daemon").textContent = daemon.hang || (daemon.running ? "veld runs, process " + daemon.process
+      : daemon.ending ? "veld ended with status " + daemon.ending : "veld is not running");
+    at("daemon").className = "state " + (daemon.running && !daemon.hang ? "running" : "ended");
+    at("start").hidden = daemon.running;
+    at("restart").hidden = !daemon.running;
     document.body.ariaBusy = String(daemon.busy);
   },
   clock: (now) => { at("clock").textContent = now; },
   settings: (settings) => { commands = settings || {}; showNumbers(); converse(); },
   phones: (all) => { texts = all; showNumbers(); converse(); },
   modem: showModem,
-  folders: showFolders,
+  folders: (all) => { folders = all; showFolders(); },
+  refusals: (all) => { refusals = all; showFolders(); },
   requests: (all) => {
     at("requests-count").textContent = all.length === 1 ? "1 request" : all.length + " requests";
     fill(at("requests"), all.map(requestCard).reverse(), "No requests yet.");
   },
   faults: (lines) => {
-    at("faults").textContent = lines.join("; ");
-    at("faults").className = lines[0] === "Everything works." ? "" : "wrong";
+    at("faults").textContent = lines.join("; ") || "Everything works.";
+    at("faults").className = lines.length ? "wrong" : "";
   },
-  events: (lines) => fill(at("events"), lines.map((text, i) => {
-    const item = element("li", { className: /rebooted/.test(text) ? "reboot" : "", textContent: text });
+  events: (all) => fill(at("events"), all.map(({ text, reboot }, i) => {
+    const item = element("li", { className: reboot ? "reboot" : "", textContent: text });
     item.dataset.key = "event" + i;
     return item;
   }).reverse(), "Nothing yet. When a command reaches the local API, the gateway carries it out and answers the phone."),
@@ -218,9 +223,5 @@ submits("console", async () => {
 });
 at("text").addEventListener("keydown", (event) => {
   if (event.key === "Enter" && !event.shiftKey && !event.isComposing) { event.preventDefault(); at("write").requestSubmit(); }
-});
-at("repair").addEventListener("click", async () => {
-  for (const number of refused) await run(`accept ${quoted(number)}`);
-  await run("repair");
 });
 for (const button of document.querySelectorAll("[data-run]")) button.addEventListener("click", () => run(button.dataset.run));

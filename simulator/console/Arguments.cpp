@@ -1,0 +1,138 @@
+#include "simulator/console/Arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <sstream>
+
+namespace Simulator {
+namespace {
+
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> pieces;
+  std::istringstream stream(text);
+  for (std::string piece; std::getline(stream, piece, separator);) pieces.push_back(piece);
+  return pieces;
+}
+
+bool isAnyWord(const std::string& kind) {
+  return kind.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+}
+
+// What is wrong with a word of the given kind; empty if nothing.
+std::string wrongIn(const std::string& text, const std::string& kind) {
+  if (kind == "N" && !readNumber(text)) return "\"" + text + "\" is no whole number from 0 to 65535.";
+  if (kind == "TIMES" && !readNumber(text, 1)) return "\"" + text + "\" is no whole number from 1 to 65535.";
+  if (kind == "N,N") {
+    const std::vector<std::string> pieces = split(text, ',');
+    const bool good =
+        std::all_of(pieces.begin(), pieces.end(), [](const auto& piece) { return readNumber(piece); });
+    return good && !pieces.empty() ? "" : "\"" + text + "\" is no list of whole numbers, such as 2,1.";
+  }
+  const std::vector<std::string> choices = split(kind, '|');
+  const auto fits = [&text](const std::string& choice) { return choice == text || isAnyWord(choice); };
+  return std::any_of(choices.begin(), choices.end(), fits) ? "" : "\"" + text + "\" is not " + kind + ".";
+}
+
+struct Shape {
+  std::vector<std::string> kinds;
+  std::size_t least = 0;                       // so many words
+  bool goesOn = false;                         // the last kind is that of all further words
+  std::map<std::string, std::string> options;  // with the kind of the value
+};
+
+Shape parse(const std::string& text) {
+  Shape shape;
+  std::istringstream tokens(text);
+  for (std::string token; tokens >> token;) {
+    const bool optional = token.front() == '[';
+    if (optional) token.erase(0, 1);
+    if (token.compare(0, 2, "--") == 0) {
+      std::string kind;
+      if (token.back() != ']') tokens >> kind;
+      (kind.empty() ? token : kind).pop_back();
+      shape.options[token] = kind;
+      continue;
+    }
+    if (optional) token.pop_back();
+    shape.goesOn = token.size() > 3 && token.compare(token.size() - 3, 3, "...") == 0;
+    shape.kinds.push_back(shape.goesOn ? token.substr(0, token.size() - 3) : token);
+    if (!optional) shape.least = shape.kinds.size();
+  }
+  return shape;
+}
+
+}  // namespace
+
+std::optional<unsigned> readNumber(const std::string& text, unsigned least, unsigned most) {
+  unsigned number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [at, error] = std::from_chars(text.data(), end, number);
+  if (text.empty() || at != end || error != std::errc() || number < least || number > most)
+    return std::nullopt;
+  return number;
+}
+
+bool Arguments::fail(const std::string& problem) {
+  problem_ = problem;
+  return false;
+}
+
+bool Arguments::read(const std::string& shapes, const std::vector<Word>& line) {
+  std::string problem;
+  std::size_t understood = 0;
+  for (std::size_t begin = 0; begin <= shapes.size();) {
+    const std::size_t end = std::min(shapes.find(", ", begin), shapes.size());
+    if (readShape(shapes.substr(begin, end - begin), line)) return true;
+    // The shape that was meant is the one that goes along with most of the words.
+    if (problem.empty() || words_.size() > understood) problem = problem_;
+    understood = std::max(understood, words_.size());
+    begin = end + 2;
+  }
+  return fail(problem);
+}
+
+bool Arguments::readShape(const std::string& text, const std::vector<Word>& line) {
+  const Shape shape = parse(text);
+  words_.clear();
+  options_.clear();
+  for (std::size_t i = 1; i < line.size(); ++i) {
+    const std::string& word = line[i].text;
+    if (!line[i].quoted && word.compare(0, 2, "--") == 0) {
+      const auto option = shape.options.find(word);
+      if (option == shape.options.end()) return fail("There is no option " + word + ".");
+      if (!option->second.empty() && ++i == line.size()) return fail(word + " wants " + option->second + ".");
+      if (option->second.empty())
+        options_[word];
+      else if (const std::string wrong = wrongIn(line[i].text, option->second); !wrong.empty())
+        return fail(word + ": " + wrong);
+      else
+        options_[word] = line[i].text;
+      continue;
+    }
+    if (words_.size() >= shape.kinds.size() && !shape.goesOn)
+      return fail("\"" + word + "\" is one word too many.");
+    const std::string& kind = shape.kinds[std::min(words_.size(), shape.kinds.size() - 1)];
+    if (const std::string wrong = wrongIn(word, kind); !wrong.empty()) return fail(wrong);
+    words_.push_back(word);
+  }
+  return words_.size() >= shape.least || fail(shape.kinds[words_.size()] + " is missing.");
+}
+
+unsigned Arguments::number(std::size_t place, unsigned otherwise) const {
+  return place < words_.size() ? readNumber(words_[place]).value_or(otherwise) : otherwise;
+}
+
+unsigned Arguments::number(const std::string& option, unsigned otherwise) const {
+  const auto found = options_.find(option);
+  return found == options_.end() ? otherwise : readNumber(found->second).value_or(otherwise);
+}
+
+std::vector<unsigned> Arguments::numbers(const std::string& option) const {
+  std::vector<unsigned> all;
+  if (const auto found = options_.find(option); found != options_.end()) {
+    for (const std::string& piece : split(found->second, ',')) all.push_back(readNumber(piece).value_or(0));
+  }
+  return all;
+}
+
+}  // namespace Simulator

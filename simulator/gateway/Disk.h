@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace Simulator {
+
+/// A file system of private-gateway that can be filled to the last byte.
+class Disk {
+ public:
+  explicit Disk(std::string folder) : filler_(folder + "/filler"), folder_(std::move(folder)) {}
+
+  /// False, and nothing is done, when it is too large to be one of private-gateway's.
+  bool fill();
+  void free();
+  bool full() const;
+
+ private:
+  std::string filler_;
+  std::string folder_;
+};
+
+}  // namespace Simulator

@@ -1,0 +1,88 @@
+#include "simulator/console/Arguments.h"
+#include "tests/Rows.h"
+
+using Simulator::Arguments;
+using Simulator::splitLine;
+using Simulator::Word;
+
+namespace {
+
+std::vector<Word> wordsOf(const std::string& line) {
+  std::vector<Word> words;
+  return splitLine(line, words) ? words : std::vector<Word>{{"a quote is left open", false}};
+}
+
+struct LineRow {
+  const char* name;
+  const char* line;
+  std::string words;  // in angles, those with a quote in square brackets
+};
+const LineRow lineRows[] = {
+    {"Plain", "queue +49 text", "<queue><+49><text>"},
+    {"Blanks", " \tqueue  +49\t text ", "<queue><+49><text>"},
+    {"DoubleQuotes", "queue \"two  words\"", "<queue>[two  words]"},
+    {"SingleQuotes", "queue 'a \"b\" \\n'", "<queue>[a \"b\" \\n]"},
+    {"Escapes", R"(queue "\"\\\n\x")", "<queue>[\"\\\n\\x]"},
+    {"EmptyWord", "queue \"\"", "<queue>[]"},
+    {"QuoteInsideAWord", "queue a\"b c\"d", "<queue>[ab cd]"},
+    {"OpenDoubleQuote", "queue \"text", "<a quote is left open>"},
+    {"OpenSingleQuote", "queue 'text", "<a quote is left open>"},
+};
+class Line : public testing::TestWithParam<LineRow> {};
+TEST_P(Line, IsSplit) {
+  std::string all;
+  for (const Word& word : wordsOf(GetParam().line))
+    all += (word.quoted ? "[" : "<") + word.text + (word.quoted ? "]" : ">");
+  EXPECT_EQ(all, GetParam().words);
+}
+INSTANTIATE_ROWS(Line, lineRows);
+
+TEST(Arguments, TakesOptionsOutOfTheWords) {
+  Arguments given;
+  ASSERT_TRUE(given.read("NUMBER TEXT [--parts N] [--16-bit] [--order N,N]",
+                         wordsOf("receive --parts 2 +49 --16-bit \"--parts\" --order 2,1")));
+  EXPECT_EQ(given.words(), (std::vector<std::string>{"+49", "--parts"}));
+  EXPECT_EQ(given.number("--parts", 7), 2U);
+  EXPECT_TRUE(given.has("--16-bit"));
+  EXPECT_EQ(given.numbers("--order"), (std::vector<unsigned>{2, 1}));
+}
+
+struct ShapeRow {
+  const char* name;
+  const char* shapes;
+  const char* line;
+  const char* problem;  // empty: it fits
+};
+const ShapeRow shapeRows[] = {
+    {"Nothing", "", "x", ""},
+    {"OneTooMany", "", "x a", "\"a\" is one word too many."},
+    {"Missing", "NUMBER TEXT", "x 1", "TEXT is missing."},
+    {"MayBeMissing", "NUMBER [TEXT]", "x 1", ""},
+    {"AsManyAsWanted", "NUMBER...", "x 1 2 3", ""},
+    {"NoneOfMany", "NUMBER...", "x", "NUMBER is missing."},
+    {"Choice", "api|tool", "x tool", ""},
+    {"NoChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
+    {"ChoiceOrAny", "TEXT|off", "x on", ""},
+    {"Number", "N", "x 65535", ""},
+    {"TooLarge", "N", "x 65536", "\"65536\" is no whole number from 0 to 65535."},
+    {"Negative", "N", "x -1", "\"-1\" is no whole number from 0 to 65535."},
+    {"NumberAndMore", "N", "x 1a", "\"1a\" is no whole number from 0 to 65535."},
+    {"EmptyNumber", "N", "x \"\"", "\"\" is no whole number from 0 to 65535."},
+    {"NoTimes", "TIMES", "x 0", "\"0\" is no whole number from 1 to 65535."},
+    {"UnknownOption", "[--parts N]", "x --part 2", "There is no option --part."},
+    {"NoValue", "[--parts N]", "x --parts", "--parts wants N."},
+    {"WrongValue", "[--parts N]", "x --parts two", "--parts: \"two\" is no whole number from 0 to 65535."},
+    {"WrongList", "[--order N,N]", "x --order 2,b",
+     "--order: \"2,b\" is no list of whole numbers, such as 2,1."},
+    {"SecondShape", "api N, disk full", "x disk full", ""},
+    {"ShapeThatWasMeant", "api N, api slow N, disk full", "x api slow", "N is missing."},
+};
+class ShapeOf : public testing::TestWithParam<ShapeRow> {};
+TEST_P(ShapeOf, IsFollowed) {
+  Arguments given;
+  const bool fits = given.read(GetParam().shapes, wordsOf(GetParam().line));
+  EXPECT_EQ(fits ? "" : given.problem(), GetParam().problem);
+}
+INSTANTIATE_ROWS(ShapeOf, shapeRows);
+
+}  // namespace
