@@ -27,16 +27,17 @@ Json::Value commandSettings() {
 // A daemon without its process.
 class Loop {
  public:
-  explicit Loop(unsigned limit) : commands_(commandSettings()) {
-    auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
+  explicit Loop(unsigned limit) : journal_(storeFolder, limit, limit), commands_(commandSettings()) {
+    auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder, &journal_);
     storage_ = makeMessageStore(folders, limit, limit);
     if (!commands_.loadConfig()) std::abort();
   }
 
-  void pass() { runPass(provider_, *storage_, commands_, {30, 60, 300}, retry_); }
+  void pass() { runPass(provider_, *storage_, commands_, journal_, {30, 60, 300}, retry_); }
 
  private:
-  SmsUtilsProvider provider_;
+  Journal journal_;
+  SmsUtilsProvider provider_{&journal_};
   std::shared_ptr<ICollectionStorage> storage_;
   SMSCommand commands_;
   RetryState retry_;

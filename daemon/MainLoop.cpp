@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -37,33 +38,62 @@ bool obey(SMSCommand& commands, const Json::Value& record) {
   return false;
 }
 
-void fileReceivedMessages(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands) {
+using CommandPath = std::function<bool(const Json::Value& record)>;
+
+// Files received messages, each after it was offered to the commands. Parts are merged with those that are
+// stored.
+void fileMessages(std::vector<Json::Value> records, ICollectionStorage& storage, Journal& journal,
+                  const CommandPath& isObeyed) {
   std::optional<std::vector<Json::Value>> storedParts;  // read once, when the first part comes
   std::vector<Json::Value> updatedMultiparts;
-  for (Json::Value& record : provider.receiveMessages()) {
+  std::vector<std::string> mergedParts;
+  for (Json::Value& record : records) {
     Orvel::Watchdog::feed();  // for each message, so that many are no hang
     if (isPartOfMultipart(record)) {
       if (!storedParts)
         storedParts = collectStoredParts(storage.load(Json::nullValue, MessageStatus::Received));
-      if (mergeWithStoredParts(updatedMultiparts, record, *storedParts)) continue;
+      if (mergeWithStoredParts(updatedMultiparts, record, *storedParts)) {
+        mergedParts.push_back(MessageRecord::guid(record));
+        continue;
+      }
     }
-    if (!MessageRecord::has(record, Key::Parts) && obey(commands, record)) record[Key::IsSMSCommand] = true;
+    if (!MessageRecord::has(record, Key::Parts) && isObeyed(record)) record[Key::IsSMSCommand] = true;
     storage.save(record, MessageStatus::Received);
   }
+  for (Json::Value& record : updatedMultiparts) joinParts(record);
+  journal.merged(mergedParts, updatedMultiparts);
   for (Json::Value& record : updatedMultiparts) {
     Orvel::Watchdog::feed();
-    joinParts(record);
     // A command that came in parts is obeyed, but its record is not marked.
-    if (!MessageRecord::has(record, Key::Parts)) obey(commands, record);
+    if (!MessageRecord::has(record, Key::Parts)) isObeyed(record);
     storage.save(record, MessageStatus::Received);
   }
 }
 
-void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, RetryState& retry,
-                        const MonotonicClock& clock) {
+// Files what an earlier pass left, one by one, since two parts of the same message may be among them. None of
+// it is obeyed: a reboot that came back with each boot would never end.
+void fileLeftMessages(ICollectionStorage& storage, SMSCommand& commands, Journal& journal) {
+  const auto isObeyed = [&](const Json::Value& record) {
+    ParsedSMSCommand command;
+    if (commands.isEnabled() && !journal.wasTried(record) &&
+        commands.parseCommand(MessageRecord::member(record, Key::Message).asString(), command))
+      ORVEL_LOG(WARNING, "SMS command in message %s from %s is not obeyed: an earlier pass was cut off",
+                MessageRecord::guid(record).c_str(),
+                MessageRecord::member(record, Key::Source).asString().c_str());
+    return false;
+  };
+  for (const Json::Value& record : journal.left()) fileMessages({record}, storage, journal, isObeyed);
+}
+
+void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, Journal& journal,
+                        RetryState& retry, const MonotonicClock& clock) {
   for (const Json::Value& record : storage.load(Json::nullValue, MessageStatus::Sending)) {
+    if (journal.isAnswered(record, MessageStatus::Sending)) continue;
     Orvel::Watchdog::feed();
-    if (provider.sendMessage(record)) {
+    journal.begun(record, MessageStatus::Sending);
+    const bool sent = provider.sendMessage(record);
+    journal.answered(record, sent ? MessageStatus::Sent : MessageStatus::Failed);
+    if (sent) {
       storage.move(record, MessageStatus::Sending, MessageStatus::Sent);
     } else {
       storage.move(record, MessageStatus::Sending, MessageStatus::Failed);
@@ -74,24 +104,30 @@ void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, Retr
 
 }  // namespace
 
-void runMainLoop(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands) {
+void runMainLoop(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands, Journal& journal) {
   RetryState retry;
   while (stopRequested == 0) {
     Orvel::Watchdog::feed();
-    runPass(provider, storage, commands, smsTimings, retry);
+    runPass(provider, storage, commands, journal, smsTimings, retry);
     sleep(passInterval);
   }
 }
 
-void runPass(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands,
+void runPass(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands, Journal& journal,
              const std::vector<std::uint32_t>& timings, RetryState& retry, const MonotonicClock& clock) {
   try {
-    fileReceivedMessages(provider, storage, commands);
-    retryFailedMessages(provider, storage, timings, retry, clock);
-    sendQueuedMessages(provider, storage, retry, clock);
+    journal.catchUp(storage);
+    fileLeftMessages(storage, commands, journal);
+    journal.settle();
+    fileMessages(provider.receiveMessages(), storage, journal,
+                 [&](const Json::Value& record) { return obey(commands, record); });
+    journal.settle();
+    retryFailedMessages(provider, storage, journal, timings, retry, clock);
+    sendQueuedMessages(provider, storage, journal, retry, clock);
   } catch (const std::string& text) {
     ORVEL_LOG(FATAL, "%s", text.c_str());
   } catch (...) {
     ORVEL_LOG(FATAL, "Exeption was detected");
   }
+  journal.settle();
 }

@@ -19,14 +19,17 @@ bool mayRetry(const Json::Value& record) {
   return retries > Json::Value(0) && retries != Json::Value(0u);
 }
 
-void retry(SmsProvider& provider, ICollectionStorage& storage, const Json::Value& record) {
+void retry(SmsProvider& provider, ICollectionStorage& storage, Journal& journal, const Json::Value& record) {
   Orvel::Watchdog::feed();
+  journal.begun(record, MessageStatus::Failed);
   if (provider.sendMessage(record)) {
+    journal.answered(record, MessageStatus::Sent);
     storage.move(record, MessageStatus::Failed, MessageStatus::Sent);
     return;
   }
-  Json::Value refiled = record;  // made before the removal: a "retries" that is no number throws here
-  refiled[Key::Retries] = record[Key::Retries].asUInt() - 1;
+  Json::Value refiled = record;
+  refiled[Key::Retries] = MessageRecord::retriesAfterFailure(record);
+  journal.answered(refiled, MessageStatus::Failed);
   storage.remove(record, MessageStatus::Failed);
   storage.save(refiled, MessageStatus::Failed);
 }
@@ -48,7 +51,7 @@ void startFailureTimer(RetryState& state, const MonotonicClock& clock) {
   state.timerStarted = true;
 }
 
-void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage,
+void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage, Journal& journal,
                          const std::vector<std::uint32_t>& timings, RetryState& state,
                          const MonotonicClock& clock) {
   if (timings.empty()) return;
@@ -74,8 +77,11 @@ void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage,
   if (state.time_not_attempting < state.current_timing) return;
 
   ORVEL_LOG(DEBUG, "VELD: Try to send failed sms.");
-  for (const Json::Value& record : failed)
-    if (mayRetry(record)) retry(provider, storage, record);
+  for (const bool behind : {false, true})
+    for (const Json::Value& record : failed)
+      if (mayRetry(record) && journal.isBehind(record) == behind &&
+          !journal.isAnswered(record, MessageStatus::Failed))
+        retry(provider, storage, journal, record);
   ++state.dialAttempt;
   state.time_not_attempting = 0;
   state.lastTime = state.nowTime;

@@ -6,6 +6,7 @@
 
 #include "provider/SmsProvider.h"
 #include "storage/ICollectionStorage.h"
+#include "storage/Journal.h"
 
 /// Whole seconds of a clock that never goes back. It may wrap.
 using MonotonicClock = std::function<std::uint32_t()>;
@@ -33,6 +34,6 @@ void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 ///
 /// `timings` are the intervals in seconds: the first dial attempt waits the first, and so on; from the last
 /// one on all wait the last. When there are none, nothing is ever tried.
-void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage,
+void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage, Journal& journal,
                          const std::vector<std::uint32_t>& timings, RetryState& state,
                          const MonotonicClock& clock = monotonicSeconds);

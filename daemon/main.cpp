@@ -21,10 +21,11 @@ int main() {
   const std::uint32_t receivedLimit = (*settings)[SettingsKey::receivedLimit].asUInt();
   const std::uint32_t sentLimit = (*settings)[SettingsKey::sentLimit].asUInt();
 
-  SmsUtilsProvider provider;
-  auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder);
+  Journal journal(messageFolder, receivedLimit, sentLimit);
+  SmsUtilsProvider provider(&journal);
+  auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder, &journal);
   const auto storage = makeMessageStore(folders, receivedLimit, sentLimit);
 
-  runMainLoop(provider, *storage, commands);
+  runMainLoop(provider, *storage, commands, journal);
   return EXIT_SUCCESS;
 }

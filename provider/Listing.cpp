@@ -44,24 +44,29 @@ void parseLine(const std::string& line, Json::Value& record) {
     record[Key::Message] = decodeUserData(withoutQuotes(valueBehind(line, userData, userDataMarker)), record);
 }
 
-void stamp(Json::Value& record, std::size_t ordinal) {
+void stamp(Json::Value& record, unsigned& ordinal, const std::function<bool(const std::string&)>& isTaken) {
   const std::time_t now = std::time(nullptr);
   const std::tm* const local = std::localtime(&now);
   char text[80];
-  char ordinalText[16];
-  std::snprintf(ordinalText, sizeof(ordinalText), "%02u", static_cast<unsigned>(ordinal));
   std::strftime(text, sizeof(text), "%Y%m%d%H%M%S", local);
-  record[Key::Guid] = std::string(text) + ordinalText;
+  std::string guid;
+  do {
+    char ordinalText[16];
+    std::snprintf(ordinalText, sizeof(ordinalText), "%02u", ordinal++);
+    guid = std::string(text) + ordinalText;
+  } while (isTaken(guid));
+  record[Key::Guid] = guid;
   std::strftime(text, sizeof(text), "%Y/%m/%d %X", local);
   record[Key::Timestamp] = text;
 }
 
-void finishMessage(Json::Value& record, std::vector<Json::Value>& records) {
+void finishMessage(Json::Value& record, std::vector<Json::Value>& records, unsigned& ordinal,
+                   const std::function<bool(const std::string&)>& isTaken) {
   if (!MessageRecord::has(record, Key::Source)) {
     ORVEL_LOG(WARNING, "SMS recipient is empty");
     return;
   }
-  stamp(record, records.size());
+  stamp(record, ordinal, isTaken);
   ORVEL_LOG(INFO, "New sms from %s, message: %s", record[Key::Source].asCString(),
             MessageRecord::member(record, Key::Message).asString().c_str());
   records.push_back(std::move(record));
@@ -69,8 +74,10 @@ void finishMessage(Json::Value& record, std::vector<Json::Value>& records) {
 
 }  // namespace
 
-Listing parseListing(const std::vector<std::string>& lines) {
+Listing parseListing(const std::vector<std::string>& lines,
+                     const std::function<bool(const std::string& guid)>& isTaken) {
   Listing listing;
+  unsigned ordinal = 0;
   auto line = lines.begin();
   while (line != lines.end()) {
     if (!contains(*line, indexMarker)) {
@@ -81,7 +88,7 @@ Listing parseListing(const std::vector<std::string>& lines) {
     }
     Json::Value record;
     for (++line; line != lines.end() && !contains(*line, indexMarker); ++line) parseLine(*line, record);
-    finishMessage(record, listing.records);
+    finishMessage(record, listing.records, ordinal, isTaken);
     listing.foundMessage = true;
   }
   return listing;

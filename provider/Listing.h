@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,4 +18,9 @@ struct Listing {
 /// "addr:" but not "smsc-addr:" gives the sender, and the first with "user-data:" the text (see UserData.h).
 /// The markers are found anywhere in a line, and case-sensitively. A message without a sender is logged and
 /// left out; one without "user-data:" has no "message".
-Listing parseListing(const std::vector<std::string>& lines);
+///
+/// "guid" is the second in which a message is parsed and its ordinal in the listing, from 00; an ordinal for
+/// which `isTaken` says that the guid is another message's is passed over.
+Listing parseListing(
+    const std::vector<std::string>& lines,
+    const std::function<bool(const std::string& guid)>& isTaken = [](const std::string&) { return false; });

@@ -23,23 +23,34 @@ const std::string sendFile = std::string(stagingFolder) + "/sms-tmp";
 constexpr char sendLog[] = "/var/log/veld.log";
 constexpr std::size_t pieceSize = 1024;  // bytes of a line, the terminator included
 
+void logPipeError() { ORVEL_LOG(ERROR, "[SMS-UTILS] Pipe error: [%d][%s]", errno, std::strerror(errno)); }
+
 std::vector<std::string> readLines(std::FILE* pipe) {
   const Orvel::SignalHold untilRead;
   std::vector<std::string> lines;
   char piece[pieceSize];
   while (std::fgets(piece, sizeof(piece), pipe) != nullptr) lines.emplace_back(piece);
-  return lines;
+  if (std::ferror(pipe) == 0) return lines;
+  // What was not read would be deleted with the rest: the next pass reads it all.
+  logPipeError();
+  return {};
 }
 
 std::vector<std::string> listMessages() {
   std::FILE* const pipe = popen((tool + "list read").c_str(), "r");
   if (pipe == nullptr) {
-    ORVEL_LOG(ERROR, "[SMS-UTILS] Pipe error: [%d][%s]", errno, std::strerror(errno));
+    logPipeError();
     return {};
   }
   std::vector<std::string> lines = readLines(pipe);
   pclose(pipe);
   return lines;
+}
+
+void removeSendFile() {
+  const std::string command = "rm " + sendFile;
+  if (std::system(command.c_str()) != 0)
+    ORVEL_LOG(ERROR, "Error to remove file %s: [%d][%s]", command.c_str(), errno, std::strerror(errno));
 }
 
 bool writeSendFile(const Json::Value& record) {
@@ -50,18 +61,16 @@ bool writeSendFile(const Json::Value& record) {
     return false;
   }
   file << MessageRecord::member(record, Key::Message).asString().c_str();  // up to the first NUL
-  return true;
-}
-
-void removeSendFile() {
-  const std::string command = "rm " + sendFile;
-  if (std::system(command.c_str()) != 0)
-    ORVEL_LOG(ERROR, "Error to remove file %s: [%d][%s]", command.c_str(), errno, std::strerror(errno));
+  file.close();
+  if (file) return true;
+  ORVEL_LOG(ERROR, "Cannot write file %s: [%d][%s]", sendFile.c_str(), errno, std::strerror(errno));
+  removeSendFile();
+  return false;
 }
 
 }  // namespace
 
-SmsUtilsProvider::SmsUtilsProvider() {
+SmsUtilsProvider::SmsUtilsProvider(Journal* journal) : journal_(journal) {
   if (std::system(("mkdir -p " + std::string(stagingFolder) + "/").c_str()) != 0)
     ORVEL_LOG(ERROR, "Cannot create dir: [%d][%s]", errno, std::strerror(errno));
 }
@@ -70,12 +79,16 @@ std::vector<Json::Value> SmsUtilsProvider::receiveMessages() {
   // The tool marks the messages that it lists as read, so that the listing below holds new and old ones
   // alike.
   [[maybe_unused]] const int ignored = std::system((tool + "list unread > /dev/null").c_str());
-  const Listing listing = parseListing(listMessages());
+  const Listing listing = parseListing(listMessages(), [this](const std::string& guid) {
+    return journal_ != nullptr && journal_->isTaken(guid);
+  });
+  const std::vector<Json::Value> records = joinMultipartMessages(listing.records);
+  if (journal_ != nullptr) journal_->received(records);
   if (listing.foundMessage) {
     const int status = std::system((tool + "delete read").c_str());
     if (status != 0) ORVEL_LOG(ERROR, "[SMS-UTILS] Failed to delete SMS messages: [%d]", status);
   }
-  return joinMultipartMessages(listing.records);
+  return records;
 }
 
 bool SmsUtilsProvider::sendMessage(const Json::Value& message) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "provider/SmsProvider.h"
+#include "storage/Journal.h"
 
 /// How the tool is called; a command of it follows.
 constexpr char smsTool[] = "SMS_CONFIG=/etc/smsconfig sms ";
@@ -12,8 +13,9 @@ constexpr char smsTool[] = "SMS_CONFIG=/etc/smsconfig sms ";
 /// library's exception.
 class SmsUtilsProvider final : public SmsProvider {
  public:
-  /// Creates the folder of the send file. A failure is logged, and every send will then fail.
-  SmsUtilsProvider();
+  /// Creates the folder of the send file. A failure is logged, and every send will then fail. `journal`, if
+  /// any, takes in what the modem gave before it is deleted there, and outlives the object.
+  explicit SmsUtilsProvider(Journal* journal = nullptr);
 
   /// Lists every message that the modem holds, then deletes them from it. "guid" and "timestamp" come from
   /// the gateway's clock, in local time. A message without a sender is dropped and deleted; when the deletion
@@ -21,6 +23,10 @@ class SmsUtilsProvider final : public SmsProvider {
   std::vector<Json::Value> receiveMessages() override;
 
   /// The number goes into the command line as it is. The tool's output is appended to /var/log/veld.log by
-  /// the shell. A number that is empty or missing fails; a missing text is sent as an empty one.
+  /// the shell. A number that is empty or missing fails; a missing text is sent as an empty one, and one
+  /// that cannot be written whole for the tool is not sent.
   bool sendMessage(const Json::Value& message) override;
+
+ private:
+  Journal* const journal_;
 };

@@ -3,13 +3,18 @@
 #include "storage/MessageStatus.h"
 #include "storage/MoveFolderStorage.h"
 
-FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const std::string& tempPath) {
+FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const std::string& tempPath,
+                                                 Journal* journal)
+    : journal_(journal) {
   for (const int status : MessageStatus::all)
     folders[status] = std::make_shared<MoveFolderStorage>(root + MessageStatus::folder(status), tempPath);
 }
 
 void FolderCollectionStorage::save(const Json::Value& record, int status) {
-  if (IStorage* const storage = folder(status)) storage->save(record);
+  IStorage* const storage = folder(status);
+  if (storage == nullptr) return;
+  const bool good = storage->save(record);
+  if (journal_ != nullptr) journal_->saved(record, status, good);
 }
 
 void FolderCollectionStorage::remove(const Json::Value& filter, int status) {

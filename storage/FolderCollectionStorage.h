@@ -6,14 +6,16 @@
 
 #include "storage/ICollectionStorage.h"
 #include "storage/IStorage.h"
+#include "storage/Journal.h"
 
 /// The folder tree of the message store: one folder per status below a root.
 ///
 ///     root/inbox/received   root/outbox/sending   root/outbox/sent   root/outbox/failed
 class FolderCollectionStorage final : public ICollectionStorage {
  public:
-  /// Creates the four folders and the staging folder that they share; a failure is logged.
-  FolderCollectionStorage(const std::string& root, const std::string& tempPath);
+  /// Creates the four folders and the staging folder that they share; a failure is logged. `journal`, if any,
+  /// is told what came of each save, and outlives the object.
+  FolderCollectionStorage(const std::string& root, const std::string& tempPath, Journal* journal = nullptr);
 
   void save(const Json::Value& record, int status) override;
   void remove(const Json::Value& filter, int status) override;
@@ -27,4 +29,5 @@ class FolderCollectionStorage final : public ICollectionStorage {
   IStorage* folder(int status) const;
 
   std::map<int, std::shared_ptr<IStorage>> folders;
+  Journal* const journal_;
 };

@@ -57,9 +57,14 @@ FolderStorage::FolderStorage(const std::string& path) : path(path) {
 
 bool FolderStorage::save(const Json::Value& record) {
   if (!MessageRecord::has(record, MessageRecord::Key::Guid)) return false;
-  std::ofstream stream(path + "/" + record[MessageRecord::Key::Guid].asString());
-  if (stream.is_open()) stream << record;
-  return true;
+  const std::string file = path + "/" + record[MessageRecord::Key::Guid].asString();
+  std::ofstream stream(file);
+  if (!stream.is_open()) return true;
+  stream << record;
+  stream.close();
+  if (stream) return true;
+  ORVEL_LOG(ERROR, "Cannot write file %s: [%d][%s]", file.c_str(), errno, std::strerror(errno));
+  return false;
 }
 
 bool FolderStorage::remove(const Json::Value& filter) {

@@ -14,8 +14,8 @@ class FolderStorage : public IStorage {
   /// Creates the folder, with its parents. A failure is logged; the object is usable all the same.
   explicit FolderStorage(const std::string& path);
 
-  /// Writes the record's file anew. False only for a record without "guid": a file that cannot be opened is
-  /// not reported.
+  /// Writes the record's file anew. False for a record without "guid", and for a file that could not be
+  /// written whole, which is logged: one that cannot be opened is not reported.
   bool save(const Json::Value& record) override;
 
   /// With a null filter, false also when the folder is empty already.

@@ -15,6 +15,12 @@ std::string guid(const Json::Value& record) {
   return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
 }
 
+std::uint32_t retriesAfterFailure(const Json::Value& record) {
+  const Json::Value& retries = member(record, Key::Retries);
+  const bool isNumber = retries.isNumeric() && retries.isConvertibleTo(Json::uintValue);
+  return isNumber && retries.asUInt() > 0 ? retries.asUInt() - 1 : 0;
+}
+
 // The parser reports most faults through its result, but nesting that is too deep by an exception.
 bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
   static const Json::CharReaderBuilder reader;

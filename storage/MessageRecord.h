@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <cstdint>
 #include <istream>
 #include <string>
 
@@ -33,6 +34,9 @@ const Json::Value& member(const Json::Value& record, const char* key);
 
 /// The "guid" as text; empty when there is none or it is an array or an object, which have no text form.
 std::string guid(const Json::Value& record);
+
+/// What is left of "retries" after one more send that failed; 0 when it is no number, or less than 1 before.
+std::uint32_t retriesAfterFailure(const Json::Value& record);
 
 /// Reads the content of a file; false, with a text in `errors`, when it is no JSON or is nested too deep.
 bool parse(std::istream& stream, Json::Value& record, std::string& errors);

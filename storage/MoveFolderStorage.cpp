@@ -1,21 +1,64 @@
 #include "storage/MoveFolderStorage.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 
 #include "storage/MessageRecord.h"
 #include "support/Logger.h"
+
+namespace {
+
+// What the shell's mv met, which does not tell its errno: the same is tried with a file that has no name. 0
+// when that goes well, or such files are unknown here.
+int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
+  std::ifstream stream(staged);
+  if (!stream.is_open()) return errno;
+  const std::string content(std::istreambuf_iterator<char>(stream), {});
+  const int file = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (file < 0) return errno != EOPNOTSUPP && errno != EISDIR ? errno : 0;
+  errno = ENOSPC;
+  const bool written = write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size());
+  const int reason = written ? 0 : errno;
+  close(file);
+  return reason;
+}
+
+// What a move that broke off leaves under the new name is no record.
+void removeTornFile(const std::string& file) {
+  std::ifstream stream(file);
+  Json::Value record;
+  std::string errors;
+  if (stream.is_open() && !MessageRecord::parse(stream, record, errors)) unlink(file.c_str());
+}
+
+}  // namespace
 
 MoveFolderStorage::MoveFolderStorage(const std::string& path, const std::string& tempPath)
     : FolderStorage(path), tempFolder(tempPath) {}
 
 bool MoveFolderStorage::save(const Json::Value& record) {
-  if (!tempFolder.save(record)) return false;
+  if (!MessageRecord::has(record, MessageRecord::Key::Guid)) return false;
   const std::string guid = record[MessageRecord::Key::Guid].asString();
-  if (std::system(("mv " + tempFolder.path + "/" + guid + " " + path + "/").c_str()) != 0) {
-    ORVEL_LOG(ERROR, "Error %d: %s", errno, std::strerror(errno));
+  const std::string staged = tempFolder.path + "/" + guid;
+  unlink(staged.c_str());  // what an earlier save left there must not be moved in place of this one
+  if (!tempFolder.save(record)) {
+    unlink(staged.c_str());
     return false;
   }
-  return true;
+  const int status = std::system(("mv " + staged + " " + path + "/").c_str());
+  if (status == 0) return true;
+  const int error = errno;
+  ORVEL_LOG(ERROR, "Error %d: %s", error, std::strerror(error));
+  const int reason = status == -1 ? error : reasonOfFailedMove(staged, path);
+  if (reason != 0)
+    ORVEL_LOG(ERROR, "Cannot move %s to %s: [%d][%s]", staged.c_str(), path.c_str(), reason,
+              std::strerror(reason));
+  removeTornFile(path + "/" + guid);
+  return false;
 }

@@ -11,8 +11,9 @@ class MoveFolderStorage final : public FolderStorage {
   /// Creates both folders, `path` first.
   MoveFolderStorage(const std::string& path, const std::string& tempPath);
 
-  /// False for a record without "guid" and when the move fails. The staged file is then left behind, and the
-  /// next save of the same guid overwrites it.
+  /// False for a record without "guid", when it cannot be staged whole, and when the move fails. A staged
+  /// file that could not be moved is left behind, and the next save of the same guid overwrites it; a file
+  /// that the move tore is removed.
   bool save(const Json::Value& record) override;
 
  private:

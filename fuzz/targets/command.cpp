@@ -129,7 +129,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RetryState retry;
   FakeCurl::requests.clear();
   FakeCurl::answer = R"({"code": 200})";
-  runPass(provider, inbox, commands, {}, retry);
+  Journal journal("/nowhere", 0, 0);
+  runPass(provider, inbox, commands, journal, {}, retry);
 
   const std::optional<FakeCurl::Request> permitted = permittedRequest(input);
   property(FakeCurl::requests.size() <= (permitted ? 1U : 0U), "a stranger causes no request");

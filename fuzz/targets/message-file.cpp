@@ -112,7 +112,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   SMSCommand commands(off);
   Modem modem(sends);
   RetryState retry;
-  runPass(modem, *storage, commands, {0}, retry, [] { return 0U; });
+  Journal journal("/nowhere", 0, 0);
+  runPass(modem, *storage, commands, journal, {0}, retry, [] { return 0U; });
 
   checkReceived(*store);
   property(modem.offered.size() <= records.size(), "nothing is sent that is not queued");

@@ -4,6 +4,7 @@
 #include "storage/MessageStatus.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/daemon/FakeProvider.h"
 #include "tests/storage/FakeStorage.h"
 
@@ -27,19 +28,24 @@ constexpr char secondPart[] =
 
 class Pass : public testing::Test {
  protected:
-  Pass() : commands_(json(commandSettings)) { EXPECT_TRUE(commands_.loadConfig()); }
+  Pass() : commands_(json(commandSettings)) {
+    EXPECT_TRUE(commands_.loadConfig());
+    storage_.journal = &journal_;
+  }
 
   /// Runs a pass in which the modem gives `incoming`, and returns what is logged.
   std::string pass(const std::vector<std::string>& incoming = {}) {
     for (const std::string& record : incoming) provider_.incoming.push_back(json(record));
     LogCapture log;
-    runPass(provider_, storage_, commands_, {10}, retry_, [this] { return now_; });
+    runPass(provider_, storage_, commands_, journal_, {10}, retry_, [this] { return now_; });
     return log.text();
   }
 
   std::uint32_t now_ = 1000;
   FakeProvider provider_;
   FakeStorage storage_;
+  const TemporaryFolder root_;
+  Journal journal_{root_.path, 100, 100};
   SMSCommand commands_;
   RetryState retry_;
 };
@@ -91,7 +97,7 @@ TEST_F(Pass, ObeysNothingWhereCommandsAreOff) {
   ASSERT_TRUE(off.loadConfig());
   provider_.incoming = {json("{'guid':'1','source':'1','message':'#reboot'}")};
   LogCapture log;
-  runPass(provider_, storage_, off, {}, retry_);
+  runPass(provider_, storage_, off, journal_, {}, retry_);
   EXPECT_EQ(log.text(), "[WARNING] SMS commands not enabled\n");
   EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
   EXPECT_EQ(storage_.loads, (std::map<int, int>{{Sending, 1}}));  // without intervals, not the failed ones

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "storage/ICollectionStorage.h"
+#include "storage/Journal.h"
 #include "tests/Json.h"
 
 /// Keeps records in memory, in the order in which they came; a record counts as its filter's when they are
@@ -11,8 +12,11 @@
 class FakeStorage final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override {
-    remove(record, status);
-    records[status].push_back(json(record.toStyledString()));
+    if (takes) {
+      remove(record, status);
+      records[status].push_back(json(record.toStyledString()));
+    }
+    if (journal != nullptr) journal->saved(record, status, takes);
   }
 
   void remove(const Json::Value& filter, int status) override {
@@ -45,6 +49,8 @@ class FakeStorage final : public ICollectionStorage {
 
   std::map<int, std::vector<Json::Value>> records;
   std::map<int, int> loads;
+  bool takes = true;  ///< false: the disk is full
+  Journal* journal = nullptr;
 
  private:
   static bool matches(const Json::Value& record, const Json::Value& filter) {

@@ -1,0 +1,127 @@
+#include <gmock/gmock.h>
+
+#include "daemon/MainLoop.h"
+#include "storage/FolderCollectionStorage.h"
+#include "storage/MessageStatus.h"
+#include "storage/MessageStore.h"
+#include "tests/Json.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+#include "tests/TemporaryFolder.h"
+#include "tests/daemon/FakeProvider.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr char received[] = "/inbox/received/1", queued[] = "/outbox/sending/1", sent[] = "/outbox/sent/1",
+               failed[] = "/outbox/failed/1";
+
+/// A store on the disk, and daemons that come and go.
+class Store {
+ public:
+  explicit Store(std::initializer_list<std::pair<const char*, std::string>> files = {}) : folder(files) {}
+
+  /// A daemon runs a pass, in which the modem gives `incoming`, and ends.
+  void pass(const std::vector<Json::Value>& incoming = {}) {
+    Journal journal(folder.path, limit, limit);
+    const auto folders =
+        std::make_shared<FolderCollectionStorage>(folder.path, folder.path + "/staging", &journal);
+    const auto storage = makeMessageStore(folders, limit, limit);
+    SMSCommand commands(
+        json("{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,'whitelist':{"
+             "'enabled':false,'numbers':[]},'password':{'enabled':false,'text':''}}"));
+    EXPECT_TRUE(commands.loadConfig());
+    RetryState retry;
+    journal.catchUp(*storage);
+    journal.received(incoming);
+    modem.incoming = incoming;
+    runPass(modem, *storage, commands, journal, timings, retry, [] { return 0U; });
+  }
+
+  std::string read(const char* file) const {
+    std::string text = readFile(folder.path + file);
+    text.erase(
+        std::remove_if(text.begin(), text.end(), [](char c) { return c == '\n' || c == '\t' || c == ' '; }),
+        text.end());
+    std::replace(text.begin(), text.end(), '"', '\'');
+    return text;
+  }
+  bool has(const char* file) const { return std::filesystem::exists(folder.path + file); }
+
+  const TemporaryFolder folder;
+  FakeProvider modem;
+  std::uint32_t limit = 100;
+  std::vector<std::uint32_t> timings;
+};
+
+}  // namespace
+
+struct LeftRow {
+  const char* name;
+  const char* journal;
+  const char*
+      before;  ///< the file of the record in the folder that the journal names, "-" when there is none
+  const char* after;
+  const char* log;  ///< a part of what the pass logs
+};
+const char kText[] = "{'guid':'1','message':'a','source':'2'}";
+const char kPart[] =
+    "{'guid':'1','message':'a...','part-count':2,'part-id':7,'part-index':0,'parts':['a',null]}";
+const LeftRow kLeftRows[] = {
+    {"NotFiled", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n", "-", kText, ""},
+    {"Filed", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n",
+     "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}",
+     "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}", ""},
+    {"FiledAndTakenAway", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]\n[{'id':1,'filed':true}]\n",
+     "-", "", ""},
+    {"FiledAndTorn",
+     "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n[{'id':1,'filed':true}]\n", "",
+     kText, ""},
+    {"Command", "[{'id':1,'to':1,'record':{'guid':'1','message':'#reboot','source':'2'}}]\n", "-",
+     "{'guid':'1','message':'#reboot','source':'2'}", "SMS command in message 1 from 2 is not obeyed"},
+    {"PartThatCompletes",
+     "[{'id':1,'to':1,'record':{'guid':'2','part-id':7,'message':'','parts':[null,'b']}}]\n", kPart,
+     "{'guid':'1','message':'ab'}", ""},
+    {"CompletedMessage", "[{'id':1,'to':1,'record':{'guid':'1','message':'ab'}}]\n", kPart,
+     "{'guid':'1','message':'ab'}", ""},
+    {"LetGo", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]\n[{'id':1}]\n", "-", "", ""},
+    {"LastLineCutShort", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]", "-", "", ""},
+    {"Torn", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\nrubbish\n", "-", kText,
+     "is set aside as ["},
+    {"ChangeOfAWrongType", "[{'id':'x'}]\n", "-", "", "is set aside as ["},
+    {"Sent", "[{'id':1,'from':2,'to':3,'record':{'guid':'1','status':'sent'}}]\n", "-",
+     "{'guid':'1','status':'sent'}", ""},
+    {"BegunFromTheQueue", "[{'id':1,'from':2,'record':{'guid':'1','message':'a'}}]\n", "-",
+     "{'guid':'1','message':'a','status':'failed'}", "Sending message 1 was begun and never answered"},
+    {"BegunRetry", "[{'id':1,'from':4,'record':{'guid':'1','retries':3}}]\n", "{'guid':'1','retries':3}",
+     "{'guid':'1','retries':2,'status':'failed'}", "Sending message 1 was begun and never answered"},
+};
+class Left : public testing::TestWithParam<LeftRow> {};
+TEST_P(Left, IsFiledByTheNextDaemon) {
+  Store store;
+  std::string journal = GetParam().journal, before = GetParam().before;
+  for (std::string* const text : {&journal, &before}) std::replace(text->begin(), text->end(), '\'', '"');
+  const char* const file = journal.find("\"from\":2,\"to\":3") != std::string::npos ? sent
+                           : journal.find("\"from\"") != std::string::npos          ? failed
+                                                                                    : received;
+  writeFile(store.folder.path + "/journal", journal);
+  if (before != "-") writeFile(store.folder.path + file, before);
+  LogCapture log;
+  store.pass();
+  EXPECT_THAT(log.text(), HasSubstr(GetParam().log));
+  EXPECT_EQ(store.read(file), GetParam().after);
+  EXPECT_FALSE(store.has("/journal"));
+}
+INSTANTIATE_ROWS(Left, kLeftRows);
+
+TEST(Journal, IsThereOnlyWhileSomethingIsOnItsWay) {
+  Store store({{queued + 1, R"({"guid":"1","recipient":"2"})"}});
+  std::string during;
+  store.modem.onSend = [&] { during = store.read("/journal"); };
+  store.pass({json(kText)});
+  EXPECT_THAT(during, HasSubstr("'recipient':'2'"));
+  EXPECT_FALSE(store.has("/journal"));
+  EXPECT_TRUE(store.has(received) && store.has(sent));
+}
