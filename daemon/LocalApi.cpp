@@ -9,9 +9,10 @@
 
 namespace {
 
-bool fetch(const std::string& url, std::string& answer) {
+bool fetch(const std::string& url, std::string& answer, long timeout) {
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
   if (curl == nullptr) return false;
+  if (timeout > 0 && curl_easy_setopt(curl.get(), CURLOPT_TIMEOUT, timeout) != CURLE_OK) return false;
   return curl_easy_setopt(curl.get(), CURLOPT_UNIX_SOCKET_PATH, localApiSocket) == CURLE_OK &&
          curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str()) == CURLE_OK &&
          curl_easy_setopt(curl.get(), CURLOPT_HEADER, 0L) == CURLE_OK &&
@@ -23,10 +24,12 @@ bool fetch(const std::string& url, std::string& answer) {
 
 }  // namespace
 
-bool loadFromApi(const std::string& url, Json::Value& result) {
+bool loadFromApi(const std::string& url, Json::Value& result) { return loadFromApi(url, result, 0); }
+
+bool loadFromApi(const std::string& url, Json::Value& result, long timeout) {
   ORVEL_LOG(TRACE, "loadFromApi");
   std::string answer;
-  if (!fetch(url, answer)) return false;
+  if (!fetch(url, answer, timeout)) return false;
   Json::Value envelope;
   if (!parseJson(answer, &envelope)) return false;
   if (envelope["code"].asUInt() != 200) return false;

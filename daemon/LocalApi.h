@@ -17,6 +17,9 @@ constexpr char localApiHost[] = "http://localhost";  ///< what stands before the
 /// Logs no fault. A "code" that is no unsigned number throws the JSON library's exception.
 bool loadFromApi(const std::string& url, Json::Value& result);
 
+/// The same for who cannot wait: false after `timeout` seconds, too. 0: without a time-out.
+bool loadFromApi(const std::string& url, Json::Value& result, long timeout);
+
 /// A libcurl write callback: appends `size` times `count` bytes at `data` to the std::string at `answer`, and
 /// returns their number; 0, which ends the transfer, when `answer` is null.
 std::size_t appendAnswer(char* data, std::size_t size, std::size_t count, void* answer);

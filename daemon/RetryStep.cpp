@@ -12,13 +12,6 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-// By the JSON library's order of values, which puts every unsigned number, and text, behind every signed one.
-// An unsigned 0 is what a last failed retry leaves.
-bool mayRetry(const Json::Value& record) {
-  const Json::Value& retries = MessageRecord::member(record, Key::Retries);
-  return retries > Json::Value(0) && retries != Json::Value(0u);
-}
-
 void retry(SmsProvider& provider, ICollectionStorage& storage, Journal& journal, const Json::Value& record) {
   Orvel::Watchdog::feed();
   journal.begun(record, MessageStatus::Failed);
@@ -35,6 +28,13 @@ void retry(SmsProvider& provider, ICollectionStorage& storage, Journal& journal,
 }
 
 }  // namespace
+
+// By the JSON library's order of values, which puts every unsigned number, and text, behind every signed one.
+// An unsigned 0 is what a last failed retry leaves.
+bool mayRetry(const Json::Value& record) {
+  const Json::Value& retries = MessageRecord::member(record, Key::Retries);
+  return retries > Json::Value(0) && retries != Json::Value(0u);
+}
 
 std::uint32_t monotonicSeconds() {
   timespec now{};

@@ -25,6 +25,9 @@ struct RetryState {
   std::uint32_t dialAttempt = 1;          ///< the number of the next dial attempt
 };
 
+/// Whether a failed record has "retries" left.
+bool mayRetry(const Json::Value& record);
+
 /// Starts the failure timer, unless it runs; only then is the clock read.
 void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 

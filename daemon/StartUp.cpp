@@ -22,7 +22,6 @@ namespace {
 
 constexpr char syslogIdent[] = "VELD";
 constexpr char nullDevice[] = "/dev/null";
-constexpr char settingsPath[] = "/api/sms";
 
 void setUpLogging() {
   using Orvel::Logger;

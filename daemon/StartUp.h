@@ -5,6 +5,8 @@
 #include <csignal>
 #include <optional>
 
+constexpr char settingsPath[] = "/api/sms";  ///< where the local API has the settings
+
 /// The keys of the settings that are read at the start.
 namespace SettingsKey {
 constexpr char enabled[] = "enabled";              ///< boolean

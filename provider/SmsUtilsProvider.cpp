@@ -20,7 +20,6 @@ namespace Key = MessageRecord::Key;
 
 const std::string tool = smsTool;
 const std::string sendFile = std::string(stagingFolder) + "/sms-tmp";
-constexpr char sendLog[] = "/var/log/veld.log";
 constexpr std::size_t pieceSize = 1024;  // bytes of a line, the terminator included
 
 void logPipeError() { ORVEL_LOG(ERROR, "[SMS-UTILS] Pipe error: [%d][%s]", errno, std::strerror(errno)); }

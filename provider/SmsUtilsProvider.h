@@ -6,6 +6,8 @@
 /// How the tool is called; a command of it follows.
 constexpr char smsTool[] = "SMS_CONFIG=/etc/smsconfig sms ";
 
+constexpr char sendLog[] = "/var/log/veld.log";  ///< what the tool has said while it sent
+
 /// Drives the modem through the gateway's command-line tool `sms`, which is run by the shell.
 ///
 /// Keeps nothing between calls. Failures of the tool are logged and end in an empty result or false; only a

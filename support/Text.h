@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Orvel::Text {
@@ -15,5 +16,12 @@ std::string trim(const std::string& text);
 
 /// `text` with A to Z lowered; every other byte, those of UTF-8 included, stays as it is.
 std::string toLowerCase(const std::string& text);
+
+/// The bytes of the UTF-8 character that `text` begins with; 0 when it is a control character (U+0000 to
+/// U+001F, U+007F to U+009F) or no UTF-8.
+std::size_t printableLength(std::string_view text);
+
+/// `text` with each byte of a control character, and each that is no UTF-8, as "#" and three octal digits.
+std::string printable(std::string_view text);
 
 }  // namespace Orvel::Text

@@ -37,6 +37,7 @@ struct Shape {
   std::vector<std::string> kinds;
   std::size_t least = 0;                       // so many words
   bool goesOn = false;                         // the last kind is that of all further words
+  bool takesAll = false;                       // options, too, are such words
   std::map<std::string, std::string> options;  // with the kind of the value
 };
 
@@ -56,6 +57,7 @@ Shape parse(const std::string& text) {
     if (optional) token.pop_back();
     shape.goesOn = token.size() > 3 && token.compare(token.size() - 3, 3, "...") == 0;
     shape.kinds.push_back(shape.goesOn ? token.substr(0, token.size() - 3) : token);
+    shape.takesAll = token == "WORD...";
     if (!optional) shape.least = shape.kinds.size();
   }
   return shape;
@@ -97,7 +99,7 @@ bool Arguments::readShape(const std::string& text, const std::vector<Word>& line
   options_.clear();
   for (std::size_t i = 1; i < line.size(); ++i) {
     const std::string& word = line[i].text;
-    if (!line[i].quoted && word.compare(0, 2, "--") == 0) {
+    if (!line[i].quoted && !shape.takesAll && word.compare(0, 2, "--") == 0) {
       const auto option = shape.options.find(word);
       if (option == shape.options.end()) return fail("There is no option " + word + ".");
       if (!option->second.empty() && ++i == line.size()) return fail(word + " wants " + option->second + ".");

@@ -19,6 +19,7 @@ std::optional<unsigned> readNumber(const std::string& text, unsigned least = 0, 
 ///   N  TIMES  N,N     a whole number, one that is not 0, a list of them
 ///   TEXT  TEXT|off    any word in capitals stands for any word
 ///   TEXT...           one word or more, at the end
+///   WORD...           the same, and options are such words, too
 ///   [--x] [--x N]     an option, which may stand anywhere; its value is a number, a list, or any word
 /// and a word in brackets may be missing, with those behind it.
 class Arguments {

@@ -22,6 +22,8 @@ Answer record(Gateway&, const Arguments& given) {
   return wrong("There is no record " + given.word(0) + "; \"records received\" lists some.");
 }
 
+Answer veldctl(Gateway& gateway, const Arguments& given) { return {true, gateway.veldctl(given.words())}; }
+
 Answer requests(Gateway& gateway, const Arguments& given) {
   std::vector<Json::Value> values;
   for (const LocalApiServer::Request& request : gateway.api().requests()) {
@@ -72,6 +74,7 @@ const std::vector<Command>& lookCommands() {
       {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object a line",
        records},
       {"record", "GUID", "shows one record's file", record},
+      {"veldctl", "COMMAND [WORD...]", "runs the operator's program in the gateway, see veldctl(1)", veldctl},
       {"requests", "[--all]", "shows the commands that reached the API (--all: every request), one a line",
        requests},
       {"modem", "[sent]", "shows the modem's store, or the messages that it has sent", modem},

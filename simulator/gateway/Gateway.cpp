@@ -38,7 +38,8 @@ Gateway::Gateway(const Options& options)
       daemon_({options.program, options.buildFolder + "/libgateway-clock.so", toolFolder}, clock_,
               [this] { return !hang().empty(); }),
       responder_(api_, folders_, daemon_),
-      tool_(options.buildFolder + "/sms") {
+      tool_(options.buildFolder + "/sms"),
+      veldctl_(options.buildFolder + "/../veldctl/veldctl") {
   if (!repair() || !settings_.setTimings("[30,60,300]")) {
     std::fprintf(stderr, "simulator: cannot bind %s and %s\n", SyslogServer::socketPath,
                  LocalApiServer::socketPath);
@@ -52,6 +53,23 @@ Gateway::~Gateway() {
   if (daemon_.stop()) return;
   daemon_.signal(SIGKILL);
   daemon_.wait(killSeconds, [this] { return !daemon_.running(); });
+}
+
+std::string Gateway::veldctl(const std::vector<std::string>& words) const {
+  const char* const other = std::getenv("VELDCTL");
+  std::string command = std::string("PATH=") + toolFolder + ":$PATH " + (other != nullptr ? other : veldctl_);
+  for (const std::string& word : words) {
+    command += " '";
+    for (const char c : word) command += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    command += "'";
+  }
+  std::FILE* const pipe = popen((command + " 2>&1; s=$?; [ $s -eq 0 ] || echo status $s").c_str(), "r");
+  if (pipe == nullptr) return "";
+  std::string said;
+  char piece[4096];
+  while (std::fgets(piece, sizeof(piece), pipe) != nullptr) said += piece;
+  pclose(pipe);
+  return said;
 }
 
 void Gateway::setToolThere(bool there) {

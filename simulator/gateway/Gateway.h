@@ -45,6 +45,10 @@ class Gateway {
   Disk& var() { return var_; }
   Disk& tmp() { return tmp_; }
 
+  /// Runs the operator's program with these words, and gives what it said: all of it, and its status when
+  /// that is not 0. VELDCTL is another command line for it.
+  std::string veldctl(const std::vector<std::string>& words) const;
+
   /// Whether the `sms` tool is in the daemon's path.
   void setToolThere(bool there);
   bool toolThere() const;
@@ -71,6 +75,7 @@ class Gateway {
   Disk var_{"/var"};
   Disk tmp_{"/tmp"};
   std::string tool_;
+  std::string veldctl_;
 };
 
 }  // namespace Simulator

@@ -1,0 +1,75 @@
+# The six questions of an operator, each answered by one command.
+whitelist +4917012345 "0170 12345" ""
+timings [30,60]
+veldctl status
+expect ILL   the daemon does not run
+expect status 2
+start
+veldctl status
+expect well  the daemon runs since
+expect-not status
+
+# Why did my command not run?
+settings smsCommands.password.enabled false
+settings smsCommands.whitelist.enabled false
+veldctl check
+expect ILL   anyone may send #reboot: neither whitelist nor password is on
+expect well  a failed message is sent again after 30 s, 60 s
+settings smsCommands.whitelist.enabled true
+settings receivedLimit many
+settings sentLimit --remove
+veldctl check
+expect look  receivedLimit has the wrong type
+expect look  sentLimit is missing
+expect look  no sender can match "0170 12345" in the whitelist
+expect look  no sender can match "" in the whitelist
+expect [ERROR] Exit: the sms sent limit key has invalid value or it is missing.
+expect ILL   the daemon does not start with these settings
+settings receivedLimit 100
+settings sentLimit 1
+restart
+veldctl check
+expect well  the daemon starts with these settings
+expect-not look  sentLimit
+
+# Send one now; the last ones.
+veldctl send +4917011111 "The tank is full"
+pass
+receive +4917099999 "hello there"
+receive +4917088888 "in two halves" --parts 2 --hold 2
+pass
+veldctl list
+expect-count 3
+expect   sent      +4917011111       The tank is full
+expect   received  +4917099999       hello there
+veldctl list received -n 1 --json
+expect-count 1
+expect "parts":["in two 
+veldctl status
+expect well  1 wait for parts
+
+# Why is this message stuck?
+refuse +4917022222
+veldctl send +4917022222 "Pump ёж {€}" --retries 0
+expect veldctl: not in the GSM alphabet: ёж
+pass
+veldctl status
+expect look  1 failed for good
+expect status 1
+fault tool send hang
+veldctl send +4917033333 "first"
+pass --no-wait
+await tool
+veldctl status
+expect well  it waits since
+expect sms --verbose send -f /tmp/sms/sms-tmp +4917033333
+veldctl send +4917033333 "second"
+expect veldctl: "sentLimit" is reached: 1 that wait can be discarded unsent
+repair tool
+await pass
+
+# The API is gone: the daemon goes on, commands are not carried out.
+fault api gone
+veldctl status
+expect ILL   the local API does not answer
+expect status 2

@@ -1,0 +1,197 @@
+#include "veldctl/Status.h"
+
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+#include "daemon/RetryStep.h"
+#include "daemon/StartUp.h"
+#include "storage/MessageRecord.h"
+#include "storage/MessageStatus.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace Output;
+
+// Seconds. A tool takes some while it sends; a message waits for a pass, and for those before it.
+constexpr std::int64_t longTool = 60, veryLongTool = 300, longQueued = 600, longStaged = 60;
+constexpr unsigned lowRoom = 10;  // per cent
+
+struct Process {
+  int pid = 0, parent = 0, session = 0;
+  std::int64_t age = 0;  // seconds
+  char name[16] = "";
+};
+
+std::string firstLine(const fs::path& file) {
+  std::ifstream stream(file);
+  std::string line;
+  std::getline(stream, line);
+  return line;
+}
+
+std::vector<Process> processes() {
+  // PID (NAME) STATE PARENT GROUP SESSION, and as the 22nd the start in ticks since the boot; no zombies.
+  constexpr char fields[] =
+      "%d (%15[^)]) %*1[^Z] %d %*d %d %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %lld";
+  std::vector<Process> all;
+  timespec now{};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+    Process process;
+    long long start = 0;
+    if (std::sscanf(firstLine(entry.path() / "stat").c_str(), fields, &process.pid, process.name,
+                    &process.parent, &process.session, &start) != 5)
+      continue;
+    process.age = now.tv_sec - start / sysconf(_SC_CLK_TCK);
+    all.push_back(process);
+  }
+  return all;
+}
+
+// The daemon leads a session; what it starts for a moment bears its name, too, but does not.
+bool isDaemon(const Process& process) {
+  return std::string("veld") == process.name && process.session == process.pid;
+}
+
+// Syslog is one socket; another is a request to the local API.
+bool asksApi(const std::string& process) {
+  std::error_code gone;
+  const auto isSocket = [&](const fs::directory_entry& entry) {
+    return fs::read_symlink(entry.path(), gone).string().compare(0, 7, "socket:") == 0;
+  };
+  return std::count_if(fs::directory_iterator(process + "/fd", gone), fs::directory_iterator(), isSocket) > 1;
+}
+
+std::string timeOf(std::int64_t secondsAgo) {
+  const std::time_t then = std::time(nullptr) - secondsAgo;
+  char text[] = "YYYY-mm-dd HH:MM:SS";
+  std::strftime(text, sizeof(text), "%F %T", std::localtime(&then));
+  return text;
+}
+
+// Where /proc has the daemon; empty when it does not run.
+std::string addProcesses(Findings& findings, const Json::Value& settings) {
+  const std::vector<Process> all = processes();
+  const auto daemon = std::find_if(all.begin(), all.end(), isDaemon);
+  const auto count = std::count_if(all.begin(), all.end(), isDaemon);
+  const bool api = !settings.isNull();
+  findings.add(api ? Well : Ill, api ? "" : "the local API does not answer", "api_answers", api ? 1 : 0);
+  if (count == 0) {
+    const bool off = MessageRecord::member(settings, SettingsKey::enabled) == false;
+    findings.add(off ? Well : Ill, off ? "SMS is switched off" : "the daemon does not run", "daemons");
+    return "";
+  }
+  const std::string number = std::to_string(daemon->pid);
+  findings.add(count > 1 ? Look : Well,
+               "the daemon runs since " + timeOf(daemon->age) + " as process " + number +
+                   (count > 1 ? ", and another one" : ""),
+               "daemons", count);
+  findings.add(Well, "", "age_seconds", daemon->age);
+
+  // The shells by which it was started say less than the tool.
+  std::string tool;
+  std::int64_t age = 0;
+  const auto childOf = [&](int pid) {
+    return std::find_if(all.begin(), all.end(), [pid](const Process& child) { return child.parent == pid; });
+  };
+  for (auto child = childOf(daemon->pid); child != all.end(); child = childOf(child->pid)) {
+    tool = firstLine("/proc/" + std::to_string(child->pid) + "/cmdline");
+    age = std::max(age, child->age);
+  }
+  std::replace(tool.begin(), tool.end(), '\0', ' ');
+  findings.add(age >= veryLongTool ? Ill
+               : age >= longTool   ? Look
+                                   : Well,
+               tool.empty() ? "" : "it waits since " + timeOf(age) + " for: " + tool, "tool_seconds", age);
+  const bool asks = asksApi("/proc/" + number);
+  findings.add(Well, asks ? "it waits for the local API" : "", "api_requests", asks ? 1 : 0);
+  return "/proc/" + number;
+}
+
+void addMessages(Findings& findings, const Folders& folders, const Json::Value& settings) {
+  std::int64_t broken = 0, incomplete = 0, again = 0, never = 0, oldest = 0;
+  for (const int status : MessageStatus::all) {
+    const unsigned before = complaints();
+    const auto names = folders.names({status});
+    for (const auto& [name, folder] : names) {
+      const std::optional<Message> message = folders.read(folder, name);
+      if (!message) continue;
+      if (!message->fault.empty()) findings.add(Look, folders.path(status, name) + ": " + message->fault);
+      if (!message->fault.empty()) ++broken;
+      if (MessageRecord::has(message->record, MessageRecord::Key::Parts)) ++incomplete;
+      if (status == MessageStatus::Failed) ++(mayRetry(message->record) ? again : never);
+      if (status == MessageStatus::Sending)
+        oldest = std::max(oldest, std::time(nullptr) - message->changed / 1'000'000'000);
+    }
+    const std::string box = MessageStatus::text(status), label = "{folder=\"" + box + "\"}";
+    const auto count = static_cast<std::int64_t>(names.size());
+    const bool received = status == MessageStatus::Received;
+    const Json::Value& limit =
+        MessageRecord::member(settings, received ? SettingsKey::receivedLimit : SettingsKey::sentLimit);
+    findings.add(complaints() > before ? Ill : Well,
+                 box + ": " + std::to_string(count) + (limit.isUInt() ? " of " + limit.asString() : ""),
+                 "messages" + label, count);
+    if (limit.isUInt()) findings.add(Well, "", "limit" + label, limit.asUInt());
+  }
+  const auto text = [](std::int64_t count, const char* what) {
+    return count > 0 ? std::to_string(count) + what : "";
+  };
+  findings.add(oldest > longQueued ? Look : Well,
+               oldest > 0 ? "the oldest queued message waits since " + timeOf(oldest) : "",
+               "oldest_queued_seconds", oldest);
+  findings.add(Well, text(again, " failed and will be tried again"), "failed{again=\"yes\"}", again);
+  findings.add(never > 0 ? Look : Well, text(never, " failed for good"), "failed{again=\"no\"}", never);
+  findings.add(Well, text(incomplete, " wait for parts"), "incomplete", incomplete);
+  findings.add(Well, "", "broken_files", broken);
+}
+
+// `seen` is where the folder is seen from here: under its unit the daemon has a /tmp of its own.
+void addRoom(Findings& findings, const std::string& seen, const std::string& folder) {
+  struct statvfs info;
+  if (statvfs(seen.c_str(), &info) != 0) return;
+  const bool full = info.f_bavail == 0 || (info.f_files > 0 && info.f_favail == 0);
+  const bool low =
+      info.f_bavail * 100 < info.f_blocks * lowRoom || info.f_favail * 100 < info.f_files * lowRoom;
+  const auto bytes = static_cast<std::int64_t>(info.f_bavail * info.f_frsize);
+  findings.add(full  ? Ill
+               : low ? Look
+                     : Well,
+               std::to_string(bytes / 1024) + " KiB are free for " + folder,
+               "free_bytes{folder=\"" + folder + "\"}", bytes);
+}
+
+void addStaged(Findings& findings, const std::string& seen, const std::string& folder) {
+  std::error_code gone;
+  const auto stays = [](const fs::directory_entry& entry) {
+    struct stat info;
+    return stat(entry.path().c_str(), &info) == 0 && std::time(nullptr) - info.st_mtime >= longStaged;
+  };
+  const auto count = std::count_if(fs::directory_iterator(seen, gone), fs::directory_iterator(), stays);
+  findings.add(count > 0 ? Look : Well, count > 0 ? std::to_string(count) + " files stay in " + folder : "",
+               "staged", count);
+}
+
+}  // namespace
+
+bool isDaemonRunning() {
+  const std::vector<Process> all = processes();
+  return std::any_of(all.begin(), all.end(), isDaemon);
+}
+
+Findings statusOf(const Folders& folders, const std::string& staging, const Json::Value& settings) {
+  Findings findings;
+  const std::string process = addProcesses(findings, settings);
+  const std::string seen = process.empty() ? staging : process + "/root" + staging;
+  addMessages(findings, folders, settings);
+  addStaged(findings, seen, staging);
+  addRoom(findings, seen, staging);
+  addRoom(findings, folders.root(), folders.root());
+  return findings;
+}
