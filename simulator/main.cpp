@@ -20,8 +20,8 @@ namespace {
 
 constexpr unsigned pagePort = 8400;
 constexpr char usage[] =
-    "usage: simulator [--script FILE] [--echo] [--with COMMAND]\n"
-    "       simulator --page [PORT] [--with COMMAND]\n"
+    "usage: scripts/gateway [--script FILE] [--echo] [--with COMMAND]\n"
+    "       scripts/gateway --page [PORT] [--with COMMAND]\n"
     "Commands come from the script, else from standard input: a console at a terminal, a script otherwise.\n"
     "--page serves a page on 127.0.0.1, port 8400 unless another is given (0: any that is free), beside the\n"
     "console; away from a terminal, until SIGINT or SIGTERM. The daemon then runs from the beginning.\n"

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "simulator/gateway/MessageFolders.h"
+#include "simulator/modem/Modem.h"
 #include "simulator/support/Files.h"
 #include "soak/Fault.h"
 #include "soak/LossWindows.h"
@@ -26,7 +28,7 @@ std::set<unsigned> tokensIn(const std::string& text) {
 
 // Changes whenever the file is written or replaced; empty when there is none.
 std::string versionOf(const std::string& path) {
-  struct stat status {};
+  struct stat status = {};
   if (stat(path.c_str(), &status) != 0) return "";
   return std::to_string(status.st_ino) + "/" + std::to_string(status.st_size) + "/" +
          std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec);
@@ -137,12 +139,13 @@ unsigned Ledger::faultsIn(unsigned first, unsigned last) const {
   return all;
 }
 
-bool Ledger::settle(std::ostream& report) const {
+bool Ledger::settle(std::ostream& report, const std::vector<Json::Value>& sent,
+                    const std::vector<std::string>& bodies) const {
   std::map<unsigned, unsigned> sendings, requests;
-  for (const Json::Value& message : gateway_.modem().sent())
+  for (const Json::Value& message : sent)
     for (const unsigned number : tokensIn(message["text"].asString())) ++sendings[number];
-  for (const auto& request : gateway_.api().requests())
-    for (const unsigned number : tokensIn(request.body)) ++requests[number];
+  for (const std::string& body : bodies)
+    for (const unsigned number : tokensIn(body)) ++requests[number];
 
   std::map<unsigned, unsigned> lastOf;  // the pass in which a part was seen last, by the first part
   for (const auto& [number, message] : incoming_)
@@ -174,11 +177,11 @@ bool Ledger::settle(std::ostream& report) const {
     const unsigned faults = faultsIn(message.queued, message.done);
     windows.expose(LossWindows::Outgoing, faults);
     if (message.done == 0) windows.fault(name + " is still in " + message.box);
-    const unsigned sent = sendings[number];
+    const unsigned sendingsOfIt = sendings[number];
     if (message.box.empty()) windows.lose(LossWindows::Outgoing, name, faults_[message.done]);
-    if (message.box == "sent" && sent == 0) windows.lose(LossWindows::Outgoing, name, faults);
-    if (message.isRefused && sent > 0) windows.fault(name + " was sent to a number that is refused");
-    if (sent > 1) windows.repeat(LossWindows::Outgoing, name, faults);
+    if (message.box == "sent" && sendingsOfIt == 0) windows.lose(LossWindows::Outgoing, name, faults);
+    if (message.isRefused && sendingsOfIt > 0) windows.fault(name + " was sent to a number that is refused");
+    if (sendingsOfIt > 1) windows.repeat(LossWindows::Outgoing, name, faults);
   }
   return windows.settle();
 }

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <map>
 #include <ostream>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "simulator/gateway/Gateway.h"
 
 /// Knows every message that was put in, and says at the end what became of it. It looks at the modem and at
 /// the files, never at the daemon.
@@ -16,8 +16,6 @@
 class Ledger {
  public:
   enum class Kind { Text, Command, StrangersCommand };
-
-  explicit Ledger(Simulator::Gateway& gateway) : gateway_(gateway) {}
 
   /// A number that is nobody's: that of a message, or of a part of one, and of its token.
   unsigned newNumber() { return next_++; }
@@ -40,8 +38,10 @@ class Ledger {
   std::size_t entered() const { return incoming_.size() + outgoing_.size(); }
 
   /// Writes what was lost and doubled in which window, and every message of which that cannot be said; false
-  /// when there is one.
-  bool settle(std::ostream& report) const;
+  /// when there is one. `sent` is what the modem has sent, `bodies` are those of the requests of the local
+  /// API.
+  bool settle(std::ostream& report, const std::vector<Json::Value>& sent,
+              const std::vector<std::string>& bodies) const;
 
  private:
   struct Incoming {
@@ -67,7 +67,6 @@ class Ledger {
   void observeOutbox();
   unsigned faultsIn(unsigned first, unsigned last) const;
 
-  Simulator::Gateway& gateway_;
   unsigned next_ = 1;
   std::vector<unsigned> faults_{0};                     ///< by pass
   std::map<unsigned, Incoming> incoming_;               ///< by number

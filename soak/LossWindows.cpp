@@ -18,7 +18,7 @@ LossWindows::LossWindows(std::ostream& report)
           {"The tool says that it sent, and did not", Outgoing, Fault::SendFault, true, false},
       } {}
 
-LossWindows::Window* LossWindows::find(Direction direction, unsigned faults, bool Window::*may) {
+LossWindows::Window* LossWindows::find(Direction direction, unsigned faults, bool Window::* may) {
   for (Window& window : windows_)
     if (window.direction == direction && (window.fault & faults) != 0 && window.*may) return &window;
   return nullptr;

@@ -34,7 +34,7 @@ class LossWindows {
     bool mayLose, mayRepeat;
     unsigned exposed = 0, lost = 0, repeated = 0;
   };
-  Window* find(Direction direction, unsigned faults, bool Window::*may);
+  Window* find(Direction direction, unsigned faults, bool Window::* may);
 
   std::ostream& report_;
   std::vector<Window> windows_;

@@ -32,7 +32,9 @@ class Soak {
 
   bool run(unsigned passes) {
     const bool ran = chaos_.start() && liveOnce(passes) && liveManyTimes(passes / 4) && drain();
-    return ran && ledger_.settle(std::cout) && isClean_;
+    std::vector<std::string> bodies;
+    for (const auto& request : gateway_.api().requests()) bodies.push_back(request.body);
+    return ran && ledger_.settle(std::cout, gateway_.modem().sent(), bodies) && isClean_;
   }
 
   const std::string& problem() const { return chaos_.problem(); }
@@ -96,7 +98,7 @@ class Soak {
   bool isClean_ = true;  ///< nothing is left over from the one life
   std::mt19937 random_;
   Simulator::Gateway gateway_;
-  Ledger ledger_{gateway_};
+  Ledger ledger_;
   Load load_{gateway_, ledger_, random_};
   Chaos chaos_{gateway_, ledger_, random_};
 };

@@ -121,8 +121,7 @@ std::string DaemonProcess::ending() {
 
 bool DaemonProcess::wait(double seconds, const std::function<bool()>& done) {
   bool is = false;
-  waitUntil(
-      seconds, [&] { return (is = done()) || interrupted_; }, pause_);
+  waitUntil(seconds, [&] { return (is = done()) || interrupted_; }, pause_);
   return is;
 }
 

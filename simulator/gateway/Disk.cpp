@@ -15,7 +15,7 @@ constexpr unsigned long long largestPrivate = 256ULL << 20;  // bytes
 
 bool Disk::fill() {
   free();
-  struct statvfs disk {};
+  struct statvfs disk = {};
   if (statvfs(folder_.c_str(), &disk) != 0) return false;
   if (static_cast<unsigned long long>(disk.f_bavail) * disk.f_frsize > largestPrivate) return false;
   const int file = open(filler_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);

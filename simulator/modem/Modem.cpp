@@ -144,7 +144,7 @@ std::string Modem::hangingOperation() const {
 }
 
 unsigned Modem::hangingSeconds() const {
-  struct stat status {};
+  struct stat status = {};
   if (stat(path("hanging").c_str(), &status) != 0) return 0;
   return static_cast<unsigned>(std::max<std::time_t>(0, std::time(nullptr) - status.st_mtim.tv_sec));
 }
