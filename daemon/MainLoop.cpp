@@ -90,9 +90,9 @@ void sendQueuedMessages(SmsProvider& provider, ICollectionStorage& storage, Jour
   for (const Json::Value& record : storage.load(Json::nullValue, MessageStatus::Sending)) {
     if (journal.isAnswered(record, MessageStatus::Sending)) continue;
     Orvel::Watchdog::feed();
-    journal.begun(record, MessageStatus::Sending);
+    journal.prepare(record, MessageStatus::Sending);
     const bool sent = provider.sendMessage(record);
-    journal.answered(record, sent ? MessageStatus::Sent : MessageStatus::Failed);
+    journal.answered(sent);
     if (sent) {
       storage.move(record, MessageStatus::Sending, MessageStatus::Sent);
     } else {

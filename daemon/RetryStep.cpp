@@ -14,15 +14,15 @@ namespace Key = MessageRecord::Key;
 
 void retry(SmsProvider& provider, ICollectionStorage& storage, Journal& journal, const Json::Value& record) {
   Orvel::Watchdog::feed();
-  journal.begun(record, MessageStatus::Failed);
-  if (provider.sendMessage(record)) {
-    journal.answered(record, MessageStatus::Sent);
+  journal.prepare(record, MessageStatus::Failed);
+  const bool sent = provider.sendMessage(record);
+  journal.answered(sent);
+  if (sent) {
     storage.move(record, MessageStatus::Failed, MessageStatus::Sent);
     return;
   }
   Json::Value refiled = record;
   refiled[Key::Retries] = MessageRecord::retriesAfterFailure(record);
-  journal.answered(refiled, MessageStatus::Failed);
   storage.remove(record, MessageStatus::Failed);
   storage.save(refiled, MessageStatus::Failed);
 }

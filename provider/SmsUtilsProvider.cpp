@@ -100,7 +100,9 @@ bool SmsUtilsProvider::sendMessage(const Json::Value& message) {
   const std::string command =
       "bash -c '" + tool + "--verbose send -f " + sendFile + " " + recipient + " >> " + sendLog + " 2>&1'";
   ORVEL_LOG(INFO, "%s", command.c_str());
+  if (journal_ != nullptr) journal_->begun();
   const int status = std::system(command.c_str());
+  if (journal_ != nullptr) journal_->answered(status == 0);
   if (status != 0) ORVEL_LOG(ERROR, "Error to send SMS. Error: %d", status);
   removeSendFile();
   return status == 0;

@@ -16,7 +16,8 @@ constexpr char sendLog[] = "/var/log/veld.log";  ///< what the tool has said whi
 class SmsUtilsProvider final : public SmsProvider {
  public:
   /// Creates the folder of the send file. A failure is logged, and every send will then fail. `journal`, if
-  /// any, takes in what the modem gave before it is deleted there, and outlives the object.
+  /// any, takes in what the modem gave before it is deleted there, and when a send begins and is answered; it
+  /// outlives the object.
   explicit SmsUtilsProvider(Journal* journal = nullptr);
 
   /// Lists every message that the modem holds, then deletes them from it. "guid" and "timestamp" come from

@@ -113,6 +113,14 @@ std::string identityOf(const std::string& file) {
   return text.str();
 }
 
+// What is to be filed after a send. Only a retry costs one.
+void answer(Journal::Entry& entry, bool sent) {
+  entry.to = sent ? MessageStatus::Sent : MessageStatus::Failed;
+  entry.record[MessageRecord::Key::Status] = MessageStatus::text(entry.to);
+  if (!sent && entry.from == MessageStatus::Failed)
+    entry.record[MessageRecord::Key::Retries] = MessageRecord::retriesAfterFailure(entry.record);
+}
+
 // Guids go into shell commands as they are: a record that no command could file is not waited for.
 bool isFileName(const std::string& guid) {
   return !guid.empty() && guid != "." && guid != ".." && std::all_of(guid.begin(), guid.end(), [](char c) {
@@ -179,36 +187,34 @@ void Journal::merged(const std::vector<std::string>& parts, const std::vector<Js
     entry.to = MessageStatus::Received;
     changes.append(changeOf(nextId_++, entry));
   }
-  note(changes, true);
+  noteAll(changes, true);
 }
 
-void Journal::begun(const Json::Value& record, int from) {
+void Journal::prepare(const Json::Value& record, int from) {
   dropAttempt();
   const std::string guid = MessageRecord::guid(record);
-  if (!isFileName(guid)) return;
-  Entry entry;
-  entry.record = record;
-  entry.from = from;
   Json::Value lying;
-  entry.file = identityOf(fileOf(from, guid));
-  if (!readRecord(fileOf(from, guid), lying) || !isSame(lying, record)) return;
-  attempt_ = nextId_++;
-  Json::Value changes(Json::arrayValue);
-  changes.append(changeOf(attempt_, entry));
-  note(changes, false);
+  if (!isFileName(guid) || !readRecord(fileOf(from, guid), lying) || !isSame(lying, record)) return;
+  attempt_.emplace();
+  attempt_->record = record;
+  attempt_->from = from;
+  attempt_->file = identityOf(fileOf(from, guid));
 }
 
-void Journal::answered(const Json::Value& record, int to) {
-  if (attempt_ == 0) return;
-  if (!liesUnderFrom(entries_[attempt_]))
-    return dropAttempt();  // taken away meanwhile: it is not filed again
-  Json::Value change = changeOf(std::exchange(attempt_, 0));
-  change[Key::record] = record;
-  change[Key::record][MessageRecord::Key::Status] = MessageStatus::text(to);
-  change[Key::to] = to;
-  Json::Value changes(Json::arrayValue);
-  changes.append(change);
-  note(changes, true);
+void Journal::begun() {
+  if (!attempt_) return;
+  attemptId_ = nextId_++;
+  note(changeOf(attemptId_, *attempt_), false);
+}
+
+void Journal::answered(bool sent) {
+  if (!attempt_) return;
+  if (!liesUnderFrom(*attempt_)) return dropAttempt();  // taken away meanwhile: it is not filed again
+  if (attemptId_ == 0) attemptId_ = nextId_++;
+  answer(*attempt_, sent);
+  note(changeOf(attemptId_, *attempt_), true);
+  attempt_.reset();
+  attemptId_ = 0;
 }
 
 bool Journal::isAnswered(const Json::Value& record, int from) const {
@@ -235,9 +241,7 @@ void Journal::saved(const Json::Value& record, int status, bool good) {
     change[Key::record] = record;
     change[Key::tried] = true;
   }
-  Json::Value changes(Json::arrayValue);
-  changes.append(change);
-  note(changes, false);
+  note(change, false);
 }
 
 void Journal::catchUp(ICollectionStorage& storage) {
@@ -309,10 +313,9 @@ Journal::Entries::iterator Journal::findUnfiled(const std::string& guid, int to)
 // A send that has no answer was broken off by an exception, before the modem was asked, or its answer is of
 // no use.
 void Journal::dropAttempt() {
-  if (attempt_ == 0) return;
-  Json::Value changes(Json::arrayValue);
-  changes.append(changeOf(std::exchange(attempt_, 0)));
-  note(changes, false);
+  if (attemptId_ != 0) note(changeOf(attemptId_), false);
+  attempt_.reset();
+  attemptId_ = 0;
 }
 
 // An entry of an earlier daemon: its send, if it was not answered, has failed; its file may be there, or be
@@ -322,10 +325,7 @@ void Journal::adopt(Entry entry) {
   if (entry.to == 0) {
     ORVEL_LOG(WARNING, "Sending message %s was begun and never answered: it counts as failed", guid.c_str());
     behind_.insert(guid);
-    entry.to = MessageStatus::Failed;
-    if (entry.from == MessageStatus::Failed)
-      entry.record[MessageRecord::Key::Retries] = MessageRecord::retriesAfterFailure(entry.record);
-    entry.record[MessageRecord::Key::Status] = MessageStatus::text(entry.to);
+    answer(entry, false);
   }
   const std::string file = fileOf(entry.to, guid);
   Json::Value lying;
@@ -363,7 +363,13 @@ void Journal::load() {
   if (!entries_.empty()) rewrite(true);
 }
 
-void Journal::note(const Json::Value& changes, bool flushed) {
+void Journal::note(const Json::Value& change, bool flushed) {
+  Json::Value changes(Json::arrayValue);
+  changes.append(change);
+  noteAll(changes, flushed);
+}
+
+void Journal::noteAll(const Json::Value& changes, bool flushed) {
   for (const Json::Value& change : changes) apply(entries_, change);
   if (!acquire() || append(changes, flushed) || rewrite(flushed)) return;
   struct stat status;

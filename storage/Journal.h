@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -52,12 +53,16 @@ class Journal : private Orvel::NonCopyable {
   /// lets go of the parts, which are named by their guids; flushed.
   void merged(const std::vector<std::string>& parts, const std::vector<Json::Value>& records);
 
-  /// Notes that `record`, whose file lies under `from`, is about to be handed to the modem; not flushed.
-  /// Nothing is noted of one whose file has another name than its guid.
-  void begun(const Json::Value& record, int from);
+  /// Says which record is to be sent next, and that its file lies under `from`; nothing is written yet. A
+  /// record whose file has another name than its guid is not noted at all, here and in the next two calls.
+  void prepare(const Json::Value& record, int from);
 
-  /// Notes what came of the send that was begun last: `record` goes to `to`. Flushed.
-  void answered(const Json::Value& record, int to);
+  /// To be called right before the modem is asked to send it; not flushed.
+  void begun();
+
+  /// To be called right after the modem has answered, or refused to be asked: where the record is to go;
+  /// flushed. A further call says nothing new.
+  void answered(bool sent);
 
   /// Whether the file of `record` under `from` is one whose send was answered, but which could not be moved.
   [[nodiscard]] bool isAnswered(const Json::Value& record, int from) const;
@@ -95,7 +100,8 @@ class Journal : private Orvel::NonCopyable {
 
   bool acquire();
   void load();
-  void note(const Json::Value& changes, bool flushed);
+  void note(const Json::Value& change, bool flushed);
+  void noteAll(const Json::Value& changes, bool flushed);
   bool append(const Json::Value& changes, bool flushed);
   bool rewrite(bool flushed);
   void removeFile();
@@ -108,7 +114,8 @@ class Journal : private Orvel::NonCopyable {
 
   Entries entries_;
   unsigned nextId_ = 1;
-  unsigned attempt_ = 0;  // the send that has no answer yet
+  std::optional<Entry> attempt_;  // the send that has no answer yet
+  unsigned attemptId_ = 0;        // 0 until it is noted
   std::set<std::string> behind_;
   bool storeFails_ = false;  // the last save did
 

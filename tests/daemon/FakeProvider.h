@@ -7,14 +7,19 @@
 #include <vector>
 
 #include "provider/SmsProvider.h"
+#include "storage/Journal.h"
 
 /// A modem that gives what is in `incoming`, once, and refuses the numbers in `refused`.
 class FakeProvider final : public SmsProvider {
  public:
-  std::vector<Json::Value> receiveMessages() override { return std::exchange(incoming, {}); }
+  std::vector<Json::Value> receiveMessages() override {
+    if (journal != nullptr) journal->received(incoming);
+    return std::exchange(incoming, {});
+  }
 
   bool sendMessage(const Json::Value& message) override {
     const std::string recipient = message["recipient"].asString();
+    if (journal != nullptr) journal->begun();
     if (onSend) onSend();
     attempts.push_back(recipient);
     return refused.count(recipient) == 0;
@@ -23,5 +28,6 @@ class FakeProvider final : public SmsProvider {
   std::vector<Json::Value> incoming;
   std::set<std::string> refused;
   std::function<void()> onSend;
+  Journal* journal = nullptr;
   std::vector<std::string> attempts;  ///< the number of every send, refused or not
 };

@@ -34,9 +34,8 @@ class Store {
              "'enabled':false,'numbers':[]},'password':{'enabled':false,'text':''}}"));
     EXPECT_TRUE(commands.loadConfig());
     RetryState retry;
-    journal.catchUp(*storage);
-    journal.received(incoming);
     modem.incoming = incoming;
+    modem.journal = &journal;
     runPass(modem, *storage, commands, journal, timings, retry, [] { return 0U; });
   }
 
@@ -124,4 +123,26 @@ TEST(Journal, IsThereOnlyWhileSomethingIsOnItsWay) {
   EXPECT_THAT(during, HasSubstr("'recipient':'2'"));
   EXPECT_FALSE(store.has("/journal"));
   EXPECT_TRUE(store.has(received) && store.has(sent));
+}
+
+TEST(Journal, PutsAMessageBehindThatEndedADaemon) {
+  Store store({{"journal", R"([{"id":1,"from":4,"record":{"guid":"1","recipient":"hangs","retries":3}}])"
+                           "\n"},
+               {failed + 1, R"({"guid":"1","recipient":"hangs","retries":3})"},
+               {"outbox/failed/2", R"({"guid":"2","recipient":"b","retries":3})"},
+               {"outbox/failed/0", R"({"guid":"0","recipient":"c","retries":3})"}});
+  store.timings = {0};
+  store.pass();
+  ASSERT_EQ(store.modem.attempts.size(), 3u);
+  EXPECT_EQ(store.modem.attempts.back(), "hangs");
+}
+
+TEST(Journal, IsOneDaemonsAtATime) {
+  const TemporaryFolder root;
+  Journal first(root.path, 1, 1), second(root.path, 1, 1);
+  first.received({json(kText)});
+  LogCapture log;
+  second.received({json(kText)});
+  second.received({json(kText)});
+  EXPECT_EQ(log.text(), "[ERROR] Journal [" + root.path + "/journal] belongs to another daemon\n");
 }

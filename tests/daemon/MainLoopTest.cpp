@@ -30,7 +30,7 @@ class Pass : public testing::Test {
  protected:
   Pass() : commands_(json(commandSettings)) {
     EXPECT_TRUE(commands_.loadConfig());
-    storage_.journal = &journal_;
+    storage_.journal = provider_.journal = &journal_;
   }
 
   /// Runs a pass in which the modem gives `incoming`, and returns what is logged.
@@ -68,6 +68,16 @@ TEST_F(Pass, FilesAMessageThatIsNoCommand) {
 TEST_F(Pass, MarksAMessageThatWasObeyed) {
   EXPECT_THAT(pass({"{'guid':'1','source':'1','message':'#reboot'}"}),
               HasSubstr("[WARNING] SMS commands executing command\n"));
+  EXPECT_THAT(storage_.records[Received],
+              ElementsAre(json("{'guid':'1','source':'1','message':'#reboot','isSMSCommand':true}")));
+}
+
+TEST_F(Pass, FilesLaterWhatTheStoreDidNotTake) {
+  storage_.takes = false;
+  pass({"{'guid':'1','source':'1','message':'#reboot'}"});
+  storage_.takes = true;
+  EXPECT_THAT(pass(), testing::Not(HasSubstr("[WARNING]")));  // it was obeyed, and is not again
+  EXPECT_EQ(pass(), "");
   EXPECT_THAT(storage_.records[Received],
               ElementsAre(json("{'guid':'1','source':'1','message':'#reboot','isSMSCommand':true}")));
 }

@@ -88,6 +88,8 @@ TEST(Listing, NumbersRecordsNotMessages) {
       {0, "00"}, {9, "09"}, {99, "99"}, {100, "100"}, {119, "119"}};
   for (const auto& [i, ordinal] : ordinals)
     EXPECT_THAT(records[i]["guid"].asString(), MatchesRegex(std::string("[0-9]{14}") + ordinal));
+  const auto isTaken = [](const std::string& guid) { return guid.substr(14) == "01"; };
+  EXPECT_THAT(parseListing(lines(text), isTaken).records[1]["guid"].asString(), testing::EndsWith("02"));
   EXPECT_THAT(records[0]["timestamp"].asString(),
               MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
 }
