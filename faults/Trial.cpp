@@ -1,0 +1,175 @@
+#include "faults/Trial.h"
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "simulator/modem/GsmEncoder.h"
+#include "simulator/support/Files.h"
+#include "simulator/support/Waiting.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Simulator::Gateway;
+using Simulator::MessageFolders;
+
+constexpr double hangSeconds = 20;
+
+// Everything that an earlier trial may have left, but not the folders themselves: /var/log is a mount's.
+std::unique_ptr<Gateway> freshGateway(const Trial::Programs& programs) {
+  for (const char* const folder : {"/var/config", "/var/log", "/run/modem", "/run/gateway", "/tmp/sms"})
+    fs::remove_all(folder);
+  return std::make_unique<Gateway>(Gateway::Options{programs.daemon, programs.simulatorFolder, true});
+}
+
+std::size_t countOf(const std::vector<Json::Value>& values, const std::string& key, const std::string& text) {
+  return static_cast<std::size_t>(std::count_if(values.begin(), values.end(), [&](const Json::Value& value) {
+    return value.isObject() && value[key] == text;
+  }));
+}
+
+}  // namespace
+
+Trial::Trial(const Programs& programs, unsigned limit) : gateway_(freshGateway(programs)) {
+  gateway_->settings().set("receivedLimit", limit);
+  gateway_->settings().set("sentLimit", limit);
+  gateway_->modem().setRefused(refused, true);
+  if (!gateway_->settings().setTimings("[5]")) std::abort();
+}
+
+void Trial::receive(const std::string& text, const std::string& sender, unsigned parts, bool hold) {
+  Simulator::GsmEncoder encoder;
+  if (!encoder.encode(text, {false, parts, nextReference_++})) std::abort();
+  for (const std::string& part : encoder.parts()) {
+    if (hold && &part == &encoder.parts().back())
+      held_ = {sender, part};
+    else
+      gateway_->modem().receive(sender, part);
+  }
+  incoming_.push_back({text, true, text.find('#') != std::string::npos, false});
+}
+
+void Trial::release() { gateway_->modem().receive(held_.first, held_.second); }
+
+void Trial::accept() {
+  gateway_->modem().setRefused(refused, false);
+  for (Message& message : outgoing_) message.refused = false;
+}
+
+void Trial::queue(const std::string& text, const std::string& number, unsigned retries) {
+  Json::Value record;
+  record["recipient"] = number;
+  record["message"] = text;
+  record["retries"] = retries;
+  std::string guid;
+  if (!gateway_->folders().queue(record, guid)) std::abort();
+  outgoing_.push_back({text, true, false, number == refused});
+}
+
+void Trial::mayBeDisplaced() {
+  for (auto* messages : {&incoming_, &outgoing_})
+    for (Message& message : *messages) message.missed = false;
+}
+
+bool Trial::start() {
+  std::string problem;
+  return daemon().start(problem) && awaitSleep();
+}
+
+bool Trial::pass(unsigned count) {
+  bool sleeps = awaitSleep();
+  for (unsigned i = 0; sleeps && i < count; ++i) {
+    gateway_->clock().grant();
+    sleeps = awaitSleep();
+  }
+  return sleeps;
+}
+
+bool Trial::awaitSleep() { return daemon().awaitSleep(hangSeconds) == Simulator::DaemonProcess::Passed::Yes; }
+
+bool Trial::awaitEnd() {
+  if (!Simulator::waitUntil(hangSeconds, [this] { return !daemon().running(); })) return false;
+  while (waitpid(-1, nullptr, 0) > 0) continue;
+  return true;
+}
+
+bool Trial::modemHolds() {
+  return !gateway_->modem().printed("unread").empty() || !gateway_->modem().printed("read").empty();
+}
+
+Verdict Trial::look(bool listedAgain, bool unanswered) {
+  Verdict verdict;
+  lookAtInbox(verdict, listedAgain);
+  lookAtOutbox(verdict, unanswered);
+  lookForLeftovers(verdict);
+  return verdict;
+}
+
+void Trial::lookAtInbox(Verdict& verdict, bool listedAgain) {
+  const std::vector<Json::Value> records = MessageFolders::records("received");
+  const auto requests = gateway_->api().requests();
+  for (const Message& message : incoming_) {
+    const std::size_t count = countOf(records, "message", message.text);
+    if (count == 0 && message.missed) verdict.harms.insert("lost: " + message.text);
+    if (count > 1) (listedAgain ? verdict.windows : verdict.harms).insert("twice: " + message.text);
+  }
+  const auto posts = std::count_if(requests.begin(), requests.end(),
+                                   [](const auto& request) { return request.method == "POST"; });
+  const auto commands = std::count_if(incoming_.begin(), incoming_.end(),
+                                      [](const Message& message) { return message.command; });
+  if (posts > commands) (listedAgain ? verdict.windows : verdict.harms).insert("obeyed twice");
+  for (const Json::Value& record : records) {
+    const bool known =
+        record.isObject() && std::any_of(incoming_.begin(), incoming_.end(),
+                                         [&](const Message& m) { return record["message"] == m.text; });
+    // A part that comes again after its message is whole stays by itself.
+    if (!known) (listedAgain ? verdict.windows : verdict.harms).insert("torn: " + Simulator::toLine(record));
+  }
+  if (modemHolds()) verdict.harms.insert("left: a message on the modem");
+}
+
+void Trial::lookAtOutbox(Verdict& verdict, bool unanswered) {
+  const std::vector<Json::Value> sent = gateway_->modem().sent();
+  for (const Message& message : outgoing_) {
+    std::size_t count = 0;
+    std::string box;
+    for (const char* const name : {"sending", "sent", "failed"}) {
+      const std::size_t here = countOf(MessageFolders::records(name), "message", message.text);
+      count += here;
+      if (here > 0) box = name;
+    }
+    const std::size_t times = countOf(sent, "text", message.text);
+    if (count == 0 && message.missed)
+      verdict.harms.insert("lost: " + message.text + ", sent " + std::to_string(times) + " times");
+    if (count > 1) verdict.harms.insert("twice: " + message.text);
+    if (box == "sending") verdict.harms.insert("unsent: " + message.text);
+    if (times > 1) (unanswered ? verdict.windows : verdict.harms).insert("sent again: " + message.text);
+    if (message.refused ? times > 0 : box == "sent" && times == 0)
+      verdict.harms.insert("unsent: " + message.text + ", but filed as " + box);
+    if (!message.refused && box == "failed")
+      (unanswered ? verdict.windows : verdict.harms).insert("unsent: " + message.text + ", filed as failed");
+  }
+  for (const Json::Value& one : sent)
+    if (std::none_of(outgoing_.begin(), outgoing_.end(),
+                     [&](const Message& m) { return one["text"] == m.text; }))
+      verdict.harms.insert("torn: sent " + Simulator::toLine(one));
+}
+
+void Trial::lookForLeftovers(Verdict& verdict) {
+  std::vector<std::string> boxes;
+  for (const char* const box : MessageFolders::boxes) boxes.push_back(MessageFolders::pathOf(box));
+  for (const std::string folder : {MessageFolders::root, "/tmp/sms"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      const bool filed = std::find(boxes.begin(), boxes.end(), entry.path().parent_path()) != boxes.end();
+      if (entry.is_directory() || filed) continue;
+      // What is staged goes with the next message of its name, or with the next start of the gateway.
+      (folder == MessageFolders::root ? verdict.harms : verdict.windows)
+          .insert("left: " + entry.path().string());
+    }
+  }
+  for (const char* const box : {"sending", "sent", "failed"})
+    for (const Json::Value& record : MessageFolders::records(box))
+      if (!record.isObject()) verdict.harms.insert("torn: a file in " + std::string(box));
+}
