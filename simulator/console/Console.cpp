@@ -75,24 +75,6 @@ char** complete(const char* begun, int start, int) {
   return rl_completion_matches(begun, nextCandidate);
 }
 
-// A line of `log` begins with the name of its level.
-const char* colourOf(const std::string& line) {
-  for (int level = 0; level < 8; ++level) {
-    if (line.rfind(std::string(SyslogServer::levelName(level)) + " ", 0) == 0) return colours[level];
-  }
-  return "";
-}
-
-void print(const std::string& text) {
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    const std::string line = text.substr(begin, end - begin);
-    const std::string colour = colourOf(line);
-    std::cout << colour << line << (colour.empty() ? "" : plain) << "\n";
-    begin = end + 1;
-  }
-}
-
 }  // namespace
 
 void Console::run() {
@@ -129,11 +111,7 @@ void Console::run() {
 
 void Console::execute(const std::string& line) {
   const Answer answer = interpreter_.execute(line);
-  if (answer.good) {
-    print(answer.text);
-  } else {
-    std::cout << refusedColour << answer.text << plain << "\n";
-  }
+  if (!answer.text.empty()) std::cout << (answer.good ? "" : refusedColour) << answer.text << plain << "\n";
   interpreter_.carryOut();
   const auto turn = interpreter_.lock();
   const std::vector<Responder::Event>& events = interpreter_.gateway().responder().events();

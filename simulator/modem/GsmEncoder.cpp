@@ -2,23 +2,22 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 namespace Simulator {
 namespace {
 
 // 3GPP TS 23.038, 6.2.1: the default alphabet, in the order of its codes 0x00 to 0x7F. The escape to the
-// extension table, 0x1B, is no character and stands as a NUL.
-constexpr char32_t defaultAlphabet[129] =
-    U"@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\0ÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
-    U"¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
-
-struct Extension {
-  char32_t character;
+// extension table, 0x1B, is no character and stands as a DEL.
+constexpr char defaultAlphabet[] =
+    "@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\x7fÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
+    "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
+// 6.2.1.1: the extension table.
+constexpr struct {
+  const char* character;
   unsigned code;
-};
-// 3GPP TS 23.038, 6.2.1.1: the extension table.
-constexpr Extension extensions[] = {{U'\f', 0x0A}, {U'^', 0x14}, {U'{', 0x28}, {U'}', 0x29}, {U'\\', 0x2F},
-                                    {U'[', 0x3C},  {U'~', 0x3D}, {U']', 0x3E}, {U'|', 0x40}, {U'€', 0x65}};
+} extensions[] = {{"\f", 0x0A}, {"^", 0x14}, {"{", 0x28}, {"}", 0x29}, {"\\", 0x2F},
+                  {"[", 0x3C},  {"~", 0x3D}, {"]", 0x3E}, {"|", 0x40}, {"€", 0x65}};
 
 std::string escaped(unsigned octet) {
   char text[5];
@@ -26,45 +25,36 @@ std::string escaped(unsigned octet) {
   return text;
 }
 
-// Reads one character at `at` and moves on; false when the bytes there are not UTF-8.
-bool nextCharacter(const std::string& text, std::size_t& at, char32_t& character) {
-  const unsigned lead = static_cast<unsigned char>(text[at++]);
-  const unsigned more = lead < 0x80   ? 0
-                        : lead < 0xC2 ? 9
-                        : lead < 0xE0 ? 1
-                        : lead < 0xF0 ? 2
-                        : lead < 0xF5 ? 3
-                                      : 9;
-  if (more > text.size() - at) return false;
-  character = more == 0 ? lead : lead & (0x3FU >> more);
-  for (unsigned i = 0; i < more; ++i) {
-    const unsigned next = static_cast<unsigned char>(text[at++]);
-    if ((next & 0xC0U) != 0x80) return false;
-    character = character << 6 | (next & 0x3FU);
-  }
-  return true;
+// The UTF-8 character at `at`, as long as its first byte says.
+std::string characterAt(const std::string& text, std::size_t at) {
+  const unsigned lead = static_cast<unsigned char>(text[at]);
+  return text.substr(at, lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4);
 }
 
-// A character of the default alphabet as the tool prints it, empty if it is none.
-std::string printDefault(char32_t character) {
-  const auto* found = std::find(defaultAlphabet, defaultAlphabet + 128, character);
-  if (found == defaultAlphabet + 128 || character == 0) return "";
-  const auto code = static_cast<unsigned>(found - defaultAlphabet);
-  if (character == U'\n') return "\\n";
-  if (character == U'\r') return "\\r";
-  if (character == U'"') return "\\\"";
-  const bool asItself = code == character && code >= 0x20;
-  return asItself ? std::string(1, static_cast<char>(code)) : escaped(code);
-}
+struct Piece {
+  std::string printed;
+  unsigned septets;
+};
+using Table = std::map<std::string, Piece>;
 
-std::string printExtension(char32_t character) {
-  for (const Extension& extension : extensions) {
-    if (extension.character != character) continue;
-    const bool printable = extension.code >= 0x20;
-    return escaped(0x1B) +
-           (printable ? std::string(1, static_cast<char>(extension.code)) : escaped(extension.code));
+// How the tool prints each character.
+Table makeTable() {
+  Table table;
+  const std::string alphabet = defaultAlphabet;
+  unsigned code = 0;
+  for (std::size_t at = 0; at < alphabet.size(); ++code) {
+    const std::string character = characterAt(alphabet, at);
+    const bool asItself = code >= 0x20 && character == std::string(1, static_cast<char>(code));
+    table[character] = {asItself ? character : escaped(code), 1};
+    at += character.size();
   }
-  return "";
+  table["\n"].printed = "\\n";
+  table["\r"].printed = "\\r";
+  table["\""].printed = "\\\"";
+  table.erase("\x7f");
+  for (const auto& [character, of] : extensions)
+    table[character] = {escaped(0x1B) + (of < 0x20 ? escaped(of) : std::string(1, static_cast<char>(of))), 2};
+  return table;
 }
 
 std::string header(const GsmEncoder::Options& options, unsigned count, unsigned number) {
@@ -79,27 +69,6 @@ std::string header(const GsmEncoder::Options& options, unsigned count, unsigned 
 }
 
 }  // namespace
-
-bool GsmEncoder::readPieces(const std::string& text, std::vector<Piece>& pieces) {
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t start = at;
-    char32_t character = 0;
-    if (!nextCharacter(text, at, character)) {
-      problem_ = "The text is not UTF-8 at byte " + std::to_string(start + 1) + ".";
-      return false;
-    }
-    if (const std::string printed = printDefault(character); !printed.empty()) {
-      pieces.push_back({printed, 1});
-    } else if (const std::string extension = printExtension(character); !extension.empty()) {
-      pieces.push_back({extension, 2});
-    } else {
-      problem_ = "The GSM 7-bit alphabet has no \"" + text.substr(start, at - start) +
-                 "\": a network would send this text as UCS-2, which veld does not read.";
-      return false;
-    }
-  }
-  return true;
-}
 
 void GsmEncoder::addNotes(const std::string& text, bool wideParts) {
   struct Note {
@@ -130,10 +99,21 @@ bool GsmEncoder::encode(const std::string& text, const Options& options) {
   parts_.clear();
   notes_.clear();
   problem_.clear();
+  static const Table table = makeTable();
   std::vector<Piece> pieces;
-  if (!readPieces(text, pieces)) return false;
   unsigned total = 0;
-  for (const Piece& piece : pieces) total += piece.septets;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::string character = characterAt(text, at);
+    const auto found = table.find(character);
+    if (found == table.end()) {
+      problem_ = "The GSM 7-bit alphabet has no \"" + character + "\" (byte " + std::to_string(at + 1) +
+                 "): a network would send this text as UCS-2, which veld does not read.";
+      return false;
+    }
+    pieces.push_back(found->second);
+    total += found->second.septets;
+    at += character.size();
+  }
 
   const bool divided = total > 160 || options.parts > 1;
   if (options.parts > 1 && options.parts > pieces.size()) {

@@ -18,8 +18,8 @@ class GsmEncoder {
     unsigned reference = 1;      ///< of the concatenation header, its low 8 or 16 bits
   };
 
-  /// Encodes `text`, UTF-8. False, with one line in problem(), when a character is in neither table, the text
-  /// is not UTF-8, or there would be more than 255 parts or more parts than characters.
+  /// Encodes `text`, UTF-8. False, with one line in problem(), when a character is in neither table, or
+  /// there would be more than 255 parts or more parts than characters.
   [[nodiscard]] bool encode(const std::string& text, const Options& options);
 
   /// The user data of each part as the tool prints it, without quotes. One element for an undivided text.
@@ -30,11 +30,6 @@ class GsmEncoder {
   const std::string& problem() const { return problem_; }
 
  private:
-  struct Piece {
-    std::string printed;
-    unsigned septets;
-  };
-  bool readPieces(const std::string& text, std::vector<Piece>& pieces);
   void addNotes(const std::string& text, bool wideParts);
 
   std::vector<std::string> parts_;

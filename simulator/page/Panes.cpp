@@ -18,46 +18,38 @@ Json::Value arrayOf(const Values& values) {
   return array;
 }
 
+Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
+  Json::Value value;
+  for (const auto& [name, member] : members) value[name] = member;
+  return value;
+}
+
 Json::Value daemonPane(const Interpreter& interpreter, Gateway& gateway) {
-  Json::Value pane;
-  pane["running"] = gateway.daemon().running();
-  pane["process"] = gateway.daemon().pid();
-  pane["ending"] = gateway.daemon().ending();
-  pane["hang"] = gateway.hang();
-  pane["busy"] = interpreter.busy();
-  return pane;
+  DaemonProcess& daemon = gateway.daemon();
+  return object({{"running", daemon.running()},
+                 {"process", daemon.pid()},
+                 {"ending", daemon.ending()},
+                 {"hang", gateway.hang()},
+                 {"busy", interpreter.busy()}});
 }
 
 Json::Value modemPane(const Modem& modem) {
-  Json::Value pane;
-  for (const char* box : {"unread", "read"}) pane[box] = arrayOf(modem.printed(box));
-  pane["sent"] = Json::UInt64(modem.sent().size());
-  return pane;
+  return object({{"unread", arrayOf(modem.printed("unread"))},
+                 {"read", arrayOf(modem.printed("read"))},
+                 {"sent", Json::UInt64(modem.sent().size())}});
 }
 
 Json::Value requestsPane(const LocalApiServer& api) {
   Json::Value pane(Json::arrayValue);
-  for (const LocalApiServer::Request& request : api.requests()) {
-    Json::Value value;
-    value["method"] = request.method;
-    value["path"] = request.path;
-    value["body"] = request.body;
-    value["code"] = request.code;
-    pane.append(value);
-  }
+  for (const auto& [method, path, body, code] : api.requests())
+    pane.append(object({{"method", method}, {"path", path}, {"body", body}, {"code", code}}));
   return pane;
 }
 
 Json::Value phonesPane(const Phones& phones) {
   Json::Value pane(Json::arrayValue);
-  for (const Phones::Text& text : phones.texts()) {
-    Json::Value value;
-    value["number"] = text.number;
-    value["text"] = text.text;
-    value["written"] = text.written;
-    value["time"] = timeOf(text.when);
-    pane.append(value);
-  }
+  for (const auto& [number, text, written, when] : phones.texts())
+    pane.append(object({{"number", number}, {"text", text}, {"written", written}, {"time", timeOf(when)}}));
   return pane;
 }
 
@@ -69,21 +61,17 @@ Json::Value foldersPane() {
 
 // The numbers that may send commands, and what these must begin with.
 Json::Value settingsPane(const Json::Value& all) {
-  Json::Value pane;
   const Json::Value& commands = all["smsCommands"];
-  if (!commands.isObject()) return pane;
-  for (const char* key : {"whitelist", "password", "enabled"}) pane[key] = commands[key];
-  return pane;
+  if (!commands.isObject()) return Json::nullValue;
+  return object({{"whitelist", commands["whitelist"]},
+                 {"password", commands["password"]},
+                 {"enabled", commands["enabled"]}});
 }
 
 Json::Value eventsPane(const Responder& responder) {
   Json::Value pane(Json::arrayValue);
-  for (const Responder::Event& event : responder.events()) {
-    Json::Value value;
-    value["text"] = event.text;
-    value["reboot"] = event.isReboot;
-    pane.append(value);
-  }
+  for (const auto& [text, isReboot] : responder.events())
+    pane.append(object({{"text", text}, {"reboot", isReboot}}));
   return pane;
 }
 
