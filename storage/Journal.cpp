@@ -57,15 +57,28 @@ Json::Value changeOf(unsigned id, const Journal::Entry& entry) {
   return change;
 }
 
+// Guids go into shell commands as they are: a record that no command could file is not waited for.
+bool isFileName(const std::string& guid) {
+  return !guid.empty() && guid != "." && guid != ".." && std::all_of(guid.begin(), guid.end(), [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+           std::strchr("._-+:@,=%", c) != nullptr;
+  });
+}
+
+bool isStatus(const Json::Value& value) {
+  return value.isInt() && value.asInt() >= 0 && value.asInt() <= MessageStatus::Failed;
+}
+
 bool isChange(const Json::Value& change) {
   return change.isObject() && change[Key::id].isUInt() &&
-         change.get(Key::record, Json::objectValue).isObject() && change.get(Key::from, 0).isInt() &&
-         change.get(Key::to, 0).isInt() && change.get(Key::filed, false).isBool() &&
-         change.get(Key::tried, false).isBool() && change.get(Key::file, "").isString();
+         (!change.isMember(Key::record) || isFileName(MessageRecord::guid(change[Key::record]))) &&
+         isStatus(change.get(Key::from, 0)) && isStatus(change.get(Key::to, 0)) &&
+         change.get(Key::filed, false).isBool() && change.get(Key::tried, false).isBool() &&
+         change.get(Key::file, "").isString();
 }
 
 // A change sets the members that it has; one without any takes the entry out.
-void apply(std::map<unsigned, Journal::Entry>& entries, const Json::Value& change) {
+void applyChange(std::map<unsigned, Journal::Entry>& entries, const Json::Value& change) {
   const unsigned id = change[Key::id].asUInt();
   if (change.size() == 1) {
     entries.erase(id);
@@ -121,14 +134,6 @@ void answer(Journal::Entry& entry, bool sent) {
     entry.record[MessageRecord::Key::Retries] = MessageRecord::retriesAfterFailure(entry.record);
 }
 
-// Guids go into shell commands as they are: a record that no command could file is not waited for.
-bool isFileName(const std::string& guid) {
-  return !guid.empty() && guid != "." && guid != ".." && std::all_of(guid.begin(), guid.end(), [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-           std::strchr("._-+:@,=%", c) != nullptr;
-  });
-}
-
 bool writeWhole(int file, const std::string& text) {
   for (std::size_t written = 0; written < text.size();) {
     const ssize_t size = write(file, text.data() + written, text.size() - written);
@@ -155,11 +160,12 @@ bool Journal::read(const std::string& root, std::vector<Entry>& entries) {
   bool good = true;
   std::string line;
   Json::Value changes;
-  while (good && std::getline(stream, line) &&
-         !stream.eof())  // the last line ends before the end, or is cut short
-    if ((good = readLine(line, changes)))
-      for (const Json::Value& change : changes) apply(read, change);
-  for (auto& [id, entry] : read) entries.push_back(std::move(entry));
+  while (good && std::getline(stream, line) && !stream.eof()) {  // a line without an end is cut short
+    good = readLine(line, changes);
+    for (Json::ArrayIndex i = 0; good && i < changes.size(); ++i) applyChange(read, changes[i]);
+  }
+  for (auto& [id, entry] : read)
+    if (entry.record.isObject()) entries.push_back(std::move(entry));
   return good && !stream.bad();
 }
 
@@ -370,7 +376,7 @@ void Journal::note(const Json::Value& change, bool flushed) {
 }
 
 void Journal::noteAll(const Json::Value& changes, bool flushed) {
-  for (const Json::Value& change : changes) apply(entries_, change);
+  for (const Json::Value& change : changes) applyChange(entries_, change);
   if (!acquire() || append(changes, flushed) || rewrite(flushed)) return;
   struct stat status;
   if (fstat(directory_, &status) != 0 || status.st_nlink != 0) return;

@@ -90,6 +90,8 @@ const LeftRow kLeftRows[] = {
     {"Torn", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\nrubbish\n", "-", kText,
      "is set aside as ["},
     {"ChangeOfAWrongType", "[{'id':'x'}]\n", "-", "", "is set aside as ["},
+    {"StatusWithoutAFolder", "[{'id':1,'to':5,'record':{'guid':'1'}}]\n", "-", "", "is set aside as ["},
+    {"MarkOfNoEntry", "[{'id':1,'filed':true}]\n", "-", "", ""},
     {"Sent", "[{'id':1,'from':2,'to':3,'record':{'guid':'1','status':'sent'}}]\n", "-",
      "{'guid':'1','status':'sent'}", ""},
     {"BegunFromTheQueue", "[{'id':1,'from':2,'record':{'guid':'1','message':'a'}}]\n", "-",
