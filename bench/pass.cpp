@@ -63,8 +63,7 @@ void IdlePass(benchmark::State& state) {
   fillInbox(keptBesideNew);
   listNewMessages(0);
   Loop loop(keptBesideNew);
-  runBesideFloor(
-      state, [&] { loop.pass(); }, runToolCommands);
+  runBesideFloor(state, [&] { loop.pass(); }, runToolCommands);
 }
 BENCHMARK(IdlePass)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
 
@@ -73,8 +72,7 @@ void PassWithStored(benchmark::State& state) {
   fillInbox(stored);
   listNewMessages(1);
   Loop loop(stored);
-  runAlone(
-      state, [] {}, [&] { loop.pass(); });
+  runAlone(state, [] {}, [&] { loop.pass(); });
 }
 BENCHMARK(PassWithStored)
     ->Arg(1)
@@ -89,8 +87,7 @@ BENCHMARK(PassWithStored)
 void PassWithNew(benchmark::State& state) {
   listNewMessages(static_cast<unsigned>(state.range(0)));
   Loop loop(keptBesideNew);
-  runAlone(
-      state, [] { fillInbox(keptBesideNew); }, [&] { loop.pass(); });
+  runAlone(state, [] { fillInbox(keptBesideNew); }, [&] { loop.pass(); });
 }
 BENCHMARK(PassWithNew)
     ->Arg(1)
@@ -106,8 +103,7 @@ void PassIntoEmptyStore(benchmark::State& state) {
   const auto count = static_cast<unsigned>(state.range(0));
   listNewMessages(count);
   Loop loop(count);
-  runAlone(
-      state, [] { fillInbox(0); }, [&] { loop.pass(); });
+  runAlone(state, [] { fillInbox(0); }, [&] { loop.pass(); });
 }
 BENCHMARK(PassIntoEmptyStore)
     ->Arg(1)

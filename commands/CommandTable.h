@@ -10,16 +10,16 @@
 struct CommandRow {
   const char* keyword;  ///< lower case, without "#"; null for the request that no keyword leads to
   SMSCMD id;
-  const char* name;              ///< of the identifier, for the log
-  const char* key;               ///< of the flag, in the settings
-  bool SMSCommandConfig::*flag;  ///< permits the command
-  std::size_t executor;          ///< the place of its executor among those of the SMSCommand
-  const char* path;              ///< its place below "/api/command/"
+  const char* name;               ///< of the identifier, for the log
+  const char* key;                ///< of the flag, in the settings
+  bool SMSCommandConfig::* flag;  ///< permits the command
+  std::size_t executor;           ///< the place of its executor among those of the SMSCommand
+  const char* path;               ///< its place below "/api/command/"
 };
 
 // The identifier and the flag are named after themselves.
 #define COMMAND(executor, keyword, id, flag, path) \
-  { keyword, id, #id, #flag, &SMSCommandConfig::flag, executor, path }
+  {keyword, id, #id, #flag, &SMSCommandConfig::flag, executor, path}
 
 /// Every command, once. To add one: its identifier, its flag and its row, which do not compile without each
 /// other.

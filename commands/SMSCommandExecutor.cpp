@@ -87,7 +87,7 @@ bool SMSCommandExecutor::postFields(const std::string& body) {
 bool SMSCommandExecutor::sendCommand(const std::string& url, const std::string& body) {
   std::string answer;
   if (!post(url, body, answer)) return false;
-  std::cout << "SMSCommandExecutor::sendCommand: buff = [" << answer << "]" << std::endl;
+  std::cout << "SMSCommandExecutor::sendCommand: buff = [" << answer << "]\n";
   Json::Value envelope;
   if (!parseJson(answer, &envelope)) {
     ORVEL_LOG(ERROR, "SMSCommandExecutor::sendCommand failed to parse Json response object");

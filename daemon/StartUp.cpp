@@ -80,7 +80,7 @@ Json::Value loadSettings() {
 void onTerminate(int /*signal*/) { stopRequested = 1; }
 
 bool installTerminationHandler() {
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = onTerminate;
   sigemptyset(&action.sa_mask);
   if (sigaction(SIGTERM, &action, nullptr) != 0) {

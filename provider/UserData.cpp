@@ -165,7 +165,7 @@ void decodeGsmEscapes(std::vector<char>& bytes) {
   char* out = bytes.data();
   std::string_view rest(bytes.data(), bytes.size());
   const auto copy = [&](std::size_t length) {
-    out = std::copy_n(rest.data(), length, out);
+    out = std::copy_n(rest.begin(), length, out);
     rest.remove_prefix(length);
   };
   while (true) {

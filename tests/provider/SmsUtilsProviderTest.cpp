@@ -95,8 +95,7 @@ TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
 // The tool stops in the middle of a line, sends SIGTERM, and goes on; it must be free to be ended by one
 // itself.
 TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
-  struct sigaction action {
-  }, before{};
+  struct sigaction action{}, before{};
   static volatile std::sig_atomic_t signals;
   signals = 0;
   action.sa_handler = [](int) { signals = signals + 1; };
