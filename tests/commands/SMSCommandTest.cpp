@@ -57,6 +57,7 @@ const ParseRow kParseRows[] = {
      "",
      {},
      "[ERROR] SMSCommand::parseCommand: Invalid command string [ping#012]\n"},
+    {"LineFeedBefore", "\n#ping", SMSCMD_UNKNOWN, "", {"\n#ping"}, noPasswordOrCommand},
     {"Empty", "", SMSCMD_UNKNOWN, "", {}, noContent},
     {"BlanksOnly", " \t ", SMSCMD_UNKNOWN, "", {}, noContent},
     {"NoHash", "checkin", SMSCMD_UNKNOWN, "", {"checkin"}, noPasswordOrCommand},
@@ -110,6 +111,16 @@ TEST(Parse, LogsWhatItFound) {
             "[INFO]              a\n[INFO]              b\n[INFO] SMSCommand::parseCommand: ]args\n");
 }
 
+TEST(Parse, HasANameForEachIdentifier) {
+  std::string names;
+  for (const CommandRow& row : commandRows) names += std::to_string(row.id) + row.name + " ";
+  EXPECT_EQ(
+      names,
+      "1SMSCMD_CHECKIN 2SMSCMD_REBOOT 3SMSCMD_RM 4SMSCMD_SETCELLULAR 5SMSCMD_APN 6SMSCMD_CELLULARSTATUS "
+      "7SMSCMD_RADIO 8SMSCMD_ETHERNET 9SMSCMD_WAN 10SMSCMD_WIFI 11SMSCMD_PING 12SMSCMD_SERIAL "
+      "13SMSCMD_GEOPOSITION 15SMSCMD_WANIPS 14SMSCMD_LNSRESTART 0SMSCMD_UNKNOWN ");
+}
+
 struct ValidateRow {
   const char* name;
   const char* changes;  ///< merged into "whitelist", "password" or the settings themselves
@@ -136,6 +147,7 @@ const ValidateRow kValidateRows[] = {
     {"ListedNumberAndMore", listOn, "#ping", "12345678", stranger},
     {"NoNumber", listOn, "#ping", "", stranger},
     {"EmptyList", "{'whitelist':{'enabled':true,'numbers':[]}}", "#ping", "1234567", stranger},
+    {"ListIsText", "{'whitelist':{'enabled':true,'numbers':'1234567'}}", "#ping", "1234567", stranger},
     {"NoCommand", "{}", "hello", "1234567", noPasswordOrCommand},
     {"RightPassword", passwordOn, "p secret #ping", "4567890", succeeded},
     {"WrongPassword", passwordOn, "p Secret #ping", "4567890", wrongPassword},
@@ -164,6 +176,15 @@ TEST_P(Validate, LetsNoStrangerIn) {
   EXPECT_THAT(log.text(), EndsWith(row.log));
 }
 INSTANTIATE_ROWS(Validate, kValidateRows);
+
+TEST(Validate, ThrowsForAListThatIsAnObject) {
+  Json::Value all = json(
+      "{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,'password':{'enabled':false,'text':''},"
+      "'whitelist':{'enabled':true,'numbers':{'1234567':'1234567'}}}");
+  SMSCommand commands(all);
+  ASSERT_TRUE(commands.loadConfig());
+  EXPECT_THROW(commands.validateSMSCommand("#ping", "1234567"), Json::LogicError);
+}
 
 struct RequestRow {
   const char* name;
@@ -200,18 +221,32 @@ TEST(Execute, RefusesACommandThatIsNotPermitted) {
   ASSERT_TRUE(commands.loadConfig());
   CannedApi api("");
   LogCapture log;
-  EXPECT_FALSE(commands.executeCommand("#ping", "1"));
-  EXPECT_FALSE(commands.executeCommand("#nothing", "1"));
+  EXPECT_FALSE(commands.executeCommand("#ping", "+49170"));
+  EXPECT_FALSE(commands.executeCommand("#", "1"));
   EXPECT_EQ(api.request(), "");
-  EXPECT_THAT(log.text(), HasSubstr("[ERROR] SMSCommand::executeCommand Bad command, either not enabled, or "
-                                    "command was invalid\n"));
+  EXPECT_EQ(log.text(),
+            "[INFO] SMSCommand::executeCommand cmd:#ping, phoneNumber:+49170\n"
+            "[INFO] SMSCommand::parseCommand message = [#ping]\n"
+            "[INFO] SMSCommand::parseCommand: cmd [SMSCMD_PING] pass[] argc[0] argv[\n" +
+                std::string(parsed) +
+                "[ERROR] SMSCommand::executeCommand Bad command, either not enabled, or command was invalid\n"
+                "[INFO] SMSCommand::executeCommand cmd:#, phoneNumber:1\n"
+                "[INFO] SMSCommand::parseCommand message = [#]\n"
+                "[INFO] SMSCommand::parseCommand: cmd [SMSCMD_UNKNOWN] pass[] argc[0] argv[\n" +
+                parsed + invalidEmpty);
 }
 
 TEST(Execute, IsTrueWhateverBecomesOfTheRequest) {
   SMSCommand commands(settings());
   ASSERT_TRUE(commands.loadConfig());
   LogCapture log;
-  EXPECT_TRUE(commands.executeCommand("#ping", "1"));
-  EXPECT_THAT(log.text(), EndsWith("[ERROR] SMSCommandExecutor::sendCommand curl_easy_perform failed\n"
-                                   "[ERROR] SMSCommandExecutor::execute sendCommand failed\n"));
+  EXPECT_TRUE(commands.executeCommand("#ping a", "1"));
+  EXPECT_THAT(
+      log.text(),
+      EndsWith(
+          "[INFO] SMSCommandExecutor sending [http://localhost/api/command/do_ping_through_sms] command to "
+          "[1] with args:\n[INFO]              a\n"
+          "[INFO] SMSCommandExecutor::execute postFields = {\"recipients\": [\"1\"], \"args\": [\"a\"]}\n"
+          "[ERROR] SMSCommandExecutor::sendCommand curl_easy_perform failed\n"
+          "[ERROR] SMSCommandExecutor::execute sendCommand failed\n"));
 }

@@ -2,6 +2,7 @@
 
 #include "daemon/MainLoop.h"
 #include "storage/MessageStatus.h"
+#include "support/Logger.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/TemporaryFolder.h"
@@ -115,17 +116,22 @@ TEST_F(Pass, ObeysNothingWhereCommandsAreOff) {
 
 TEST_F(Pass, JoinsAMessageOverTwoPassesAndObeysIt) {
   pass({firstPart});
-  EXPECT_THAT(pass({secondPart}), HasSubstr("[WARNING] SMS commands executing command\n"));
+  storage_.onSave = [] { ORVEL_LOG(INFO, "saved"); };
+  EXPECT_THAT(pass({secondPart}),
+              AllOf(HasSubstr("[WARNING] SMS commands executing command\n"),
+                    EndsWith("sendCommand failed\n[INFO] saved\n")));  // obeyed before it is filed
   EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
 }
 
-TEST_F(Pass, KeepsAPartOfThreeWaiting) {
-  const char parts[] = "{'guid':'9','part-id':7,'part-count':3,'message':'','parts':['a',null,null]}";
-  storage_.save(json(parts), Received);
-  EXPECT_EQ(pass({"{'guid':'8','part-id':7,'part-count':3,'message':'','parts':[null,null,'c']}"}), "");
-  EXPECT_THAT(storage_.records[Received],
-              ElementsAre(json(
-                  "{'guid':'9','part-id':7,'part-count':3,'message':'a ... c','parts':['a',null,'c']}")));
+TEST_F(Pass, FillsEachStoredMessageOfTheReferenceWhoeverSentIt) {
+  for (const char* const parts : {"{'guid':'8','source':'1','part-id':7,'parts':['a',null,null]}",
+                                  "{'guid':'9','source':'2','part-id':7,'parts':[null,'b',null]}"})
+    storage_.save(json(parts), Received);
+  EXPECT_EQ(pass({"{'guid':'7','source':'3','part-id':7,'message':'','parts':[null,null,'c']}"}), "");
+  EXPECT_THAT(
+      storage_.records[Received],
+      ElementsAre(json("{'guid':'8','source':'1','part-id':7,'message':'a ... c','parts':['a',null,'c']}"),
+                  json("{'guid':'9','source':'2','part-id':7,'message':' ... bc','parts':[null,'b','c']}")));
 }
 
 TEST_F(Pass, FilesAPartThatFillsNothing) {
@@ -162,6 +168,12 @@ TEST_F(Pass, SendsWhatIsQueued) {
                           json("{'guid':'3','recipient':'bad','retries':3}")));
   EXPECT_TRUE(retry_.timerStarted);
   EXPECT_EQ(retry_.lastTime, 1000u);
+
+  now_ = 1003;
+  provider_.onSend = [this] { ++now_; };
+  storage_.records[Sending] = {json("{'guid':'4','recipient':'bad'}")};
+  pass();
+  EXPECT_EQ(retry_.lastTime, 1003u);  // when the retry step looked; the timer runs already
 }
 
 TEST_F(Pass, RetriesBeforeItSends) {

@@ -1,8 +1,13 @@
 #include <gmock/gmock.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <ctime>
 
 #include "daemon/RetryStep.h"
 #include "storage/MessageStatus.h"
 #include "tests/Json.h"
+#include "tests/LogCapture.h"
 #include "tests/Rows.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/daemon/FakeProvider.h"
@@ -10,6 +15,20 @@
 
 using testing::ElementsAre;
 using namespace MessageStatus;
+
+namespace {
+bool clockFails = false;
+}
+
+// Stands before the C library's.
+extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
+#ifdef SYS_clock_gettime64
+  constexpr long call = SYS_clock_gettime64;
+#else
+  constexpr long call = SYS_clock_gettime;
+#endif
+  return clockFails && clock == CLOCK_MONOTONIC ? -1 : static_cast<int>(syscall(call, clock, now));
+}
 
 namespace {
 
@@ -112,6 +131,22 @@ TEST_F(RetryStep, CountsFromTheFailureWhereTheTimerRuns) {
   startFailureTimer(state_, [this] { return now_ - 10; });
   startFailureTimer(state_, [this] { return now_; });  // runs already
   EXPECT_THAT(attemptTimes({10}, 10), ElementsAre(0));
+}
+
+TEST_F(RetryStep, CountsTheTimeOfAnAttemptForTheNext) {
+  storage_.save(json("{'guid':'1','recipient':'bad','retries':9}"), Failed);
+  provider_.onSend = [this] { now_ += 5; };
+  EXPECT_THAT(attemptTimes({10}, 30), ElementsAre(15, 25, 35));  // the seconds after each
+}
+
+TEST_F(RetryStep, TakesAClockThatFailsFor0) {
+  LogCapture log;
+  clockFails = true;
+  const std::uint32_t failed = monotonicSeconds();
+  clockFails = false;
+  EXPECT_EQ(failed, 0u);
+  EXPECT_EQ(log.text(), "[ERROR] VELD: Error getting time\n");
+  EXPECT_NE(monotonicSeconds(), 0u);
 }
 
 TEST_F(RetryStep, TakesAClockThatWraps) {

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <ctime>
+
 #include "provider/Listing.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
@@ -18,6 +21,13 @@ std::vector<std::string> lines(const std::string& text) {
     begin = end;
   }
   return all;
+}
+
+// The digits of what a clock shows that is nine hours and a half ahead of UTC.
+std::string ahead() {
+  const std::time_t shown = std::time(nullptr) + 34200;
+  char text[80];
+  return {text, std::strftime(text, sizeof(text), "%Y%m%d%H%M%S", std::gmtime(&shown))};
 }
 
 }  // namespace
@@ -63,33 +73,37 @@ TEST_P(Message, IsParsed) {
 }
 INSTANTIATE_ROWS(Message, kListingRows);
 
-TEST(Listing, CountsADroppedMessageAsFound) {
-  LogCapture log;
-  const Listing listing = parseListing(lines("index\nuser-data: a\n"));
-  EXPECT_TRUE(listing.foundMessage);
-  EXPECT_TRUE(listing.records.empty());
-  EXPECT_EQ(log.text(), "[WARNING] SMS recipient is empty\n");
-  EXPECT_FALSE(parseListing(lines("addr: 1\n")).foundMessage);
-}
-
 TEST(Listing, LogsEachMessage) {
   LogCapture log;
   parseListing(lines("index\naddr: 1\nuser-data: a\\nb\nindex\naddr: 2\n"));
   EXPECT_EQ(log.text(), "[INFO] New sms from 1, message: a#012b\n[INFO] New sms from 2, message: \n");
 }
 
-TEST(Listing, NumbersRecordsNotMessages) {
-  const LogCapture quiet;
+TEST(Listing, NumbersRecordsNotMessagesAndTakesLocalTime) {
+  setenv("TZ", "AHEAD-9:30", 1);
+  const std::string before = ahead();
   std::string text = "index\nno sender\n";
   for (int i = 0; i < 120; ++i) text += "index\naddr: 1\n";
-  const std::vector<Json::Value> records = parseListing(lines(text)).records;
+  std::vector<Json::Value> records;
+  Json::Value second;  // where the ordinal 01 is taken
+  {
+    const LogCapture quiet;
+    records = parseListing(lines(text)).records;
+    second =
+        parseListing(lines(text), [](const std::string& guid) { return guid.substr(14) == "01"; }).records[1];
+  }
   ASSERT_EQ(records.size(), 120u);
   const std::pair<std::size_t, const char*> ordinals[] = {
       {0, "00"}, {9, "09"}, {99, "99"}, {100, "100"}, {119, "119"}};
   for (const auto& [i, ordinal] : ordinals)
     EXPECT_THAT(records[i]["guid"].asString(), MatchesRegex(std::string("[0-9]{14}") + ordinal));
-  const auto isTaken = [](const std::string& guid) { return guid.substr(14) == "01"; };
-  EXPECT_THAT(parseListing(lines(text), isTaken).records[1]["guid"].asString(), testing::EndsWith("02"));
-  EXPECT_THAT(records[0]["timestamp"].asString(),
-              MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
+  EXPECT_THAT(second["guid"].asString(), testing::EndsWith("02"));
+  unsetenv("TZ");
+  std::string digits = records[0]["timestamp"].asString();
+  EXPECT_THAT(digits, MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
+  digits.erase(std::remove_if(digits.begin(), digits.end(), [](char c) { return c < '0' || c > '9'; }),
+               digits.end());
+  EXPECT_EQ(records[0]["guid"].asString(), digits + "00");
+  EXPECT_GE(digits, before);
+  EXPECT_LE(digits, ahead());
 }

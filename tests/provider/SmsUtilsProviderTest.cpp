@@ -54,11 +54,14 @@ TEST_F(SmsUtilsProviderTest, TakesTheMessagesOffTheModem) {
   EXPECT_THAT(log_.text(), HasSubstr("Failed to delete SMS messages: [256]"));  // the script's own status
 }
 
-TEST_F(SmsUtilsProviderTest, DeletesNothingWithoutMessages) {
+TEST_F(SmsUtilsProviderTest, DeletesOnlyWhatWasListedEvenIfItIsDropped) {
   tool("echo no messages");
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_EQ(readFile(calls), listCalls);
-  EXPECT_EQ(log_.text(), "");
+  tool("[ \"$*\" != 'list read' ] || printf 'index\\nuser-data: a\\n'");
+  EXPECT_TRUE(provider_.receiveMessages().empty());
+  EXPECT_EQ(readFile(calls), std::string(listCalls) + listCalls + deleteCall);
+  EXPECT_EQ(log_.text(), "[WARNING] SMS recipient is empty\n");
 }
 
 TEST_F(SmsUtilsProviderTest, JoinsTheParts) {
@@ -125,8 +128,10 @@ const SendRow kSendRows[] = {
     {"Text", "{'recipient':'+49','message':'two\\nlines'}", "", true, "two\nlines", sendLine},
     {"NoText", "{'recipient':'+49'}", "", true, "", sendLine},
     {"UpToANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
-    {"Refused", "{'recipient':'+49','message':'a'}", "exit 3", false, "a",
-     "[ERROR] Error to send SMS. Error: 768\n"},
+    {"RefusedAndTakenAway", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp; exit 3", false, "a",
+     "[ERROR] Error to send SMS. Error: 768\n"
+     "rm: cannot remove '/tmp/sms/sms-tmp': No such file or directory\n"
+     "[ERROR] Error to remove file rm /tmp/sms/sms-tmp: [0][Success]\n"},
     {"Killed", "{'recipient':'+49','message':'a'}", "kill -9 $$", false, "a",
      "[ERROR] Error to send SMS. Error: 35072\n"},
     {"FileTakenAway", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp", true, "a",

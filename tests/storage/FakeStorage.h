@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -12,6 +13,7 @@
 class FakeStorage final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override {
+    if (onSave) onSave();
     if (takes) {
       remove(record, status);
       records[status].push_back(json(record.toStyledString()));
@@ -49,6 +51,7 @@ class FakeStorage final : public ICollectionStorage {
 
   std::map<int, std::vector<Json::Value>> records;
   std::map<int, int> loads;
+  std::function<void()> onSave;
   bool takes = true;  ///< false: the disk is full
   Journal* journal = nullptr;
 

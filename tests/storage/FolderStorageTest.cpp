@@ -140,9 +140,8 @@ TEST(MoveFolderStorage, LeavesNothingInTheStagingFolder) {
 TEST(MoveFolderStorage, ReportsAFailedMoveAndKeepsTheStagedFile) {
   const TemporaryFolder folder;
   MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
-  std::filesystem::remove(folder.path + "/status");
   LogCapture log;
-  EXPECT_FALSE(storage.save(json("{'guid':'1'}")));
+  EXPECT_FALSE(storage.save(json("{'guid':'1 2'}")));  // nothing is quoted
   EXPECT_THAT(log.text(), HasSubstr("[ERROR] Error "));
-  EXPECT_TRUE(std::filesystem::exists(folder.path + "/staging/1"));
+  EXPECT_TRUE(std::filesystem::exists(folder.path + "/staging/1 2"));
 }
