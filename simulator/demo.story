@@ -73,6 +73,12 @@ records sent
 expect "message":"Second alarm"
 log --new
 
-# 7. SIGTERM ends the daemon with status 0.
+# 7. What the operator sees: the messages, and whether all is well.
+veldctl list
+expect sent      +4917022222       Second alarm
+veldctl status
+expect well  the daemon runs since
+
+# 8. SIGTERM ends the daemon with status 0.
 kill TERM
 expect-exit 0

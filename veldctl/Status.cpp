@@ -11,6 +11,7 @@
 
 #include "daemon/RetryStep.h"
 #include "daemon/StartUp.h"
+#include "storage/Journal.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 
@@ -152,6 +153,27 @@ void addMessages(Findings& findings, const Folders& folders, const Json::Value& 
   findings.add(Well, "", "broken_files", broken);
 }
 
+// What the daemon has taken off the modem or sent, and not yet filed: for a moment in each pass, or because
+// it hangs, was ended, or cannot file.
+void addJournal(Findings& findings, const std::string& root) {
+  std::vector<Journal::Entry> entries;
+  const bool good = Journal::read(root, entries);
+  if (!good) findings.add(Look, "the journal cannot be read");
+  std::int64_t unfiled = 0, begun = 0, tried = 0;
+  std::string since;
+  for (const Journal::Entry& entry : entries) {
+    if (entry.to == 0) ++begun;
+    if (entry.to == 0 || entry.filed) continue;
+    ++unfiled;
+    if (entry.tried) ++tried;
+    const Json::Value& time = MessageRecord::member(entry.record, MessageRecord::Key::Timestamp);
+    if (since.empty() && time.isString()) since = ", since " + time.asString();
+  }
+  findings.add(tried > 0 ? Look : Well,
+               unfiled > 0 ? std::to_string(unfiled) + " wait to be filed" + since : "", "unfiled", unfiled);
+  findings.add(Well, begun > 0 ? "a send was begun" : "", "sends_begun", begun);
+}
+
 // `seen` is where the folder is seen from here: under its unit the daemon has a /tmp of its own.
 void addRoom(Findings& findings, const std::string& seen, const std::string& folder) {
   struct statvfs info;
@@ -190,6 +212,7 @@ Findings statusOf(const Folders& folders, const std::string& staging, const Json
   const std::string process = addProcesses(findings, settings);
   const std::string seen = process.empty() ? staging : process + "/root" + staging;
   addMessages(findings, folders, settings);
+  addJournal(findings, folders.root());
   addStaged(findings, seen, staging);
   addRoom(findings, seen, staging);
   addRoom(findings, folders.root(), folders.root());

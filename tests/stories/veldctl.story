@@ -68,6 +68,18 @@ expect veldctl: "sentLimit" is reached: 1 that wait can be discarded unsent
 repair tool
 await pass
 
+# A command that the API does not answer: what waits, and since when.
+fault api silent
+receive +4917012345 "p secret #ping 8.8.8.8"
+pass --no-wait
+await request
+veldctl status
+expect well  it waits for the local API
+expect well  1 wait to be filed, since 20
+expect ILL   the local API does not answer
+repair api
+await pass
+
 # The API is gone: the daemon goes on, commands are not carried out.
 fault api gone
 veldctl status
