@@ -3,6 +3,8 @@
 #include "daemon/MainLoop.h"
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
+#include "support/Watchdog.h"
+#include "tests/DatagramSocket.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/TemporaryFolder.h"
@@ -174,6 +176,21 @@ TEST_F(Pass, SendsWhatIsQueued) {
   storage_.records[Sending] = {json("{'guid':'4','recipient':'bad'}")};
   pass();
   EXPECT_EQ(retry_.lastTime, 1003u);  // when the retry step looked; the timer runs already
+}
+
+TEST_F(Pass, GivesASignOfLifeForEachMessage) {
+  DatagramSocket manager("@manager");
+  setenv("NOTIFY_SOCKET", "@manager", 1);
+  Orvel::Watchdog::setup();
+  storage_.records[Received] = {json(firstPart)};
+  storage_.records[Failed] = {json("{'guid':'3','recipient':'good','retries':1}")};
+  storage_.records[Sending] = {json("{'guid':'4','recipient':'good'}")};
+  startFailureTimer(retry_, [this] { return now_ - 10; });
+  pass({"{'guid':'5'}", secondPart});
+  int signs = 0;
+  while (manager.receive() == "WATCHDOG=1") ++signs;
+  EXPECT_EQ(signs, 5);  // two that came, one that is whole by them, one sent again, one sent
+  Orvel::Watchdog::setup();
 }
 
 TEST_F(Pass, RetriesBeforeItSends) {

@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include "support/Logger.h"
+#include "tests/DatagramSocket.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
 
@@ -13,28 +11,10 @@ using Orvel::Logger;
 namespace {
 
 /// Listens where the C library's syslog writes.
-class SyslogSocket {
+class SyslogSocket : public DatagramSocket {
  public:
-  SyslogSocket() : fd_(socket(AF_UNIX, SOCK_DGRAM, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::string(_PATH_LOG).copy(address.sun_path, sizeof(address.sun_path) - 1);
-    EXPECT_EQ(bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-  }
-  ~SyslogSocket() {
-    close(fd_);
-    unlink(_PATH_LOG);
-    Logger::setup(Logger::PrintMode::StandardError);
-  }
-  std::string receive() {
-    std::string line(100000, '\0');
-    const ssize_t length = recv(fd_, line.data(), line.size(), MSG_DONTWAIT);
-    line.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
-    return line;
-  }
-
- private:
-  int fd_;
+  SyslogSocket() : DatagramSocket(_PATH_LOG) {}
+  ~SyslogSocket() { Logger::setup(Logger::PrintMode::StandardError); }
 };
 
 }  // namespace
