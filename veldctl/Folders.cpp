@@ -1,6 +1,5 @@
 #include "veldctl/Folders.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -11,8 +10,8 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
-#include <memory>
 #include <system_error>
 
 #include "storage/MessageRecord.h"
@@ -32,11 +31,8 @@ constexpr char asideName[] = "/outbox/veldctl.new";  // belongs to who holds the
 // Brings a file, or the names in a folder, to the disk.
 void sync(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool good = file >= 0 && fsync(file) == 0;
-  const int reason = errno;
+  if (file < 0 || fsync(file) != 0) fail(path);
   close(file);
-  errno = reason;
-  if (!good) fail(path);
 }
 
 // The old file is not written into: it may have been linked into a folder.
@@ -44,10 +40,9 @@ void write(const std::string& path, const std::string& text) {
   unlink(path.c_str());
   std::ofstream file(path);
   if (file << text << std::flush) return sync(path);
-  const int reason = errno;
+  const std::system_error error(errno, std::generic_category(), path);
   unlink(path.c_str());
-  errno = reason;
-  fail(path);
+  throw error;
 }
 
 // Moves a file to a name that is free; false when it is not.
@@ -69,10 +64,6 @@ std::string guidOfNow() {
   return guid;
 }
 
-bool isName(const std::string& name) {
-  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
-}
-
 std::string faultOf(const Message& message) {
   if (!message.record.isObject()) return "it is no JSON object";
   if (MessageRecord::guid(message.record) != message.name) return "its guid is not the name of its file";
@@ -91,10 +82,10 @@ std::string Folders::path(int status, const std::string& name) const {
 std::vector<std::pair<std::string, int>> Folders::names(const std::vector<int>& statuses) const {
   std::vector<std::pair<std::string, int>> names;
   for (const int status : statuses) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path(status).c_str()), closedir);
-    if (folder == nullptr && Output::complain(path(status) + ": " + std::strerror(errno))) continue;
-    while (const dirent* entry = readdir(folder.get()))
-      if (isName(entry->d_name)) names.emplace_back(entry->d_name, status);
+    std::error_code error;
+    for (const auto& file : std::filesystem::directory_iterator(path(status), error))
+      names.emplace_back(file.path().filename(), status);
+    if (error) Output::complain(path(status) + ": " + error.message());
   }
   std::sort(names.begin(), names.end());
   return names;
@@ -102,21 +93,19 @@ std::vector<std::pair<std::string, int>> Folders::names(const std::vector<int>& 
 
 std::int64_t Folders::changed(int status, const std::string& name) const {
   struct stat info;
-  if (!isName(name) || lstat(path(status, name).c_str(), &info) != 0) return 0;
+  const bool elsewhere = name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos;
+  if (elsewhere || lstat(path(status, name).c_str(), &info) != 0) return 0;
   return std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
 }
 
 std::optional<Message> Folders::read(int status, const std::string& name) const {
   Message message{status, name, Json::nullValue, "", changed(status, name)};
-  const std::string file = path(status, name);
+  if (message.changed == 0) return std::nullopt;
   struct stat info;
   std::ifstream stream;
-  if (message.changed == 0) return std::nullopt;
-  if (stat(file.c_str(), &info) != 0)
-    message.fault = std::strerror(errno);
-  else if (!S_ISREG(info.st_mode))
+  if (stat(path(status, name).c_str(), &info) != 0 || !S_ISREG(info.st_mode))
     message.fault = "it is no file";
-  else if (stream.open(file); !stream.is_open())
+  else if (stream.open(path(status, name)); !stream.is_open())
     message.fault = std::strerror(errno);
   else if (MessageRecord::parse(stream, message.record, message.fault))
     message.fault = faultOf(message);

@@ -7,24 +7,25 @@
 
 static unsigned complained = 0;
 
-Output::Verdict Output::print(const Findings& findings, Form form) {
+void Output::Report::add(Verdict verdict, const std::string& text, const std::string& metric,
+                         std::int64_t value) {
   constexpr const char* verdicts[] = {"well  ", "look  ", "ILL   "};
-  Verdict worst = Well;
-  for (const Findings::Row& row : findings.rows) {
-    worst = std::max(worst, row.verdict);
-    if (form == Form::Prometheus && !row.metric.empty())
-      std::cout << "veld_" << row.metric << ' ' << row.value << '\n';
-    if (form == Form::Text && !row.text.empty())
-      std::cout << verdicts[row.verdict] << Orvel::Text::printable(row.text) << '\n';
-    if (form != Form::Json) continue;
-    Json::Value object;
-    object["verdict"] = row.verdict;
-    object["text"] = row.text;
-    object["metric"] = row.metric;
-    object["value"] = Json::Int64(row.value);
-    std::cout << line(object) << '\n';
-  }
-  return worst;
+  worst = std::max(worst, verdict);
+  if (form == Form::Prometheus && !metric.empty()) std::cout << "veld_" << metric << ' ' << value << '\n';
+  if (form == Form::Text && !text.empty())
+    std::cout << verdicts[verdict] << Orvel::Text::printable(text) << '\n';
+  if (form != Form::Json) return;
+  Json::Value row;
+  row["verdict"] = verdict;
+  row["text"] = text;
+  row["metric"] = metric;
+  row["value"] = Json::Int64(value);
+  std::cout << line(row) << '\n';
+}
+
+void Output::Report::count(Verdict verdict, std::int64_t value, const std::string& text,
+                           const std::string& metric) {
+  add(value > 0 ? verdict : Well, value > 0 ? std::to_string(value) + text : "", metric, value);
 }
 
 std::string Output::line(const Json::Value& value) {

@@ -3,7 +3,6 @@
 #include <json/json.h>
 
 #include <string>
-#include <vector>
 
 /// What veldctl prints. No message text can move the cursor of a terminal or forge a line.
 namespace Output {
@@ -11,25 +10,20 @@ namespace Output {
 /// An exit status as monitoring systems read it.
 enum Verdict : int { Well = 0, Look = 1, Ill = 2 };
 
-/// What was looked at: a text for people, a number for machines, or both.
-struct Findings {
-  struct Row {
-    Verdict verdict;
-    std::string text, metric;
-    std::int64_t value;
-  };
-  std::vector<Row> rows;
-
-  /// `metric` is the name of the number `value`, with its label if it has one.
-  void add(Verdict verdict, const std::string& text, const std::string& metric = "", std::int64_t value = 0) {
-    rows.push_back({verdict, text, metric, value});
-  }
-};
-
 enum class Form { Text, Json, Prometheus };
 
-/// Prints the findings, a line each; the worst verdict.
-Verdict print(const Findings& findings, Form form);
+/// Prints what was looked at, a line each: texts for people, numbers for machines.
+struct Report {
+  const Form form;
+  Verdict worst = Well;
+
+  /// `metric` is the name of the number `value`, with its label if it has one. Either text or metric may be
+  /// empty.
+  void add(Verdict verdict, const std::string& text, const std::string& metric = "", std::int64_t value = 0);
+
+  /// The same for a number that is well when it is 0, and otherwise stands before its text.
+  void count(Verdict verdict, std::int64_t value, const std::string& text, const std::string& metric);
+};
 
 /// `value` on one line, in ASCII.
 std::string line(const Json::Value& value);

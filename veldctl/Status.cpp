@@ -1,5 +1,3 @@
-#include "veldctl/Status.h"
-
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -14,10 +12,12 @@
 #include "storage/Journal.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
+#include "veldctl/Health.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+namespace Key = MessageRecord::Key;
 using namespace Output;
 
 // Seconds. A tool takes some while it sends; a message waits for a pass, and for those before it.
@@ -45,13 +45,13 @@ std::vector<Process> processes() {
   timespec now{};
   clock_gettime(CLOCK_BOOTTIME, &now);
   for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
-    Process process;
+    const std::string stat = firstLine(entry.path() / "stat");
+    Process next;
     long long start = 0;
-    if (std::sscanf(firstLine(entry.path() / "stat").c_str(), fields, &process.pid, process.name,
-                    &process.parent, &process.session, &start) != 5)
+    if (std::sscanf(stat.c_str(), fields, &next.pid, next.name, &next.parent, &next.session, &start) != 5)
       continue;
-    process.age = now.tv_sec - start / sysconf(_SC_CLK_TCK);
-    all.push_back(process);
+    next.age = now.tv_sec - start / sysconf(_SC_CLK_TCK);
+    all.push_back(next);
   }
   return all;
 }
@@ -70,31 +70,29 @@ bool asksApi(const std::string& process) {
   return std::count_if(fs::directory_iterator(process + "/fd", gone), fs::directory_iterator(), isSocket) > 1;
 }
 
-std::string timeOf(std::int64_t secondsAgo) {
-  const std::time_t then = std::time(nullptr) - secondsAgo;
-  char text[] = "YYYY-mm-dd HH:MM:SS";
-  std::strftime(text, sizeof(text), "%F %T", std::localtime(&then));
+std::string since(std::int64_t seconds) {
+  const std::time_t then = std::time(nullptr) - seconds;
+  char text[] = " since YYYY-mm-dd HH:MM:SS";
+  std::strftime(text, sizeof(text), " since %F %T", std::localtime(&then));
   return text;
 }
 
 // Where /proc has the daemon; empty when it does not run.
-std::string addProcesses(Findings& findings, const Json::Value& settings) {
+std::string reportProcesses(Report& report, const Json::Value& settings) {
   const std::vector<Process> all = processes();
   const auto daemon = std::find_if(all.begin(), all.end(), isDaemon);
   const auto count = std::count_if(all.begin(), all.end(), isDaemon);
-  const bool api = !settings.isNull();
-  findings.add(api ? Well : Ill, api ? "" : "the local API does not answer", "api_answers", api ? 1 : 0);
+  const bool api = !settings.isNull(), off = MessageRecord::member(settings, SettingsKey::enabled) == false;
+  report.add(api ? Well : Ill, api ? "" : "the local API does not answer", "api_answers", api ? 1 : 0);
   if (count == 0) {
-    const bool off = MessageRecord::member(settings, SettingsKey::enabled) == false;
-    findings.add(off ? Well : Ill, off ? "SMS is switched off" : "the daemon does not run", "daemons");
+    report.add(off ? Well : Ill, off ? "SMS is switched off" : "the daemon does not run", "daemons");
     return "";
   }
-  const std::string number = std::to_string(daemon->pid);
-  findings.add(count > 1 ? Look : Well,
-               "the daemon runs since " + timeOf(daemon->age) + " as process " + number +
-                   (count > 1 ? ", and another one" : ""),
-               "daemons", count);
-  findings.add(Well, "", "age_seconds", daemon->age);
+  const std::string folder = "/proc/" + std::to_string(daemon->pid);
+  report.add(Well, "the daemon runs" + since(daemon->age) + " as process " + folder.substr(6), "daemons",
+             count);
+  if (count > 1) report.add(Look, "another daemon runs");
+  report.add(Well, "", "age_seconds", daemon->age);
 
   // The shells by which it was started say less than the tool.
   std::string tool;
@@ -107,97 +105,96 @@ std::string addProcesses(Findings& findings, const Json::Value& settings) {
     age = std::max(age, child->age);
   }
   std::replace(tool.begin(), tool.end(), '\0', ' ');
-  findings.add(age >= veryLongTool ? Ill
-               : age >= longTool   ? Look
-                                   : Well,
-               tool.empty() ? "" : "it waits since " + timeOf(age) + " for: " + tool, "tool_seconds", age);
-  const bool asks = asksApi("/proc/" + number);
-  findings.add(Well, asks ? "it waits for the local API" : "", "api_requests", asks ? 1 : 0);
-  return "/proc/" + number;
+  report.add(age >= veryLongTool ? Ill
+             : age >= longTool   ? Look
+                                 : Well,
+             tool.empty() ? "" : "it waits" + since(age) + " for: " + tool, "tool_seconds", age);
+  const bool asks = asksApi(folder);
+  report.add(Well, asks ? "it waits for the local API" : "", "api_requests", asks ? 1 : 0);
+  return folder;
 }
 
-void addMessages(Findings& findings, const Folders& folders, const Json::Value& settings) {
+void reportMessages(Report& report, const Folders& folders, const Json::Value& settings) {
   std::int64_t broken = 0, incomplete = 0, again = 0, never = 0, oldest = 0;
   for (const int status : MessageStatus::all) {
     const unsigned before = complaints();
     const auto names = folders.names({status});
-    for (const auto& [name, folder] : names) {
-      const std::optional<Message> message = folders.read(folder, name);
+    for (const auto& file : names) {
+      const std::optional<Message> message = folders.read(status, file.first);
       if (!message) continue;
-      if (!message->fault.empty()) findings.add(Look, folders.path(status, name) + ": " + message->fault);
-      if (!message->fault.empty()) ++broken;
-      if (MessageRecord::has(message->record, MessageRecord::Key::Parts)) ++incomplete;
+      if (!message->fault.empty()) {
+        ++broken;
+        report.add(Look, folders.path(status, file.first) + ": " + message->fault);
+        continue;
+      }
+      if (MessageRecord::has(message->record, Key::Parts)) ++incomplete;
       if (status == MessageStatus::Failed) ++(mayRetry(message->record) ? again : never);
-      if (status == MessageStatus::Sending)
-        oldest = std::max(oldest, std::time(nullptr) - message->changed / 1'000'000'000);
+      const std::int64_t age = std::time(nullptr) - message->changed / 1'000'000'000;
+      if (status == MessageStatus::Sending) oldest = std::max(oldest, age);
     }
     const std::string box = MessageStatus::text(status), label = "{folder=\"" + box + "\"}";
     const auto count = static_cast<std::int64_t>(names.size());
-    const bool received = status == MessageStatus::Received;
-    const Json::Value& limit =
-        MessageRecord::member(settings, received ? SettingsKey::receivedLimit : SettingsKey::sentLimit);
-    findings.add(complaints() > before ? Ill : Well,
-                 box + ": " + std::to_string(count) + (limit.isUInt() ? " of " + limit.asString() : ""),
-                 "messages" + label, count);
-    if (limit.isUInt()) findings.add(Well, "", "limit" + label, limit.asUInt());
+    const bool inbox = status == MessageStatus::Received;
+    const auto& limit =
+        MessageRecord::member(settings, inbox ? SettingsKey::receivedLimit : SettingsKey::sentLimit);
+    const std::string of = limit.isUInt() ? " of " + limit.asString() : "";
+    report.add(complaints() > before ? Ill : Well, box + ": " + std::to_string(count) + of,
+               "messages" + label, count);
+    if (limit.isUInt()) report.add(Well, "", "limit" + label, limit.asUInt());
   }
-  const auto text = [](std::int64_t count, const char* what) {
-    return count > 0 ? std::to_string(count) + what : "";
-  };
-  findings.add(oldest > longQueued ? Look : Well,
-               oldest > 0 ? "the oldest queued message waits since " + timeOf(oldest) : "",
-               "oldest_queued_seconds", oldest);
-  findings.add(Well, text(again, " failed and will be tried again"), "failed{again=\"yes\"}", again);
-  findings.add(never > 0 ? Look : Well, text(never, " failed for good"), "failed{again=\"no\"}", never);
-  findings.add(Well, text(incomplete, " wait for parts"), "incomplete", incomplete);
-  findings.add(Well, "", "broken_files", broken);
+  report.add(oldest > longQueued ? Look : Well,
+             oldest > 0 ? "the oldest queued message waits" + since(oldest) : "", "oldest_queued_seconds",
+             oldest);
+  report.count(Well, again, " failed and will be tried again", "failed{again=\"yes\"}");
+  report.count(Look, never, " failed for good", "failed{again=\"no\"}");
+  report.count(Well, incomplete, " wait for parts", "incomplete");
+  report.add(Well, "", "broken_files", broken);
 }
 
 // What the daemon has taken off the modem or sent, and not yet filed: for a moment in each pass, or because
 // it hangs, was ended, or cannot file.
-void addJournal(Findings& findings, const std::string& root) {
+void reportJournal(Report& report, const std::string& root) {
   std::vector<Journal::Entry> entries;
-  const bool good = Journal::read(root, entries);
-  if (!good) findings.add(Look, "the journal cannot be read");
-  std::int64_t unfiled = 0, begun = 0, tried = 0;
-  std::string since;
+  if (!Journal::read(root, entries)) report.add(Look, "the journal cannot be read");
+  std::int64_t unfiled = 0, begun = 0;
+  bool tried = false;
+  std::string first;
   for (const Journal::Entry& entry : entries) {
     if (entry.to == 0) ++begun;
     if (entry.to == 0 || entry.filed) continue;
     ++unfiled;
-    if (entry.tried) ++tried;
-    const Json::Value& time = MessageRecord::member(entry.record, MessageRecord::Key::Timestamp);
-    if (since.empty() && time.isString()) since = ", since " + time.asString();
+    tried = tried || entry.tried;
+    const Json::Value& time = MessageRecord::member(entry.record, Key::Timestamp);
+    if (first.empty() && time.isString()) first = ", since " + time.asString();
   }
-  findings.add(tried > 0 ? Look : Well,
-               unfiled > 0 ? std::to_string(unfiled) + " wait to be filed" + since : "", "unfiled", unfiled);
-  findings.add(Well, begun > 0 ? "a send was begun" : "", "sends_begun", begun);
+  report.count(tried ? Look : Well, unfiled, " wait to be filed" + first, "unfiled");
+  report.count(Well, begun, " send was begun", "sends_begun");
 }
 
-// `seen` is where the folder is seen from here: under its unit the daemon has a /tmp of its own.
-void addRoom(Findings& findings, const std::string& seen, const std::string& folder) {
-  struct statvfs info;
-  if (statvfs(seen.c_str(), &info) != 0) return;
-  const bool full = info.f_bavail == 0 || (info.f_files > 0 && info.f_favail == 0);
-  const bool low =
-      info.f_bavail * 100 < info.f_blocks * lowRoom || info.f_favail * 100 < info.f_files * lowRoom;
-  const auto bytes = static_cast<std::int64_t>(info.f_bavail * info.f_frsize);
-  findings.add(full  ? Ill
-               : low ? Look
-                     : Well,
-               std::to_string(bytes / 1024) + " KiB are free for " + folder,
-               "free_bytes{folder=\"" + folder + "\"}", bytes);
-}
-
-void addStaged(Findings& findings, const std::string& seen, const std::string& folder) {
+// The staging folder and the room, where a folder of the daemon's is `seen` from here: under its unit the
+// daemon has a /tmp of its own.
+void reportStaged(Report& report, const std::string& seen, const std::string& folder) {
   std::error_code gone;
   const auto stays = [](const fs::directory_entry& entry) {
     struct stat info;
     return stat(entry.path().c_str(), &info) == 0 && std::time(nullptr) - info.st_mtime >= longStaged;
   };
   const auto count = std::count_if(fs::directory_iterator(seen, gone), fs::directory_iterator(), stays);
-  findings.add(count > 0 ? Look : Well, count > 0 ? std::to_string(count) + " files stay in " + folder : "",
-               "staged", count);
+  report.count(Look, count, " files stay in " + folder, "staged");
+}
+
+void reportRoom(Report& report, const std::string& seen, const std::string& folder) {
+  struct statvfs info;
+  if (statvfs(seen.c_str(), &info) != 0) return;
+  const bool full = info.f_bavail == 0 || (info.f_files > 0 && info.f_favail == 0);
+  const bool low =
+      info.f_bavail * 100 < info.f_blocks * lowRoom || info.f_favail * 100 < info.f_files * lowRoom;
+  const auto bytes = static_cast<std::int64_t>(info.f_bavail * info.f_frsize);
+  report.add(full  ? Ill
+             : low ? Look
+                   : Well,
+             std::to_string(bytes / 1024) + " KiB are free for " + folder,
+             "free_bytes{folder=\"" + folder + "\"}", bytes);
 }
 
 }  // namespace
@@ -207,14 +204,13 @@ bool isDaemonRunning() {
   return std::any_of(all.begin(), all.end(), isDaemon);
 }
 
-Findings statusOf(const Folders& folders, const std::string& staging, const Json::Value& settings) {
-  Findings findings;
-  const std::string process = addProcesses(findings, settings);
+void reportStatus(Report& report, const Folders& folders, const std::string& staging,
+                  const Json::Value& settings) {
+  const std::string process = reportProcesses(report, settings);
   const std::string seen = process.empty() ? staging : process + "/root" + staging;
-  addMessages(findings, folders, settings);
-  addJournal(findings, folders.root());
-  addStaged(findings, seen, staging);
-  addRoom(findings, seen, staging);
-  addRoom(findings, folders.root(), folders.root());
-  return findings;
+  reportMessages(report, folders, settings);
+  reportJournal(report, folders.root());
+  reportStaged(report, seen, staging);
+  reportRoom(report, seen, staging);
+  reportRoom(report, folders.root(), folders.root());
 }
