@@ -150,6 +150,8 @@ bool Folders::remove(int status, const std::string& name) const {
 bool Folders::retry(Message message, std::optional<unsigned> retries) const {
   const int locked = lock();
   const std::string from = path(MessageStatus::Failed, message.name);
+  errno = ENOENT;  // the daemon has taken it meanwhile
+  if (changed(MessageStatus::Failed, message.name) != message.changed) fail(from);
   if (retries) {
     message.record[Key::Retries] = *retries;
     replaceFile(from, root_ + asideName, Output::line(message.record) + "\n");
