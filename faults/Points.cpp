@@ -11,6 +11,7 @@
 #include "faults/ErrnoTable.h"
 #include "faults/Scenario.h"
 #include "faults/Tracer.h"
+#include "storage/Journal.h"
 
 namespace {
 
@@ -20,7 +21,6 @@ struct Point {
   const Scenario* scenario;
   Tracer::Call call;
   std::string error;  ///< empty: SIGKILL
-  bool mayBeUnanswered;
 
   std::string injection() const {
     return call.name + (error.empty() ? ":signal=KILL" : ":error=" + error) +
@@ -34,6 +34,14 @@ struct Recording {
   std::size_t descriptors = 0;  ///< of the daemon afterwards
 };
 
+// Whether the daemon has noted that a message is about to be sent, and not what came of it.
+bool sendIsUnanswered() {
+  std::vector<Journal::Entry> entries;
+  return Journal::read(Simulator::MessageFolders::root, entries) &&
+         std::any_of(entries.begin(), entries.end(),
+                     [](const Journal::Entry& entry) { return entry.to == 0; });
+}
+
 class Runner {
  public:
   explicit Runner(const Trial::Programs& programs) : programs_(programs) {}
@@ -42,9 +50,9 @@ class Runner {
   const Recording& record(const Scenario& scenario) {
     Recording& recording = recordings_[scenario.name];
     if (!recording.calls.empty()) return recording;
-    Trial trial = prepare(scenario);
+    Trial trial = prepare(scenario, programs_);
     Tracer tracer;
-    if (!begin(trial, scenario, tracer, "") || !trial.awaitSleep()) {
+    if (!begin(scenario, trial, tracer, {}) || !trial.awaitSleep()) {
       std::cerr << "veld-faults: " << scenario.name << ": no pass could be traced\n";
       std::exit(EXIT_FAILURE);
     }
@@ -57,52 +65,35 @@ class Runner {
   }
 
   Verdict run(const Point& point) {
-    Trial trial = prepare(*point.scenario);
+    Trial trial = prepare(*point.scenario, programs_);
     Tracer tracer;
-    if (!begin(trial, *point.scenario, tracer, point.injection())) return {{"ended: before the pass"}, {}};
-    return point.error.empty() ? crash(trial, point, tracer) : fault(trial, point, tracer);
+    if (!begin(*point.scenario, trial, tracer,
+               {"-e", "trace=" + point.call.name, "-e", "inject=" + point.injection()}))
+      return {{"ended: before the pass"}, {}};
+    return point.error.empty() ? crash(trial, tracer) : fault(trial, point, tracer);
   }
 
  private:
-  Trial prepare(const Scenario& scenario) {
-    Trial::Programs programs = programs_;
-    if (scenario.atStart)
-      programs.daemon =
-          Tracer::stoppingOnce(programs.daemon, programs.simulatorFolder + "/libgateway-clock.so");
-    Trial trial(programs, scenario.limit);
-    if (!scenario.atStart && !trial.start()) std::abort();
-    scenario.before(trial);
-    scenario.arrive(trial);
-    return trial;
-  }
-
-  static bool begin(Trial& trial, const Scenario& scenario, Tracer& tracer, const std::string& injection) {
-    std::string problem;
-    if (scenario.atStart && !(trial.daemon().start(problem) && Tracer::awaitStop(trial.daemon().pid())))
-      return false;
-    if (!tracer.attach(trial.daemon().pid(), injection)) return false;
-    if (scenario.atStart)
-      trial.daemon().signal(SIGCONT);
-    else
-      trial.gateway().clock().grant();
-    return true;
-  }
-
   // The calls of the library that runs the clock belong to no pass.
   static void dropClock(std::vector<Tracer::Call>& calls) {
     const auto isClock = [](const Tracer::Call& call) {
       return call.name == "ppoll" || call.name == "futex" ||
+             call.text.find("/run/gateway/") != std::string::npos ||
              (call.name == "read" && call.text.find(", 64)") != std::string::npos);
     };
     calls.erase(std::remove_if(calls.begin(), calls.end(), isClock), calls.end());
   }
 
-  Verdict crash(Trial& trial, const Point& point, Tracer& tracer) {
-    if (!trial.awaitEnd()) return {{"hang: it survived"}, {}};
+  static Verdict crash(Trial& trial, Tracer& tracer) {
+    // It survives where the number of such calls depends on how quickly others answer.
+    const bool survived = trial.awaitSleep();
+    if (!survived && !trial.awaitEnd()) return {{"hang: in the pass"}, {}};
     tracer.detach();
-    const bool listedAgain = trial.modemHolds();
-    if (!trial.start() || !trial.pass(settlingPasses)) return {{"hang: the next daemon"}, {}};
-    return trial.look(listedAgain, point.mayBeUnanswered);
+    trial.allowListedAgain();
+    const bool unanswered = sendIsUnanswered();
+    if (!survived && !trial.start()) return {{"hang: the next daemon"}, {}};
+    if (!trial.pass(settlingPasses)) return {{"hang: in a later pass"}, {}};
+    return trial.look(unanswered);
   }
 
   Verdict fault(Trial& trial, const Point& point, Tracer& tracer) {
@@ -115,14 +106,14 @@ class Runner {
       if (!point.scenario->atStart || ending.find("signal") == 0) return {{"ended: with " + ending}, {}};
       if (!trial.start()) return {{"ended: the next daemon, too"}, {}};
     }
-    const bool listedAgain = trial.modemHolds();
+    trial.allowListedAgain();
     if (!trial.pass(settlingPasses)) return {{"hang: in the next pass"}, {}};
-    Verdict verdict = trial.look(listedAgain, true);
+    Verdict verdict = trial.look(true);
     trial.mayBeDisplaced();
     trial.receive("came in afterwards");
     trial.queue("was queued afterwards");
     if (!trial.pass()) return {{"hang: in a later pass"}, {}};
-    verdict.harms.merge(trial.look(listedAgain, true).harms);
+    verdict.harms.merge(trial.look(true).harms);
     if (daemon.footprint().descriptors > record(*point.scenario).descriptors)
       verdict.harms.insert("left: " + std::to_string(daemon.footprint().descriptors) + " descriptors");
     if (daemon.footprint().children > 0 && point.call.name != "wait4") verdict.harms.insert("left: a child");
@@ -133,29 +124,15 @@ class Runner {
   std::map<std::string, Recording> recordings_;
 };
 
-bool isFlush(const Tracer::Call& call) { return call.name == "fsync" || call.name == "fdatasync"; }
-
-// Whether, before this call, a send is noted and its outcome is not: from what has to do with the send file
-// to the next flush.
-bool maySendBeUnanswered(const Tracer::Call& call, bool before) {
-  return call.text.find("/sms-tmp") != std::string::npos || (before && !isFlush(call));
-}
-
-using ErrorsOf = std::function<std::vector<std::string>(const std::string& call)>;
+using ErrorsOf = std::function<std::vector<std::string>(const Tracer::Call&)>;
 
 bool tryPoints(const Trial::Programs& programs, const Selection& selection, const ErrorsOf& errorsOf) {
   Runner runner(programs);
   std::vector<Point> points;
   for (const Scenario& scenario : scenarios) {
     if (!selection.scenario.empty() && selection.scenario != scenario.name) continue;
-    const std::vector<Tracer::Call>& calls = runner.record(scenario).calls;
-    const bool flushes = std::any_of(calls.begin(), calls.end(), isFlush);
-    bool unanswered = false;
-    for (const Tracer::Call& call : calls) {
-      unanswered = flushes && maySendBeUnanswered(call, unanswered);
-      for (const std::string& error : errorsOf(call.name))
-        points.push_back({&scenario, call, error, unanswered});
-    }
+    for (const Tracer::Call& call : runner.record(scenario).calls)
+      for (const std::string& error : errorsOf(call)) points.push_back({&scenario, call, error});
   }
   if (selection.sample > 0) {
     std::shuffle(points.begin(), points.end(), std::mt19937(selection.seed));
@@ -174,7 +151,7 @@ bool tryPoints(const Trial::Programs& programs, const Selection& selection, cons
     }
     if (kinds.empty()) kinds.insert(verdict.windows.empty() ? "clean" : "in a window");
     if (!Tracer::struck()) kinds.insert("not reached");
-    kinds.insert("points");
+    kinds.insert("tried");
     for (const std::string& kind : kinds)
       std::cout << "\t" << point.scenario->name << "\t" << kind << std::endl;
   }
@@ -184,7 +161,7 @@ bool tryPoints(const Trial::Programs& programs, const Selection& selection, cons
 }  // namespace
 
 bool tryCrashPoints(const Trial::Programs& programs, const Selection& selection) {
-  return tryPoints(programs, selection, [](const std::string&) { return std::vector<std::string>{""}; });
+  return tryPoints(programs, selection, [](const Tracer::Call&) { return std::vector<std::string>{""}; });
 }
 
 bool tryFaultPoints(const Trial::Programs& programs, const Selection& selection) {

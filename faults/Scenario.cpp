@@ -1,5 +1,10 @@
 #include "faults/Scenario.h"
 
+#include <csignal>
+#include <cstdlib>
+
+#include "simulator/support/Waiting.h"
+
 namespace {
 
 constexpr char longText[] =
@@ -8,6 +13,18 @@ constexpr char longText[] =
     "morning, and the man who has the key for the gate will not be here before noon today.";
 
 void nothing(Trial&) {}
+
+// The modem has deleted what the daemon has not filed, a command among it.
+void killWhileDeleting(Trial& trial) {
+  trial.receive("not filed yet");
+  trial.receive("p secret #reboot", Trial::friendly);
+  trial.gateway().modem().setFault("delete", Simulator::ToolFault::Hang, 1);
+  trial.gateway().clock().grant();
+  Simulator::waitUntil(10, [&] { return trial.gateway().modem().hangingOperation() == "delete"; });
+  trial.daemon().signal(SIGKILL);
+  trial.gateway().modem().clearFaults();
+  if (!trial.awaitEnd()) std::abort();
+}
 
 }  // namespace
 
@@ -54,10 +71,37 @@ const std::vector<Scenario> scenarios = {
        trial.queue("out 3");
      },
      2},
-    {"start", nothing,
+    {"first start", nullptr,
      [](Trial& trial) {
        trial.receive("waits on the modem");
        trial.queue("waits in the queue");
+       trial.gateway().clock().set(trial.gateway().clock().now() + 60);  // no second with two guids
      },
      100, true},
+    {"catching up", killWhileDeleting, [](Trial& trial) { trial.receive("comes later"); }, 100, true},
 };
+
+Trial prepare(const Scenario& scenario, Trial::Programs programs) {
+  if (scenario.atStart)
+    programs.daemon = Tracer::stoppable(programs.daemon, programs.simulatorFolder + "/libgateway-clock.so");
+  Trial trial(programs, scenario.limit);
+  if (scenario.before != nullptr) {
+    if (!trial.start()) std::abort();
+    scenario.before(trial);
+  }
+  scenario.arrive(trial);
+  return trial;
+}
+
+bool begin(const Scenario& scenario, Trial& trial, Tracer& tracer, const std::vector<std::string>& options) {
+  std::string problem;
+  if (scenario.atStart &&
+      !(Tracer::stopNext() && trial.daemon().start(problem) && Tracer::awaitStop(trial.daemon().pid())))
+    return false;
+  if (!tracer.attach(trial.daemon().pid(), options)) return false;
+  if (scenario.atStart)
+    trial.daemon().signal(SIGCONT);
+  else
+    trial.gateway().clock().grant();
+  return true;
+}

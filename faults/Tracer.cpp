@@ -16,6 +16,7 @@ namespace {
 
 constexpr double traceSeconds = 10;
 constexpr char traceFile[] = "/run/gateway/trace";
+const std::filesystem::path stoppableFolder = "/run/stoppable";
 
 // A value of /proc/PID/status, as in "TracerPid"; empty when there is no such process.
 std::string statusOf(pid_t process, const std::string& key) {
@@ -27,16 +28,19 @@ std::string statusOf(pid_t process, const std::string& key) {
 
 }  // namespace
 
-bool Tracer::attach(pid_t process, const std::string& injection) {
-  const std::string traced = injection.empty() ? "all" : injection.substr(0, injection.find(':'));
+bool Tracer::attach(pid_t process, std::vector<std::string> options) {
+  for (const std::string& word :
+       {std::string("-o"), std::string(traceFile), std::string("-p"), std::to_string(process)})
+    options.push_back(word);
   std::filesystem::remove(traceFile);
   strace_ = fork();
   if (strace_ == 0) {
     if (freopen("/dev/null", "w", stderr) == nullptr) _exit(1);
-    const std::string pid = std::to_string(process);
-    const std::string inject = injection.empty() ? "trace=all" : "inject=" + injection;
-    execlp("strace", "strace", "-o", traceFile, "-e", ("trace=" + traced).c_str(), "-e", inject.c_str(), "-p",
-           pid.c_str(), nullptr);
+    std::string program = "strace";
+    std::vector<char*> words{program.data()};
+    for (std::string& option : options) words.push_back(option.data());
+    words.push_back(nullptr);
+    execvp(program.c_str(), words.data());
     _exit(127);
   }
   bool ended = false;
@@ -60,8 +64,9 @@ std::vector<Tracer::Call> Tracer::calls() {
   std::map<std::string, unsigned> counts;
   std::istringstream lines(Simulator::readFile(traceFile));
   for (std::string line; std::getline(lines, line);) {
+    line.erase(0, line.find_first_not_of("0123456789 "));  // the process, where others are traced too
     const std::size_t end = line.find('(');
-    if (end == std::string::npos || line.find_first_of(" -+") < end) continue;  // a signal, an end
+    if (end == std::string::npos || line.find_first_of(" -+<") < end) continue;  // a signal, an end
     const std::string name = line.substr(0, end);
     calls.push_back({static_cast<unsigned>(calls.size()) + 1, name, ++counts[name], line});
   }
@@ -73,29 +78,29 @@ bool Tracer::struck() {
   return trace.find("(INJECTED)") != std::string::npos || trace.find("+++ killed") != std::string::npos;
 }
 
-std::string Tracer::stoppingOnce(const std::string& daemon, const std::string& preloaded) {
-  const std::filesystem::path folder = "/run/stopping";
-  std::filesystem::create_directories(folder);
-  const std::string program = folder / std::filesystem::path(daemon).filename();
+std::string Tracer::stoppable(const std::string& daemon, const std::string& preloaded) {
+  std::filesystem::create_directories(stoppableFolder);
+  const std::string program = stoppableFolder / std::filesystem::path(daemon).filename();
   // What the new process does first is setting its umask.
-  const bool written = Simulator::writeFile(program,
-                                            "#!/bin/sh\n"
-                                            "preload=" +
-                                                preloaded + " daemon=" + daemon +
-                                                " once=/run/stopping/once\n"
-                                                "[ ! -e $once ] || exec env LD_PRELOAD=$preload $daemon\n"
-                                                ": >$once\n"
-                                                "exec strace -D -I 1 -f -o /dev/null -e trace=umask -e "
-                                                "inject=umask:signal=STOP -E LD_PRELOAD=$preload $daemon\n");
-  std::filesystem::remove(folder / "once");
+  const bool written = Simulator::writeFile(
+      program, "#!/bin/sh\npreload=" + preloaded + " daemon=" + daemon + "\n" +
+                   "rm \"${0%/*}/stop\" 2>/dev/null || exec env LD_PRELOAD=$preload $daemon\n"
+                   "exec strace -D -f -o ${0%/*}/trace -e trace=umask -e inject=umask:signal=STOP -E "
+                   "LD_PRELOAD=$preload $daemon\n");
   return written && chmod(program.c_str(), 0700) == 0 ? program : "";
 }
 
+bool Tracer::stopNext() {
+  std::filesystem::remove(stoppableFolder / "trace");
+  return Simulator::writeFile(stoppableFolder / "stop", "");
+}
+
 bool Tracer::awaitStop(pid_t process) {
-  if (!Simulator::waitUntil(traceSeconds,
-                            [&] { return statusOf(process, "State").find_first_of("tT") == 0; }))
-    return false;
-  const std::string tracer = statusOf(process, "TracerPid");
-  kill(static_cast<pid_t>(std::stoi(tracer)), SIGKILL);  // it inherits that other signals are held back
+  const auto stopped = [] {
+    return Simulator::readFile(stoppableFolder / "trace").find("stopped by SIGSTOP") != std::string::npos;
+  };
+  if (!Simulator::waitUntil(traceSeconds, stopped)) return false;
+  // By SIGKILL: that other signals are held back it inherits from the one who starts the daemon.
+  kill(static_cast<pid_t>(std::stoi(statusOf(process, "TracerPid"))), SIGKILL);
   return Simulator::waitUntil(traceSeconds, [&] { return statusOf(process, "TracerPid") == "0"; });
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// strace on the daemon alone, not on what it starts.
+/// strace on the daemon; not on what it starts, unless an option says so.
 class Tracer {
  public:
   struct Call {
@@ -20,18 +20,19 @@ class Tracer {
   Tracer(const Tracer&) = delete;
   Tracer& operator=(const Tracer&) = delete;
 
-  /// Traces a process until it ends or detach(). `injection`: what is to happen at a call, in strace's words,
-  /// as in "openat:error=EIO:when=3"; empty: nothing. False when the process cannot be traced.
-  [[nodiscard]] bool attach(pid_t process, const std::string& injection);
+  /// Traces a process until it ends or detach(), with further options of strace. False when it cannot.
+  [[nodiscard]] bool attach(pid_t process, std::vector<std::string> options);
   void detach();
-  /// The calls since attach(), those of `injection` alone if there was one. To be called after detach().
+  /// What was traced since attach(); to be called after detach().
   static std::vector<Call> calls();
-  /// Whether the injection came about.
+  /// Whether the fault that strace was to inject came about.
   static bool struck();
 
-  /// A program under the same name that starts `daemon` with `preloaded` and stops it as soon as it has
-  /// detached, when it is its own process and has done nothing yet.
-  static std::string stoppingOnce(const std::string& daemon, const std::string& preloaded);
+  /// A program of the same name that starts `daemon` with `preloaded`, as it is.
+  static std::string stoppable(const std::string& daemon, const std::string& preloaded);
+  /// Lets the next daemon stop as soon as it has detached, when it is its own process and has done nothing
+  /// yet.
+  static bool stopNext();
   /// Waits until a daemon that was started so has stopped; false when it does not.
   static bool awaitStop(pid_t process);
 

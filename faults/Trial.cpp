@@ -30,9 +30,15 @@ std::size_t countOf(const std::vector<Json::Value>& values, const std::string& k
   }));
 }
 
+template <typename Messages>
+bool isAmong(const Messages& messages, const Json::Value& value, const std::string& key) {
+  return value.isObject() && std::any_of(messages.begin(), messages.end(),
+                                         [&](const auto& message) { return value[key] == message.text; });
+}
+
 }  // namespace
 
-Trial::Trial(const Programs& programs, unsigned limit) : gateway_(freshGateway(programs)) {
+Trial::Trial(const Programs& programs, unsigned limit) : limit_(limit), gateway_(freshGateway(programs)) {
   gateway_->settings().set("receivedLimit", limit);
   gateway_->settings().set("sentLimit", limit);
   gateway_->modem().setRefused(refused, true);
@@ -48,7 +54,7 @@ void Trial::receive(const std::string& text, const std::string& sender, unsigned
     else
       gateway_->modem().receive(sender, part);
   }
-  incoming_.push_back({text, true, text.find('#') != std::string::npos, false});
+  incoming_.push_back({text, encoder.parts()});
 }
 
 void Trial::release() { gateway_->modem().receive(held_.first, held_.second); }
@@ -65,7 +71,7 @@ void Trial::queue(const std::string& text, const std::string& number, unsigned r
   record["retries"] = retries;
   std::string guid;
   if (!gateway_->folders().queue(record, guid)) std::abort();
-  outgoing_.push_back({text, true, false, number == refused});
+  outgoing_.push_back({text, {}, true, number == refused});
 }
 
 void Trial::mayBeDisplaced() {
@@ -95,39 +101,45 @@ bool Trial::awaitEnd() {
   return true;
 }
 
-bool Trial::modemHolds() {
-  return !gateway_->modem().printed("unread").empty() || !gateway_->modem().printed("read").empty();
+void Trial::allowListedAgain() {
+  for (const char* const box : {"unread", "read"})
+    for (const std::string& listed : gateway_->modem().printed(box))
+      for (Message& message : incoming_)
+        for (const std::string& part : message.parts)
+          if (listed.find("\"" + part + "\"") != std::string::npos) message.listedAgain = true;
 }
 
-Verdict Trial::look(bool listedAgain, bool unanswered) {
+Verdict Trial::look(bool unanswered) {
   Verdict verdict;
-  lookAtInbox(verdict, listedAgain);
+  lookAtInbox(verdict);
   lookAtOutbox(verdict, unanswered);
   lookForLeftovers(verdict);
   return verdict;
 }
 
-void Trial::lookAtInbox(Verdict& verdict, bool listedAgain) {
+void Trial::lookAtInbox(Verdict& verdict) {
   const std::vector<Json::Value> records = MessageFolders::records("received");
-  const auto requests = gateway_->api().requests();
+  const bool listedAgain =
+      std::any_of(incoming_.begin(), incoming_.end(), [](const Message& m) { return m.listedAgain; });
+  std::size_t commands = 0;
   for (const Message& message : incoming_) {
     const std::size_t count = countOf(records, "message", message.text);
-    if (count == 0 && message.missed) verdict.harms.insert("lost: " + message.text);
-    if (count > 1) (listedAgain ? verdict.windows : verdict.harms).insert("twice: " + message.text);
+    // What comes twice under a limit displaces one message more.
+    if (count == 0 && message.missed)
+      (listedAgain && records.size() == limit_ ? verdict.windows : verdict.harms)
+          .insert("lost: " + message.text);
+    if (count > 1) (message.listedAgain ? verdict.windows : verdict.harms).insert("twice: " + message.text);
+    if (message.text.find('#') != std::string::npos) ++commands;
   }
-  const auto posts = std::count_if(requests.begin(), requests.end(),
-                                   [](const auto& request) { return request.method == "POST"; });
-  const auto commands = std::count_if(incoming_.begin(), incoming_.end(),
-                                      [](const Message& message) { return message.command; });
-  if (posts > commands) (listedAgain ? verdict.windows : verdict.harms).insert("obeyed twice");
+  const auto requests = gateway_->api().requests();
+  const auto posts = static_cast<std::size_t>(std::count_if(
+      requests.begin(), requests.end(), [](const auto& request) { return request.method == "POST"; }));
+  if (posts > commands) (listedAgain ? verdict.windows : verdict.harms).insert("twice: a command");
   for (const Json::Value& record : records) {
-    const bool known =
-        record.isObject() && std::any_of(incoming_.begin(), incoming_.end(),
-                                         [&](const Message& m) { return record["message"] == m.text; });
     // A part that comes again after its message is whole stays by itself.
-    if (!known) (listedAgain ? verdict.windows : verdict.harms).insert("torn: " + Simulator::toLine(record));
+    if (!isAmong(incoming_, record, "message"))
+      (listedAgain ? verdict.windows : verdict.harms).insert("torn: " + Simulator::toLine(record));
   }
-  if (modemHolds()) verdict.harms.insert("left: a message on the modem");
 }
 
 void Trial::lookAtOutbox(Verdict& verdict, bool unanswered) {
@@ -152,9 +164,7 @@ void Trial::lookAtOutbox(Verdict& verdict, bool unanswered) {
       (unanswered ? verdict.windows : verdict.harms).insert("unsent: " + message.text + ", filed as failed");
   }
   for (const Json::Value& one : sent)
-    if (std::none_of(outgoing_.begin(), outgoing_.end(),
-                     [&](const Message& m) { return one["text"] == m.text; }))
-      verdict.harms.insert("torn: sent " + Simulator::toLine(one));
+    if (!isAmong(outgoing_, one, "text")) verdict.harms.insert("torn: sent " + Simulator::toLine(one));
 }
 
 void Trial::lookForLeftovers(Verdict& verdict) {

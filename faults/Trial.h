@@ -49,11 +49,11 @@ class Trial {
   /// Waits until the daemon has ended, and what it had started, too; false when that does not happen.
   bool awaitEnd();
 
-  /// Whether the modem still has a message that came in.
-  bool modemHolds();
-  /// What came of the messages, when all ought to have come to an end. `listedAgain`: the modem kept what had
-  /// been listed. `unanswered`: a daemon ended between the note that a message is sent and the tool's answer.
-  Verdict look(bool listedAgain, bool unanswered);
+  /// What the modem still has may be filed twice from now on: it lists it again.
+  void allowListedAgain();
+  /// What came of the messages, when all ought to have come to an end. `unanswered`: a daemon ended between
+  /// the note that a message is sent and the note of the tool's answer, or the answer failed.
+  Verdict look(bool unanswered);
 
   Simulator::Gateway& gateway() { return *gateway_; }
   Simulator::DaemonProcess& daemon() { return gateway_->daemon(); }
@@ -61,14 +61,16 @@ class Trial {
  private:
   struct Message {
     std::string text;
-    bool missed = true;  ///< when it is gone
-    bool command = false;
+    std::vector<std::string> parts = {};  ///< as the modem lists them
+    bool missed = true;                   ///< when it is gone
     bool refused = false;
+    bool listedAgain = false;
   };
-  void lookAtInbox(Verdict& verdict, bool listedAgain);
+  void lookAtInbox(Verdict& verdict);
   void lookAtOutbox(Verdict& verdict, bool unanswered);
   static void lookForLeftovers(Verdict& verdict);
 
+  unsigned limit_;
   std::unique_ptr<Simulator::Gateway> gateway_;
   std::vector<Message> incoming_;
   std::vector<Message> outgoing_;

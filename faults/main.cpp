@@ -5,7 +5,9 @@
 #include <iostream>
 #include <vector>
 
+#include "faults/Accidents.h"
 #include "faults/Points.h"
+#include "faults/Undisturbed.h"
 
 namespace {
 
@@ -30,6 +32,10 @@ int main(int argc, char** argv) {
     const Selection selection{number(words, 1, 0), number(words, 2, 1), number(words, 3, 0),
                               number(words, 4, 0), words.size() > 5 ? words[5] : ""};
     good = (what == "crash" ? tryCrashPoints : tryFaultPoints)(programs, selection);
+  } else if (what == "accidents") {
+    good = tryAccidents(programs);
+  } else if (what == "undisturbed") {
+    good = writeUndisturbed(programs, std::cout);
   } else {
     std::cerr << usage;
     return 2;
