@@ -64,11 +64,9 @@ void Ledger::observe(unsigned faults) {
 
 void Ledger::observeModem() {
   std::string listed;
-  for (const char* const box : {"/unread", "/read"}) {
-    const std::string folder = Simulator::Modem::storeFolder + std::string(box);
-    for (const std::string& name : Simulator::listFolder(folder))
-      listed += Simulator::readFile(folder + "/" + name);
-  }
+  const Simulator::Modem modem(Simulator::Modem::storeFolder);
+  for (const char* const box : {"unread", "read"})
+    for (const std::string& message : modem.printed(box)) listed += message;
   const std::set<unsigned> there = tokensIn(listed);
   for (auto number = onModem_.begin(); number != onModem_.end();) {
     if (there.count(*number) == 0) {
@@ -81,10 +79,10 @@ void Ledger::observeModem() {
 }
 
 void Ledger::observeInbox() {
-  const std::string folder = MessageFolders::pathOf("received");
+  const std::string folder = MessageFolders::pathOf("received") + "/";
   std::map<std::string, std::string> versions;
   for (const std::string& name : Simulator::listFolder(folder)) {
-    const std::string path = folder + "/" + name;
+    const std::string path = folder + name;
     const std::string version = versions[name] = versionOf(path);
     if (versions_[name] == version) continue;
     Json::Value record;
@@ -119,9 +117,13 @@ void Ledger::observeOutbox() {
       const std::string text = Simulator::readFile(MessageFolders::pathOf(box) + "/" + message.guid);
       if (Simulator::readJson(text, record) && record.isObject()) message.box = box;
     }
-    const bool isForGood = message.box.empty() || message.box == "sent" ||
-                           (message.box == "failed" && record["retries"].asUInt() == 0);
-    if (isForGood) message.done = pass;
+    const bool isForGood =
+        message.box == "sent" || (message.box == "failed" && record["retries"].asUInt() == 0);
+    // What is nowhere may still be filed: the daemon's journal knows it.
+    if (!isForGood && !message.box.empty())
+      message.done = 0;
+    else if (message.done == 0)
+      message.done = pass;
     number = isForGood ? active_.erase(number) : std::next(number);
   }
 }
@@ -167,8 +169,10 @@ bool Ledger::settle(std::ostream& report, const std::vector<Json::Value>& sent,
       windows.leaveApart(name, faultsIn(firstArrival_.at(number), lastOf[number]));
     const unsigned asked = requests[number];
     if (message.kind != Kind::Command && asked > 0) windows.fault(name + " of a stranger caused a request");
-    if (message.kind == Kind::Command && message.filed != 0 && asked == 0 && (faults & Fault::ApiFault) == 0)
-      windows.fault(name + " is a command and caused no request");
+    if (message.kind == Kind::Command && message.filed != 0) {
+      windows.expose(LossWindows::Command, faults);
+      if (asked == 0) windows.lose(LossWindows::Command, name + ", a command,", faults);
+    }
     if (asked > std::max<std::size_t>(1, message.guids.size()))
       windows.repeat(LossWindows::Incoming, name, faults);
   }

@@ -5,17 +5,19 @@
 LossWindows::LossWindows(std::ostream& report)
     : report_(report),
       windows_{
-          {"SIGKILL between the modem's deletion and the filing", Incoming, Fault::Killed, true, false},
           {"The tool dies in the middle of a listing", Incoming, Fault::CutListing, true, false},
-          {"No room under /var while filing", Incoming, Fault::DiskFull, true, false},
-          {"No room under /tmp while filing", Incoming, Fault::TmpFull, true, false},
-          {"A whitelist entry without a text form", Incoming, Fault::BadWhitelist, true, false},
-          {"A new daemon within the same second", Incoming, Fault::Restarted, true, false},
           {"The tool does not delete", Incoming, Fault::NotDeleted, false, true},
-          {"SIGKILL while sending or filing what was sent", Outgoing, Fault::Killed, true, true},
-          {"No room under /var while filing what was sent", Outgoing, Fault::DiskFull, true, false},
-          {"No room under /tmp for the text, or while filing", Outgoing, Fault::TmpFull, true, false},
+          {"SIGKILL before the modem has deleted", Incoming, Fault::Killed, false, true},
+          {"No room under /var while filing", Incoming, Fault::DiskFull, false, false},
+          {"No room under /tmp while filing", Incoming, Fault::TmpFull, false, false},
+          {"A whitelist entry without a text form", Incoming, Fault::BadWhitelist, false, false},
+          {"A new daemon within the same second", Incoming, Fault::Restarted, false, false},
+          {"SIGKILL before a command is posted: filed, not obeyed", Command, Fault::Killed, true, false},
+          {"The local API fails when a command is posted", Command, Fault::ApiFault, true, false},
           {"The tool says that it sent, and did not", Outgoing, Fault::SendFault, true, false},
+          {"SIGKILL while sending: counted as failed, tried again", Outgoing, Fault::Killed, false, true},
+          {"No room under /var while filing what was sent", Outgoing, Fault::DiskFull, false, false},
+          {"No room under /tmp for the text, or while filing", Outgoing, Fault::TmpFull, false, false},
       } {}
 
 LossWindows::Window* LossWindows::find(Direction direction, unsigned faults, bool Window::* may) {

@@ -4,18 +4,18 @@
 #include <string>
 #include <vector>
 
-/// The places at which the daemon's design may lose or repeat a message, each with the fault that it takes,
-/// and how often that came to pass.
+/// The faults that a message may meet on its way, which of them may cost or repeat it, and how often that
+/// came to pass.
 class LossWindows {
  public:
-  enum Direction { Incoming, Outgoing };
+  enum Direction { Incoming, Command, Outgoing };
 
   /// What lies outside of every window is written to `report` at once.
   explicit LossWindows(std::ostream& report);
 
   /// Counts a message that met these faults (Fault) on its way.
   void expose(Direction direction, unsigned faults);
-  /// A message is nowhere, or went out twice or more, after these faults.
+  /// A message is nowhere (or a command was not obeyed), or went out twice or more, after these faults.
   void lose(Direction direction, const std::string& message, unsigned faults);
   void repeat(Direction direction, const std::string& message, unsigned faults);
   /// The parts of a message never became one record, though one was filed.

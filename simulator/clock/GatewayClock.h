@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <ctime>
 
 #include "simulator/clock/ClockControl.h"
@@ -23,7 +22,6 @@ class GatewayClock {
   /// Sets the wall clock, and the monotonic one on or back by as much.
   void set(std::time_t now);
 
-  std::uint32_t begun() const { return control_->begun; }
   /// Whether a sleep goes on that has not been told to end.
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
   /// Ends the sleep that goes on, or else the next one.

@@ -106,7 +106,7 @@ bool Arguments::readShape(const std::string& text, const std::vector<Word>& line
       if (option->second.empty())
         options_[word];
       else if (const std::string wrong = wrongIn(line[i].text, option->second); !wrong.empty())
-        return fail(word + ": " + wrong);
+        return fail(std::string(word).append(": ").append(wrong));
       else
         options_[word] = line[i].text;
       continue;

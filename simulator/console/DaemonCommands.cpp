@@ -55,7 +55,7 @@ Answer stop(Gateway& gateway, const Arguments&) {
 
 Answer restart(Gateway& gateway, const Arguments& given) {
   if (gateway.daemon().running()) {
-    if (const Answer answer = stop(gateway, given); !answer.good) return answer;
+    if (Answer answer = stop(gateway, given); !answer.good) return answer;
   }
   return start(gateway, given);
 }

@@ -17,7 +17,8 @@ Answer records(Gateway&, const Arguments& given) {
 Answer record(Gateway&, const Arguments& given) {
   for (const char* box : MessageFolders::boxes) {
     const std::string path = MessageFolders::pathOf(box) + "/" + given.word(0);
-    if (const std::string text = readFile(path); !text.empty()) return {true, path + "\n" + text};
+    if (const std::string text = readFile(path); !text.empty())
+      return {true, std::string(path).append("\n").append(text)};
   }
   return wrong("There is no record " + given.word(0) + "; \"records received\" lists some.");
 }

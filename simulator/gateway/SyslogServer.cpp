@@ -97,7 +97,7 @@ std::vector<SyslogServer::Line> SyslogServer::lines(std::size_t first) {
 }
 
 std::vector<SyslogServer::Line> SyslogServer::read(bool onlyNew) {
-  const std::vector<Line> some = lines(onlyNew ? read_ : 0);
+  std::vector<Line> some = lines(onlyNew ? read_ : 0);
   read_ = some.size() + (onlyNew ? read_ : 0);
   return some;
 }

@@ -42,7 +42,8 @@ void Modem::receiveRaw(const std::string& listing) {
 
 std::vector<std::string> Modem::printed(const std::string& box) const {
   std::vector<std::string> texts;
-  for (const std::string& name : listFolder(path(box))) texts.push_back(readFile(path(box + "/" + name)));
+  const std::string folder = path(box + "/");
+  for (const std::string& name : listFolder(folder)) texts.push_back(readFile(folder + name));
   return texts;
 }
 

@@ -51,6 +51,7 @@ PageServer::~PageServer() {
     stop_ = true;
   }
   changed_.notify_all();
+  interpreter_.gateway().daemon().interrupt();  // whoever waits for the daemon waits no longer
   if (watcher_.joinable()) watcher_.join();
   if (listener_.joinable()) {
     server_->stop();
