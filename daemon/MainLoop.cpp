@@ -74,9 +74,10 @@ void fileMessages(std::vector<Json::Value> records, ICollectionStorage& storage,
 // it is obeyed: a reboot that came back with each boot would never end.
 void fileLeftMessages(ICollectionStorage& storage, SMSCommand& commands, Journal& journal) {
   const auto isObeyed = [&](const Json::Value& record) {
+    const std::string text = MessageRecord::member(record, Key::Message).asString();
     ParsedSMSCommand command;
-    if (commands.isEnabled() && !journal.wasTried(record) &&
-        commands.parseCommand(MessageRecord::member(record, Key::Message).asString(), command))
+    if (commands.isEnabled() && !journal.wasTried(record) && text.find('#') != std::string::npos &&
+        commands.parseCommand(text, command))
       ORVEL_LOG(WARNING, "SMS command in message %s from %s is not obeyed: an earlier pass was cut off",
                 MessageRecord::guid(record).c_str(),
                 MessageRecord::member(record, Key::Source).asString().c_str());

@@ -153,9 +153,9 @@ Journal::~Journal() {
   if (directory_ >= 0) close(directory_);
 }
 
-bool Journal::read(const std::string& root, std::vector<Entry>& entries) {
+Journal::Reading Journal::read(const std::string& root, std::vector<Entry>& entries) {
   std::ifstream stream(root + journalName);
-  if (!stream.is_open()) return errno == ENOENT;
+  if (!stream.is_open()) return errno == ENOENT ? Reading::Whole : Reading::Failed;
   Entries read;
   bool good = true;
   std::string line;
@@ -164,18 +164,27 @@ bool Journal::read(const std::string& root, std::vector<Entry>& entries) {
     good = readLine(line, changes);
     for (Json::ArrayIndex i = 0; good && i < changes.size(); ++i) applyChange(read, changes[i]);
   }
+  if (stream.bad()) return Reading::Failed;
   for (auto& [id, entry] : read)
     if (entry.record.isObject()) entries.push_back(std::move(entry));
-  return good && !stream.bad();
+  return good ? Reading::Whole : Reading::Torn;
 }
 
 bool Journal::isTaken(const std::string& guid) const {
+  const std::string file = fileOf(MessageStatus::Received, guid);
   struct stat status;
-  return lstat(fileOf(MessageStatus::Received, guid).c_str(), &status) == 0 ||
-         std::any_of(entries_.begin(), entries_.end(), [&](const auto& each) {
-           return each.second.to == MessageStatus::Received &&
-                  MessageRecord::guid(each.second.record) == guid;
-         });
+  for (int tries = 0; tries < 2;
+       ++tries) {  // it may fail for a moment: a file that is there must not be replaced
+    if (lstat(file.c_str(), &status) == 0) return true;
+    if (errno == ENOENT) break;
+  }
+  return isOnItsWay(guid);
+}
+
+bool Journal::isOnItsWay(const std::string& guid) const {
+  return std::any_of(entries_.begin(), entries_.end(), [&](const auto& each) {
+    return each.second.to == MessageStatus::Received && MessageRecord::guid(each.second.record) == guid;
+  });
 }
 
 void Journal::received(const std::vector<Json::Value>& records) { merged({}, records); }
@@ -190,6 +199,7 @@ void Journal::merged(const std::vector<std::string>& parts, const std::vector<Js
   for (const Json::Value& record : records) {
     Entry entry;
     entry.record = record;
+    entry.from = parts.empty() ? 0 : MessageStatus::Received;
     entry.to = MessageStatus::Received;
     changes.append(changeOf(nextId_++, entry));
   }
@@ -253,7 +263,7 @@ void Journal::saved(const Json::Value& record, int status, bool good) {
 void Journal::catchUp(ICollectionStorage& storage) {
   acquire();
   for (const auto& [id, entry] : entries_) {
-    if (entry.from == 0 || isDone(entry)) continue;
+    if (entry.to == MessageStatus::Received || isDone(entry)) continue;
     Json::Value filter;
     filter[MessageRecord::Key::Guid] = MessageRecord::guid(entry.record);
     if (liesUnderFrom(entry)) storage.remove(filter, entry.from);
@@ -266,7 +276,7 @@ void Journal::catchUp(ICollectionStorage& storage) {
 std::vector<Json::Value> Journal::left() const {
   std::vector<Json::Value> records;
   for (const auto& [id, entry] : entries_) {
-    if (entry.from != 0 || isDone(entry)) continue;
+    if (entry.to != MessageStatus::Received || isDone(entry)) continue;
     records.push_back(entry.record);
     if (storeFails_) break;
   }
@@ -285,7 +295,7 @@ void Journal::settle() {
   for (const auto& [id, entry] : entries_)
     if (isDone(entry)) done.push_back(id);
   if (!done.empty()) {
-    if (directory_ >= 0 && syncfs(directory_) != 0) return complain();
+    if (directory_ >= 0 && syncfs(directory_) != 0) return complain("write");
     for (const unsigned id : done) entries_.erase(id);
     if (!entries_.empty() && acquire()) rewrite(true);
   }
@@ -335,38 +345,51 @@ void Journal::adopt(Entry entry) {
   }
   const std::string file = fileOf(entry.to, guid);
   Json::Value lying;
-  const bool whole = readRecord(file, lying);
-  entry.filed = entry.filed ? whole || access(file.c_str(), F_OK) != 0 : whole && isSame(lying, entry.record);
+  const bool whole = readRecord(file, lying), isFiled = whole && isSame(lying, entry.record);
+  if (!entry.filed && entry.from == 0 &&
+      (whole ? !isFiled : isOnItsWay(guid)))  // another message came while the journal could not be read
+    entry.record[MessageRecord::Key::Guid] = freeGuid(guid);
+  entry.filed = entry.filed ? whole || (access(file.c_str(), F_OK) != 0 && errno == ENOENT) : isFiled;
   entries_[nextId_++] = std::move(entry);
+}
+
+std::string Journal::freeGuid(const std::string& guid) const {
+  std::string free;
+  unsigned ordinal = 0;
+  do free = guid + std::to_string(ordinal++);
+  while (isTaken(free));
+  return free;
 }
 
 bool Journal::acquire() {
   if (owned_) return true;
   if (directory_ < 0) directory_ = open(root_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (directory_ < 0) return complain(), false;
+  if (directory_ < 0) return complain("open"), false;
   if (flock(directory_, LOCK_EX | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK) return complain(), false;
+    if (errno != EWOULDBLOCK) return complain("lock"), false;
     if (!complained_) ORVEL_LOG(ERROR, "Journal [%s] belongs to another daemon", path_.c_str());
     complained_ = true;
     return false;
   }
-  owned_ = true;
-  complained_ = false;
-  load();
-  return true;
+  owned_ = load();
+  return owned_;
 }
 
-void Journal::load() {
+bool Journal::load() {
+  std::vector<Entry> entries;
+  const Reading reading = read(root_, entries);
+  if (reading == Reading::Failed) return complain("read"), false;
+  complained_ = false;
   std::remove((path_ + unfinished).c_str());
   exists_ = access(path_.c_str(), F_OK) == 0;
-  std::vector<Entry> entries;
-  if (!read(root_, entries)) {
+  if (reading == Reading::Torn) {
     const std::string aside = path_ + setAside;
-    ORVEL_LOG(ERROR, "Cannot read journal [%s]: it is set aside as [%s]", path_.c_str(), aside.c_str());
+    ORVEL_LOG(ERROR, "Journal [%s] is torn: it is set aside as [%s]", path_.c_str(), aside.c_str());
     exists_ = std::rename(path_.c_str(), aside.c_str()) != 0;
   }
   for (Entry& entry : entries) adopt(std::move(entry));
   if (!entries_.empty()) rewrite(true);
+  return true;
 }
 
 void Journal::note(const Json::Value& change, bool flushed) {
@@ -400,10 +423,10 @@ bool Journal::rewrite(bool flushed) {
   for (const auto& [id, entry] : entries_) all.append(changeOf(id, entry));
   const std::string aside = path_ + unfinished;
   const int file = open(aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
-  if (file < 0) return complain(), false;
+  if (file < 0) return complain("write"), false;
   if (!writeWhole(file, toLine(all)) || (flushed && fsync(file) != 0) ||
       std::rename(aside.c_str(), path_.c_str()) != 0) {
-    complain();
+    complain("write");
     close(file);
     std::remove(aside.c_str());
     return false;
@@ -411,7 +434,7 @@ bool Journal::rewrite(bool flushed) {
   exists_ = true;
   file_ = file;
   named_ = flushed && fsync(directory_) == 0;
-  if (flushed && !named_) return complain(), true;
+  if (flushed && !named_) return complain("write"), true;
   complained_ = false;
   return true;
 }
@@ -421,11 +444,11 @@ void Journal::removeFile() {
   if (std::remove(path_.c_str()) == 0 || errno == ENOENT)
     exists_ = false;
   else
-    complain();
+    complain("write");
 }
 
-void Journal::complain() {
+void Journal::complain(const char* what) {
   if (!complained_)
-    ORVEL_LOG(ERROR, "Cannot write journal [%s]: [%d][%s]", path_.c_str(), errno, std::strerror(errno));
+    ORVEL_LOG(ERROR, "Cannot %s journal [%s]: [%d][%s]", what, path_.c_str(), errno, std::strerror(errno));
   complained_ = true;
 }

@@ -27,7 +27,7 @@ class Journal : private Orvel::NonCopyable {
  public:
   struct Entry {
     Json::Value record;  ///< as it is to be filed; of a send without an answer, as it was queued
-    int from = 0;        ///< the status that it leaves; 0 for a received message
+    int from = 0;        ///< the status that it leaves; 0 for a received message that replaces none
     int to = 0;          ///< the status under which it is to be filed; 0 for a send without an answer
     bool filed = false;
     bool tried = false;  ///< its filing was tried, and failed
@@ -39,9 +39,10 @@ class Journal : private Orvel::NonCopyable {
   Journal(const std::string& root, std::uint32_t receivedLimit, std::uint32_t sentLimit);
   ~Journal();
 
-  /// What the journal of a store holds, for a program that only looks; empty without one. False when it
-  /// cannot be read or a line of it is none, with what stands before that line.
-  static bool read(const std::string& root, std::vector<Entry>& entries);
+  enum class Reading { Whole, Torn, Failed };  ///< of a torn one, what stands before the tear
+  /// What the journal of a store holds, for a program that only looks; nothing without one. Failed, with
+  /// errno, when it cannot be read, and torn where a line is none.
+  static Reading read(const std::string& root, std::vector<Entry>& entries);
 
   /// Whether a received message of that guid is filed or on its way.
   [[nodiscard]] bool isTaken(const std::string& guid) const;
@@ -97,15 +98,17 @@ class Journal : private Orvel::NonCopyable {
   [[nodiscard]] Entries::iterator findUnfiled(const std::string& guid, int to);
   void dropAttempt();
   void adopt(Entry entry);
+  [[nodiscard]] bool isOnItsWay(const std::string& guid) const;
+  [[nodiscard]] std::string freeGuid(const std::string& guid) const;
 
   bool acquire();
-  void load();
+  bool load();
   void note(const Json::Value& change, bool flushed);
   void noteAll(const Json::Value& changes, bool flushed);
   bool append(const Json::Value& changes, bool flushed);
   bool rewrite(bool flushed);
   void removeFile();
-  void complain();
+  void complain(const char* what);
 
   const std::string root_;
   const std::string path_;

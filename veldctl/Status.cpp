@@ -155,7 +155,7 @@ void reportMessages(Report& report, const Folders& folders, const Json::Value& s
 // it hangs, was ended, or cannot file.
 void reportJournal(Report& report, const std::string& root) {
   std::vector<Journal::Entry> entries;
-  if (!Journal::read(root, entries)) report.add(Look, "the journal cannot be read");
+  if (Journal::read(root, entries) != Journal::Reading::Whole) report.add(Look, "the journal cannot be read");
   std::int64_t unfiled = 0, begun = 0;
   bool tried = false;
   std::string first;

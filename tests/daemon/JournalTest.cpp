@@ -83,14 +83,15 @@ const LeftRow kLeftRows[] = {
     {"PartThatCompletes",
      "[{'id':1,'to':1,'record':{'guid':'2','part-id':7,'message':'','parts':[null,'b']}}]\n", kPart,
      "{'guid':'1','message':'ab'}", ""},
-    {"CompletedMessage", "[{'id':1,'to':1,'record':{'guid':'1','message':'ab'}}]\n", kPart,
+    {"CompletedMessage", "[{'id':1,'from':1,'to':1,'record':{'guid':'1','message':'ab'}}]\n", kPart,
      "{'guid':'1','message':'ab'}", ""},
     {"LetGo", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]\n[{'id':1}]\n", "-", "", ""},
     {"LastLineCutShort", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]", "-", "", ""},
     {"Torn", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\nrubbish\n", "-", kText,
-     "is set aside as ["},
-    {"ChangeOfAWrongType", "[{'id':'x'}]\n", "-", "", "is set aside as ["},
-    {"StatusWithoutAFolder", "[{'id':1,'to':5,'record':{'guid':'1'}}]\n", "-", "", "is set aside as ["},
+     "is torn: it is set aside as ["},
+    {"ChangeOfAWrongType", "[{'id':'x'}]\n", "-", "", "is torn: it is set aside as ["},
+    {"StatusWithoutAFolder", "[{'id':1,'to':5,'record':{'guid':'1'}}]\n", "-", "",
+     "is torn: it is set aside as ["},
     {"MarkOfNoEntry", "[{'id':1,'filed':true}]\n", "-", "", ""},
     {"Sent", "[{'id':1,'from':2,'to':3,'record':{'guid':'1','status':'sent'}}]\n", "-",
      "{'guid':'1','status':'sent'}", ""},
@@ -104,9 +105,11 @@ TEST_P(Left, IsFiledByTheNextDaemon) {
   Store store;
   std::string journal = GetParam().journal, before = GetParam().before;
   for (std::string* const text : {&journal, &before}) std::replace(text->begin(), text->end(), '\'', '"');
-  const char* const file = journal.find("\"from\":2,\"to\":3") != std::string::npos ? sent
-                           : journal.find("\"from\"") != std::string::npos          ? failed
-                                                                                    : received;
+  const char* const file =
+      journal.find("\"from\":2,\"to\":3") != std::string::npos ? sent
+      : journal.find("\"from\":1") != std::string::npos || journal.find("\"from\"") == std::string::npos
+          ? received
+          : failed;
   writeFile(store.folder.path + "/journal", journal);
   if (before != "-") writeFile(store.folder.path + file, before);
   LogCapture log;
@@ -137,6 +140,15 @@ TEST(Journal, PutsAMessageBehindThatEndedADaemon) {
   store.pass();
   ASSERT_EQ(store.modem.attempts.size(), 3u);
   EXPECT_EQ(store.modem.attempts.back(), "hangs");
+}
+
+TEST(Journal, FilesUnderAFreeGuidWhereAnotherMessageLies) {
+  Store store({{"journal", R"([{"id":1,"to":1,"record":{"guid":"1","message":"a","source":"2"}}])"
+                           "\n"},
+               {received + 1, R"({"guid":"1","message":"other"})"}});
+  store.pass();
+  EXPECT_EQ(store.read(received), "{'guid':'1','message':'other'}");
+  EXPECT_EQ(store.read("/inbox/received/10"), "{'guid':'10','message':'a','source':'2'}");
 }
 
 TEST(Journal, IsOneDaemonsAtATime) {
