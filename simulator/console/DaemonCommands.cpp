@@ -14,6 +14,7 @@ using Passed = DaemonProcess::Passed;
 constexpr unsigned awaitSeconds = 30;
 constexpr unsigned passSeconds = 5;
 constexpr char applies[] = "; \"restart\" applies it.";
+constexpr char noPlace[] = "The settings have no place for that any more; \"settings\" shows them.";
 
 std::string ended(Gateway& gateway) {
   return "The daemon ended with status " + gateway.daemon().ending() + ".";
@@ -161,7 +162,7 @@ Answer settings(Gateway& gateway, const Arguments& given) {
 
 Answer password(Gateway& gateway, const Arguments& given) {
   const bool off = given.word(0) == "off";
-  gateway.settings().set("smsCommands.password.enabled", !off);
+  if (!gateway.settings().set("smsCommands.password.enabled", !off)) return wrong(noPlace);
   if (!off) gateway.settings().set("smsCommands.password.text", given.word(0));
   return {true, "The password is " + given.word(0) + applies};
 }
@@ -174,7 +175,7 @@ Answer whitelist(Gateway& gateway, const Arguments& given) {
     numbers.append(number);
     text += " " + number;
   }
-  gateway.settings().set("smsCommands.whitelist.enabled", !off);
+  if (!gateway.settings().set("smsCommands.whitelist.enabled", !off)) return wrong(noPlace);
   if (!off) gateway.settings().set("smsCommands.whitelist.numbers", numbers);
   return {true, "The whitelist is" + text + applies};
 }
