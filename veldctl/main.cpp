@@ -232,10 +232,15 @@ constexpr struct {
     {"check", "", "j", 0, 0, check},
 };
 constexpr option longOptions[] = {
-    {"json", no_argument, nullptr, 'j'},       {"retries", required_argument, nullptr, 'r'},
-    {"wait", optional_argument, nullptr, 'w'}, {"state", required_argument, nullptr, 's'},
-    {"ack", no_argument, nullptr, 'a'},        {"prometheus", no_argument, nullptr, 'p'},
-    {"help", no_argument, nullptr, 'h'},       {},
+    {"json", no_argument, nullptr, 'j'},
+    {"retries", required_argument, nullptr, 'r'},
+    {"wait", optional_argument, nullptr, 'w'},
+    {"state", required_argument, nullptr, 's'},
+    {"ack", no_argument, nullptr, 'a'},
+    {"prometheus", no_argument, nullptr, 'p'},
+    {"help", no_argument, nullptr, 'h'},
+    {"version", no_argument, nullptr, 'v'},
+    {},
 };
 
 int usage(std::ostream& stream, int ending) {
@@ -258,7 +263,7 @@ bool read(int count, char** words, Request& request) {
       request.options[static_cast<char>(letter)] = optarg != nullptr ? optarg : "";
   }
   request.words.insert(request.words.end(), words + optind, words + count);
-  return request.has('h') || !request.words.empty();
+  return request.has('h') || request.has('v') || !request.words.empty();
 }
 
 }  // namespace
@@ -267,6 +272,7 @@ int main(int count, char** words) try {
   Request request;
   if (!read(count, words, request)) return usage(std::cerr, Misused);
   if (request.has('h')) return usage(std::cout, Done);
+  if (request.has('v')) return std::cout << "veldctl " VELD_VERSION << std::endl ? Done : Bad;
   const std::string name = request.words[0];
   request.words.erase(request.words.begin());
   for (const auto& command : commands) {
