@@ -51,7 +51,8 @@ void fileMessages(std::vector<Json::Value> records, ICollectionStorage& storage,
     Orvel::Watchdog::feed();  // for each message, so that many are no hang
     if (isPartOfMultipart(record)) {
       if (!storedParts)
-        storedParts = collectStoredParts(storage.load(Json::nullValue, MessageStatus::Received));
+        storedParts =
+            collectStoredParts(journal.withUnfiled(storage.load(Json::nullValue, MessageStatus::Received)));
       if (mergeWithStoredParts(updatedMultiparts, record, *storedParts)) {
         mergedParts.push_back(MessageRecord::guid(record));
         continue;

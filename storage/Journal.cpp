@@ -197,6 +197,8 @@ void Journal::merged(const std::vector<std::string>& parts, const std::vector<Js
     if (found != entries_.end()) changes.append(changeOf(found->first));
   }
   for (const Json::Value& record : records) {
+    const auto replaced = findUnfiled(MessageRecord::guid(record), MessageStatus::Received);
+    if (replaced != entries_.end()) changes.append(changeOf(replaced->first));
     Entry entry;
     entry.record = record;
     entry.from = parts.empty() ? 0 : MessageStatus::Received;
@@ -204,6 +206,14 @@ void Journal::merged(const std::vector<std::string>& parts, const std::vector<Js
     changes.append(changeOf(nextId_++, entry));
   }
   noteAll(changes, true);
+}
+
+Json::Value Journal::withUnfiled(Json::Value stored) {
+  for (Json::Value& record : stored) {
+    const auto found = findUnfiled(MessageRecord::guid(record), MessageStatus::Received);
+    if (found != entries_.end()) record = found->second.record;
+  }
+  return stored;
 }
 
 void Journal::prepare(const Json::Value& record, int from) {

@@ -54,6 +54,9 @@ class Journal : private Orvel::NonCopyable {
   /// lets go of the parts, which are named by their guids; flushed.
   void merged(const std::vector<std::string>& parts, const std::vector<Json::Value>& records);
 
+  /// The received messages that are stored, those that wait to be replaced as they will be.
+  [[nodiscard]] Json::Value withUnfiled(Json::Value stored);
+
   /// Says which record is to be sent next, and that its file lies under `from`; nothing is written yet. A
   /// record whose file has another name than its guid is not noted at all, here and in the next two calls.
   void prepare(const Json::Value& record, int from);

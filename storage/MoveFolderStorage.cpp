@@ -8,18 +8,23 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "storage/MessageRecord.h"
 #include "support/Logger.h"
 
 namespace {
 
+std::string contentOf(const std::string& file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 // What the shell's mv met, which does not tell its errno: the same is tried with a file that has no name. 0
 // when that goes well, or such files are unknown here.
 int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
-  std::ifstream stream(staged);
-  if (!stream.is_open()) return errno;
-  const std::string content(std::istreambuf_iterator<char>(stream), {});
+  if (access(staged.c_str(), R_OK) != 0) return errno;
+  const std::string content = contentOf(staged);
   const int file = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (file < 0) return errno != EOPNOTSUPP && errno != EISDIR ? errno : 0;
   errno = ENOSPC;
@@ -29,12 +34,18 @@ int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
   return reason;
 }
 
-// What a move that broke off leaves under the new name is no record.
-void removeTornFile(const std::string& file) {
-  std::ifstream stream(file);
-  Json::Value record;
+// A move that broke off leaves no record under the new name, but one whose end could not be seen may have
+// gone well.
+bool isMoved(const Json::Value& record, const std::string& file) {
+  std::ostringstream text;
+  text << record;
+  const std::string content = contentOf(file);
+  if (content == text.str()) return true;
+  std::istringstream stream(content);
+  Json::Value lying;
   std::string errors;
-  if (stream.is_open() && !MessageRecord::parse(stream, record, errors)) unlink(file.c_str());
+  if (!MessageRecord::parse(stream, lying, errors)) unlink(file.c_str());
+  return false;
 }
 
 }  // namespace
@@ -59,6 +70,5 @@ bool MoveFolderStorage::save(const Json::Value& record) {
   if (reason != 0)
     ORVEL_LOG(ERROR, "Cannot move %s to %s: [%d][%s]", staged.c_str(), path.c_str(), reason,
               std::strerror(reason));
-  removeTornFile(path + "/" + guid);
-  return false;
+  return isMoved(record, path + "/" + guid) && access(staged.c_str(), F_OK) != 0;
 }

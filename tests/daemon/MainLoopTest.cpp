@@ -136,6 +136,17 @@ TEST_F(Pass, FillsEachStoredMessageOfTheReferenceWhoeverSentIt) {
                   json("{'guid':'9','source':'2','part-id':7,'message':' ... bc','parts':[null,'b','c']}")));
 }
 
+TEST_F(Pass, LosesNoPartWhileTheStoreTakesNothing) {
+  pass({"{'guid':'9','part-id':7,'part-count':3,'message':'','parts':['a',null,null]}"});
+  storage_.takes = false;
+  pass({"{'guid':'8','part-id':7,'part-count':3,'message':'','parts':[null,'b',null]}"});
+  pass({"{'guid':'7','part-id':7,'part-count':3,'message':'','parts':[null,null,'c']}"});
+  storage_.takes = true;
+  pass();
+  pass();
+  EXPECT_THAT(storage_.records[Received], ElementsAre(json("{'guid':'9','message':'abc'}")));
+}
+
 TEST_F(Pass, FilesAPartThatFillsNothing) {
   pass({firstPart});
   Json::Value again = json(firstPart);
