@@ -70,15 +70,15 @@ bool Report::write(std::ostream& page) const {
     const double value = figure(name, "MBps");
     return Row{what, rounded(value, 0) + " MB/s", "", value, 100, false};
   };
-  const double small = figure("DecodeEscapes/16384", "MBps"), large = figure("DecodeEscapes/1048576", "MBps");
-  const double few = figure("PassWithNew/250", "us") / 250, many = figure("PassWithNew/1000", "us") / 1000;
+  const double small = figure("decodeEscapes/16384", "MBps"), large = figure("decodeEscapes/1048576", "MBps");
+  const double few = figure("passWithNew/250", "us") / 250, many = figure("passWithNew/1000", "us") / 1000;
   const Row rows[] = {
-      besideFloor("Loading a folder of 1,000 records", "LoadFolder/1000"),
-      besideFloor("Saving a message, 1,000 kept under a limit", "SaveUnderALimit/1000"),
-      besideFloor("An idle pass", "IdlePass"),
-      rate("Decoding 1 MB of text with some escapes", "DecodeText/1048576"),
-      rate("Decoding 1 MB of escapes", "DecodeEscapes/1048576"),
-      rate("Decoding a million escapes", "DecodeEscapes/4000000"),
+      besideFloor("Loading a folder of 1,000 records", "loadFolder/1000"),
+      besideFloor("Saving a message, 1,000 kept under a limit", "saveUnderALimit/1000"),
+      besideFloor("An idle pass", "idlePass"),
+      rate("Decoding 1 MB of text with some escapes", "decodeText/1048576"),
+      rate("Decoding 1 MB of escapes", "decodeEscapes/1048576"),
+      rate("Decoding a million escapes", "decodeEscapes/4000000"),
       {"Decoding a byte of 1 MB, beside a byte of 16 KB", rounded(1000 / large, 2) + " ns",
        rounded(1000 / small, 2) + " ns", small / large, 1.25, true},
       {"Filing one of 1,000 new messages, beside one of 250", rounded(many / 1000, 2) + " ms",

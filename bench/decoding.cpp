@@ -26,16 +26,16 @@ void decode(benchmark::State& state, const std::string& piece) {
                                               benchmark::Counter::kIsIterationInvariantRate);
 }
 
-void DecodeText(benchmark::State& state) {
+void decodeText(benchmark::State& state) {
   decode(state, "Plain text, a \\\"quote\\\" and \\x1be 100 \\x02 ");
 }
-void DecodeEscapes(benchmark::State& state) { decode(state, "\\x41"); }
+void decodeEscapes(benchmark::State& state) { decode(state, "\\x41"); }
 
 constexpr std::int64_t sizes[] = {1 << 10, 1 << 14, 1 << 17, 1 << 20};
 constexpr std::int64_t millionEscapes = 4000000;
 
-BENCHMARK(DecodeText)->ArgsProduct({{std::begin(sizes), std::end(sizes)}})->Unit(benchmark::kMicrosecond);
-BENCHMARK(DecodeEscapes)
+BENCHMARK(decodeText)->ArgsProduct({{std::begin(sizes), std::end(sizes)}})->Unit(benchmark::kMicrosecond);
+BENCHMARK(decodeEscapes)
     ->ArgsProduct({{std::begin(sizes), std::end(sizes)}})
     ->Arg(millionEscapes)
     ->Unit(benchmark::kMicrosecond);

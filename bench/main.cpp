@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
   Report report;
   benchmark::RunSpecifiedBenchmarks(&report);
 
-  for (const char* const name : {"PassWithStored", "PassWithNew", "PassIntoEmptyStore"}) {
+  for (const char* const name : {"passWithStored", "passWithNew", "passIntoEmptyStore"}) {
     std::ofstream points(folder + "/" + name);
     report.writePoints(name, points);
   }

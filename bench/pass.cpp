@@ -59,22 +59,22 @@ void runToolCommands() {
   pclose(pipe);
 }
 
-void IdlePass(benchmark::State& state) {
+void idlePass(benchmark::State& state) {
   fillInbox(keptBesideNew);
   listNewMessages(0);
   Loop loop(keptBesideNew);
   runBesideFloor(state, [&] { loop.pass(); }, runToolCommands);
 }
-BENCHMARK(IdlePass)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(idlePass)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
 
-void PassWithStored(benchmark::State& state) {
+void passWithStored(benchmark::State& state) {
   const auto stored = static_cast<unsigned>(state.range(0));
   fillInbox(stored);
   listNewMessages(1);
   Loop loop(stored);
   runAlone(state, [] {}, [&] { loop.pass(); });
 }
-BENCHMARK(PassWithStored)
+BENCHMARK(passWithStored)
     ->Arg(1)
     ->Arg(250)
     ->Arg(500)
@@ -84,12 +84,12 @@ BENCHMARK(PassWithStored)
     ->Unit(benchmark::kMillisecond);
 
 // The store is full, as it is on a gateway after a while.
-void PassWithNew(benchmark::State& state) {
+void passWithNew(benchmark::State& state) {
   listNewMessages(static_cast<unsigned>(state.range(0)));
   Loop loop(keptBesideNew);
   runAlone(state, [] { fillInbox(keptBesideNew); }, [&] { loop.pass(); });
 }
-BENCHMARK(PassWithNew)
+BENCHMARK(passWithNew)
     ->Arg(1)
     ->Arg(250)
     ->Arg(500)
@@ -99,13 +99,13 @@ BENCHMARK(PassWithNew)
     ->Unit(benchmark::kMillisecond);
 
 // The store is empty and holds them all: each is filed beside those that came before it.
-void PassIntoEmptyStore(benchmark::State& state) {
+void passIntoEmptyStore(benchmark::State& state) {
   const auto count = static_cast<unsigned>(state.range(0));
   listNewMessages(count);
   Loop loop(count);
   runAlone(state, [] { fillInbox(0); }, [&] { loop.pass(); });
 }
-BENCHMARK(PassIntoEmptyStore)
+BENCHMARK(passIntoEmptyStore)
     ->Arg(1)
     ->Arg(250)
     ->Arg(500)

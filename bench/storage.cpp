@@ -44,16 +44,16 @@ void bareSave(const Json::Value& record) {
   if (std::system(("mv " + staged + " " + inboxFolder + "/").c_str()) != 0) std::abort();
 }
 
-void LoadFolder(benchmark::State& state) {
+void loadFolder(benchmark::State& state) {
   fillInbox(static_cast<unsigned>(state.range(0)));
   FolderStorage folder(inboxFolder);
   runBesideFloor(
       state, [&] { benchmark::DoNotOptimize(folder.load(Json::nullValue)); },
       [&] { benchmark::DoNotOptimize(bareLoad(inboxFolder)); });
 }
-BENCHMARK(LoadFolder)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(loadFolder)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
 
-void SaveUnderALimit(benchmark::State& state) {
+void saveUnderALimit(benchmark::State& state) {
   const auto kept = static_cast<unsigned>(state.range(0));
   fillInbox(kept);
   auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
@@ -63,6 +63,6 @@ void SaveUnderALimit(benchmark::State& state) {
       state, [&] { storage->save(recordOf(number++), MessageStatus::Received); },
       [&] { bareSave(recordOf(number++)); });
 }
-BENCHMARK(SaveUnderALimit)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(saveUnderALimit)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -63,13 +63,13 @@ bool takeCommandWord(ParsedSMSCommand& command, std::string& keyword) {
 }  // namespace
 
 SMSCommand::SMSCommand(const Json::Value& config)
-    : configJson(config),
-      executors(makeExecutors(std::make_index_sequence<SMSCMD_COUNT>())),
-      commandTable(makeCommandTable(executors)) {}
+    : configJson_(config),
+      executors_(makeExecutors(std::make_index_sequence<SMSCMD_COUNT>())),
+      commandTable_(makeCommandTable(executors_)) {}
 
-bool SMSCommand::loadConfig() { return config.setConfig(configJson); }
+bool SMSCommand::loadConfig() { return config_.setConfig(configJson_); }
 
-bool SMSCommand::isEnabled() const { return config.enabled; }
+bool SMSCommand::isEnabled() const { return config_.enabled; }
 
 bool SMSCommand::parseCommand(const std::string& message, ParsedSMSCommand& command) const {
   const std::size_t begin = message.find_first_not_of(" \t");
@@ -84,7 +84,7 @@ bool SMSCommand::parseCommand(const std::string& message, ParsedSMSCommand& comm
   std::string keyword;
   if (!takeCommandWord(command, keyword)) return false;
   command.id = SMSCMD_UNKNOWN;
-  for (const SMSCommandEntry& entry : commandTable) {
+  for (const SMSCommandEntry& entry : commandTable_) {
     if (entry.keyword != keyword) continue;
     command.id = entry.id;
     break;
@@ -100,27 +100,27 @@ bool SMSCommand::parseCommand(const std::string& message, ParsedSMSCommand& comm
 }
 
 bool SMSCommand::passwordGood(const std::string& password) const {
-  if (password == config.password) return true;
+  if (password == config_.password) return true;
   ORVEL_LOG(ERROR, "SMSCommand::passwordGood password did not match");
   return false;
 }
 
 bool SMSCommand::whiteListGood(const std::string& phoneNumber) const {
-  for (Json::ArrayIndex i = 0; i < config.numbers.size(); ++i)
-    if (config.numbers[i].asString() == phoneNumber) return true;
+  for (Json::ArrayIndex i = 0; i < config_.numbers.size(); ++i)
+    if (config_.numbers[i].asString() == phoneNumber) return true;
   ORVEL_LOG(ERROR, "SMSCommand::whiteListGood phone number not in white list");
   return false;
 }
 
 bool SMSCommand::validateSMSCommand(const std::string& message, const std::string& phoneNumber) const {
-  if (!config.enabled) {
+  if (!config_.enabled) {
     ORVEL_LOG(ERROR, "SMSCommand::validateSMSCommand: SMS Commands are disabled");
     return false;
   }
-  if (config.whitelistEnabled && !whiteListGood(phoneNumber)) return false;
+  if (config_.whitelistEnabled && !whiteListGood(phoneNumber)) return false;
   ParsedSMSCommand command;
   if (!parseCommand(message, command)) return false;
-  if (config.passwordEnabled && !passwordGood(command.password)) return false;
+  if (config_.passwordEnabled && !passwordGood(command.password)) return false;
   ORVEL_LOG(INFO, "SMSCommand::validateSMSCommand validation of command succeeded.");
   return true;
 }
@@ -130,8 +130,8 @@ bool SMSCommand::executeCommand(const std::string& message, const std::string& p
   ParsedSMSCommand command;
   if (!parseCommand(message, command)) return false;
   bool executed = false;
-  for (const SMSCommandEntry& entry : commandTable) {
-    if (entry.id != command.id || !config.isCommandEnabled(entry.id)) continue;
+  for (const SMSCommandEntry& entry : commandTable_) {
+    if (entry.id != command.id || !config_.isCommandEnabled(entry.id)) continue;
     entry.executor->execute(phoneNumber, command.args);
     executed = true;
   }

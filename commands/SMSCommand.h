@@ -65,8 +65,8 @@ class SMSCommand : private Orvel::NonCopyable {
   bool executeCommand(const std::string& message, const std::string& phoneNumber);
 
  private:
-  const Json::Value configJson;
-  std::array<SMSCommandExecutor, SMSCMD_COUNT> executors;
-  SMSCommandConfig config;
-  const std::vector<SMSCommandEntry> commandTable;
+  const Json::Value configJson_;
+  std::array<SMSCommandExecutor, SMSCMD_COUNT> executors_;
+  SMSCommandConfig config_;
+  const std::vector<SMSCommandEntry> commandTable_;
 };

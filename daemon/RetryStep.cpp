@@ -84,5 +84,4 @@ void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage, Jou
         retry(provider, storage, journal, record);
   ++state.dialAttempt;
   state.time_not_attempting = 0;
-  state.lastTime = state.nowTime;
 }

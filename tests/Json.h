@@ -5,12 +5,16 @@
 #include <sstream>
 #include <string>
 
-/// JSON from a text in the test's source, with ' for ".
-inline Json::Value json(std::string text) {
-  for (char& c : text)
-    if (c == '\'') c = '"';
+inline Json::Value parsed(const std::string& text) {
   std::istringstream stream(text);
   Json::Value value;
   stream >> value;
   return value;
+}
+
+/// JSON from a text in the test's source, with ' for ".
+inline Json::Value json(std::string text) {
+  for (char& c : text)
+    if (c == '\'') c = '"';
+  return parsed(text);
 }

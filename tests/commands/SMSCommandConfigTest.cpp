@@ -44,7 +44,7 @@ constexpr char noWhitelist[] =
     "[ERROR] SMSCommandConfig::setConfig: Whitelist enable or numbers setting missing\n";
 constexpr char noPassword[] =
     "[ERROR] SMSCommandConfig::setConfig: Password enable or text setting missing\n";
-const RefusalRow kRefusalRows[] = {
+const RefusalRow refusalRows[] = {
     {"Enabled", "enabled", unparsable, false, false},
     {"Whitelist", "whitelist", unparsable, false, false},
     {"Password", "password", unparsable, false, false},
@@ -72,7 +72,7 @@ TEST_P(Refusal, NamesWhatIsMissing) {
   EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), row.whitelistRead);
   EXPECT_FALSE(config.passwordEnabled || !config.password.empty());
 }
-INSTANTIATE_ROWS(Refusal, kRefusalRows);
+INSTANTIATE_ROWS(Refusal, refusalRows);
 
 TEST(SMSCommandConfig, ThrowsForAValueOfTheWrongType) {
   Json::Value settings = json(least);

@@ -24,7 +24,7 @@ struct AnswerRow {
   std::string answer;
   std::string log;  ///< empty for success
 };
-const AnswerRow kAnswerRows[] = {
+const AnswerRow answerRows[] = {
     {"Success", CannedApi::ok("{\"code\": 200}"), ""},
     {"HttpStatusIsNotLookedAt", "HTTP/1.1 500 Error\r\n\r\n{\"code\": 200}", ""},
     {"OtherCode", CannedApi::ok("{\"code\": 201}"), requestFailed("201")},
@@ -49,7 +49,7 @@ TEST_P(Answer, IsJudgedByItsCode) {
   EXPECT_EQ(SMSCommandExecutor(url).sendCommand(url, "{}"), GetParam().log.empty());
   EXPECT_EQ(log.text(), GetParam().log);
 }
-INSTANTIATE_ROWS(Answer, kAnswerRows);
+INSTANTIATE_ROWS(Answer, answerRows);
 
 TEST(SMSCommandExecutor, EchoesTheAnswer) {
   const CannedApi api(CannedApi::ok("not JSON"));

@@ -37,7 +37,7 @@ constexpr char noContent[] =
 constexpr char noPasswordOrCommand[] =
     "[ERROR] SMSCommand::parseCommand: failed to find password or command\n";
 constexpr char invalidEmpty[] = "[ERROR] SMSCommand::parseCommand: Invalid command string []\n";
-const ParseRow kParseRows[] = {
+const ParseRow parseRows[] = {
     {"CommandAlone", "#checkin", SMSCMD_CHECKIN, "", {}, parsed},
     {"BlanksAround", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
     {"Arguments", "#ping 8.8.8.8 3", SMSCMD_PING, "", {"8.8.8.8", "3"}, parsed},
@@ -98,7 +98,7 @@ TEST_P(Parse, FindsTheCommand) {
   EXPECT_EQ(command.password, row.password);
   EXPECT_EQ(command.args, row.args);
 }
-INSTANTIATE_ROWS(Parse, kParseRows);
+INSTANTIATE_ROWS(Parse, parseRows);
 
 TEST(Parse, LogsWhatItFound) {
   const SMSCommand commands(settings());
@@ -134,7 +134,7 @@ constexpr char stranger[] = "[ERROR] SMSCommand::whiteListGood phone number not 
 constexpr char wrongPassword[] = "[ERROR] SMSCommand::passwordGood password did not match\n";
 constexpr char listOn[] = "{'whitelist':{'enabled':true}}";
 constexpr char passwordOn[] = "{'password':{'enabled':true}}";
-const ValidateRow kValidateRows[] = {
+const ValidateRow validateRows[] = {
     {"Anybody", "{}", "#ping", "4567890", succeeded},
     {"FlagIsNotLookedAt", "{'pingEnabled':false}", "#ping", "4567890", succeeded},
     {"Disabled", "{'enabled':false}", "#ping", "1234567", disabled},
@@ -175,7 +175,7 @@ TEST_P(Validate, LetsNoStrangerIn) {
   EXPECT_EQ(commands.validateSMSCommand(row.message, row.source), row.log == succeeded);
   EXPECT_THAT(log.text(), EndsWith(row.log));
 }
-INSTANTIATE_ROWS(Validate, kValidateRows);
+INSTANTIATE_ROWS(Validate, validateRows);
 
 TEST(Validate, ThrowsForAListThatIsAnObject) {
   Json::Value all = json(
@@ -192,7 +192,7 @@ struct RequestRow {
   const char* path;
   const char* args;  ///< as they stand in the body
 };
-const RequestRow kRequestRows[] = {
+const RequestRow requestRows[] = {
     {"Reboot", "p secret #reboot", "sms_restart", ""},
     {"Ping", "#ping 8.8.8.8 3", "do_ping_through_sms", "\"8.8.8.8\",\"3\""},
     {"NothingIsEscaped", "#ping \"\\", "do_ping_through_sms", "\"\"\\\""},
@@ -212,7 +212,7 @@ TEST_P(Request, IsPosted) {
                                 std::string(GetParam().args) + "]}"));
   EXPECT_THAT(log.text(), testing::Not(HasSubstr("ERROR")));
 }
-INSTANTIATE_ROWS(Request, kRequestRows);
+INSTANTIATE_ROWS(Request, requestRows);
 
 TEST(Execute, RefusesACommandThatIsNotPermitted) {
   Json::Value all = settings();

@@ -65,11 +65,12 @@ struct LeftRow {
   const char* after;
   const char* log;  ///< a part of what the pass logs
 };
-const char kText[] = "{'guid':'1','message':'a','source':'2'}";
-const char kPart[] =
+const char wholeMessage[] = "{'guid':'1','message':'a','source':'2'}";
+const char storedPart[] =
     "{'guid':'1','message':'a...','part-count':2,'part-id':7,'part-index':0,'parts':['a',null]}";
-const LeftRow kLeftRows[] = {
-    {"NotFiled", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n", "-", kText, ""},
+const LeftRow leftRows[] = {
+    {"NotFiled", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n", "-", wholeMessage,
+     ""},
     {"Filed", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n",
      "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}",
      "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}", ""},
@@ -77,18 +78,18 @@ const LeftRow kLeftRows[] = {
      "-", "", ""},
     {"FiledAndTorn",
      "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\n[{'id':1,'filed':true}]\n", "",
-     kText, ""},
+     wholeMessage, ""},
     {"Command", "[{'id':1,'to':1,'record':{'guid':'1','message':'#reboot','source':'2'}}]\n", "-",
      "{'guid':'1','message':'#reboot','source':'2'}", "SMS command in message 1 from 2 is not obeyed"},
     {"PartThatCompletes",
-     "[{'id':1,'to':1,'record':{'guid':'2','part-id':7,'message':'','parts':[null,'b']}}]\n", kPart,
+     "[{'id':1,'to':1,'record':{'guid':'2','part-id':7,'message':'','parts':[null,'b']}}]\n", storedPart,
      "{'guid':'1','message':'ab'}", ""},
-    {"CompletedMessage", "[{'id':1,'from':1,'to':1,'record':{'guid':'1','message':'ab'}}]\n", kPart,
+    {"CompletedMessage", "[{'id':1,'from':1,'to':1,'record':{'guid':'1','message':'ab'}}]\n", storedPart,
      "{'guid':'1','message':'ab'}", ""},
     {"LetGo", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]\n[{'id':1}]\n", "-", "", ""},
     {"LastLineCutShort", "[{'id':1,'to':1,'record':{'guid':'1','message':'a'}}]", "-", "", ""},
-    {"Torn", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\nrubbish\n", "-", kText,
-     "is torn: it is set aside as ["},
+    {"Torn", "[{'id':1,'to':1,'record':{'guid':'1','message':'a','source':'2'}}]\nrubbish\n", "-",
+     wholeMessage, "is torn: it is set aside as ["},
     {"ChangeOfAWrongType", "[{'id':'x'}]\n", "-", "", "is torn: it is set aside as ["},
     {"StatusWithoutAFolder", "[{'id':1,'to':5,'record':{'guid':'1'}}]\n", "-", "",
      "is torn: it is set aside as ["},
@@ -118,13 +119,13 @@ TEST_P(Left, IsFiledByTheNextDaemon) {
   EXPECT_EQ(store.read(file), GetParam().after);
   EXPECT_FALSE(store.has("/journal"));
 }
-INSTANTIATE_ROWS(Left, kLeftRows);
+INSTANTIATE_ROWS(Left, leftRows);
 
 TEST(Journal, IsThereOnlyWhileSomethingIsOnItsWay) {
   Store store({{queued + 1, R"({"guid":"1","recipient":"2"})"}});
   std::string during;
   store.modem.onSend = [&] { during = store.read("/journal"); };
-  store.pass({json(kText)});
+  store.pass({json(wholeMessage)});
   EXPECT_THAT(during, HasSubstr("'recipient':'2'"));
   EXPECT_FALSE(store.has("/journal"));
   EXPECT_TRUE(store.has(received) && store.has(sent));
@@ -154,9 +155,9 @@ TEST(Journal, FilesUnderAFreeGuidWhereAnotherMessageLies) {
 TEST(Journal, IsOneDaemonsAtATime) {
   const TemporaryFolder root;
   Journal first(root.path, 1, 1), second(root.path, 1, 1);
-  first.received({json(kText)});
+  first.received({json(wholeMessage)});
   LogCapture log;
-  second.received({json(kText)});
-  second.received({json(kText)});
+  second.received({json(wholeMessage)});
+  second.received({json(wholeMessage)});
   EXPECT_EQ(log.text(), "[ERROR] Journal [" + root.path + "/journal] belongs to another daemon\n");
 }

@@ -16,7 +16,7 @@ struct SettingsRow {
   std::string answer;
   const char* result;  ///< "kept" when loadFromApi is to fail
 };
-const SettingsRow kSettingsRows[] = {
+const SettingsRow settingsRows[] = {
     {"Success", CannedApi::ok("{\"code\": 200, \"result\": {\"a\": 1}, \"x\": 2}"), "{'a':1}"},
     {"NoResult", CannedApi::ok("{\"code\": 200}"), "null"},
     {"HttpStatusIsNotLookedAt", "HTTP/1.1 404 Not Found\r\n\r\n{\"code\": 200, \"result\": 1}", "1"},
@@ -43,7 +43,7 @@ TEST_P(Settings, AreLoaded) {
   EXPECT_EQ(result, json(GetParam().result));
   EXPECT_THAT(api.request(), testing::StartsWith("GET /api/sms HTTP/1.1\r\n"));
 }
-INSTANTIATE_ROWS(Settings, kSettingsRows);
+INSTANTIATE_ROWS(Settings, settingsRows);
 
 TEST(LoadFromApi, FailsWithoutASocketAndSetsNoTimeOut) {
   Json::Value result = "kept";

@@ -73,7 +73,7 @@ struct ScheduleRow {
   std::vector<std::uint32_t> attempts;
   const char* retriesLeft;
 };
-const ScheduleRow kScheduleRows[] = {
+const ScheduleRow scheduleRows[] = {
     {"ThreeIntervals", {30, 60, 300}, "3", {30, 90, 390}, "0"},
     {"LastIntervalRepeats", {30, 60}, "4", {30, 90, 150, 210}, "0"},
     {"OneInterval", {10}, "3", {10, 20, 30}, "0"},
@@ -98,7 +98,7 @@ TEST_P(Schedule, IsKept) {
   EXPECT_EQ(storage_.records[Failed][0]["retries"], json(GetParam().retriesLeft));
   EXPECT_EQ(state_.dialAttempt, 1u);
 }
-INSTANTIATE_ROWS(Schedule, kScheduleRows);
+INSTANTIATE_ROWS(Schedule, scheduleRows);
 
 TEST_F(RetryStep, SharesTheAttemptAmongTheMessagesThatMayRetry) {
   for (const char* const record :

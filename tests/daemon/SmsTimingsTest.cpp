@@ -15,7 +15,7 @@ struct TimingsRow {
   std::string file;
   std::vector<std::uint32_t> seconds;  ///< none when reading is to fail
 };
-const TimingsRow kTimingsRows[] = {
+const TimingsRow timingsRows[] = {
     {"List", "timings-sms=[30,60,300]\n", {30, 60, 300}},
     {"WithoutBrackets", "timings-sms=30,60\n", {30, 60}},
     {"EmptyPieces", "timings-sms=[[,30,,60],]\n", {30, 60}},
@@ -44,7 +44,7 @@ TEST_P(Timings, AreRead) {
   EXPECT_EQ(readSmsTimings(), GetParam().seconds.empty());
   EXPECT_EQ(smsTimings, GetParam().seconds);
 }
-INSTANTIATE_ROWS(Timings, kTimingsRows);
+INSTANTIATE_ROWS(Timings, timingsRows);
 
 TEST(ReadConfigValue, RefusesBadArguments) {
   const TemporaryFolder folder{{"file", "key=value\n"}};

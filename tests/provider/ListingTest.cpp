@@ -37,7 +37,7 @@ struct ListingRow {
   const char* text;
   const char* records;  ///< without "guid" and "timestamp"
 };
-const ListingRow kListingRows[] = {
+const ListingRow listingRows[] = {
     {"Empty", "", "[]"},
     {"NoMessage", "addr: 1\nuser-data: \"a\"\n", "[]"},
     {"Message", "index: 0\n  smsc-addr: +99\n  addr: +49\n  user-data: \"hi\"\n",
@@ -71,7 +71,7 @@ TEST_P(Message, IsParsed) {
   }
   EXPECT_EQ(records, json(GetParam().records));
 }
-INSTANTIATE_ROWS(Message, kListingRows);
+INSTANTIATE_ROWS(Message, listingRows);
 
 TEST(Listing, LogsEachMessage) {
   LogCapture log;

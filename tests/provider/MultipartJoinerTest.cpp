@@ -9,7 +9,7 @@ struct JoinRow {
   const char* records;
   const char* joined;
 };
-const JoinRow kJoinRows[] = {
+const JoinRow joinRows[] = {
     {"None", "[]", "[]"},
     {"Single", "[{'message':'a'}]", "[{'message':'a'}]"},
     {"Whole",
@@ -43,7 +43,7 @@ TEST_P(Join, GroupsTheParts) {
     joined.append(record);
   EXPECT_EQ(joined.toStyledString(), json(GetParam().joined).toStyledString());
 }
-INSTANTIATE_ROWS(Join, kJoinRows);
+INSTANTIATE_ROWS(Join, joinRows);
 
 TEST(JoinParts, LeavesOtherRecordsAsTheyAre) {
   for (const char* const text : {"{'message':'a','parts':['b']}", "{'message':'a','part-id':1}",

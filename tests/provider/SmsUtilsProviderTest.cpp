@@ -124,7 +124,7 @@ constexpr char sendLine[] =
     "[INFO] bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send -f /tmp/sms/sms-tmp +49 >> "
     "/var/log/veld.log "
     "2>&1'\n";
-const SendRow kSendRows[] = {
+const SendRow sendRows[] = {
     {"Text", "{'recipient':'+49','message':'two\\nlines'}", "", true, "two\nlines", sendLine},
     {"NoText", "{'recipient':'+49'}", "", true, "", sendLine},
     {"UpToANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
@@ -151,7 +151,7 @@ TEST_P(Send, HandsTheTextToTheTool) {
   EXPECT_THAT(log_.text(), testing::EndsWith(GetParam().log));
   EXPECT_FALSE(std::filesystem::exists("/tmp/sms/sms-tmp"));
 }
-INSTANTIATE_ROWS(Send, kSendRows);
+INSTANTIATE_ROWS(Send, sendRows);
 
 TEST_F(SmsUtilsProviderTest, AppendsTheToolsOutputToItsLog) {
   tool("echo said; echo wrong >&2");

@@ -10,7 +10,7 @@ struct ByteRow {
   int byte;
   std::size_t cursor;  ///< where it stands afterwards
 };
-const ByteRow kByteRows[] = {
+const ByteRow byteRows[] = {
     {"Plain", "a", 'a', 1},
     {"PlainHighByte", "\xE9", 0xE9, 1},
     {"HexUpper", "\\xFF", 255, 4},
@@ -37,7 +37,7 @@ TEST_P(EscapedByte, IsRead) {
   EXPECT_EQ(readEscapedByte(cursor, GetParam().text), GetParam().byte);
   EXPECT_EQ(cursor, GetParam().cursor);
 }
-INSTANTIATE_ROWS(EscapedByte, kByteRows);
+INSTANTIATE_ROWS(EscapedByte, byteRows);
 
 TEST(EscapedByte, IsZeroPastTheEnd) {
   std::size_t cursor = 1000;
@@ -50,7 +50,7 @@ struct HeaderRow {
   const char* record;
   const char* rest;
 };
-const HeaderRow kHeaderRows[] = {
+const HeaderRow headerRows[] = {
     {"PlainText", "Hello", "null", "Hello"},
     {"Empty", "", "null", ""},
     {"Reference8", R"(\x05\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
@@ -91,14 +91,14 @@ TEST_P(Header, IsTakenOff) {
   EXPECT_EQ(record, json(GetParam().record));
   EXPECT_EQ(text, GetParam().rest);
 }
-INSTANTIATE_ROWS(Header, kHeaderRows);
+INSTANTIATE_ROWS(Header, headerRows);
 
 struct TextRow {
   const char* name;
   const char* text;
   const char* result;
 };
-const TextRow kUnescapeRows[] = {
+const TextRow unescapeRows[] = {
     {"Plain", "abc", "abc"},
     {"All", R"(\"\\\n\r\t)", "\"\\\n\r\t"},
     {"BackslashIsNotLookedAtAgain", R"(a\\nb)", R"(a\nb)"},
@@ -113,9 +113,9 @@ TEST_P(Unescape, ResolvesItsFiveEscapes) {
   unescapeText(text);
   EXPECT_EQ(text, GetParam().result);
 }
-INSTANTIATE_ROWS(Unescape, kUnescapeRows);
+INSTANTIATE_ROWS(Unescape, unescapeRows);
 
-const TextRow kDecodeRows[] = {
+const TextRow decodeRows[] = {
     {"Plain", "abc", "abc"},
     {"HighBytesPass", "é\xFF", "é\xFF"},
     {"At", R"(\x00)", "@"},
@@ -158,4 +158,4 @@ TEST_P(Decode, ReplacesHexEscapes) {
   decodeGsmEscapes(bytes);
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()), GetParam().result);
 }
-INSTANTIATE_ROWS(Decode, kDecodeRows);
+INSTANTIATE_ROWS(Decode, decodeRows);

@@ -54,7 +54,7 @@ struct MoveRow {
   int to;
   const char* moved;
 };
-const MoveRow kMoveRows[] = {
+const MoveRow moveRows[] = {
     {"Received", Received, "{'guid':'1'}"},
     {"Sending", Sending, "{'guid':'1','status':'sending'}"},
     {"Sent", Sent, "{'guid':'1','status':'sent'}"},
@@ -69,7 +69,7 @@ TEST_P(Move, WritesTheStatus) {
   EXPECT_THAT(inner->records[GetParam().to], ElementsAre(json(GetParam().moved)));
   EXPECT_THAT(inner->records[9], ElementsAre());
 }
-INSTANTIATE_ROWS(Move, kMoveRows);
+INSTANTIATE_ROWS(Move, moveRows);
 
 TEST(Move, RemovesByTheCallersFilterOncePerRecord) {
   const TemporaryFolder root;
@@ -100,7 +100,7 @@ struct LimitNullRow {
   int status;
   bool stored;
 };
-const LimitNullRow kLimitNullRows[] = {
+const LimitNullRow limitNullRows[] = {
     {"ReceivedAtNone", 0, 9, Received, false}, {"ReceivedAtOne", 1, 0, Received, true},
     {"SentAtNone", 9, 0, Sent, false},         {"SentAtOne", 0, 1, Sent, true},
     {"FailedAtNone", 9, 0, Failed, false},     {"FailedAtOne", 0, 1, Failed, true},
@@ -114,7 +114,7 @@ TEST_P(LimitNull, RefusesWhereNothingIsToBeKept) {
       .save(json("{'guid':'1'}"), row.status);
   EXPECT_EQ(inner->records[row.status].size(), row.stored ? 1u : 0u);
 }
-INSTANTIATE_ROWS(LimitNull, kLimitNullRows);
+INSTANTIATE_ROWS(LimitNull, limitNullRows);
 
 struct LimitRow {
   const char* name;
@@ -122,7 +122,7 @@ struct LimitRow {
   int status;          ///< of the record "5" that is saved, with a limit of 3
   const char* left;    ///< the guids by status afterwards
 };
-const LimitRow kLimitRows[] = {
+const LimitRow limitRows[] = {
     {"ReceivedBelow", "[[],['7','6']]", Received, "[[],['7','6','5']]"},
     {"ReceivedFull", "[[],['7','6','8']]", Received, "[[],['7','8','5']]"},
     {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "[[],['7','8','9','5']]"},
@@ -166,7 +166,7 @@ TEST_P(Limit, DiscardsTheSmallestGuid) {
   LimitCollectionStorageDecorator(inner, 3, 3).save(json("{'guid':'5'}"), GetParam().status);
   EXPECT_EQ(guids(*inner, static_cast<int>(stored.size())), json(GetParam().left));
 }
-INSTANTIATE_ROWS(Limit, kLimitRows);
+INSTANTIATE_ROWS(Limit, limitRows);
 
 TEST(Limit, OfNoneDiscardsNothing) {
   const auto inner = std::make_shared<FakeStorage>();

@@ -40,7 +40,7 @@ struct FileRow {
   const char* records;  ///< what load gives
   const char* log;      ///< a part of what it logs; empty for nothing
 };
-const FileRow kFileRows[] = {
+const FileRow fileRows[] = {
     {"Record", "{\"guid\":\"1\"}", "[{'guid':'1'}]", ""},
     {"ForeignTextBehind", "{\"guid\":\"1\"} x", "[{'guid':'1'}]", ""},
     {"Null", "null", "[null]", ""},
@@ -61,7 +61,7 @@ TEST_P(FolderFile, IsLoaded) {
   EXPECT_THAT(text, HasSubstr(GetParam().log));
   EXPECT_EQ(readFile(folder.path + "/name"), GetParam().content);
 }
-INSTANTIATE_ROWS(FolderFile, kFileRows);
+INSTANTIATE_ROWS(FolderFile, fileRows);
 
 TEST(FolderStorage, GoesOnPastWhatIsNoFile) {
   const TemporaryFolder folder{{"1", "{\"guid\":\"1\"}"}, {"sub-folder/x", ""}, {"tmp/x", ""}};
@@ -80,7 +80,7 @@ struct FilterRow {
   const char* filter;
   bool taken;
 };
-const FilterRow kFilterRows[] = {
+const FilterRow filterRows[] = {
     {"Null", "null", true},
     {"NoMember", "{}", true},
     {"EqualMember", "{'guid':'1'}", true},
@@ -98,7 +98,7 @@ TEST_P(Filter, TakesTheRecordsThatHaveItsMembers) {
   const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null],"a\u0000b":1})"}};
   EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().filter)).size(), GetParam().taken ? 1u : 0u);
 }
-INSTANTIATE_ROWS(Filter, kFilterRows);
+INSTANTIATE_ROWS(Filter, filterRows);
 
 TEST(FolderStorage, TakesWhatIsNoRecordOnlyForAFilterWithoutMembers) {
   const TemporaryFolder folder{{"1", "[1]"}};

@@ -11,7 +11,7 @@ struct SplitRow {
   int limit;
   std::vector<std::string> pieces;
 };
-const SplitRow kSplitRows[] = {
+const SplitRow splitRows[] = {
     {"Words", "a b c", 9, {"a", "b", "c"}},
     {"TwoBlanks", "a  b", 9, {"a", "", "b"}},
     {"BlanksAtTheEnds", " a ", 9, {"", "a", ""}},
@@ -26,7 +26,7 @@ class Split : public testing::TestWithParam<SplitRow> {};
 TEST_P(Split, GivesThePieces) {
   EXPECT_EQ(split(GetParam().text, " ,", GetParam().limit), GetParam().pieces);
 }
-INSTANTIATE_ROWS(Split, kSplitRows);
+INSTANTIATE_ROWS(Split, splitRows);
 
 TEST(Trim, TakesWhiteSpaceOffBothEndsOnly) {
   EXPECT_EQ(trim(" \t\n\r\v\fa\t b\f\v\r\n\t "), "a\t b");
