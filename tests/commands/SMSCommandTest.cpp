@@ -29,14 +29,17 @@ struct ParseRow {
   SMSCMD id;  ///< SMSCMD_UNKNOWN when the message is refused
   const char* password;
   std::vector<std::string> args;
-  const char* log;  ///< the last line
+  std::string log;  ///< the last line
 };
 constexpr char parsed[] = "[INFO] SMSCommand::parseCommand: ]args\n";
 constexpr char noContent[] =
     "[ERROR] SMSCommand::parseCommand: strBegin == std::string:npos, no content in SMS command\n";
 constexpr char noPasswordOrCommand[] =
     "[ERROR] SMSCommand::parseCommand: failed to find password or command\n";
-constexpr char invalidEmpty[] = "[ERROR] SMSCommand::parseCommand: Invalid command string []\n";
+constexpr char noCommand[] = "[ERROR] SMSCommand::parseCommand: failed to find a command in SMS message\n";
+std::string invalid(const char* keyword) {
+  return "[ERROR] SMSCommand::parseCommand: Invalid command string [" + std::string(keyword) + "]\n";
+}
 const ParseRow parseRows[] = {
     {"CommandAlone", "#checkin", SMSCMD_CHECKIN, "", {}, parsed},
     {"BlanksAround", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
@@ -45,46 +48,21 @@ const ParseRow parseRows[] = {
     {"CapitalMarker", "P secret #checkin a", SMSCMD_CHECKIN, "secret", {"a"}, parsed},
     {"PasswordWithHash", "p #a,b! #checkin", SMSCMD_CHECKIN, "#a,b!", {}, parsed},
     {"TwoBlanksBeforeAnArgument", "#ping  a", SMSCMD_PING, "", {"", "a"}, parsed},
-    {"TabInside",
-     "#ping\ta",
-     SMSCMD_UNKNOWN,
-     "",
-     {},
-     "[ERROR] SMSCommand::parseCommand: Invalid command string [ping#011a]\n"},
-    {"LineFeedAround",
-     "#ping\n",
-     SMSCMD_UNKNOWN,
-     "",
-     {},
-     "[ERROR] SMSCommand::parseCommand: Invalid command string [ping#012]\n"},
+    {"TabInside", "#ping\ta", SMSCMD_UNKNOWN, "", {}, invalid("ping#011a")},
+    {"LineFeedAround", "#ping\n", SMSCMD_UNKNOWN, "", {}, invalid("ping#012")},
     {"LineFeedBefore", "\n#ping", SMSCMD_UNKNOWN, "", {"\n#ping"}, noPasswordOrCommand},
     {"Empty", "", SMSCMD_UNKNOWN, "", {}, noContent},
     {"BlanksOnly", " \t ", SMSCMD_UNKNOWN, "", {}, noContent},
     {"NoHash", "checkin", SMSCMD_UNKNOWN, "", {"checkin"}, noPasswordOrCommand},
     {"MarkerAlone", "p", SMSCMD_UNKNOWN, "", {"p"}, noPasswordOrCommand},
     {"MarkerInAWord", "password #checkin", SMSCMD_UNKNOWN, "", {"password", "#checkin"}, noPasswordOrCommand},
-    {"NoCommandBehindPassword",
-     "p secret",
-     SMSCMD_UNKNOWN,
-     "secret",
-     {"p", "secret"},
-     "[ERROR] SMSCommand::parseCommand: failed to find a command in SMS message\n"},
-    {"NoHashBehindPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalidEmpty},
-    {"TwoBlanksBeforeTheCommand", "p secret  #checkin", SMSCMD_UNKNOWN, "secret", {"#checkin"}, invalidEmpty},
-    {"PasswordOfTwoWords", "p my secret #checkin", SMSCMD_UNKNOWN, "my", {"#checkin"}, invalidEmpty},
-    {"HashAlone", "#", SMSCMD_UNKNOWN, "", {}, invalidEmpty},
-    {"UnknownKeyword",
-     "#Format",
-     SMSCMD_UNKNOWN,
-     "",
-     {},
-     "[ERROR] SMSCommand::parseCommand: Invalid command string [format]\n"},
-    {"KeywordAndMore",
-     "#pings",
-     SMSCMD_UNKNOWN,
-     "",
-     {},
-     "[ERROR] SMSCommand::parseCommand: Invalid command string [pings]\n"},
+    {"NoCommandBehindPassword", "p secret", SMSCMD_UNKNOWN, "secret", {"p", "secret"}, noCommand},
+    {"NoHashBehindPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalid("")},
+    {"TwoBlanksBeforeTheCommand", "p secret  #checkin", SMSCMD_UNKNOWN, "secret", {"#checkin"}, invalid("")},
+    {"PasswordOfTwoWords", "p my secret #checkin", SMSCMD_UNKNOWN, "my", {"#checkin"}, invalid("")},
+    {"HashAlone", "#", SMSCMD_UNKNOWN, "", {}, invalid("")},
+    {"UnknownKeyword", "#Format", SMSCMD_UNKNOWN, "", {}, invalid("format")},
+    {"KeywordAndMore", "#pings", SMSCMD_UNKNOWN, "", {}, invalid("pings")},
 };
 class Parse : public testing::TestWithParam<ParseRow> {};
 TEST_P(Parse, FindsTheCommand) {
@@ -233,7 +211,7 @@ TEST(Execute, RefusesACommandThatIsNotPermitted) {
                 "[INFO] SMSCommand::executeCommand cmd:#, phoneNumber:1\n"
                 "[INFO] SMSCommand::parseCommand message = [#]\n"
                 "[INFO] SMSCommand::parseCommand: cmd [SMSCMD_UNKNOWN] pass[] argc[0] argv[\n" +
-                parsed + invalidEmpty);
+                parsed + invalid(""));
 }
 
 TEST(Execute, IsTrueWhateverBecomesOfTheRequest) {
