@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-inline Json::Value parsed(const std::string& text) {
+inline Json::Value jsonAsItIs(const std::string& text) {
   std::istringstream stream(text);
   Json::Value value;
   stream >> value;
@@ -16,5 +16,5 @@ inline Json::Value parsed(const std::string& text) {
 inline Json::Value json(std::string text) {
   for (char& c : text)
     if (c == '\'') c = '"';
-  return parsed(text);
+  return jsonAsItIs(text);
 }

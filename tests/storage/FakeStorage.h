@@ -16,7 +16,7 @@ class FakeStorage final : public ICollectionStorage {
     if (onSave) onSave();
     if (takes) {
       remove(record, status);
-      records[status].push_back(parsed(record.toStyledString()));  // as a file gives it back
+      records[status].push_back(jsonAsItIs(record.toStyledString()));  // as a file gives it back
     }
     if (journal != nullptr) journal->saved(record, status, takes);
   }
