@@ -7,11 +7,6 @@
 
 namespace {
 
-constexpr char longText[] =
-    "The water in the lower tank stands at two metres and forty centimetres, the upper pump runs since four "
-    "in the "
-    "morning, and the man who has the key for the gate will not be here before noon today.";
-
 void nothing(Trial&) {}
 
 // The modem has deleted what the daemon has not filed, a command among it.

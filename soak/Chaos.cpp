@@ -57,7 +57,8 @@ bool Chaos::runPass() {
 }
 
 bool Chaos::pass() {
-  if (passesLeft_ > 0 && --passesLeft_ == 0) repair();
+  if (passesLeft_ == 1) repair();
+  if (passesLeft_ > 0) --passesLeft_;
   if (passesLeft_ > 0 || below(100) < 70) return runPass();
   switch (below(lethal_ ? 8 : 4)) {
     case 0:

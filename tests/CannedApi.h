@@ -19,7 +19,7 @@ class CannedApi {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::string(localApiSocket).copy(address.sun_path, sizeof(address.sun_path) - 1);
-    bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address));
+    EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     listen(socket_, 1);
     thread_ = std::thread([this, answer] { serve(answer); });
   }

@@ -10,7 +10,6 @@
 #include "tests/TemporaryFolder.h"
 #include "tests/daemon/FakeProvider.h"
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {

@@ -43,6 +43,6 @@ TEST(TerminationHandler, IsForSigtermOnlyAndWithoutRestart) {
   }
   sigaction(SIGTERM, nullptr, &action);
   EXPECT_EQ(action.sa_handler, onTerminate);
-  EXPECT_EQ(action.sa_flags & (SA_RESTART | SA_RESETHAND), 0);
+  EXPECT_EQ(action.sa_flags & (SA_RESTART | static_cast<int>(SA_RESETHAND)), 0);
   std::signal(SIGTERM, SIG_DFL);
 }

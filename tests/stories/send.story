@@ -1,19 +1,6 @@
-# A queued message goes out.
-start
-queue +4917011111 "Grüße\naus dem Gateway"
-pass
-modem sent
-expect-count 1
-expect {"recipient":"+4917011111","text":"Grüße\naus dem Gateway"}
-records sent
-expect-count 1
-expect "status":"sent"
-records sending
-expect-count 0
-
 # A number that the modem refuses: failed, and sent again when its interval has passed.
 timings [30,60]
-restart
+start
 refuse +4917022222
 queue +4917022222 "again" --retries 3
 queue +4917022222 "never" --retries 0
@@ -31,10 +18,10 @@ expect "retries":0
 accept +4917022222
 wait 55s
 records sent
-expect-count 1
+expect-count 0
 wait 5s
 records sent
-expect-count 2
+expect-count 1
 expect "message":"again"
 records failed
 expect-count 1
