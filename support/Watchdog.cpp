@@ -33,8 +33,8 @@ void Watchdog::feed() {
   const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return;
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + managerSocket.size());
-  sendto(fd, sign, sizeof(sign) - 1, MSG_DONTWAIT | MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address),
-         size);
+  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), size) == 0)
+    send(fd, sign, sizeof(sign) - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
   close(fd);
 }
 

@@ -21,7 +21,7 @@ extern "C" {
 
 CURLcode curl_easy_setopt(CURL* handle, CURLoption option, ...) {
   va_list values;
-  va_start(values, option);                   // NOLINT(clang-diagnostic-varargs): the library declares it so
+  va_start(values, option);
   void* const value = va_arg(values, void*);  // a long is as wide
   va_end(values);
   const std::string name = std::string(curl_easy_option_by_id(option)->name) + " ";
