@@ -221,10 +221,7 @@ void Journal::prepare(const Json::Value& record, int from) {
   const std::string guid = MessageRecord::guid(record);
   Json::Value lying;
   if (!isFileName(guid) || !readRecord(fileOf(from, guid), lying) || !isSame(lying, record)) return;
-  attempt_.emplace();
-  attempt_->record = record;
-  attempt_->from = from;
-  attempt_->file = identityOf(fileOf(from, guid));
+  attempt_ = Entry{record, from, 0, false, false, identityOf(fileOf(from, guid))};
 }
 
 void Journal::begun() {

@@ -26,7 +26,7 @@ bool tell(const Folders& folders, Json::Value& known, bool quiet, bool acknowled
   Json::Value before(Json::objectValue);
   known.swap(before);
   for (const auto& [name, status] : folders.names(told)) {
-    const std::string event = MessageStatus::text(status), key = event + "/" + name;
+    const std::string event = MessageStatus::text(status), key = std::string(event).append("/").append(name);
     const std::int64_t then = before.get(key, 0).asInt64();
     if (then != 0) known[key] = Json::Int64(then);
     if (folders.changed(status, name) == std::llabs(then)) continue;

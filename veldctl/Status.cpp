@@ -138,7 +138,7 @@ void reportMessages(Report& report, const Folders& folders, const Json::Value& s
     const auto& limit =
         MessageRecord::member(settings, inbox ? SettingsKey::receivedLimit : SettingsKey::sentLimit);
     const std::string of = limit.isUInt() ? " of " + limit.asString() : "";
-    report.add(complaints() > before ? Ill : Well, box + ": " + std::to_string(count) + of,
+    report.add(complaints() > before ? Ill : Well, box + ": " + std::to_string(count).append(of),
                "messages" + label, count);
     if (limit.isUInt()) report.add(Well, "", "limit" + label, limit.asUInt());
   }
