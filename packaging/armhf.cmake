@@ -21,6 +21,9 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
 set(CMAKE_EXE_LINKER_FLAGS_INIT
   "-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf")
 
+# Nothing runs from here with the sysroot's path in it, not even as the hole that its removal leaves.
+set(CMAKE_SKIP_RPATH ON)
+
 # In GCC 7.1 the passing of some arguments changed; nothing as old is linked. Some headers are those of a processor.
 set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi -idirafter ${sysroot}/usr/include/arm-linux-gnueabihf")
 
