@@ -6,7 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -23,12 +23,26 @@ constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
 
-[[noreturn]] void run(const DaemonProcess::Paths& paths) {
+// The simulator's own environment, and what the daemon has otherwise.
+std::vector<std::string> environmentFor(const DaemonProcess::Paths& paths) {
   const std::string reports = std::string("log_path=") + reportPrefix;
-  setenv("ASAN_OPTIONS", reports.c_str(), 1);
-  setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
-  setenv("PATH", (paths.toolFolder + otherFolders).c_str(), 1);
-  if (!paths.clockLibrary.empty()) setenv("LD_PRELOAD", paths.clockLibrary.c_str(), 1);
+  std::vector<std::string> environment = {"ASAN_OPTIONS=" + reports,
+                                          "UBSAN_OPTIONS=" + reports + ":print_stacktrace=1",
+                                          "PATH=" + paths.toolFolder + otherFolders};
+  if (!paths.clockLibrary.empty()) environment.push_back("LD_PRELOAD=" + paths.clockLibrary);
+  const std::size_t others = environment.size();
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    const std::string text = *variable, name = text.substr(0, text.find('=') + 1);
+    const auto isName = [&](const std::string& other) { return other.compare(0, name.size(), name) == 0; };
+    if (std::none_of(environment.begin(), environment.begin() + static_cast<std::ptrdiff_t>(others), isName))
+      environment.push_back(text);
+  }
+  return environment;
+}
+
+// In the child of a program with threads, one of which may just have held the allocator's lock: nothing is
+// allocated here.
+[[noreturn]] void run(const char* program, char* const* environment) {
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
@@ -40,7 +54,7 @@ constexpr double signalSeconds = 0.3;
   sigaddset(&held, SIGTERM);
   sigprocmask(SIG_BLOCK, &held, nullptr);
   ::signal(SIGCHLD, SIG_IGN);
-  execl(paths.program.c_str(), paths.program.c_str(), nullptr);
+  execle(program, program, nullptr, environment);
   _exit(127);
 }
 
@@ -67,8 +81,13 @@ bool DaemonProcess::start(std::string& problem) {
   }
   clock_.reset();
   ending_.clear();
+  std::vector<std::string> environment = environmentFor(paths_);
+  std::vector<char*> variables;
+  variables.reserve(environment.size() + 1);
+  for (std::string& variable : environment) variables.push_back(variable.data());
+  variables.push_back(nullptr);
   const pid_t child = fork();
-  if (child == 0) run(paths_);
+  if (child == 0) run(paths_.program.c_str(), variables.data());
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child) {
     problem = "The daemon could not be started.";
