@@ -21,6 +21,8 @@ class Load {
   /// The parts that were held back come in.
   void release();
 
+  void receiveText();
+
  private:
   unsigned below(unsigned bound) { return static_cast<unsigned>(random_() % bound); }
   struct Part {
@@ -29,7 +31,6 @@ class Load {
     unsigned passes;  ///< that it still waits
   };
   void deliver(const Part& part);
-  void receiveText();
   void receiveCommand();
   void receiveParts();
   void queue();

@@ -69,10 +69,16 @@ class Soak {
     }
   }
 
+  // A message is logged, which opens syslog again where that was closed.
+  bool settle() {
+    load_.receiveText();
+    return chaos_.quietPass();
+  }
+
   bool liveOnce(unsigned count) {
-    if (!passes("One life", 1, settlingPasses) || !chaos_.quietPass()) return false;
+    if (!passes("One life", 1, settlingPasses) || !settle()) return false;
     const Simulator::Footprint before = gateway_.daemon().footprint();
-    if (!passes("One life", settlingPasses + 1, count) || !chaos_.quietPass()) return false;
+    if (!passes("One life", settlingPasses + 1, count) || !settle()) return false;
     const Simulator::Footprint after = gateway_.daemon().footprint();
     std::cout << "After " << settlingPasses << " passes: " << before.text() << "\nAfter " << count
               << " passes: " << after.text() << std::endl;
