@@ -13,6 +13,7 @@ LossWindows::LossWindows(std::ostream& report)
           {"A whitelist entry without a text form", Incoming, Fault::BadWhitelist, false, false},
           {"A new daemon within the same second", Incoming, Fault::Restarted, false, false},
           {"SIGKILL before a command is posted: filed, not obeyed", Command, Fault::Killed, true, false},
+          {"A whitelist entry without a text form: not obeyed", Command, Fault::BadWhitelist, true, false},
           {"The local API fails when a command is posted", Command, Fault::ApiFault, true, false},
           {"The tool says that it sent, and did not", Outgoing, Fault::SendFault, true, false},
           {"SIGKILL while sending: counted as failed, tried again", Outgoing, Fault::Killed, false, true},

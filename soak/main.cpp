@@ -69,10 +69,11 @@ class Soak {
     }
   }
 
-  // A message is logged, which opens syslog again where that was closed.
+  // What waits in the journal is filed in two passes, which closes that; a message is logged, which opens
+  // syslog again where it was closed.
   bool settle() {
     load_.receiveText();
-    return chaos_.quietPass();
+    return chaos_.quietPass() && chaos_.quietPass();
   }
 
   bool liveOnce(unsigned count) {
