@@ -73,8 +73,8 @@ std::string Gateway::veldctl(const std::vector<std::string>& words) const {
 }
 
 void Gateway::setToolThere(bool there) {
-  unlink(toolPath);
-  if (there && symlink(tool_.c_str(), toolPath) != 0) std::perror(toolPath);
+  if (there == toolThere()) return;  // never gone for the moment in which it is wanted
+  if ((there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath)) != 0) std::perror(toolPath);
 }
 
 bool Gateway::toolThere() const { return fs::exists(toolPath); }
