@@ -11,10 +11,14 @@ struct ClockControl {
   static constexpr char file[] = "/run/gateway/clock";
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
-  std::atomic<std::int64_t> skipped;  ///< what both clocks are ahead: the parts of sleeps that were cut off
-  std::atomic<std::uint32_t> hold;    ///< 1: a sleep ends only by a grant or a signal, whatever its length
-  std::atomic<std::uint32_t> begun;   ///< sleeps begun since the daemon was started
-  std::atomic<std::uint32_t> ended;   ///< of these, the ones that have ended
+  std::atomic<std::int64_t> skipped;    ///< what both clocks are ahead: the parts of sleeps that were cut off
+  std::atomic<std::int64_t> wall;       ///< with `hold`: where the wall clock stands, but for that
+  std::atomic<std::int64_t> monotonic;  ///< the other one
+  /// 1: a sleep ends only by a grant or a signal, whatever its length, and only sleeps take time: what a
+  /// daemon does does not depend on how busy the machine is.
+  std::atomic<std::uint32_t> hold;
+  std::atomic<std::uint32_t> begun;  ///< sleeps begun since the daemon was started
+  std::atomic<std::uint32_t> ended;  ///< of these, the ones that have ended
   /// Sleep number `granted`, counting from 1, and all before it end at once.
   std::atomic<std::uint32_t> granted;
 };

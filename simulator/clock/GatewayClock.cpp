@@ -27,15 +27,23 @@ GatewayClock::GatewayClock(bool hold) {
   close(file);
   control_ = static_cast<ClockControl*>(memory);
   control_->hold = hold ? 1 : 0;
+  control_->wall = std::time(nullptr);
+  timespec monotonic{};
+  clock_gettime(CLOCK_MONOTONIC, &monotonic);
+  control_->monotonic = monotonic.tv_sec;
 }
 
-void GatewayClock::reset() { control_->begun = control_->ended = control_->granted = 0; }
+void GatewayClock::reset() {
+  control_->begun = control_->ended = control_->granted = 0;
+  if (control_->hold != 0) ++control_->skipped;
+}
 
 std::time_t GatewayClock::now() const {
-  return std::time(nullptr) + static_cast<std::time_t>(control_->skipped.load());
+  const std::int64_t wall = control_->hold != 0 ? control_->wall.load() : std::time(nullptr);
+  return static_cast<std::time_t>(wall + control_->skipped);
 }
 
-void GatewayClock::set(std::time_t now) { control_->skipped = now - std::time(nullptr); }
+void GatewayClock::set(std::time_t then) { control_->skipped += then - now(); }
 
 void GatewayClock::grant() {
   control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;

@@ -15,12 +15,13 @@ class GatewayClock {
   GatewayClock(const GatewayClock&) = delete;
   GatewayClock& operator=(const GatewayClock&) = delete;
 
-  /// To be called before a daemon starts: no sleep has begun, time goes on where it is.
+  /// To be called before a daemon starts: no sleep has begun, and time goes on, by a second where only sleeps
+  /// take any.
   void reset();
   /// The wall clock as the daemon sees it.
   std::time_t now() const;
   /// Sets the wall clock, and the monotonic one on or back by as much.
-  void set(std::time_t now);
+  void set(std::time_t then);
 
   /// Whether a sleep goes on that has not been told to end.
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }

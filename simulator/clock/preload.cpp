@@ -43,6 +43,8 @@ __attribute__((constructor)) void attach() {
   if (memory != MAP_FAILED) control = static_cast<ClockControl*>(memory);
 }
 
+bool isHeld() { return control != nullptr && control->hold != 0; }
+
 bool isGranted(std::uint32_t number) { return static_cast<std::int32_t>(control->granted - number) >= 0; }
 
 // The seconds that are left of a sleep of `seconds` since `start`, rounded up; 0 when it is over.
@@ -76,11 +78,11 @@ unsigned sleep(unsigned seconds) {
   unsigned remaining = seconds;
   bool interrupted = false;
   while (!interrupted && !isGranted(number)) {
-    remaining = control->hold != 0 ? seconds : left(start, seconds);
+    remaining = isHeld() ? seconds : left(start, seconds);
     if (remaining == 0) break;
     const timespec wait{static_cast<time_t>(remaining), 0};
     pollfd grant{wake, POLLIN, 0};
-    const int result = ppoll(&grant, 1, control->hold != 0 ? nullptr : &wait, &before);
+    const int result = ppoll(&grant, 1, isHeld() ? nullptr : &wait, &before);
     interrupted = result == -1 && errno == EINTR;
     char bytes[64];
     while (result == 1 && read(wake, bytes, sizeof bytes) > 0) continue;
@@ -93,13 +95,16 @@ unsigned sleep(unsigned seconds) {
 
 int clock_gettime(clockid_t clock, timespec* now) noexcept {
   const int result = realClock(clock, now);
-  if (result == 0 && control != nullptr && clock == CLOCK_MONOTONIC) now->tv_sec += control->skipped;
+  if (result != 0 || control == nullptr || clock != CLOCK_MONOTONIC) return result;
+  if (isHeld()) *now = {static_cast<time_t>(control->monotonic), 0};
+  now->tv_sec += control->skipped;
   return result;
 }
 
 time_t time(time_t* result) noexcept {
   timespec now{};
   realClock(CLOCK_REALTIME, &now);
+  if (isHeld()) now.tv_sec = control->wall;
   if (control != nullptr) now.tv_sec += control->skipped;
   if (result != nullptr) *result = now.tv_sec;
   return now.tv_sec;
