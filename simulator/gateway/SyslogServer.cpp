@@ -66,7 +66,11 @@ bool SyslogServer::listen() {
 void SyslogServer::close() {
   drain();
   const std::lock_guard lock(mutex_);
-  if (socket_ >= 0) ::close(socket_);
+  if (socket_ >= 0) {
+    // Until the thread's poll returns, the closed socket would go on taking what the daemon logs.
+    shutdown(socket_, SHUT_RDWR);
+    ::close(socket_);
+  }
   socket_ = -1;
   unlink(socketPath);
 }
