@@ -26,7 +26,7 @@ bool killOften(Trial& trial) {
   std::mt19937 random(1);
   for (unsigned kill = 1; kill <= 20; ++kill) {
     receiveSome(trial, "before kill " + std::to_string(kill) + ":", 20);
-    trial.gateway().clock().grant();
+    trial.gateway().clock.grant();
     usleep(20'000 + static_cast<unsigned>(random() % 400'000));
     trial.daemon().signal(SIGKILL);
     if (!trial.awaitEnd()) return false;
@@ -45,8 +45,8 @@ bool fill(Trial& trial, Simulator::Disk& disk) {
   return passed;
 }
 
-bool fillVar(Trial& trial) { return fill(trial, trial.gateway().var()); }
-bool fillTmp(Trial& trial) { return fill(trial, trial.gateway().tmp()); }
+bool fillVar(Trial& trial) { return fill(trial, trial.gateway().var); }
+bool fillTmp(Trial& trial) { return fill(trial, trial.gateway().tmp); }
 
 bool makeReadOnly(Trial& trial) {
   queueSome(trial, "waits while nothing can be written", 5);
@@ -60,9 +60,9 @@ bool makeReadOnly(Trial& trial) {
 
 // The same second comes again, and with it the same guid.
 bool setClockBack(Trial& trial) {
-  const std::time_t now = trial.gateway().clock().now();
+  const std::time_t now = trial.gateway().clock.now();
   for (const char* const text : {"the first", "the second", "the third"}) {
-    trial.gateway().clock().set(now);
+    trial.gateway().clock.set(now);
     trial.receive(text);
     if (!trial.pass()) return false;
   }

@@ -13,11 +13,11 @@ void nothing(Trial&) {}
 void killWhileDeleting(Trial& trial) {
   trial.receive("not filed yet");
   trial.receive("p secret #reboot", Trial::friendly);
-  trial.gateway().modem().setFault("delete", Simulator::ToolFault::Hang, 1);
-  trial.gateway().clock().grant();
-  Simulator::waitUntil(10, [&] { return trial.gateway().modem().hangingOperation() == "delete"; });
+  trial.gateway().modem.setFault("delete", Simulator::ToolFault::Hang, 1);
+  trial.gateway().clock.grant();
+  Simulator::waitUntil(10, [&] { return trial.gateway().modem.hangingOperation() == "delete"; });
   trial.daemon().signal(SIGKILL);
-  trial.gateway().modem().clearFaults();
+  trial.gateway().modem.clearFaults();
   if (!trial.awaitEnd()) std::abort();
 }
 
@@ -70,7 +70,7 @@ const std::vector<Scenario> scenarios = {
      [](Trial& trial) {
        trial.receive("waits on the modem");
        trial.queue("waits in the queue");
-       trial.gateway().clock().set(trial.gateway().clock().now() + 60);  // no second with two guids
+       trial.gateway().clock.set(trial.gateway().clock.now() + 60);  // no second with two guids
      },
      100, true},
     {"catching up", killWhileDeleting, [](Trial& trial) { trial.receive("comes later"); }, 100, true},
@@ -97,6 +97,6 @@ bool begin(const Scenario& scenario, Trial& trial, Tracer& tracer, const std::ve
   if (scenario.atStart)
     trial.daemon().signal(SIGCONT);
   else
-    trial.gateway().clock().grant();
+    trial.gateway().clock.grant();
   return true;
 }

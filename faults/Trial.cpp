@@ -39,10 +39,10 @@ bool isAmong(const Messages& messages, const Json::Value& value, const std::stri
 }  // namespace
 
 Trial::Trial(const Programs& programs, unsigned limit) : limit_(limit), gateway_(freshGateway(programs)) {
-  gateway_->settings().set("receivedLimit", limit);
-  gateway_->settings().set("sentLimit", limit);
-  gateway_->modem().setRefused(refused, true);
-  if (!gateway_->settings().setTimings("[5]")) std::abort();
+  gateway_->settings.set("receivedLimit", limit);
+  gateway_->settings.set("sentLimit", limit);
+  gateway_->modem.setRefused(refused, true);
+  if (!gateway_->settings.setTimings("[5]")) std::abort();
 }
 
 void Trial::receive(const std::string& text, const std::string& sender, unsigned parts, bool hold) {
@@ -52,25 +52,20 @@ void Trial::receive(const std::string& text, const std::string& sender, unsigned
     if (hold && &part == &encoder.parts().back())
       held_ = {sender, part};
     else
-      gateway_->modem().receive(sender, part);
+      gateway_->modem.receive(sender, part);
   }
   incoming_.push_back({text, encoder.parts()});
 }
 
-void Trial::release() { gateway_->modem().receive(held_.first, held_.second); }
+void Trial::release() { gateway_->modem.receive(held_.first, held_.second); }
 
 void Trial::accept() {
-  gateway_->modem().setRefused(refused, false);
+  gateway_->modem.setRefused(refused, false);
   for (Message& message : outgoing_) message.refused = false;
 }
 
 void Trial::queue(const std::string& text, const std::string& number, unsigned retries) {
-  Json::Value record;
-  record["recipient"] = number;
-  record["message"] = text;
-  record["retries"] = retries;
-  std::string guid;
-  if (!gateway_->folders().queue(record, guid)) std::abort();
+  if (gateway_->folders.queue(number, text, retries).empty()) std::abort();
   outgoing_.push_back({text, {}, true, number == refused});
 }
 
@@ -87,7 +82,7 @@ bool Trial::start() {
 bool Trial::pass(unsigned count) {
   bool sleeps = awaitSleep();
   for (unsigned i = 0; sleeps && i < count; ++i) {
-    gateway_->clock().grant();
+    gateway_->clock.grant();
     sleeps = awaitSleep();
   }
   return sleeps;
@@ -103,7 +98,7 @@ bool Trial::awaitEnd() {
 
 void Trial::allowListedAgain() {
   for (const char* const box : {"unread", "read"})
-    for (const std::string& listed : gateway_->modem().printed(box))
+    for (const std::string& listed : gateway_->modem.printed(box))
       for (Message& message : incoming_)
         for (const std::string& part : message.parts)
           if (listed.find("\"" + part + "\"") != std::string::npos) message.listedAgain = true;
@@ -131,7 +126,7 @@ void Trial::lookAtInbox(Verdict& verdict) {
     if (count > 1) (message.listedAgain ? verdict.windows : verdict.harms).insert("twice: " + message.text);
     if (message.text.find('#') != std::string::npos) ++commands;
   }
-  const auto requests = gateway_->api().requests();
+  const auto requests = gateway_->api.requests();
   const auto posts = static_cast<std::size_t>(std::count_if(
       requests.begin(), requests.end(), [](const auto& request) { return request.method == "POST"; }));
   if (posts > commands) (listedAgain ? verdict.windows : verdict.harms).insert("twice: a command");
@@ -143,7 +138,7 @@ void Trial::lookAtInbox(Verdict& verdict) {
 }
 
 void Trial::lookAtOutbox(Verdict& verdict, bool unanswered) {
-  const std::vector<Json::Value> sent = gateway_->modem().sent();
+  const std::vector<Json::Value> sent = gateway_->modem.sent();
   for (const Message& message : outgoing_) {
     std::size_t count = 0;
     std::string box;

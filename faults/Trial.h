@@ -56,7 +56,7 @@ class Trial {
   Verdict look(bool unanswered);
 
   Simulator::Gateway& gateway() { return *gateway_; }
-  Simulator::DaemonProcess& daemon() { return gateway_->daemon(); }
+  Simulator::DaemonProcess& daemon() { return gateway_->daemon; }
 
  private:
   struct Message {

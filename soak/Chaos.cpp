@@ -33,8 +33,8 @@ bool Chaos::fail(const std::string& problem) {
 }
 
 bool Chaos::start(unsigned faults) {
-  if (!gateway_.daemon().start(problem_)) return false;
-  if (gateway_.daemon().awaitSleep(passSeconds) != Passed::Yes)
+  if (!gateway_.daemon.start(problem_)) return false;
+  if (gateway_.daemon.awaitSleep(passSeconds) != Passed::Yes)
     return fail("The first pass did not come to its end.");
   ledger_.observe(faults);
   return true;
@@ -47,10 +47,10 @@ bool Chaos::quietPass() {
 
 bool Chaos::runPass() {
   const auto begin = std::chrono::steady_clock::now();
-  const Passed passed = gateway_.daemon().pass();
+  const Passed passed = gateway_.daemon.pass();
   const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - begin;
   passMicroseconds_ = static_cast<unsigned>(took.count());
-  if (passed == Passed::Ended) return fail("The daemon ended: " + gateway_.daemon().ending());
+  if (passed == Passed::Ended) return fail("The daemon ended: " + gateway_.daemon.ending());
   if (passed == Passed::NotYet) return fail("A pass took more than a minute.");
   ledger_.observe(faults_);
   return true;
@@ -84,26 +84,26 @@ void Chaos::breakForAWhile() {
   faults_ = Fault::ApiFault;
   switch (below(9)) {
     case 0:
-      return gateway_.api().setFault(ApiFault::Code, 500);
+      return gateway_.api.setFault(ApiFault::Code, 500);
     case 1:
-      return gateway_.api().setFault(ApiFault::Garbage, 0);
+      return gateway_.api.setFault(ApiFault::Garbage, 0);
     case 2:
-      return gateway_.api().setFault(ApiFault::Close, 0);
+      return gateway_.api.setFault(ApiFault::Close, 0);
     case 3:
-      return gateway_.api().close(below(2) == 0);
+      return gateway_.api.close(below(2) == 0);
     case 4:
       faults_ = Fault::Other;
-      return gateway_.syslog().close();
+      return gateway_.syslog.close();
     case 5:
       faults_ = Fault::SendFault;
       return gateway_.setToolThere(false);
     case 6:
       faults_ = Fault::TmpFull;
-      gateway_.tmp().fill();
+      gateway_.tmp.fill();
       return;
     default:
       faults_ = Fault::DiskFull;
-      gateway_.var().fill();
+      gateway_.var.fill();
   }
 }
 
@@ -112,7 +112,7 @@ void Chaos::breakTool() {
   constexpr unsigned faults[] = {Fault::Other, Fault::Other, Fault::NotDeleted, Fault::SendFault};
   constexpr ToolFault kinds[] = {ToolFault::Fail, ToolFault::Kill, ToolFault::Silent};
   const unsigned operation = below(4);
-  gateway_.modem().setFault(operations[operation], kinds[below(3)], 1 + below(2));
+  gateway_.modem.setFault(operations[operation], kinds[below(3)], 1 + below(2));
   faults_ = faults[operation];
   passesLeft_ = 1;
 }
@@ -129,30 +129,28 @@ bool Chaos::passThatHangs() {
   const unsigned operation = below(3);
   faults_ = operation < 2 ? Fault::Other : Fault::ApiFault;
   if (operation < 2)
-    gateway_.modem().setFault(operations[operation], ToolFault::Hang, 1);
+    gateway_.modem.setFault(operations[operation], ToolFault::Hang, 1);
   else
-    gateway_.api().setFault(ApiFault::Silent, 0);
-  gateway_.clock().grant();
-  const auto hangs = [&] {
-    return !gateway_.modem().hangingOperation().empty() || gateway_.api().waiting() > 0;
-  };
-  if (!waitUntil(waitSeconds, [&] { return hangs() || gateway_.daemon().awaitSleep(0) != Passed::NotYet; }))
+    gateway_.api.setFault(ApiFault::Silent, 0);
+  gateway_.clock.grant();
+  const auto hangs = [&] { return !gateway_.modem.hangingOperation().empty() || gateway_.api.waiting() > 0; };
+  if (!waitUntil(waitSeconds, [&] { return hangs() || gateway_.daemon.awaitSleep(0) != Passed::NotYet; }))
     return fail("A pass neither hung nor ended.");
   const bool ends = lethal_ && hangs() && below(2) == 0;
   if (ends)
-    gateway_.daemon().signal(SIGTERM);
-  else if (operation == 0 && !gateway_.modem().hangingOperation().empty() && below(2) == 0)
+    gateway_.daemon.signal(SIGTERM);
+  else if (operation == 0 && !gateway_.modem.hangingOperation().empty() && below(2) == 0)
     cutListing();
   const unsigned faults = faults_;
   repair();
-  if (!ends && gateway_.daemon().awaitSleep(passSeconds) != Passed::Yes)
+  if (!ends && gateway_.daemon.awaitSleep(passSeconds) != Passed::Yes)
     return fail("A pass that hung did not go on.");
   return ends ? stopAndRestart(faults) : look(faults);
 }
 
 void Chaos::cutListing() {
   killAll("sms");
-  gateway_.modem().setHanging("");
+  gateway_.modem.setHanging("");
   faults_ = Fault::CutListing;
 }
 
@@ -163,14 +161,14 @@ bool Chaos::look(unsigned faults) {
 
 // To be called in the middle of a pass, which is to be completed.
 bool Chaos::stopAndRestart(unsigned faults) {
-  if (!gateway_.daemon().stop()) return fail("The daemon did not end after SIGTERM.");
-  if (gateway_.daemon().ending() != "0") return fail("After SIGTERM: " + gateway_.daemon().ending());
+  if (!gateway_.daemon.stop()) return fail("The daemon did not end after SIGTERM.");
+  if (gateway_.daemon.ending() != "0") return fail("After SIGTERM: " + gateway_.daemon.ending());
   return look(faults) && restart();
 }
 
 // Lets a pass begin, and go on for a moment.
 void Chaos::waitInsidePass() {
-  gateway_.clock().grant();
+  gateway_.clock.grant();
   usleep(below(passMicroseconds_ + passMicroseconds_ / 4));
 }
 
@@ -181,10 +179,10 @@ bool Chaos::terminate() {
 
 // Of the daemon alone, or together with what it has started.
 bool Chaos::kill() {
-  const pid_t daemon = gateway_.daemon().pid();
+  const pid_t daemon = gateway_.daemon.pid();
   waitInsidePass();
   ::kill(below(2) == 0 ? daemon : -daemon, SIGKILL);
-  if (!waitUntil(waitSeconds, [&] { return !gateway_.daemon().running(); }))
+  if (!waitUntil(waitSeconds, [&] { return !gateway_.daemon.running(); }))
     return fail("The daemon survived SIGKILL.");
   while (waitpid(-1, nullptr, 0) > 0) continue;  // what it had started
   ledger_.observe(Fault::Killed);
@@ -198,16 +196,16 @@ bool Chaos::restart() {
 
 // For a pass of a daemon of its own: it reads the whitelist when it starts.
 bool Chaos::spoilWhitelist() {
-  const Json::Value numbers = gateway_.settings().value()["smsCommands"]["whitelist"]["numbers"];
-  if (!gateway_.daemon().stop()) return fail("The daemon did not end after SIGTERM.");
+  const Json::Value numbers = gateway_.settings.value()["smsCommands"]["whitelist"]["numbers"];
+  if (!gateway_.daemon.stop()) return fail("The daemon did not end after SIGTERM.");
   ledger_.observe(Fault::Other);
   Json::Value spoilt(Json::arrayValue);
   spoilt.append(Json::objectValue);
-  gateway_.settings().set("smsCommands.whitelist.numbers", spoilt);
+  gateway_.settings.set("smsCommands.whitelist.numbers", spoilt);
   ++ends_;
   const bool started = start(Fault::BadWhitelist | Fault::Restarted);
-  gateway_.settings().set("smsCommands.whitelist.numbers", numbers);
-  if (!started || !gateway_.daemon().stop())
+  gateway_.settings.set("smsCommands.whitelist.numbers", numbers);
+  if (!started || !gateway_.daemon.stop())
     return fail("The daemon did not run, or not end, with a spoilt whitelist.");
   ledger_.observe(Fault::BadWhitelist);
   return restart();

@@ -43,22 +43,22 @@ void Load::release() {
 }
 
 void Load::deliver(const Part& part) {
-  gateway_.modem().receive(permittedNumber, part.userData);
+  gateway_.modem.receive(permittedNumber, part.userData);
   ledger_.enterPart(part.number, Ledger::Kind::Text, part.first, part.count);
 }
 
 void Load::receiveText() {
   const unsigned number = ledger_.newNumber();
-  gateway_.modem().receive(numbers[below(2)],
-                           "Text " + Ledger::token(number) + std::string(below(100), '.') + "\\n");
+  gateway_.modem.receive(numbers[below(2)],
+                         "Text " + Ledger::token(number) + std::string(below(100), '.') + "\\n");
   ledger_.enterIncoming(number, Ledger::Kind::Text);
 }
 
 void Load::receiveCommand() {
   const bool isPermitted = below(2) == 0;
   const unsigned number = ledger_.newNumber();
-  gateway_.modem().receive(isPermitted ? permittedNumber : strangersNumber,
-                           permittedCommand + Ledger::token(number) + " 3");
+  gateway_.modem.receive(isPermitted ? permittedNumber : strangersNumber,
+                         permittedCommand + Ledger::token(number) + " 3");
   ledger_.enterIncoming(number, isPermitted ? Ledger::Kind::Command : Ledger::Kind::StrangersCommand);
 }
 
@@ -79,10 +79,7 @@ void Load::receiveParts() {
 void Load::queue() {
   const unsigned number = ledger_.newNumber();
   const bool isRefused = below(4) == 0;
-  Json::Value record;
-  record["recipient"] = isRefused ? refusedNumber : numbers[below(2)];
-  record["message"] = "Out " + Ledger::token(number);
-  record["retries"] = below(3);
-  std::string guid;
-  if (gateway_.folders().queue(record, guid)) ledger_.enterQueued(number, guid, isRefused);
+  const char* const recipient = isRefused ? refusedNumber : numbers[below(2)];
+  const std::string guid = gateway_.folders.queue(recipient, "Out " + Ledger::token(number), below(3));
+  if (!guid.empty()) ledger_.enterQueued(number, guid, isRefused);
 }

@@ -24,17 +24,17 @@ class Soak {
  public:
   Soak(const std::string& buildFolder, unsigned seed)
       : random_(seed), gateway_({buildFolder + "/daemon/veld", buildFolder + "/simulator", true}) {
-    gateway_.settings().set("receivedLimit", limit);
-    gateway_.settings().set("sentLimit", limit);
-    gateway_.modem().setRefused(Load::refusedNumber, true);
-    if (!gateway_.settings().setTimings("[10,20,30]")) std::abort();
+    gateway_.settings.set("receivedLimit", limit);
+    gateway_.settings.set("sentLimit", limit);
+    gateway_.modem.setRefused(Load::refusedNumber, true);
+    if (!gateway_.settings.setTimings("[10,20,30]")) std::abort();
   }
 
   bool run(unsigned passes) {
     const bool ran = chaos_.start() && liveOnce(passes) && liveManyTimes(passes / 4) && drain();
     std::vector<std::string> bodies;
-    for (const auto& request : gateway_.api().requests()) bodies.push_back(request.body);
-    return ran && ledger_.settle(std::cout, gateway_.modem().sent(), bodies) && isClean_;
+    for (const auto& request : gateway_.api.requests()) bodies.push_back(request.body);
+    return ran && ledger_.settle(std::cout, gateway_.modem.sent(), bodies) && isClean_;
   }
 
   const std::string& problem() const { return chaos_.problem(); }
@@ -78,9 +78,9 @@ class Soak {
 
   bool liveOnce(unsigned count) {
     if (!passes("One life", 1, settlingPasses) || !settle()) return false;
-    const Simulator::Footprint before = gateway_.daemon().footprint();
+    const Simulator::Footprint before = gateway_.daemon.footprint();
     if (!passes("One life", settlingPasses + 1, count) || !settle()) return false;
-    const Simulator::Footprint after = gateway_.daemon().footprint();
+    const Simulator::Footprint after = gateway_.daemon.footprint();
     std::cout << "After " << settlingPasses << " passes: " << before.text() << "\nAfter " << count
               << " passes: " << after.text() << std::endl;
     isClean_ = after.resident <= before.resident + growthKilobytes &&
@@ -99,7 +99,7 @@ class Soak {
     load_.release();
     for (unsigned pass = 0; pass < 50; ++pass)
       if (!chaos_.quietPass()) return false;
-    return gateway_.daemon().stop();
+    return gateway_.daemon.stop();
   }
 
   bool isClean_ = true;  ///< nothing is left over from the one life

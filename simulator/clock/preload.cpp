@@ -68,8 +68,7 @@ unsigned sleep(unsigned seconds) {
   static const int wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
-  // Who has seen that the sleep has begun may send a signal: it is let in only by the wait, so that it ends
-  // it.
+  // Who has seen that the sleep has begun may send a signal: only the wait lets it in, so that it ends it.
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

@@ -13,8 +13,7 @@ namespace Simulator {
 std::optional<unsigned> readNumber(const std::string& text, unsigned least = 0, unsigned most = 65535);
 
 /// What a command was given, read by the shapes in which it may be written, as help shows them and separated
-/// by
-/// ", ". A shape consists of
+/// by ", ". A shape consists of
 ///   api|tool          one of these words
 ///   N  TIMES  N,N     a whole number, one that is not 0, a list of them
 ///   TEXT  TEXT|off    any word in capitals stands for any word

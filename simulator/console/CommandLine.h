@@ -12,8 +12,7 @@ struct Word {
 };
 
 /// Splits a line at blanks into its words. Quotes keep blanks together: in "..." a backslash makes the next
-/// `"` or
-/// `\` plain and `\n` a line feed; nothing is special in '...'. False when a quote is left open.
+/// `"` or `\` plain and `\n` a line feed; nothing is special in '...'. False when a quote is left open.
 [[nodiscard]] bool splitLine(const std::string& line, std::vector<Word>& words);
 
 }  // namespace Simulator

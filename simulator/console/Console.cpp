@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <regex>
 #include <set>
 
 namespace Simulator {
@@ -36,17 +37,8 @@ std::size_t nextAt = 0;
 // The words of the arguments that stand for themselves, as "received" in "received|sending"; the others are
 // in upper case or numbers.
 std::set<std::string> wordsOf(const std::string& arguments) {
-  std::set<std::string> words;
-  std::string word;
-  for (const char c : arguments + " ") {
-    if ((c >= 'a' && c <= 'z') || c == '-' || (!word.empty() && c >= '0' && c <= '9')) {
-      word += c;
-    } else {
-      if (word.size() > 1) words.insert(word);
-      word.clear();
-    }
-  }
-  return words;
+  static const std::regex word("[a-z-][a-z0-9-]+");
+  return {std::sregex_token_iterator(arguments.begin(), arguments.end(), word), {}};
 }
 
 char* nextCandidate(const char* begun, int state) {
@@ -83,7 +75,7 @@ void Console::run() {
   const char* home = std::getenv("HOME");
   const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
   interpreter = &interpreter_;
-  std::signal(SIGINT, [](int) { interpreter->gateway().daemon().interrupt(); });
+  std::signal(SIGINT, [](int) { interpreter->gateway().daemon.interrupt(); });
   rl_readline_name = "gateway";
   rl_attempted_completion_function = complete;
   using_history();
@@ -114,15 +106,15 @@ void Console::execute(const std::string& line) {
   if (!answer.text.empty()) std::cout << (answer.good ? "" : refusedColour) << answer.text << plain << "\n";
   interpreter_.carryOut();
   const auto turn = interpreter_.lock();
-  const std::vector<Responder::Event>& events = interpreter_.gateway().responder().events();
+  const std::vector<Responder::Event>& events = interpreter_.gateway().responder.events();
   for (; told_ < events.size(); ++told_) std::cout << events[told_].text << "\n";
   showLog();
 }
 
 // What was logged since the last command, unless it was shown by one.
 void Console::showLog() {
-  for (const SyslogServer::Line& line : interpreter_.gateway().syslog().lines(logged_)) {
-    std::cout << "  " << colours[line.level] << SyslogServer::levelName(line.level) << " " << line.text
+  for (const SyslogServer::Line& line : interpreter_.gateway().syslog.lines(logged_)) {
+    std::cout << "  " << colours[line.level] << SyslogServer::levelNames[line.level] << " " << line.text
               << plain << "\n";
     ++logged_;
   }

@@ -17,24 +17,23 @@ constexpr char applies[] = "; \"restart\" applies it.";
 constexpr char noPlace[] = "The settings have no place for that any more; \"settings\" shows them.";
 
 std::string ended(Gateway& gateway) {
-  return "The daemon ended with status " + gateway.daemon().ending() + ".";
+  return "The daemon ended with status " + gateway.daemon.ending() + ".";
 }
 
 Answer notRunning(Gateway& gateway) {
-  const std::string before =
-      gateway.daemon().ending().empty() ? "The daemon is not running." : ended(gateway);
+  const std::string before = gateway.daemon.ending().empty() ? "The daemon is not running." : ended(gateway);
   return wrong(before + " \"start\" starts it.");
 }
 
 // Why a wait came to nothing.
 Answer stillWaits(Gateway& gateway, const std::string& after) {
-  if (gateway.daemon().interrupted()) return wrong("Interrupted; " + after + " goes on all the same.");
+  if (gateway.daemon.interrupted()) return wrong("Interrupted; " + after + " goes on all the same.");
   const std::string hang = gateway.hang();
   return wrong(after + (hang.empty() ? " takes very long." : " does not end: " + hang + "."));
 }
 
 Answer start(Gateway& gateway, const Arguments& given) {
-  DaemonProcess& daemon = gateway.daemon();
+  DaemonProcess& daemon = gateway.daemon;
   std::string problem;
   if (daemon.running())
     return {true, "The daemon runs already, as process " + std::to_string(daemon.pid()) + "."};
@@ -47,15 +46,15 @@ Answer start(Gateway& gateway, const Arguments& given) {
 }
 
 Answer stop(Gateway& gateway, const Arguments&) {
-  if (!gateway.daemon().running()) return notRunning(gateway);
-  if (gateway.daemon().stop()) return {true, ended(gateway)};
+  if (!gateway.daemon.running()) return notRunning(gateway);
+  if (gateway.daemon.stop()) return {true, ended(gateway)};
   Answer answer = stillWaits(gateway, "The daemon's last pass");
   answer.text += " \"kill\" ends it at once.";
   return answer;
 }
 
 Answer restart(Gateway& gateway, const Arguments& given) {
-  if (gateway.daemon().running()) {
+  if (gateway.daemon.running()) {
     if (Answer answer = stop(gateway, given); !answer.good) return answer;
   }
   return start(gateway, given);
@@ -67,13 +66,13 @@ Answer killDaemon(Gateway& gateway, const Arguments& given) {
   const std::string name = given.words().empty() ? "KILL" : given.word(0);
   const auto found = signals.find(name);
   if (found == signals.end()) return wrong("\"" + name + "\" is not KILL, TERM, HUP or INT.");
-  if (!gateway.daemon().signal(found->second)) return notRunning(gateway);
+  if (!gateway.daemon.signal(found->second)) return notRunning(gateway);
   return {true, "Sent SIG" + name + "."};
 }
 
 Answer passes(Gateway& gateway, unsigned count) {
   for (unsigned i = 0; i < count; ++i) {
-    const Passed passed = gateway.daemon().pass();
+    const Passed passed = gateway.daemon.pass();
     if (passed == Passed::Ended) return notRunning(gateway);
     if (passed == Passed::NotYet) return stillWaits(gateway, "Pass " + std::to_string(i + 1));
   }
@@ -83,10 +82,10 @@ Answer passes(Gateway& gateway, unsigned count) {
 
 Answer pass(Gateway& gateway, const Arguments& given) {
   if (!given.has("--no-wait")) return passes(gateway, given.number(0, 1));
-  const Passed passed = gateway.daemon().awaitSleep(awaitSeconds);
+  const Passed passed = gateway.daemon.awaitSleep(awaitSeconds);
   if (passed == Passed::Ended) return notRunning(gateway);
   if (passed == Passed::NotYet) return stillWaits(gateway, "The pass before");
-  gateway.clock().grant();
+  gateway.clock.grant();
   return {true, "The pass has begun."};
 }
 
@@ -112,24 +111,24 @@ Answer date(Gateway& gateway, const Arguments& given) {
   // What is no day of its month has become one of the next.
   if (end == nullptr || *end != '\0' || noon.tm_mday != dayOfMonth)
     return wrong("\"" + day + "\" is no day, such as 2045-06-15.");
-  gateway.clock().set(time);
+  gateway.clock.set(time);
   return {true, "It is noon on " + day + "."};
 }
 
 Answer await(Gateway& gateway, const Arguments& given) {
   const std::string& what = given.word(0);
-  DaemonProcess& daemon = gateway.daemon();
+  DaemonProcess& daemon = gateway.daemon;
   // What a signal asked for in the middle of a pass is done after the sleep behind it.
   bool granted = what != "exit";
   const auto happened = [&] {
-    if (!granted && gateway.clock().sleeping()) {
-      gateway.clock().grant();
+    if (!granted && gateway.clock.sleeping()) {
+      gateway.clock.grant();
       granted = true;
     }
     return what == "exit"   ? !daemon.running()
-           : what == "pass" ? gateway.clock().sleeping()
-           : what == "tool" ? !gateway.modem().hangingOperation().empty()
-                            : gateway.api().waiting() > 0;
+           : what == "pass" ? gateway.clock.sleeping()
+           : what == "tool" ? !gateway.modem.hangingOperation().empty()
+                            : gateway.api.waiting() > 0;
   };
   if (!daemon.wait(awaitSeconds, happened))
     return wrong(daemon.interrupted() ? "Interrupted." : "That did not happen within 30 seconds.");
@@ -140,9 +139,9 @@ Answer await(Gateway& gateway, const Arguments& given) {
 }
 
 Answer carryOut(Gateway& gateway, const Arguments&) {
-  const std::vector<Responder::Event>& events = gateway.responder().events();
+  const std::vector<Responder::Event>& events = gateway.responder.events();
   const std::size_t before = events.size();
-  gateway.responder().carryOut();
+  gateway.responder.carryOut();
   std::string text;
   for (std::size_t i = before; i < events.size(); ++i) text += events[i].text + "\n";
   return {true, text.empty() ? "The API was asked for nothing new." : text};
@@ -151,19 +150,19 @@ Answer carryOut(Gateway& gateway, const Arguments&) {
 Answer settings(Gateway& gateway, const Arguments& given) {
   const bool remove = given.has("--remove");
   const std::string& key = given.word(0);
-  if (given.words().empty()) return {true, gateway.settings().value().toStyledString()};
+  if (given.words().empty()) return {true, gateway.settings.value().toStyledString()};
   if (!remove && given.words().size() == 1) return wrong("The value of " + key + " is missing.");
   Json::Value value;
   if (!readJson(given.word(1), value)) value = given.word(1);
-  const bool good = remove ? gateway.settings().remove(key) : gateway.settings().set(key, value);
+  const bool good = remove ? gateway.settings.remove(key) : gateway.settings.set(key, value);
   if (!good) return wrong("The settings have no place \"" + key + "\"; \"settings\" shows them.");
   return {true, key + (remove ? " is gone" : " is " + toLine(value)) + applies};
 }
 
 Answer password(Gateway& gateway, const Arguments& given) {
   const bool off = given.word(0) == "off";
-  if (!gateway.settings().set("smsCommands.password.enabled", !off)) return wrong(noPlace);
-  if (!off) gateway.settings().set("smsCommands.password.text", given.word(0));
+  if (!gateway.settings.set("smsCommands.password.enabled", !off)) return wrong(noPlace);
+  if (!off) gateway.settings.set("smsCommands.password.text", given.word(0));
   return {true, "The password is " + given.word(0) + applies};
 }
 
@@ -175,8 +174,8 @@ Answer whitelist(Gateway& gateway, const Arguments& given) {
     numbers.append(number);
     text += " " + number;
   }
-  if (!gateway.settings().set("smsCommands.whitelist.enabled", !off)) return wrong(noPlace);
-  if (!off) gateway.settings().set("smsCommands.whitelist.numbers", numbers);
+  if (!gateway.settings.set("smsCommands.whitelist.enabled", !off)) return wrong(noPlace);
+  if (!off) gateway.settings.set("smsCommands.whitelist.numbers", numbers);
   return {true, "The whitelist is" + text + applies};
 }
 
@@ -187,8 +186,8 @@ Answer timings(Gateway&, const Arguments& given) {
 
 }  // namespace
 
-const std::vector<Command>& daemonCommands() {
-  static const std::vector<Command> commands{
+std::vector<Command> daemonCommands() {
+  return {
       {"start", "[--no-wait]", "starts the daemon and waits for its first pass", start, true},
       {"stop", "", "asks the daemon to end (SIGTERM) and waits until it has", stop, true},
       {"restart", "[--no-wait]", "stops the daemon and starts it again, with the settings as they are now",
@@ -208,7 +207,6 @@ const std::vector<Command>& daemonCommands() {
       {"whitelist", "off, NUMBER...", "the numbers that may send commands", whitelist},
       {"timings", "INTERVALS", "the seconds between two tries of a failed message, such as [30,60]", timings},
   };
-  return commands;
 }
 
 }  // namespace Simulator

@@ -14,11 +14,11 @@ Answer breakApi(Gateway& gateway, const Arguments& given) {
                                                {"close", ApiFault::Close},
                                                {"silent", ApiFault::Silent}};
   if (const auto found = faults.find(given.word(1)); found != faults.end()) {
-    gateway.api().setFault(found->second, given.number(2, 0));
-    return {true, "The API is broken: " + gateway.api().fault() + "."};
+    gateway.api.setFault(found->second, given.number(2, 0));
+    return {true, "The API is broken: " + gateway.api.fault() + "."};
   }
   const bool refuses = given.word(1) == "refused";
-  gateway.api().close(refuses);
+  gateway.api.close(refuses);
   return {true, refuses ? "The API refuses connections." : "The API's socket is gone."};
 }
 
@@ -32,7 +32,7 @@ Answer breakTool(Gateway& gateway, const Arguments& given) {
     gateway.setToolThere(false);
     return {true, "The tool is gone."};
   }
-  gateway.modem().setFault(operation, faults.at(given.word(2)), given.number(3, untilRepaired));
+  gateway.modem.setFault(operation, faults.at(given.word(2)), given.number(3, untilRepaired));
   return {true, "The tool is broken: " + operation + " " + given.word(2) + "."};
 }
 
@@ -45,30 +45,17 @@ Answer fault(Gateway& gateway, const Arguments& given) {
   const std::string what = given.word(0);
   if (what == "api") return breakApi(gateway, given);
   if (what == "tool") return breakTool(gateway, given);
-  if (what == "disk") return fill(gateway.var(), "/var");
-  if (what == "tmp") return fill(gateway.tmp(), "/tmp");
-  gateway.syslog().close();
+  if (what == "disk") return fill(gateway.var, "/var");
+  if (what == "tmp") return fill(gateway.tmp, "/tmp");
+  gateway.syslog.close();
   return {true, "Syslog is gone."};
 }
 
 Answer repair(Gateway& gateway, const Arguments& given) {
   const std::string what = given.words().empty() ? "all" : given.word(0);
-  bool good = true;
-  if (what == "all") {
-    for (const std::string& number : gateway.modem().refused()) gateway.modem().setRefused(number, false);
-    good = gateway.repair();
-  } else if (what == "api") {
-    gateway.api().setFault(ApiFault::None, 0);
-    good = gateway.api().listening() || gateway.api().listen();
-  } else if (what == "tool") {
-    gateway.setToolThere(true);
-    gateway.modem().clearFaults();
-  } else if (what == "syslog") {
-    good = gateway.syslog().listening() || gateway.syslog().listen();
-  } else {
-    (what == "disk" ? gateway.var() : gateway.tmp()).free();
-  }
-  if (!good) return wrong("A socket could not be bound again.");
+  if (what == "all")
+    for (const std::string& number : gateway.modem.refused()) gateway.modem.setRefused(number, false);
+  if (!gateway.repair(what)) return wrong("A socket could not be bound again.");
   return {true, what == "all" ? "Everything works." : "Repaired: " + what + "."};
 }
 
@@ -80,17 +67,15 @@ Answer faults(Gateway& gateway, const Arguments&) {
 
 }  // namespace
 
-const std::vector<Command>& faultCommands() {
-  static const std::vector<Command> commands{
+std::vector<Command> faultCommands() {
+  return {
       {"fault",
-       "api code N, api slow N, api garbage|close|silent|gone|refused, tool gone, tool "
-       "unread|read|delete|send "
-       "fail|hang|kill|silent [TIMES], syslog gone, disk full, tmp full",
+       "api code N, api slow N, api garbage|close|silent|gone|refused, tool gone, "
+       "tool unread|read|delete|send fail|hang|kill|silent [TIMES], syslog gone, disk full, tmp full",
        "makes something go wrong", fault},
       {"repair", "[api|tool|syslog|disk|tmp|all]", "puts it right again", repair},
       {"faults", "", "shows what is wrong", faults},
   };
-  return commands;
 }
 
 }  // namespace Simulator

@@ -13,22 +13,15 @@ std::string usage(const Command& command) {
   return std::string(command.name) + (*command.arguments == '\0' ? "" : " ") + command.arguments;
 }
 
-bool sameLetters(std::string one, std::string other) {
-  std::sort(one.begin(), one.end());
-  std::sort(other.begin(), other.end());
-  return one == other;
-}
-
 }  // namespace
 
 Interpreter::Interpreter(Gateway& gateway) : gateway_(gateway) {
-  for (const auto* some : {&messageCommands(), &daemonCommands(), &faultCommands(), &lookCommands()}) {
-    commands_.insert(commands_.end(), some->begin(), some->end());
-  }
-  gateway_.daemon().setPause([this] { pause(); });
+  for (const auto& some : {messageCommands(), daemonCommands(), faultCommands(), lookCommands()})
+    commands_.insert(commands_.end(), some.begin(), some.end());
+  gateway_.daemon.setPause([this] { pause(); });
 }
 
-Interpreter::~Interpreter() { gateway_.daemon().setPause(sleepAMoment); }
+Interpreter::~Interpreter() { gateway_.daemon.setPause(sleepAMoment); }
 
 void Interpreter::pause() {
   turn_.unlock();
@@ -50,8 +43,9 @@ Answer Interpreter::execute(const std::string& text) {
   if (name == "help") return help(line.size() > 1 ? line[1].text : "");
   if (const Command* command = find(name)) return run(*command, line);
   for (const Command& other : commands_) {
-    if (name.compare(0, moreMade, std::string(other.name).substr(0, moreMade)) == 0 ||
-        sameLetters(name, other.name))
+    const std::string meant = other.name;
+    if (name.compare(0, moreMade, meant.substr(0, moreMade)) == 0 ||
+        std::is_permutation(name.begin(), name.end(), meant.begin(), meant.end()))
       return wrong("There is no command \"" + name + "\"; did you mean: " + usage(other));
   }
   return wrong("There is no command \"" + name + "\"; \"help\" lists them.");
@@ -67,7 +61,7 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
     if (!waitUntil(turnSeconds, isFree, [this] { pause(); }) || !hang.empty())
       return wrong("\"" + waiting_ + "\" has not ended yet" + (hang.empty() ? "" : ": " + hang) + ".");
     waiting_ = command.name;
-    gateway_.daemon().resume();
+    gateway_.daemon.resume();
   }
   Answer answer = command.run(gateway_, given);
   if (command.waits) waiting_.clear();
@@ -79,8 +73,8 @@ void Interpreter::carryOut() {
   const auto turn = lock();
   if (busy()) return;
   waiting_ = "carry-out";
-  gateway_.daemon().resume();
-  gateway_.responder().carryOut();
+  gateway_.daemon.resume();
+  gateway_.responder.carryOut();
   waiting_.clear();
 }
 

@@ -26,10 +26,10 @@ struct Command {
 };
 
 // By theme, each in a file of its own.
-const std::vector<Command>& messageCommands();
-const std::vector<Command>& faultCommands();
-const std::vector<Command>& daemonCommands();
-const std::vector<Command>& lookCommands();
+std::vector<Command> messageCommands();
+std::vector<Command> faultCommands();
+std::vector<Command> daemonCommands();
+std::vector<Command> lookCommands();
 
 /// Executes command lines on a gateway. The console and the page may use it at the same time: one after the
 /// other, but a command that waits for the daemon keeps nobody else waiting.
@@ -37,8 +37,6 @@ class Interpreter {
  public:
   explicit Interpreter(Gateway& gateway);
   ~Interpreter();
-  Interpreter(const Interpreter&) = delete;
-  Interpreter& operator=(const Interpreter&) = delete;
 
   /// Executes a line; a blank one does nothing. The text of the answer ends without a line feed.
   Answer execute(const std::string& line);

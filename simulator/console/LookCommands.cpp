@@ -27,7 +27,7 @@ Answer veldctl(Gateway& gateway, const Arguments& given) { return {true, gateway
 
 Answer requests(Gateway& gateway, const Arguments& given) {
   std::vector<Json::Value> values;
-  for (const LocalApiServer::Request& request : gateway.api().requests()) {
+  for (const LocalApiServer::Request& request : gateway.api.requests()) {
     if (!given.has("--all") && request.method != "POST") continue;
     Json::Value value;
     value["path"] = request.path;
@@ -43,18 +43,18 @@ std::string counts(const Modem& modem) {
 }
 
 Answer modem(Gateway& gateway, const Arguments& given) {
-  return {true, given.words().empty() ? counts(gateway.modem()) : lines(gateway.modem().sent())};
+  return {true, given.words().empty() ? counts(gateway.modem) : lines(gateway.modem.sent())};
 }
 
 Answer log(Gateway& gateway, const Arguments& given) {
   std::string text;
-  for (const SyslogServer::Line& line : gateway.syslog().read(given.has("--new")))
-    text += std::string(SyslogServer::levelName(line.level)) + " " + line.text + "\n";
+  for (const SyslogServer::Line& line : gateway.syslog.read(given.has("--new")))
+    text += std::string(SyslogServer::levelNames[line.level]) + " " + line.text + "\n";
   return {true, text};
 }
 
 Answer status(Gateway& gateway, const Arguments&) {
-  DaemonProcess& daemon = gateway.daemon();
+  DaemonProcess& daemon = gateway.daemon;
   const std::string ending = daemon.ending();
   std::string text = "daemon: ";
   if (daemon.running())
@@ -64,13 +64,13 @@ Answer status(Gateway& gateway, const Arguments&) {
   if (const std::string hang = gateway.hang(); !hang.empty()) text += "\nhangs: " + hang;
   for (const char* box : MessageFolders::boxes)
     text += "\n" + std::string(box) + ": " + std::to_string(MessageFolders::records(box).size());
-  return {true, text + "\nmodem: " + counts(gateway.modem())};
+  return {true, text + "\nmodem: " + counts(gateway.modem)};
 }
 
 }  // namespace
 
-const std::vector<Command>& lookCommands() {
-  static const std::vector<Command> commands{
+std::vector<Command> lookCommands() {
+  return {
       {"status", "", "shows the whole gateway on a few lines", status},
       {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object a line",
        records},
@@ -81,7 +81,6 @@ const std::vector<Command>& lookCommands() {
       {"modem", "[sent]", "shows the modem's store, or the messages that it has sent", modem},
       {"log", "[--new]", "shows the log (--new: since it was last shown)", log},
   };
-  return commands;
 }
 
 }  // namespace Simulator

@@ -50,10 +50,10 @@ Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& en
     const std::string& part = encoder.parts()[number - 1];
     if (contains(delivery.lost, number)) continue;
     if (contains(delivery.held, number)) {
-      gateway.phones().hold({sender, part});
+      gateway.phones.held.emplace_back(sender, part);
       ++held;
     } else {
-      gateway.modem().receive(sender, part);
+      gateway.modem.receive(sender, part);
       ++delivered;
     }
   }
@@ -70,13 +70,13 @@ Answer receive(Gateway& gateway, const Arguments& given) {
   GsmEncoder::Options options;
   options.wideReference = given.has("--16-bit");
   options.parts = given.number("--parts", 0);
-  options.reference = given.number("--reference", gateway.phones().nextReference());
+  options.reference = given.number("--reference", gateway.phones.nextReference);
   GsmEncoder encoder;
   if (!encoder.encode(text, options)) return wrong(encoder.problem());
-  if (encoder.parts().size() > 1 && !given.has("--reference")) gateway.phones().useReference();
+  if (encoder.parts().size() > 1 && !given.has("--reference")) ++gateway.phones.nextReference;
   const Delivery delivery{given.numbers("--order"), given.numbers("--repeat"), given.numbers("--lose"),
                           given.numbers("--hold")};
-  gateway.phones().add({sender, text, true, gateway.clock().now()});
+  gateway.phones.texts.push_back({sender, text, true, gateway.clock.now()});
   Answer answer;
   for (unsigned left = given.number("--times", 1); answer.good && left > 0; --left)
     answer = deliver(gateway, sender, encoder, delivery);
@@ -84,8 +84,8 @@ Answer receive(Gateway& gateway, const Arguments& given) {
 }
 
 Answer release(Gateway& gateway, const Arguments&) {
-  const std::vector<Phones::Part> parts = gateway.phones().takeHeld();
-  for (const auto& [number, userData] : parts) gateway.modem().receive(number, userData);
+  const std::vector<Phones::Part> parts = std::exchange(gateway.phones.held, {});
+  for (const auto& [number, userData] : parts) gateway.modem.receive(number, userData);
   return {true, counted(parts.size(), "part") + " released."};
 }
 
@@ -94,38 +94,32 @@ Answer listing(Gateway& gateway, const Arguments& given) {
   const std::string text = word.find('\n') == std::string::npos ? readFile(word) : word;
   if (text.empty())
     return wrong("There is no file " + word + ", or it is empty; a listing has a line feed (\\n).");
-  gateway.modem().receiveRaw(text);
+  gateway.modem.receiveRaw(text);
   return {true, "The modem lists " + std::to_string(text.size()) + " bytes as they are."};
 }
 
 Answer queue(Gateway& gateway, const Arguments& given) {
-  Json::Value record;
-  record["recipient"] = given.word(0);
-  record["message"] = given.word(1);
-  record["retries"] = given.number("--retries", 0);
-  std::string guid;
-  if (!gateway.folders().queue(record, guid)) return wrong("The record could not be written.");
-  return {true, "Queued as " + guid + "."};
+  const std::string guid = gateway.folders.queue(given.word(0), given.word(1), given.number("--retries", 0));
+  return guid.empty() ? wrong("The record could not be written.") : Answer{true, "Queued as " + guid + "."};
 }
 
 Answer refuse(Gateway& gateway, const Arguments& given) {
-  gateway.modem().setRefused(given.word(0), true);
+  gateway.modem.setRefused(given.word(0), true);
   return {true, "The modem refuses " + given.word(0) + "."};
 }
 
 Answer accept(Gateway& gateway, const Arguments& given) {
-  gateway.modem().setRefused(given.word(0), false);
+  gateway.modem.setRefused(given.word(0), false);
   return {true, "The modem accepts " + given.word(0) + "."};
 }
 
 }  // namespace
 
-const std::vector<Command>& messageCommands() {
-  static const std::vector<Command> commands{
+std::vector<Command> messageCommands() {
+  return {
       {"receive",
-       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order N,N] [--hold N,N] [--repeat N,N] [--lose "
-       "N,N] "
-       "[--times TIMES]",
+       "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order N,N] [--hold N,N] [--repeat N,N] "
+       "[--lose N,N] [--times TIMES]",
        "a message comes in from NUMBER; the options are about the parts of a long one", receive},
       {"release", "", "the parts that were held back come in", release},
       {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, as it is", listing},
@@ -134,7 +128,6 @@ const std::vector<Command>& messageCommands() {
       {"refuse", "NUMBER", "the modem refuses to send to NUMBER", refuse},
       {"accept", "NUMBER", "the modem sends to NUMBER again", accept},
   };
-  return commands;
 }
 
 }  // namespace Simulator

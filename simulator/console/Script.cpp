@@ -74,7 +74,7 @@ bool Script::check(const std::string& line) {
   }
   if (what == "expect-exit") {
     const auto turn = interpreter_.lock();
-    DaemonProcess& daemon = interpreter_.gateway().daemon();
+    DaemonProcess& daemon = interpreter_.gateway().daemon;
     const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
     const std::string ending = ended ? daemon.ending() : "it still runs";
     expectedEnding_ = ending;
@@ -90,7 +90,7 @@ bool Script::check(const std::string& line) {
 
 bool Script::stopDaemon() {
   const auto turn = interpreter_.lock();
-  DaemonProcess& daemon = interpreter_.gateway().daemon();
+  DaemonProcess& daemon = interpreter_.gateway().daemon;
   line_ = "the end";
   if (daemon.running()) {
     expectedEnding_ = "0";

@@ -1,28 +1,27 @@
 #include "simulator/gateway/Disk.h"
 
-#include <fcntl.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <vector>
+#include <filesystem>
+#include <fstream>
 
 namespace Simulator {
 namespace {
 
-constexpr unsigned long long largestPrivate = 256ULL << 20;  // bytes
+constexpr std::uintmax_t largestPrivate = 256 << 20;  // bytes
+constexpr std::size_t blockSize = 4096;
 
 }  // namespace
 
 bool Disk::fill() {
   free();
-  struct statvfs disk = {};
-  if (statvfs(folder_.c_str(), &disk) != 0) return false;
-  if (static_cast<unsigned long long>(disk.f_bavail) * disk.f_frsize > largestPrivate) return false;
-  const int file = open(filler_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-  const std::vector<char> block(disk.f_frsize);
-  while (file >= 0 && write(file, block.data(), block.size()) > 0) continue;
-  if (file >= 0) close(file);
-  return file >= 0;
+  std::error_code error;
+  if (std::filesystem::space(folder_, error).available > largestPrivate) return false;
+  std::ofstream file(filler_);
+  if (!file) return false;
+  const std::string block(blockSize, ' ');
+  while (file << block << std::flush) continue;
+  return true;
 }
 
 void Disk::free() { unlink(filler_.c_str()); }

@@ -31,16 +31,16 @@ const char* prepare(const char* modemFolder) {
 }  // namespace
 
 Gateway::Gateway(const Options& options)
-    : modem_(prepare(Modem::storeFolder)),
-      api_([this] { return settings_.value(); }),
-      clock_(options.hold),
-      folders_(clock_),
-      daemon_({options.program, options.buildFolder + "/libgateway-clock.so", toolFolder}, clock_,
-              [this] { return !hang().empty(); }),
-      responder_(api_, folders_, daemon_),
+    : modem(prepare(Modem::storeFolder)),
+      api([this] { return settings.value(); }),
+      clock(options.hold),
+      folders(clock),
+      daemon({options.program, options.buildFolder + "/libgateway-clock.so", toolFolder}, clock,
+             [this] { return !hang().empty(); }),
+      responder(api, folders, daemon),
       tool_(options.buildFolder + "/sms"),
       veldctl_(options.buildFolder + "/../veldctl/veldctl") {
-  if (!repair() || !settings_.setTimings("[30,60,300]")) {
+  if (!repair() || !settings.setTimings("[30,60,300]")) {
     std::fprintf(stderr, "simulator: cannot bind %s and %s\n", SyslogServer::socketPath,
                  LocalApiServer::socketPath);
     std::exit(1);
@@ -49,10 +49,10 @@ Gateway::Gateway(const Options& options)
 
 Gateway::~Gateway() {
   repair();
-  daemon_.resume();
-  if (daemon_.stop()) return;
-  daemon_.signal(SIGKILL);
-  daemon_.wait(killSeconds, [this] { return !daemon_.running(); });
+  daemon.resume();
+  if (daemon.stop()) return;
+  daemon.signal(SIGKILL);
+  daemon.wait(killSeconds, [this] { return !daemon.running(); });
 }
 
 std::string Gateway::veldctl(const std::vector<std::string>& words) const {
@@ -73,32 +73,33 @@ std::string Gateway::veldctl(const std::vector<std::string>& words) const {
 }
 
 void Gateway::setToolThere(bool there) {
-  if (there == toolThere()) return;  // never gone for the moment in which it is wanted
+  if (there == fs::exists(toolPath)) return;  // never gone for the moment in which it is wanted
   if ((there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath)) != 0) std::perror(toolPath);
 }
 
-bool Gateway::toolThere() const { return fs::exists(toolPath); }
-
-bool Gateway::repair() {
-  var_.free();
-  tmp_.free();
-  setToolThere(true);
-  modem_.clearFaults();
-  api_.setFault(ApiFault::None, 0);
-  const bool syslogThere = syslog_.listening() || syslog_.listen();
-  return (api_.listening() || api_.listen()) && syslogThere;
+bool Gateway::repair(const std::string& part) {
+  const auto is = [&part](const char* one) { return part == "all" || part == one; };
+  if (is("disk")) var.free();
+  if (is("tmp")) tmp.free();
+  if (is("tool")) {
+    setToolThere(true);
+    modem.clearFaults();
+  }
+  if (is("api")) api.setFault(ApiFault::None, 0);
+  const bool syslogThere = !is("syslog") || syslog.listening() || syslog.listen();
+  return (!is("api") || api.listening() || api.listen()) && syslogThere;
 }
 
 std::vector<std::string> Gateway::faults() {
   std::vector<std::string> lines;
-  if (!api_.listening()) lines.emplace_back("api: no socket, or nobody listens");
-  if (!api_.fault().empty()) lines.push_back("api: " + api_.fault());
-  if (!toolThere()) lines.emplace_back("tool: gone");
-  for (const std::string& each : modem_.faults()) lines.push_back("tool: " + each);
-  if (!syslog_.listening()) lines.emplace_back("syslog: gone");
-  if (var_.full()) lines.emplace_back("disk: full");
-  if (tmp_.full()) lines.emplace_back("tmp: full");
-  for (const std::string& number : modem_.refused()) lines.push_back("refused: " + number);
+  if (!api.listening()) lines.emplace_back("api: no socket, or nobody listens");
+  if (!api.fault().empty()) lines.push_back("api: " + api.fault());
+  if (!fs::exists(toolPath)) lines.emplace_back("tool: gone");
+  for (const std::string& each : modem.faults()) lines.push_back("tool: " + each);
+  if (!syslog.listening()) lines.emplace_back("syslog: gone");
+  if (var.full()) lines.emplace_back("disk: full");
+  if (tmp.full()) lines.emplace_back("tmp: full");
+  for (const std::string& number : modem.refused()) lines.push_back("refused: " + number);
   return lines;
 }
 
@@ -106,9 +107,9 @@ std::string Gateway::hang() const {
   const auto text = [](const std::string& what, unsigned seconds) {
     return what + " for " + std::to_string(seconds) + " s (\"repair\" ends that)";
   };
-  if (const std::string operation = modem_.hangingOperation(); !operation.empty())
-    return text("the tool hangs in \"" + operation + "\"", modem_.hangingSeconds());
-  if (const std::optional<unsigned> seconds = api_.silentSeconds())
+  if (const std::string operation = modem.hangingOperation(); !operation.empty())
+    return text("the tool hangs in \"" + operation + "\"", modem.hangingSeconds());
+  if (const std::optional<unsigned> seconds = api.silentSeconds())
     return text("the API does not answer", *seconds);
   return "";
 }

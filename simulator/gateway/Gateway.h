@@ -30,20 +30,18 @@ class Gateway {
   explicit Gateway(const Options& options);
   /// Puts right what is wrong and ends the daemon, by force if it has not ended itself within a few seconds.
   ~Gateway();
-  Gateway(const Gateway&) = delete;
-  Gateway& operator=(const Gateway&) = delete;
 
-  Modem& modem() { return modem_; }
-  SyslogServer& syslog() { return syslog_; }
-  LocalApiServer& api() { return api_; }
-  Settings& settings() { return settings_; }
-  GatewayClock& clock() { return clock_; }
-  MessageFolders& folders() { return folders_; }
-  DaemonProcess& daemon() { return daemon_; }
-  Phones& phones() { return phones_; }
-  Responder& responder() { return responder_; }
-  Disk& var() { return var_; }
-  Disk& tmp() { return tmp_; }
+  Modem modem;
+  SyslogServer syslog;
+  Settings settings;
+  LocalApiServer api;
+  GatewayClock clock;
+  MessageFolders folders;
+  DaemonProcess daemon;
+  Phones phones;
+  Responder responder;
+  Disk var{"/var"};
+  Disk tmp{"/tmp"};
 
   /// Runs the operator's program with these words, and gives what it said: all of it, and its status when
   /// that is not 0. VELDCTL is another command line for it.
@@ -51,11 +49,10 @@ class Gateway {
 
   /// Whether the `sms` tool is in the daemon's path.
   void setToolThere(bool there);
-  bool toolThere() const;
 
-  /// Puts everything right that fault() finds, but for the numbers that the modem refuses; false when a
-  /// socket cannot be bound again.
-  bool repair();
+  /// Puts "api", "tool", "syslog", "disk", "tmp" or all of them right, but not the numbers that the modem
+  /// refuses. False when a socket cannot be bound again.
+  bool repair(const std::string& part = "all");
   /// What is wrong now, a line each: "tool: gone".
   std::vector<std::string> faults();
   /// What the daemon waits for that will not come before it is repaired, and how long already; empty if
@@ -63,17 +60,6 @@ class Gateway {
   std::string hang() const;
 
  private:
-  Modem modem_;
-  SyslogServer syslog_;
-  Settings settings_;
-  LocalApiServer api_;
-  GatewayClock clock_;
-  MessageFolders folders_;
-  DaemonProcess daemon_;
-  Phones phones_;
-  Responder responder_;
-  Disk var_{"/var"};
-  Disk tmp_{"/tmp"};
   std::string tool_;
   std::string veldctl_;
 };

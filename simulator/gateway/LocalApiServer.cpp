@@ -26,9 +26,8 @@ constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "s
 constexpr char knownCommands[] =
     " sms_restart checkin_to_quillo_sms set_rm_through_sms set_cellular_through_sms send_apn_through_sms "
     "send_cellularstatus_sms send_radiostatus_sms send_ethernetstatus_sms send_wanstatus_sms "
-    "send_wifistatus_sms "
-    "do_ping_through_sms send_serialstatus_sms send_geoposition_sms lns_restart_sms sms_send "
-    "send_wanips_sms ";
+    "send_wifistatus_sms do_ping_through_sms send_serialstatus_sms send_geoposition_sms lns_restart_sms "
+    "sms_send send_wanips_sms ";
 
 bool isKnown(const std::string& path) {
   const std::size_t length = sizeof commandFolder - 1;
@@ -37,10 +36,7 @@ bool isKnown(const std::string& path) {
 }
 
 Json::Value envelope(unsigned code, const Json::Value& result) {
-  Json::Value value;
-  value["code"] = code;
-  value["result"] = result;
-  return value;
+  return object({{"code", code}, {"result", result}});
 }
 
 // The body is put together from what a phone wrote: nothing else may be in it.
@@ -142,11 +138,7 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
     response.set_content(toLine(json), jsonType);
     code = json["code"].asInt();
   }
-  setCode(number, code);
-}
-
-void LocalApiServer::setCode(std::size_t number, int code) {
-  const std::lock_guard lock(mutex_);
+  lock.lock();
   requests_[number].code = code;
 }
 

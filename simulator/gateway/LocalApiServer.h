@@ -42,8 +42,6 @@ class LocalApiServer {
   /// `settings` gives the settings object that is to be served; it is called on another thread.
   explicit LocalApiServer(std::function<Json::Value()> settings);
   ~LocalApiServer();
-  LocalApiServer(const LocalApiServer&) = delete;
-  LocalApiServer& operator=(const LocalApiServer&) = delete;
 
   /// Listens; false when it cannot.
   bool listen();
@@ -68,7 +66,6 @@ class LocalApiServer {
  private:
   void handle(const httplib::Request& request, httplib::Response& response);
   Json::Value answer(const Request& request) const;
-  void setCode(std::size_t number, int code);
 
   const std::function<Json::Value()> settings_;
   mutable std::mutex mutex_;

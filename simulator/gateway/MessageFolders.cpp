@@ -36,22 +36,26 @@ std::vector<Json::Value> MessageFolders::records(const std::string& box) {
   return all;
 }
 
-bool MessageFolders::queue(Json::Value record, std::string& guid) const {
+std::string MessageFolders::queue(const Json::Value& recipient, const std::string& text,
+                                  unsigned retries) const {
   const std::time_t now = clock_.now();
   char second[15];
   std::strftime(second, sizeof second, "%Y%m%d%H%M%S", std::localtime(&now));
+  std::string guid;
   const auto holdsIt = [&guid](const char* box) { return fs::exists(pathOf(box) + "/" + guid); };
   unsigned ordinal = 0;
   do {
     guid = second + std::string(ordinal < 10 ? "0" : "") + std::to_string(ordinal);
     ++ordinal;
   } while (std::any_of(std::begin(boxes), std::end(boxes), holdsIt));
-  record["guid"] = guid;
   // The daemon takes any file in the folder for a whole record: it is written beside it and moved in.
   fs::create_directories(pathOf("sending"));
   const std::string beside = outbox() + guid;
-  return writeFile(beside, toLine(record)) &&
-         std::rename(beside.c_str(), (pathOf("sending") + "/" + guid).c_str()) == 0;
+  const Json::Value record =
+      object({{"guid", guid}, {"recipient", recipient}, {"message", text}, {"retries", retries}});
+  const bool good = writeFile(beside, toLine(record)) &&
+                    std::rename(beside.c_str(), (pathOf("sending") + "/" + guid).c_str()) == 0;
+  return good ? guid : "";
 }
 
 }  // namespace Simulator

@@ -22,8 +22,9 @@ class MessageFolders {
   /// The records of a box, by name; what is no JSON as a text.
   static std::vector<Json::Value> records(const std::string& box);
 
-  /// Hands an outgoing message to the daemon as a record; its guid in `guid`. False when the disk refuses it.
-  [[nodiscard]] bool queue(Json::Value record, std::string& guid) const;
+  /// Hands an outgoing message to the daemon as a record. Gives its guid; empty when the disk refuses it.
+  [[nodiscard]] std::string queue(const Json::Value& recipient, const std::string& text,
+                                  unsigned retries) const;
 
  private:
   const GatewayClock& clock_;

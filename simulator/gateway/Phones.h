@@ -8,8 +8,7 @@
 namespace Simulator {
 
 /// The phones out there and the network between: what they wrote to the gateway, and what reached them.
-class Phones {
- public:
+struct Phones {
   struct Text {
     std::string number;
     std::string text;
@@ -18,22 +17,9 @@ class Phones {
   };
   using Part = std::pair<std::string, std::string>;  ///< a number and the user data
 
-  void add(const Text& text) { texts_.push_back(text); }
-  /// All of them, in their order.
-  const std::vector<Text>& texts() const { return texts_; }
-
-  /// The reference of the next long message, and that it was used.
-  unsigned nextReference() const { return reference_; }
-  void useReference() { ++reference_; }
-
-  /// Keeps a part back until it is taken.
-  void hold(const Part& part) { held_.push_back(part); }
-  std::vector<Part> takeHeld() { return std::exchange(held_, {}); }
-
- private:
-  std::vector<Text> texts_;
-  unsigned reference_ = 1;
-  std::vector<Part> held_;
+  std::vector<Text> texts;     ///< in their order
+  std::vector<Part> held;      ///< that are to come in later
+  unsigned nextReference = 1;  ///< of a long message
 };
 
 }  // namespace Simulator

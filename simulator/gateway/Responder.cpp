@@ -7,6 +7,7 @@ namespace {
 
 constexpr char rebootPath[] = "/api/command/sms_restart";
 constexpr int accepted = 200;
+constexpr unsigned retries = 3;
 
 }  // namespace
 
@@ -27,13 +28,10 @@ void Responder::carryOut(const LocalApiServer::Request& request) {
     events_.push_back({"The gateway cannot reboot: " + problem, true});
     return;
   }
-  Json::Value record;
-  record["recipient"] = body["recipients"][0];
-  record["message"] =
+  const std::string text =
       reboot ? "The gateway has rebooted." : request.path.substr(request.path.rfind('/') + 1) + ": done";
-  record["retries"] = 3;
-  std::string guid;
-  if (!folders_.queue(record, guid)) return;
+  const std::string guid = folders_.queue(body["recipients"][0], text, retries);
+  if (guid.empty()) return;
   events_.push_back({(reboot ? "The gateway has rebooted" : "The gateway has carried out " + request.path) +
                          ", and answers as " + guid + ".",
                      reboot});

@@ -34,12 +34,6 @@ SyslogServer::Line parse(const std::string& datagram) {
 
 }  // namespace
 
-const char* SyslogServer::levelName(int level) {
-  constexpr const char* levelNames[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
-                                        "WARNING",   "NOTICE", "INFO",     "DEBUG"};
-  return levelNames[level & 7];
-}
-
 SyslogServer::SyslogServer() : buffer_(largestDatagram), thread_([this] { run(); }) {}
 
 SyslogServer::~SyslogServer() {
@@ -89,7 +83,7 @@ void SyslogServer::drain() {
     if (size < 0) return;
     const Line line = parse({buffer_.data(), static_cast<std::size_t>(size)});
     lines_.push_back(line);
-    appendFile(logFile, std::string(levelName(line.level)) + " " + line.text + "\n");
+    appendFile(logFile, std::string(levelNames[line.level]) + " " + line.text + "\n");
   }
 }
 

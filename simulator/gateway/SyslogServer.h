@@ -15,17 +15,16 @@ class SyslogServer {
   static constexpr char socketPath[] = "/dev/log";
   static constexpr char logFile[] = "/var/log/syslog";
 
+  static constexpr const char* levelNames[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
+                                               "WARNING",   "NOTICE", "INFO",     "DEBUG"};
+
   struct Line {
-    int level;  ///< of syslog: 0 (emergency) to 7 (debug)
+    int level;  ///< of syslog, the index of its name
     std::string text;
   };
-  /// "EMERGENCY" to "DEBUG".
-  static const char* levelName(int level);
 
   SyslogServer();
   ~SyslogServer();
-  SyslogServer(const SyslogServer&) = delete;
-  SyslogServer& operator=(const SyslogServer&) = delete;
 
   /// Listens, or stops to. False when the socket cannot be bound.
   bool listen();

@@ -61,10 +61,7 @@ bool Modem::deleteRead() {
 
 bool Modem::send(const std::string& recipient, const std::string& text) {
   if (state()["refused"].isMember(recipient)) return false;
-  Json::Value message;
-  message["recipient"] = recipient;
-  message["text"] = text;
-  return appendFile(path("sent"), toLine(message) + "\n");
+  return appendFile(path("sent"), toLine(object({{"recipient", recipient}, {"text", text}})) + "\n");
 }
 
 std::vector<Json::Value> Modem::sent() const {
@@ -78,9 +75,8 @@ std::vector<Json::Value> Modem::sent() const {
 }
 
 Json::Value Modem::state() const {
-  Json::Value value(Json::objectValue);
-  if (!readJson(readFile(path("state")), value)) value = Json::Value(Json::objectValue);
-  return value;
+  Json::Value value;
+  return readJson(readFile(path("state")), value) ? value : object({});
 }
 
 void Modem::setState(const Json::Value& state) {

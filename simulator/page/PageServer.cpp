@@ -51,7 +51,7 @@ PageServer::~PageServer() {
     stop_ = true;
   }
   changed_.notify_all();
-  interpreter_.gateway().daemon().interrupt();  // whoever waits for the daemon waits no longer
+  interpreter_.gateway().daemon.interrupt();  // whoever waits for the daemon waits no longer
   if (watcher_.joinable()) watcher_.join();
   if (listener_.joinable()) {
     server_->stop();
@@ -105,10 +105,7 @@ bool PageServer::isOwn(const httplib::Request& request) const {
 
 void PageServer::command(const httplib::Request& request, httplib::Response& response) {
   const Answer answer = interpreter_.execute(request.body);
-  Json::Value value;
-  value["good"] = answer.good;
-  value["text"] = answer.text;
-  response.set_content(toLine(value), "application/json");
+  response.set_content(toLine(object({{"good", answer.good}, {"text", answer.text}})), "application/json");
 }
 
 void PageServer::follow(httplib::Response& response) {
@@ -128,13 +125,10 @@ void PageServer::follow(httplib::Response& response) {
 bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
   std::string news;
   Json::Value log(Json::arrayValue);
-  for (const SyslogServer::Line& line : interpreter_.gateway().syslog().lines(seen.logged)) {
+  for (const SyslogServer::Line& line : interpreter_.gateway().syslog.lines(seen.logged)) {
     if (log.size() == linesAtOnce) break;
     ++seen.logged;
-    Json::Value value;
-    value["level"] = SyslogServer::levelName(line.level);
-    value["text"] = line.text;
-    log.append(value);
+    log.append(object({{"level", SyslogServer::levelNames[line.level]}, {"text", line.text}}));
   }
   if (!log.empty()) news += event("log", toLine(log));
   std::unique_lock lock(mutex_);

@@ -27,8 +27,6 @@ class PageServer {
  public:
   explicit PageServer(Interpreter& interpreter);
   ~PageServer();
-  PageServer(const PageServer&) = delete;
-  PageServer& operator=(const PageServer&) = delete;
 
   /// Listens; `port` 0 takes any that is free. False when that one is taken.
   [[nodiscard]] bool listen(int port);

@@ -18,14 +18,8 @@ Json::Value arrayOf(const Values& values) {
   return array;
 }
 
-Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
-  Json::Value value;
-  for (const auto& [name, member] : members) value[name] = member;
-  return value;
-}
-
 Json::Value daemonPane(const Interpreter& interpreter, Gateway& gateway) {
-  DaemonProcess& daemon = gateway.daemon();
+  DaemonProcess& daemon = gateway.daemon;
   return object({{"running", daemon.running()},
                  {"process", daemon.pid()},
                  {"ending", daemon.ending()},
@@ -48,7 +42,7 @@ Json::Value requestsPane(const LocalApiServer& api) {
 
 Json::Value phonesPane(const Phones& phones) {
   Json::Value pane(Json::arrayValue);
-  for (const auto& [number, text, written, when] : phones.texts())
+  for (const auto& [number, text, written, when] : phones.texts)
     pane.append(object({{"number", number}, {"text", text}, {"written", written}, {"time", timeOf(when)}}));
   return pane;
 }
@@ -112,22 +106,22 @@ void Panes::look() {
   interpreter_.carryOut();
   const auto turn = interpreter_.lock();
   Gateway& gateway = interpreter_.gateway();
-  const std::time_t now = gateway.clock().now();
-  const std::vector<Json::Value> sent = gateway.modem().sent();
+  const std::time_t now = gateway.clock.now();
+  const std::vector<Json::Value> sent = gateway.modem.sent();
   for (; sentSeen_ < sent.size(); ++sentSeen_)
-    gateway.phones().add(
+    gateway.phones.texts.push_back(
         {sent[sentSeen_]["recipient"].asString(), sent[sentSeen_]["text"].asString(), false, now});
-  readLog(gateway.syslog());
+  readLog(gateway.syslog);
   const std::map<std::string, Json::Value> panes{
       {"daemon", daemonPane(interpreter_, gateway)},
       {"clock", timeOf(now)},
-      {"modem", modemPane(gateway.modem())},
-      {"phones", phonesPane(gateway.phones())},
+      {"modem", modemPane(gateway.modem)},
+      {"phones", phonesPane(gateway.phones)},
       {"folders", foldersPane()},
-      {"requests", requestsPane(gateway.api())},
-      {"settings", settingsPane(gateway.settings().value())},
+      {"requests", requestsPane(gateway.api)},
+      {"settings", settingsPane(gateway.settings.value())},
       {"faults", arrayOf(gateway.faults())},
-      {"events", eventsPane(gateway.responder())},
+      {"events", eventsPane(gateway.responder)},
       {"refusals", refusals_},
   };
   for (const auto& [name, pane] : panes) panes_[name] = toLine(pane);

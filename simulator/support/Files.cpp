@@ -7,16 +7,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
-#include <sstream>
 
 namespace Simulator {
 
 std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
@@ -44,6 +42,12 @@ std::vector<std::string> listFolder(const std::string& path) {
   }
   std::sort(names.begin(), names.end());
   return names;
+}
+
+Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
+  Json::Value value(Json::objectValue);
+  for (const auto& [name, member] : members) value[name] = member;
+  return value;
 }
 
 std::string toLine(const Json::Value& value) {

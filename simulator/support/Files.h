@@ -2,7 +2,9 @@
 
 #include <json/value.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Simulator {
@@ -17,6 +19,8 @@ bool appendFile(const std::string& path, const std::string& content);
 /// The names of what lies in a folder, sorted bytewise; none when it cannot be read.
 std::vector<std::string> listFolder(const std::string& path);
 
+/// A JSON object.
+Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members);
 /// One line of JSON without blanks, in UTF-8.
 std::string toLine(const Json::Value& value);
 /// False when `text` is no JSON, or an object in it has a key twice.
