@@ -89,7 +89,7 @@ int servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTermina
   }
   std::cout << "The page: " << page.address() << std::endl;
   interpreter.execute("start");  // who opens the page is to see it at work
-  if (atTerminal) Simulator::Console(interpreter).run();
+  if (atTerminal) Simulator::runConsole(interpreter);
   while (!atTerminal && sem_wait(&ended) != 0) continue;
   return 0;
 }
@@ -113,7 +113,7 @@ int main(int argc, char** argv) {
   Simulator::Interpreter interpreter(gateway);
   if (arguments.page) return servePage(interpreter, *arguments.page, atTerminal);
   if (atTerminal) {
-    Simulator::Console(interpreter).run();
+    Simulator::runConsole(interpreter);
     return 0;
   }
   Simulator::Script run(interpreter, arguments.script.empty() ? "standard input" : arguments.script,

@@ -102,13 +102,11 @@ bool Arguments::readShape(const std::string& text, const std::vector<Word>& line
     if (!line[i].quoted && !shape.takesAll && word.compare(0, 2, "--") == 0) {
       const auto option = shape.options.find(word);
       if (option == shape.options.end()) return fail("There is no option " + word + ".");
-      if (!option->second.empty() && ++i == line.size()) return fail(word + " wants " + option->second + ".");
-      if (option->second.empty())
-        options_[word];
-      else if (const std::string wrong = wrongIn(line[i].text, option->second); !wrong.empty())
-        return fail(std::string(word).append(": ").append(wrong));
-      else
-        options_[word] = line[i].text;
+      const std::string& kind = option->second;
+      if (!kind.empty() && ++i == line.size()) return fail(word + " wants " + kind + ".");
+      const std::string wrong = kind.empty() ? "" : wrongIn(line[i].text, kind);
+      if (!wrong.empty()) return fail(std::string(word).append(": ").append(wrong));
+      options_[word] = line[i].text;
       continue;
     }
     if (words_.size() >= shape.kinds.size() && !shape.goesOn)
@@ -120,20 +118,14 @@ bool Arguments::readShape(const std::string& text, const std::vector<Word>& line
   return words_.size() >= shape.least || fail(shape.kinds[words_.size()] + " is missing.");
 }
 
-unsigned Arguments::number(std::size_t place, unsigned otherwise) const {
-  return place < words_.size() ? readNumber(words_[place]).value_or(otherwise) : otherwise;
-}
-
-unsigned Arguments::number(const std::string& option, unsigned otherwise) const {
+std::string Arguments::value(const std::string& option) const {
   const auto found = options_.find(option);
-  return found == options_.end() ? otherwise : readNumber(found->second).value_or(otherwise);
+  return found == options_.end() ? "" : found->second;
 }
 
 std::vector<unsigned> Arguments::numbers(const std::string& option) const {
   std::vector<unsigned> all;
-  if (const auto found = options_.find(option); found != options_.end()) {
-    for (const std::string& piece : split(found->second, ',')) all.push_back(readNumber(piece).value_or(0));
-  }
+  for (const std::string& piece : split(value(option), ',')) all.push_back(readNumber(piece).value_or(0));
   return all;
 }
 

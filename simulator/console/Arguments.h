@@ -32,13 +32,18 @@ class Arguments {
   const std::vector<std::string>& words() const { return words_; }
   /// The word at `place`; empty when there is none.
   std::string word(std::size_t place) const { return place < words_.size() ? words_[place] : ""; }
-  unsigned number(std::size_t place, unsigned otherwise) const;
+  unsigned number(std::size_t place, unsigned otherwise) const {
+    return readNumber(word(place)).value_or(otherwise);
+  }
 
   bool has(const std::string& option) const { return options_.count(option) != 0; }
-  unsigned number(const std::string& option, unsigned otherwise) const;
+  unsigned number(const std::string& option, unsigned otherwise) const {
+    return readNumber(value(option)).value_or(otherwise);
+  }
   std::vector<unsigned> numbers(const std::string& option) const;
 
  private:
+  std::string value(const std::string& option) const;
   bool readShape(const std::string& shape, const std::vector<Word>& line);
   bool fail(const std::string& problem);
 

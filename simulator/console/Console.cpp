@@ -67,14 +67,28 @@ char** complete(const char* begun, int start, int) {
   return rl_completion_matches(begun, nextCandidate);
 }
 
+// What has happened since the last command, unless it was shown by one.
+void showNews(std::size_t& told, std::size_t& logged) {
+  const auto turn = interpreter->lock();
+  Gateway& gateway = interpreter->gateway();
+  const std::vector<Responder::Event>& events = gateway.responder.events();
+  for (; told < events.size(); ++told) std::cout << events[told].text << "\n";
+  for (const SyslogServer::Line& line : gateway.syslog.lines(logged)) {
+    std::cout << "  " << colours[line.level] << SyslogServer::levelNames[line.level] << " " << line.text
+              << plain << "\n";
+    ++logged;
+  }
+  std::cout.flush();
+}
+
 }  // namespace
 
-void Console::run() {
+void runConsole(Interpreter& commands) {
   std::setlocale(LC_CTYPE, "");
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
   const char* home = std::getenv("HOME");
   const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
-  interpreter = &interpreter_;
+  interpreter = &commands;
   std::signal(SIGINT, [](int) { interpreter->gateway().daemon.interrupt(); });
   rl_readline_name = "gateway";
   rl_attempted_completion_function = complete;
@@ -83,6 +97,8 @@ void Console::run() {
   read_history(history.c_str());
 
   std::cout << welcome;
+  std::size_t told = 0;
+  std::size_t logged = 0;
   for (;;) {
     errno = 0;
     char* typed = readline(prompt);
@@ -95,30 +111,13 @@ void Console::run() {
     std::free(typed);
     if (line == "quit" || line == "exit") break;
     if (!line.empty()) add_history(line.c_str());
-    execute(line);
+    const Answer answer = commands.execute(line);
+    if (!answer.text.empty()) std::cout << (answer.good ? "" : refusedColour) << answer.text << plain << "\n";
+    commands.carryOut();
+    showNews(told, logged);
   }
   write_history(history.c_str());
   std::cout << std::endl;
-}
-
-void Console::execute(const std::string& line) {
-  const Answer answer = interpreter_.execute(line);
-  if (!answer.text.empty()) std::cout << (answer.good ? "" : refusedColour) << answer.text << plain << "\n";
-  interpreter_.carryOut();
-  const auto turn = interpreter_.lock();
-  const std::vector<Responder::Event>& events = interpreter_.gateway().responder.events();
-  for (; told_ < events.size(); ++told_) std::cout << events[told_].text << "\n";
-  showLog();
-}
-
-// What was logged since the last command, unless it was shown by one.
-void Console::showLog() {
-  for (const SyslogServer::Line& line : interpreter_.gateway().syslog.lines(logged_)) {
-    std::cout << "  " << colours[line.level] << SyslogServer::levelNames[line.level] << " " << line.text
-              << plain << "\n";
-    ++logged_;
-  }
-  std::cout.flush();
 }
 
 }  // namespace Simulator

@@ -15,9 +15,9 @@ std::string trimmed(const std::string& text) {
   return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-std::size_t countLines(const std::string& text) {
-  if (text.empty()) return 0;
-  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+// Of a text that ends without a line feed.
+std::ptrdiff_t countLines(const std::string& text) {
+  return text.empty() ? 0 : std::count(text.begin(), text.end(), '\n') + 1;
 }
 
 }  // namespace
@@ -35,7 +35,8 @@ bool Script::run(std::istream& text) {
     if (!settleLast(isCheck && line.compare(0, 12, "expect-wrong") == 0)) return false;
     line_ = line;
     number_ = read_;
-    if (isCheck ? !check(line) : !execute(line)) return false;
+    if (isCheck && !check(line)) return false;
+    if (!isCheck && line != "quit") execute(line);
   }
   return settleLast(false) && stopDaemon();
 }
@@ -47,11 +48,9 @@ bool Script::settleLast(bool wrongIsExpected) {
   return false;
 }
 
-bool Script::execute(const std::string& line) {
-  if (line == "quit") return true;
+void Script::execute(const std::string& line) {
   last_ = interpreter_.execute(line);
   if (last_.good && !last_.text.empty()) std::cout << last_.text << std::endl;
-  return true;
 }
 
 bool Script::fail(const std::string& expected, const std::string& came) const {

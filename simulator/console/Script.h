@@ -24,7 +24,7 @@ class Script {
   [[nodiscard]] bool run(std::istream& text);
 
  private:
-  bool execute(const std::string& line);
+  void execute(const std::string& line);
   bool check(const std::string& line);
   bool fail(const std::string& expected, const std::string& came) const;
   bool settleLast(bool wrongIsExpected);

@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -23,38 +22,29 @@ constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
 
-// The simulator's own environment, and what the daemon has otherwise.
-std::vector<std::string> environmentFor(const DaemonProcess::Paths& paths) {
+// The daemon's command line: env leaves it what a careless starter does, which it is to set right, and the
+// environment of the simulator but for these.
+std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   const std::string reports = std::string("log_path=") + reportPrefix;
-  std::vector<std::string> environment = {"ASAN_OPTIONS=" + reports,
-                                          "UBSAN_OPTIONS=" + reports + ":print_stacktrace=1",
-                                          "PATH=" + paths.toolFolder + otherFolders};
-  if (!paths.clockLibrary.empty()) environment.push_back("LD_PRELOAD=" + paths.clockLibrary);
-  const std::size_t others = environment.size();
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    const std::string text = *variable, name = text.substr(0, text.find('=') + 1);
-    const auto isName = [&](const std::string& other) { return other.compare(0, name.size(), name) == 0; };
-    if (std::none_of(environment.begin(), environment.begin() + static_cast<std::ptrdiff_t>(others), isName))
-      environment.push_back(text);
-  }
-  return environment;
+  return {"env",
+          "--block-signal=TERM",
+          "--ignore-signal=CHLD",
+          "ASAN_OPTIONS=" + reports,
+          "UBSAN_OPTIONS=" + reports + ":print_stacktrace=1",
+          "PATH=" + paths.toolFolder + otherFolders,
+          "LD_PRELOAD=" + paths.clockLibrary,
+          paths.program};
 }
 
 // In the child of a program with threads, one of which may just have held the allocator's lock: nothing is
-// allocated here.
-[[noreturn]] void run(const char* program, char* const* environment) {
+// allocated here. Careless, too, are the two descriptors that stay open.
+[[noreturn]] void run(char* const* command) {
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
-  // What a careless starter leaves behind, those two descriptors besides; the daemon is to set it right.
-  sigset_t held;
-  sigemptyset(&held);
-  sigaddset(&held, SIGTERM);
-  sigprocmask(SIG_BLOCK, &held, nullptr);
-  ::signal(SIGCHLD, SIG_IGN);
-  execle(program, program, nullptr, environment);
+  execvp(command[0], command);
   _exit(127);
 }
 
@@ -81,13 +71,12 @@ bool DaemonProcess::start(std::string& problem) {
   }
   clock_.reset();
   ending_.clear();
-  std::vector<std::string> environment = environmentFor(paths_);
-  std::vector<char*> variables;
-  variables.reserve(environment.size() + 1);
-  for (std::string& variable : environment) variables.push_back(variable.data());
-  variables.push_back(nullptr);
+  std::vector<std::string> command = commandFor(paths_);
+  std::vector<char*> words;
+  for (std::string& word : command) words.push_back(word.data());
+  words.push_back(nullptr);
   const pid_t child = fork();
-  if (child == 0) run(paths_.program.c_str(), variables.data());
+  if (child == 0) run(words.data());
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child) {
     problem = "The daemon could not be started.";

@@ -18,7 +18,7 @@ class DaemonProcess {
  public:
   struct Paths {
     std::string program;       ///< the daemon's executable
-    std::string clockLibrary;  ///< what is preloaded into it; empty: nothing
+    std::string clockLibrary;  ///< what is preloaded into it
     std::string toolFolder;    ///< comes first in its PATH
   };
   enum class Passed { Yes, Ended, NotYet };
