@@ -48,13 +48,13 @@ Trial::Trial(const Programs& programs, unsigned limit) : limit_(limit), gateway_
 void Trial::receive(const std::string& text, const std::string& sender, unsigned parts, bool hold) {
   Simulator::GsmEncoder encoder;
   if (!encoder.encode(text, {false, parts, nextReference_++})) std::abort();
-  for (const std::string& part : encoder.parts()) {
-    if (hold && &part == &encoder.parts().back())
+  for (const std::string& part : encoder.parts) {
+    if (hold && &part == &encoder.parts.back())
       held_ = {sender, part};
     else
       gateway_->modem.receive(sender, part);
   }
-  incoming_.push_back({text, encoder.parts()});
+  incoming_.push_back({text, encoder.parts});
 }
 
 void Trial::release() { gateway_->modem.receive(held_.first, held_.second); }

@@ -40,14 +40,14 @@ struct Delivery {
 
 Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& encoder,
                const Delivery& delivery) {
-  const auto count = static_cast<unsigned>(encoder.parts().size());
+  const auto count = static_cast<unsigned>(encoder.parts.size());
   if (!delivery.fits(count)) {
     return wrong("The message has " + counted(count, "part") + "; parts are counted from 1.");
   }
   std::size_t held = 0;
   std::size_t delivered = 0;
   for (const unsigned number : orderParts(delivery.order, count, delivery.repeated)) {
-    const std::string& part = encoder.parts()[number - 1];
+    const std::string& part = encoder.parts[number - 1];
     if (contains(delivery.lost, number)) continue;
     if (contains(delivery.held, number)) {
       gateway.phones.held.emplace_back(sender, part);
@@ -60,7 +60,7 @@ Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& en
   std::string text = "The modem has " + counted(delivered, "message") + " from " + sender;
   if (held > 0) text += "; " + counted(held, "part") + " held back until \"release\"";
   text += ".\n";
-  for (const std::string& note : encoder.notes()) text += "Note: " + note + "\n";
+  for (const std::string& note : encoder.notes) text += "Note: " + note + "\n";
   return {true, text};
 }
 
@@ -72,8 +72,8 @@ Answer receive(Gateway& gateway, const Arguments& given) {
   options.parts = given.number("--parts", 0);
   options.reference = given.number("--reference", gateway.phones.nextReference);
   GsmEncoder encoder;
-  if (!encoder.encode(text, options)) return wrong(encoder.problem());
-  if (encoder.parts().size() > 1 && !given.has("--reference")) ++gateway.phones.nextReference;
+  if (!encoder.encode(text, options)) return wrong(encoder.problem);
+  if (encoder.parts.size() > 1 && !given.has("--reference")) ++gateway.phones.nextReference;
   const Delivery delivery{given.numbers("--order"), given.numbers("--repeat"), given.numbers("--lose"),
                           given.numbers("--hold")};
   gateway.phones.texts.push_back({sender, text, true, gateway.clock.now()});

@@ -10,31 +10,23 @@ namespace Simulator {
 /// concatenation header (3GPP TS 23.040). The tool prints a character that the alphabet and ASCII code alike
 /// as itself, other octets as \xHH in lower case, after the escape to the extension table the octet as it
 /// stands.
-class GsmEncoder {
- public:
+struct GsmEncoder {
   struct Options {
     bool wideReference = false;  ///< a 16-bit reference: parts of 152 septets instead of 153
     unsigned parts = 0;          ///< at least so many parts, even of a short text; 0: as many as it needs
     unsigned reference = 1;      ///< of the concatenation header, its low 8 or 16 bits
   };
 
-  /// Encodes `text`, UTF-8. False, with one line in problem(), when a character is in neither table, or
+  /// Encodes `text`, UTF-8. False, with one line in `problem`, when a character is in neither table, or
   /// there would be more than 255 parts or more parts than characters.
   [[nodiscard]] bool encode(const std::string& text, const Options& options);
 
   /// The user data of each part as the tool prints it, without quotes. One element for an undivided text.
-  const std::vector<std::string>& parts() const { return parts_; }
+  std::vector<std::string> parts;
   /// What of the text will not arrive as it was written, a line each, because veld reads the tool's output
   /// narrowly.
-  const std::vector<std::string>& notes() const { return notes_; }
-  const std::string& problem() const { return problem_; }
-
- private:
-  void addNotes(const std::string& text, bool wideParts);
-
-  std::vector<std::string> parts_;
-  std::vector<std::string> notes_;
-  std::string problem_;
+  std::vector<std::string> notes;
+  std::string problem;
 };
 
 }  // namespace Simulator

@@ -47,9 +47,9 @@ TEST_P(PrintedText, IsReadByTheDaemon) {
   GsmEncoder encoder;
   ASSERT_TRUE(encoder.encode(GetParam().text, {}));
   const bool changed = GetParam().arrives != nullptr;
-  EXPECT_EQ(encoder.parts(), std::vector<std::string>{GetParam().printed});
-  EXPECT_EQ(decoded(encoder.parts()[0]), changed ? GetParam().arrives : GetParam().text);
-  EXPECT_EQ(encoder.notes().empty(), !changed);
+  EXPECT_EQ(encoder.parts, std::vector<std::string>{GetParam().printed});
+  EXPECT_EQ(decoded(encoder.parts[0]), changed ? GetParam().arrives : GetParam().text);
+  EXPECT_EQ(encoder.notes.empty(), !changed);
 }
 INSTANTIATE_ROWS(PrintedText, printRows);
 
@@ -59,8 +59,8 @@ TEST(GsmEncoder, CarriesTheWholeAlphabet) {
       "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
   GsmEncoder encoder;
   ASSERT_TRUE(encoder.encode(text, {}));
-  ASSERT_EQ(encoder.parts().size(), 1U);  // 127 septets
-  EXPECT_EQ(decoded(encoder.parts()[0]), text);
+  ASSERT_EQ(encoder.parts.size(), 1U);  // 127 septets
+  EXPECT_EQ(decoded(encoder.parts[0]), text);
 }
 
 struct SplitRow {
@@ -94,19 +94,20 @@ const SplitRow splitRows[] = {
       "\\x05\\x00\\x03\\xc8\\x03\\x03\\x00"},
      {2, 2, 1}},
     {"OneLetterEach", "abcd", {false, 4, 1}, {"\\x05", "\\x05", "\\x05", "\\x05"}, {1, 1, 1, 1}},
+    {"MoreThanAskedFor", repeated("a", 500), {false, 2, 1}, {4, "\\x05"}, {153, 153, 153, 41}},
     {"PartBeginsWithTheFillCode", "a@", {false, 2, 1}, {"\\x05", "\\x05"}, {1, 1}},
 };
 class SplitText : public testing::TestWithParam<SplitRow> {};
 TEST_P(SplitText, IsReadByTheDaemon) {
   GsmEncoder encoder;
   ASSERT_TRUE(encoder.encode(GetParam().text, GetParam().options));
-  ASSERT_EQ(encoder.parts().size(), GetParam().headers.size());
+  ASSERT_EQ(encoder.parts.size(), GetParam().headers.size());
   std::string whole;
   std::vector<std::size_t> lengths;
-  for (std::size_t i = 0; i < encoder.parts().size(); ++i) {
-    EXPECT_EQ(encoder.parts()[i].substr(0, GetParam().headers[i].size()), GetParam().headers[i]);
-    lengths.push_back(decoded(encoder.parts()[i]).size());
-    whole += decoded(encoder.parts()[i]);
+  for (std::size_t i = 0; i < encoder.parts.size(); ++i) {
+    EXPECT_EQ(encoder.parts[i].substr(0, GetParam().headers[i].size()), GetParam().headers[i]);
+    lengths.push_back(decoded(encoder.parts[i]).size());
+    whole += decoded(encoder.parts[i]);
   }
   EXPECT_EQ(lengths, GetParam().lengths);
   EXPECT_EQ(whole, GetParam().text);
@@ -132,7 +133,7 @@ class RefusedText : public testing::TestWithParam<RefusalRow> {};
 TEST_P(RefusedText, SaysWhy) {
   GsmEncoder encoder;
   EXPECT_FALSE(encoder.encode(GetParam().text, {false, GetParam().parts, 1}));
-  EXPECT_NE(encoder.problem().find(GetParam().problem), std::string::npos) << encoder.problem();
+  EXPECT_NE(encoder.problem.find(GetParam().problem), std::string::npos) << encoder.problem;
 }
 INSTANTIATE_ROWS(RefusedText, refusalRows);
 
