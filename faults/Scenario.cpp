@@ -89,9 +89,8 @@ Trial prepare(const Scenario& scenario, Trial::Programs programs) {
 }
 
 bool begin(const Scenario& scenario, Trial& trial, Tracer& tracer, const std::vector<std::string>& options) {
-  std::string problem;
   if (scenario.atStart &&
-      !(Tracer::stopNext() && trial.daemon().start(problem) && Tracer::awaitStop(trial.daemon().pid())))
+      !(Tracer::stopNext() && trial.daemon().start().empty() && Tracer::awaitStop(trial.daemon().pid())))
     return false;
   if (!tracer.attach(trial.daemon().pid(), options)) return false;
   if (scenario.atStart)

@@ -47,7 +47,7 @@ Trial::Trial(const Programs& programs, unsigned limit) : limit_(limit), gateway_
 
 void Trial::receive(const std::string& text, const std::string& sender, unsigned parts, bool hold) {
   Simulator::GsmEncoder encoder;
-  if (!encoder.encode(text, {false, parts, nextReference_++})) std::abort();
+  if (!encoder.encode(text, {false, parts, nextReference_++}).empty()) std::abort();
   for (const std::string& part : encoder.parts) {
     if (hold && &part == &encoder.parts.back())
       held_ = {sender, part};
@@ -74,10 +74,7 @@ void Trial::mayBeDisplaced() {
     for (Message& message : *messages) message.missed = false;
 }
 
-bool Trial::start() {
-  std::string problem;
-  return daemon().start(problem) && awaitSleep();
-}
+bool Trial::start() { return daemon().start().empty() && awaitSleep(); }
 
 bool Trial::pass(unsigned count) {
   bool sleeps = awaitSleep();

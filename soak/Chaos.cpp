@@ -33,7 +33,7 @@ bool Chaos::fail(const std::string& problem) {
 }
 
 bool Chaos::start(unsigned faults) {
-  if (!gateway_.daemon.start(problem_)) return false;
+  if (const std::string problem = gateway_.daemon.start(); !problem.empty()) return fail(problem);
   if (gateway_.daemon.awaitSleep(passSeconds) != Passed::Yes)
     return fail("The first pass did not come to its end.");
   ledger_.observe(faults);

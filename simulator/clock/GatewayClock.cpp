@@ -14,9 +14,8 @@ namespace Simulator {
 GatewayClock::GatewayClock(bool hold) {
   const int file = open(ClockControl::file, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
   void* memory = MAP_FAILED;
-  if (file >= 0 && ftruncate(file, sizeof(ClockControl)) == 0) {
+  if (file >= 0 && ftruncate(file, sizeof(ClockControl)) == 0)
     memory = mmap(nullptr, sizeof(ClockControl), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-  }
   unlink(ClockControl::wakeFifo);
   const bool made = mkfifo(ClockControl::wakeFifo, 0600) == 0;
   wake_ = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);

@@ -12,8 +12,6 @@ class GatewayClock {
   /// Creates the shared files; ends the process with a line on standard error when it cannot. `hold` as in
   /// ClockControl.
   explicit GatewayClock(bool hold);
-  GatewayClock(const GatewayClock&) = delete;
-  GatewayClock& operator=(const GatewayClock&) = delete;
 
   /// To be called before a daemon starts: no sleep has begun, and time goes on, by a second where only sleeps
   /// take any.

@@ -7,6 +7,18 @@
 namespace Simulator {
 namespace {
 
+// Reads a quoted stretch into `word`; `at` is on the opening quote and ends on the closing one.
+bool readQuoted(const std::string& line, std::size_t& at, std::string& word) {
+  const char quote = line[at];
+  for (++at; at < line.size() && line[at] != quote; ++at) {
+    const char next = quote == '"' && line[at] == '\\' && at + 1 < line.size() ? line[at + 1] : '\0';
+    const bool escape = next == '"' || next == '\\' || next == 'n';
+    word += next == 'n' ? '\n' : escape ? next : line[at];
+    if (escape) ++at;
+  }
+  return at < line.size();
+}
+
 std::vector<std::string> split(const std::string& text, char separator) {
   std::vector<std::string> pieces;
   std::istringstream stream(text);
@@ -65,6 +77,25 @@ Shape parse(const std::string& text) {
 
 }  // namespace
 
+bool splitLine(const std::string& line, std::vector<Word>& words) {
+  words.clear();
+  bool inWord = false;
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    const bool blank = line[at] == ' ' || line[at] == '\t';
+    if (!blank && !inWord) words.push_back({"", false});
+    inWord = !blank;
+    if (blank) continue;
+    Word& word = words.back();
+    if (line[at] != '"' && line[at] != '\'') {
+      word.text += line[at];
+    } else {
+      word.quoted = true;
+      if (!readQuoted(line, at, word.text)) return false;
+    }
+  }
+  return true;
+}
+
 std::optional<unsigned> readNumber(const std::string& text, unsigned least, unsigned most) {
   unsigned number = 0;
   const char* const end = text.data() + text.size();
@@ -74,26 +105,22 @@ std::optional<unsigned> readNumber(const std::string& text, unsigned least, unsi
   return number;
 }
 
-bool Arguments::fail(const std::string& problem) {
-  problem_ = problem;
-  return false;
-}
-
-bool Arguments::read(const std::string& shapes, const std::vector<Word>& line) {
+std::string Arguments::read(const std::string& shapes, const std::vector<Word>& line) {
   std::string problem;
   std::size_t understood = 0;
   for (std::size_t begin = 0; begin <= shapes.size();) {
     const std::size_t end = std::min(shapes.find(", ", begin), shapes.size());
-    if (readShape(shapes.substr(begin, end - begin), line)) return true;
+    const std::string wrong = readShape(shapes.substr(begin, end - begin), line);
+    if (wrong.empty()) return "";
     // The shape that was meant is the one that goes along with most of the words.
-    if (problem.empty() || words_.size() > understood) problem = problem_;
+    if (problem.empty() || words_.size() > understood) problem = wrong;
     understood = std::max(understood, words_.size());
     begin = end + 2;
   }
-  return fail(problem);
+  return problem;
 }
 
-bool Arguments::readShape(const std::string& text, const std::vector<Word>& line) {
+std::string Arguments::readShape(const std::string& text, const std::vector<Word>& line) {
   const Shape shape = parse(text);
   words_.clear();
   options_.clear();
@@ -101,21 +128,20 @@ bool Arguments::readShape(const std::string& text, const std::vector<Word>& line
     const std::string& word = line[i].text;
     if (!line[i].quoted && !shape.takesAll && word.compare(0, 2, "--") == 0) {
       const auto option = shape.options.find(word);
-      if (option == shape.options.end()) return fail("There is no option " + word + ".");
+      if (option == shape.options.end()) return "There is no option " + word + ".";
       const std::string& kind = option->second;
-      if (!kind.empty() && ++i == line.size()) return fail(word + " wants " + kind + ".");
+      if (!kind.empty() && ++i == line.size()) return std::string(word).append(" wants ").append(kind) + ".";
       const std::string wrong = kind.empty() ? "" : wrongIn(line[i].text, kind);
-      if (!wrong.empty()) return fail(std::string(word).append(": ").append(wrong));
+      if (!wrong.empty()) return std::string(word).append(": ").append(wrong);
       options_[word] = line[i].text;
       continue;
     }
-    if (words_.size() >= shape.kinds.size() && !shape.goesOn)
-      return fail("\"" + word + "\" is one word too many.");
+    if (words_.size() >= shape.kinds.size() && !shape.goesOn) return "\"" + word + "\" is one word too many.";
     const std::string& kind = shape.kinds[std::min(words_.size(), shape.kinds.size() - 1)];
-    if (const std::string wrong = wrongIn(word, kind); !wrong.empty()) return fail(wrong);
+    if (const std::string wrong = wrongIn(word, kind); !wrong.empty()) return wrong;
     words_.push_back(word);
   }
-  return words_.size() >= shape.least || fail(shape.kinds[words_.size()] + " is missing.");
+  return words_.size() >= shape.least ? "" : shape.kinds[words_.size()] + " is missing.";
 }
 
 std::string Arguments::value(const std::string& option) const {

@@ -5,9 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "simulator/console/CommandLine.h"
-
 namespace Simulator {
+
+/// A word of a command line. One with a quote in it is no option, whatever it looks like.
+struct Word {
+  std::string text;
+  bool quoted;
+};
+
+/// Splits a line at blanks into its words. Quotes keep blanks together: in "..." a backslash makes the next
+/// `"` or `\` plain and `\n` a line feed; nothing is special in '...'. False when a quote is left open.
+[[nodiscard]] bool splitLine(const std::string& line, std::vector<Word>& words);
 
 /// A whole number; none when `text` is anything else or it is not from `least` to `most`.
 std::optional<unsigned> readNumber(const std::string& text, unsigned least = 0, unsigned most = 65535);
@@ -23,10 +31,9 @@ std::optional<unsigned> readNumber(const std::string& text, unsigned least = 0, 
 /// and a word in brackets may be missing, with those behind it.
 class Arguments {
  public:
-  /// Reads the words from the second on by the shape that fits best. False, with one line in problem(), when
-  /// none fits.
-  [[nodiscard]] bool read(const std::string& shapes, const std::vector<Word>& line);
-  const std::string& problem() const { return problem_; }
+  /// Reads the words from the second on by the shape that fits best. What it gives is empty, or says in one
+  /// line why none fits.
+  [[nodiscard]] std::string read(const std::string& shapes, const std::vector<Word>& line);
 
   /// The words, without the options.
   const std::vector<std::string>& words() const { return words_; }
@@ -44,12 +51,10 @@ class Arguments {
 
  private:
   std::string value(const std::string& option) const;
-  bool readShape(const std::string& shape, const std::vector<Word>& line);
-  bool fail(const std::string& problem);
+  std::string readShape(const std::string& shape, const std::vector<Word>& line);
 
   std::vector<std::string> words_;
   std::map<std::string, std::string> options_;  ///< with their values
-  std::string problem_;
 };
 
 }  // namespace Simulator

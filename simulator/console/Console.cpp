@@ -89,7 +89,7 @@ void runConsole(Interpreter& commands) {
   const char* home = std::getenv("HOME");
   const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
   interpreter = &commands;
-  std::signal(SIGINT, [](int) { interpreter->gateway().daemon.interrupt(); });
+  std::signal(SIGINT, [](int) { interpreter->gateway().daemon.interrupted = true; });
   rl_readline_name = "gateway";
   rl_attempted_completion_function = complete;
   using_history();

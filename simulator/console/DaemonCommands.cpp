@@ -27,17 +27,16 @@ Answer notRunning(Gateway& gateway) {
 
 // Why a wait came to nothing.
 Answer stillWaits(Gateway& gateway, const std::string& after) {
-  if (gateway.daemon.interrupted()) return wrong("Interrupted; " + after + " goes on all the same.");
+  if (gateway.daemon.interrupted) return wrong("Interrupted; " + after + " goes on all the same.");
   const std::string hang = gateway.hang();
   return wrong(after + (hang.empty() ? " takes very long." : " does not end: " + hang + "."));
 }
 
 Answer start(Gateway& gateway, const Arguments& given) {
   DaemonProcess& daemon = gateway.daemon;
-  std::string problem;
   if (daemon.running())
     return {true, "The daemon runs already, as process " + std::to_string(daemon.pid()) + "."};
-  if (!daemon.start(problem)) return wrong(problem);
+  if (const std::string problem = daemon.start(); !problem.empty()) return wrong(problem);
   if (given.has("--no-wait")) return {true, "The daemon is starting."};
   const Passed passed = daemon.awaitSleep(awaitSeconds);
   if (passed == Passed::Ended) return {true, ended(gateway)};
@@ -54,10 +53,8 @@ Answer stop(Gateway& gateway, const Arguments&) {
 }
 
 Answer restart(Gateway& gateway, const Arguments& given) {
-  if (gateway.daemon.running()) {
-    if (Answer answer = stop(gateway, given); !answer.good) return answer;
-  }
-  return start(gateway, given);
+  const Answer stopped = gateway.daemon.running() ? stop(gateway, given) : Answer{};
+  return stopped.good ? start(gateway, given) : stopped;
 }
 
 Answer killDaemon(Gateway& gateway, const Arguments& given) {
@@ -131,7 +128,7 @@ Answer await(Gateway& gateway, const Arguments& given) {
                             : gateway.api.waiting() > 0;
   };
   if (!daemon.wait(awaitSeconds, happened))
-    return wrong(daemon.interrupted() ? "Interrupted." : "That did not happen within 30 seconds.");
+    return wrong(daemon.interrupted ? "Interrupted." : "That did not happen within 30 seconds.");
   return {true, what == "exit"   ? ended(gateway)
                 : what == "pass" ? "The daemon sleeps."
                 : what == "tool" ? "The tool hangs."

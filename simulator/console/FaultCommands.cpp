@@ -1,4 +1,4 @@
-#include <map>
+#include <algorithm>
 
 #include "simulator/console/Interpreter.h"
 
@@ -7,14 +7,17 @@ namespace {
 
 constexpr unsigned untilRepaired = 9999;  // times
 
+// The fault of a name among those of its kind; None when it is not among them.
+template <typename Fault, std::size_t count>
+Fault faultOf(const char* const (&names)[count], const std::string& name) {
+  const auto place = std::find(std::begin(names), std::end(names), name) - std::begin(names);
+  return place < static_cast<std::ptrdiff_t>(count) ? static_cast<Fault>(place) : Fault::None;
+}
+
 Answer breakApi(Gateway& gateway, const Arguments& given) {
-  const std::map<std::string, ApiFault> faults{{"code", ApiFault::Code},
-                                               {"garbage", ApiFault::Garbage},
-                                               {"slow", ApiFault::Slow},
-                                               {"close", ApiFault::Close},
-                                               {"silent", ApiFault::Silent}};
-  if (const auto found = faults.find(given.word(1)); found != faults.end()) {
-    gateway.api.setFault(found->second, given.number(2, 0));
+  const auto fault = faultOf<ApiFault>(LocalApiServer::faultNames, given.word(1));
+  if (fault != ApiFault::None) {
+    gateway.api.setFault(fault, given.number(2, 0));
     return {true, "The API is broken: " + gateway.api.fault() + "."};
   }
   const bool refuses = given.word(1) == "refused";
@@ -23,16 +26,13 @@ Answer breakApi(Gateway& gateway, const Arguments& given) {
 }
 
 Answer breakTool(Gateway& gateway, const Arguments& given) {
-  const std::map<std::string, ToolFault> faults{{"fail", ToolFault::Fail},
-                                                {"hang", ToolFault::Hang},
-                                                {"kill", ToolFault::Kill},
-                                                {"silent", ToolFault::Silent}};
   const std::string operation = given.word(1);
   if (operation == "gone") {
     gateway.setToolThere(false);
     return {true, "The tool is gone."};
   }
-  gateway.modem.setFault(operation, faults.at(given.word(2)), given.number(3, untilRepaired));
+  gateway.modem.setFault(operation, faultOf<ToolFault>(Modem::faultNames, given.word(2)),
+                         given.number(3, untilRepaired));
   return {true, "The tool is broken: " + operation + " " + given.word(2) + "."};
 }
 

@@ -18,10 +18,10 @@ std::string usage(const Command& command) {
 Interpreter::Interpreter(Gateway& gateway) : gateway_(gateway) {
   for (const auto& some : {messageCommands(), daemonCommands(), faultCommands(), lookCommands()})
     commands_.insert(commands_.end(), some.begin(), some.end());
-  gateway_.daemon.setPause([this] { pause(); });
+  gateway_.daemon.pause = [this] { pause(); };
 }
 
-Interpreter::~Interpreter() { gateway_.daemon.setPause(sleepAMoment); }
+Interpreter::~Interpreter() { gateway_.daemon.pause = sleepAMoment; }
 
 void Interpreter::pause() {
   turn_.unlock();
@@ -53,7 +53,8 @@ Answer Interpreter::execute(const std::string& text) {
 
 Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   Arguments given;
-  if (!given.read(command.arguments, line)) return wrong(given.problem() + " Write it as: " + usage(command));
+  const std::string problem = given.read(command.arguments, line);
+  if (!problem.empty()) return wrong(problem + " Write it as: " + usage(command));
   const auto turn = lock();
   if (command.waits) {
     std::string hang;
@@ -61,7 +62,7 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
     if (!waitUntil(turnSeconds, isFree, [this] { pause(); }) || !hang.empty())
       return wrong("\"" + waiting_ + "\" has not ended yet" + (hang.empty() ? "" : ": " + hang) + ".");
     waiting_ = command.name;
-    gateway_.daemon.resume();
+    gateway_.daemon.interrupted = false;
   }
   Answer answer = command.run(gateway_, given);
   if (command.waits) waiting_.clear();
@@ -73,7 +74,7 @@ void Interpreter::carryOut() {
   const auto turn = lock();
   if (busy()) return;
   waiting_ = "carry-out";
-  gateway_.daemon.resume();
+  gateway_.daemon.interrupted = false;
   gateway_.responder.carryOut();
   waiting_.clear();
 }

@@ -18,9 +18,8 @@ bool contains(const std::vector<unsigned>& numbers, unsigned number) {
 // The numbers of the parts in the order in which they come in: those of `order` first, then the others.
 std::vector<unsigned> orderParts(std::vector<unsigned> order, unsigned count,
                                  const std::vector<unsigned>& repeated) {
-  for (unsigned number = 1; number <= count; ++number) {
+  for (unsigned number = 1; number <= count; ++number)
     if (!contains(order, number)) order.push_back(number);
-  }
   order.insert(order.end(), repeated.begin(), repeated.end());
   return order;
 }
@@ -30,9 +29,8 @@ struct Delivery {
 
   bool fits(unsigned count) const {
     for (const auto* numbers : {&order, &repeated, &lost, &held}) {
-      for (const unsigned number : *numbers) {
+      for (const unsigned number : *numbers)
         if (number == 0 || number > count) return false;
-      }
     }
     return true;
   }
@@ -41,9 +39,8 @@ struct Delivery {
 Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& encoder,
                const Delivery& delivery) {
   const auto count = static_cast<unsigned>(encoder.parts.size());
-  if (!delivery.fits(count)) {
+  if (!delivery.fits(count))
     return wrong("The message has " + counted(count, "part") + "; parts are counted from 1.");
-  }
   std::size_t held = 0;
   std::size_t delivered = 0;
   for (const unsigned number : orderParts(delivery.order, count, delivery.repeated)) {
@@ -72,7 +69,7 @@ Answer receive(Gateway& gateway, const Arguments& given) {
   options.parts = given.number("--parts", 0);
   options.reference = given.number("--reference", gateway.phones.nextReference);
   GsmEncoder encoder;
-  if (!encoder.encode(text, options)) return wrong(encoder.problem);
+  if (const std::string problem = encoder.encode(text, options); !problem.empty()) return wrong(problem);
   if (encoder.parts.size() > 1 && !given.has("--reference")) ++gateway.phones.nextReference;
   const Delivery delivery{given.numbers("--order"), given.numbers("--repeat"), given.numbers("--lose"),
                           given.numbers("--hold")};

@@ -51,9 +51,8 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
 std::string readReports() {
   const std::filesystem::path prefix = reportPrefix;
   std::string text;
-  for (const std::string& name : listFolder(prefix.parent_path())) {
+  for (const std::string& name : listFolder(prefix.parent_path()))
     if (name.rfind(prefix.filename().string() + ".", 0) == 0) text += readFile(prefix.parent_path() / name);
-  }
   return text;
 }
 
@@ -64,36 +63,28 @@ DaemonProcess::DaemonProcess(Paths paths, GatewayClock& clock, std::function<boo
   prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 
-bool DaemonProcess::start(std::string& problem) {
-  if (access(paths_.program.c_str(), X_OK) != 0) {
-    problem = "There is no program " + paths_.program + ".";
-    return false;
-  }
+std::string DaemonProcess::start() {
+  if (access(paths_.program.c_str(), X_OK) != 0) return "There is no program " + paths_.program + ".";
   clock_.reset();
   ending_.clear();
   std::vector<std::string> command = commandFor(paths_);
   std::vector<char*> words;
+  words.reserve(command.size() + 1);
   for (std::string& word : command) words.push_back(word.data());
   words.push_back(nullptr);
   const pid_t child = fork();
   if (child == 0) run(words.data());
   int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) {
-    problem = "The daemon could not be started.";
-    return false;
-  }
+  if (child < 0 || waitpid(child, &status, 0) != child) return "The daemon could not be started.";
   if (status != 0) {
     ended(status);
-    problem = "The daemon ended before it had detached, with " + ending_ + ". " + readFile(outputFile);
-    return false;
+    return "The daemon ended before it had detached, with " + ending_ + ". " + readFile(outputFile);
   }
   // The orphan became a child of this process.
   const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, longestName);
-  for (const pid_t orphan : childrenOf(getpid())) {
+  for (const pid_t orphan : childrenOf(getpid()))
     if (readFile("/proc/" + std::to_string(orphan) + "/comm") == name + "\n") pid_ = orphan;
-  }
-  if (pid_ == 0) problem = "The daemon left no process behind when it detached.";
-  return pid_ != 0;
+  return pid_ != 0 ? "" : "The daemon left no process behind when it detached.";
 }
 
 bool DaemonProcess::stop() {
@@ -129,7 +120,7 @@ std::string DaemonProcess::ending() {
 
 bool DaemonProcess::wait(double seconds, const std::function<bool()>& done) {
   bool is = false;
-  waitUntil(seconds, [&] { return (is = done()) || interrupted_; }, pause_);
+  waitUntil(seconds, [&] { return (is = done()) || interrupted; }, pause);
   return is;
 }
 

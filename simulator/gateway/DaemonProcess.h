@@ -26,9 +26,9 @@ class DaemonProcess {
   /// `hangs` tells whether the daemon waits for something that will not come: no pass is then waited for.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
-  /// Runs the program until it has detached. False, with one line in `problem`, when it could not be started,
-  /// or when it ended itself before it had detached.
-  [[nodiscard]] bool start(std::string& problem);
+  /// Runs the program until it has detached. What it gives is empty, or says in one line why it could not be
+  /// started, or that it ended itself before it had detached.
+  [[nodiscard]] std::string start();
   /// Asks it to end, and waits up to ten seconds; whether it has ended.
   bool stop();
   /// Whether it is running, or has ended by now.
@@ -48,12 +48,10 @@ class DaemonProcess {
   /// Waits up to `seconds` for anything that is to happen; whether it has.
   bool wait(double seconds, const std::function<bool()>& done);
 
-  /// Lets every wait end early until resume(); to be called by a signal handler, too.
-  void interrupt() { interrupted_ = true; }
-  void resume() { interrupted_ = false; }
-  bool interrupted() const { return interrupted_; }
+  /// Lets every wait end early; a signal handler may set it, too.
+  std::atomic<bool> interrupted{false};
   /// What passes the moments of a wait.
-  void setPause(std::function<void()> pause) { pause_ = std::move(pause); }
+  std::function<void()> pause = sleepAMoment;
 
  private:
   void ended(int status);
@@ -61,8 +59,6 @@ class DaemonProcess {
   const Paths paths_;
   GatewayClock& clock_;
   const std::function<bool()> hangs_;
-  std::function<void()> pause_ = sleepAMoment;
-  std::atomic<bool> interrupted_{false};
   pid_t pid_ = 0;
   std::string ending_;
 };

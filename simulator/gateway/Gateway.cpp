@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 
 namespace Simulator {
 namespace {
@@ -49,7 +50,7 @@ Gateway::Gateway(const Options& options)
 
 Gateway::~Gateway() {
   repair();
-  daemon.resume();
+  daemon.interrupted = false;
   if (daemon.stop()) return;
   daemon.signal(SIGKILL);
   daemon.wait(killSeconds, [this] { return !daemon.running(); });
@@ -58,11 +59,8 @@ Gateway::~Gateway() {
 std::string Gateway::veldctl(const std::vector<std::string>& words) const {
   const char* const other = std::getenv("VELDCTL");
   std::string command = std::string("PATH=") + toolFolder + ":$PATH " + (other != nullptr ? other : veldctl_);
-  for (const std::string& word : words) {
-    command += " '";
-    for (const char c : word) command += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    command += "'";
-  }
+  for (const std::string& word : words)
+    command += " '" + std::regex_replace(word, std::regex("'"), R"('\'')") + "'";
   std::FILE* const pipe = popen((command + " 2>&1; s=$?; [ $s -eq 0 ] || echo status $s").c_str(), "r");
   if (pipe == nullptr) return "";
   std::string said;

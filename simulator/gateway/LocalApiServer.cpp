@@ -2,7 +2,6 @@
 
 #include <httplib.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -19,7 +18,6 @@ constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
 constexpr int anyPort = 80;  // that a socket in the file system does not look at
 constexpr double startSeconds = 10;
-constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
 
 // The commands that this gateway knows, the last part of their paths: its own list, to which the daemon is
 // held.
@@ -72,10 +70,9 @@ bool LocalApiServer::listen() {
 
 void LocalApiServer::close(bool leaveSocket) {
   if (server_) {
-    {
-      const std::lock_guard lock(mutex_);
-      closing_ = true;
-    }
+    std::unique_lock lock(mutex_);
+    closing_ = true;
+    lock.unlock();
     repaired_.notify_all();
     server_->stop();
     thread_.join();
@@ -143,9 +140,8 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
 }
 
 Json::Value LocalApiServer::answer(const Request& request) const {
-  if (request.method == "GET") {
+  if (request.method == "GET")
     return request.path == settingsPath ? envelope(200, settings_()) : envelope(404, "no such resource");
-  }
   if (!isKnown(request.path)) return envelope(404, "no such command");
   Json::Value body;
   if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is no command");

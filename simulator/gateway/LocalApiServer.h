@@ -30,6 +30,8 @@ enum class ApiFault { None, Code, Garbage, Slow, Close, Silent };
 class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
+  /// Of ApiFault, in its order.
+  static constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
 
   struct Request {
     std::string method;

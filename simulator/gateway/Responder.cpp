@@ -23,8 +23,8 @@ void Responder::carryOut(const LocalApiServer::Request& request) {
   Json::Value body;
   if (!readJson(request.body, body)) return;
   const bool reboot = request.path == rebootPath;
-  std::string problem;
-  if (reboot && !(daemon_.stop() && daemon_.start(problem))) {
+  const std::string problem = !reboot ? "" : daemon_.stop() ? daemon_.start() : "The daemon does not end.";
+  if (!problem.empty()) {
     events_.push_back({"The gateway cannot reboot: " + problem, true});
     return;
   }

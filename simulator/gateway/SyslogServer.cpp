@@ -90,7 +90,6 @@ void SyslogServer::drain() {
 std::vector<SyslogServer::Line> SyslogServer::lines(std::size_t first) {
   drain();
   const std::lock_guard lock(mutex_);
-  if (first >= lines_.size()) return {};
   return {lines_.begin() + static_cast<std::ptrdiff_t>(first), lines_.end()};
 }
 

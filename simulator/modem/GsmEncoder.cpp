@@ -98,7 +98,7 @@ std::vector<std::string> divide(const std::vector<Piece>& pieces, unsigned room,
 
 }  // namespace
 
-bool GsmEncoder::encode(const std::string& text, const Options& options) {
+std::string GsmEncoder::encode(const std::string& text, const Options& options) {
   notes.clear();
   static const Table table = makeTable();
   std::vector<Piece> pieces;
@@ -106,27 +106,21 @@ bool GsmEncoder::encode(const std::string& text, const Options& options) {
   for (std::size_t at = 0; at < text.size();) {
     const std::string character = characterAt(text, at);
     const auto found = table.find(character);
-    if (found == table.end()) {
-      problem = "The GSM 7-bit alphabet has no \"" + character + "\" (byte " + std::to_string(at + 1) +
-                "): a network would send this text as UCS-2, which veld does not read.";
-      return false;
-    }
+    if (found == table.end())
+      return "The GSM 7-bit alphabet has no \"" + character + "\" (byte " + std::to_string(at + 1) +
+             "): a network would send this text as UCS-2, which veld does not read.";
     pieces.push_back(found->second);
     total += found->second.septets;
     at += character.size();
   }
-  if (options.parts > 1 && options.parts > pieces.size()) {
-    problem = "A text of " + std::to_string(pieces.size()) + " characters cannot make " +
-              std::to_string(options.parts) + " parts.";
-    return false;
-  }
+  if (options.parts > 1 && options.parts > pieces.size())
+    return "A text of " + std::to_string(pieces.size()) + " characters cannot make " +
+           std::to_string(options.parts) + " parts.";
   const bool divided = total > 160 || options.parts > 1;
   parts = divide(pieces, !divided ? 160 : options.wideReference ? 152 : 153, std::max(1U, options.parts));
   const auto count = static_cast<unsigned>(parts.size());
-  if (count > 255) {
-    problem = "The text needs " + std::to_string(count) + " parts, and a message has 255 at most.";
-    return false;
-  }
+  if (count > 255)
+    return "The text needs " + std::to_string(count) + " parts, and a message has 255 at most.";
   for (const auto& [found, note] : changed)
     if (text.find(found) != std::string::npos) notes.emplace_back(note);
   const auto beginsWithFill = [](const std::string& part) { return part.compare(0, 4, escaped(0)) == 0; };
@@ -134,7 +128,7 @@ bool GsmEncoder::encode(const std::string& text, const Options& options) {
     notes.emplace_back("A part begins with \"@\", which veld takes for the fill after the header.");
   for (unsigned number = 1; divided && number <= count; ++number)
     parts[number - 1].insert(0, header(options, count, number));
-  return true;
+  return "";
 }
 
 }  // namespace Simulator

@@ -17,16 +17,15 @@ struct GsmEncoder {
     unsigned reference = 1;      ///< of the concatenation header, its low 8 or 16 bits
   };
 
-  /// Encodes `text`, UTF-8. False, with one line in `problem`, when a character is in neither table, or
-  /// there would be more than 255 parts or more parts than characters.
-  [[nodiscard]] bool encode(const std::string& text, const Options& options);
+  /// Encodes `text`, UTF-8. What it gives is empty, or says in one line that a character is in neither table,
+  /// or there would be more than 255 parts or more parts than characters.
+  [[nodiscard]] std::string encode(const std::string& text, const Options& options);
 
   /// The user data of each part as the tool prints it, without quotes. One element for an undivided text.
   std::vector<std::string> parts;
   /// What of the text will not arrive as it was written, a line each, because veld reads the tool's output
   /// narrowly.
   std::vector<std::string> notes;
-  std::string problem;
 };
 
 }  // namespace Simulator

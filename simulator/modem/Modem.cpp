@@ -13,7 +13,6 @@
 namespace Simulator {
 namespace {
 
-constexpr const char* faultNames[] = {"none", "fail", "hang", "kill", "silent"};
 // Of 07700 900000 to 900999, which the United Kingdom's regulator keeps for drama and gives to nobody.
 constexpr char serviceCentre[] = "+447700900123";
 
@@ -68,9 +67,8 @@ std::vector<Json::Value> Modem::sent() const {
   std::vector<Json::Value> messages;
   std::istringstream lines(readFile(path("sent")));
   Json::Value message;
-  for (std::string line; std::getline(lines, line);) {
+  for (std::string line; std::getline(lines, line);)
     if (readJson(line, message)) messages.push_back(message);
-  }
   return messages;
 }
 

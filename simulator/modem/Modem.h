@@ -16,6 +16,8 @@ enum class ToolFault { None, Fail, Hang, Kill, Silent };
 class Modem {
  public:
   static constexpr char storeFolder[] = "/run/modem";
+  /// Of ToolFault, in its order.
+  static constexpr const char* faultNames[] = {"none", "fail", "hang", "kill", "silent"};
 
   /// Creates the folder tree if it is missing.
   explicit Modem(std::string folder);

@@ -1,6 +1,5 @@
 #include "simulator/page/PageServer.h"
 
-#include <httplib.h>
 #include <sys/socket.h>
 
 #include <chrono>
@@ -12,7 +11,7 @@ namespace Simulator {
 namespace {
 
 constexpr char loopback[] = "127.0.0.1";
-constexpr std::chrono::milliseconds lookEvery{150};
+constexpr std::chrono::milliseconds lookEvery{100};
 constexpr std::size_t largestCommand = 64 << 10;
 constexpr std::size_t linesAtOnce = 500;
 constexpr std::size_t threadCount = 24;
@@ -46,31 +45,26 @@ struct PageServer::Seen {
 PageServer::PageServer(Interpreter& interpreter) : interpreter_(interpreter) {}
 
 PageServer::~PageServer() {
-  {
-    const std::lock_guard lock(mutex_);
-    stop_ = true;
-  }
-  changed_.notify_all();
-  interpreter_.gateway().daemon.interrupt();  // whoever waits for the daemon waits no longer
+  stop_ = true;
+  interpreter_.gateway().daemon.interrupted = true;  // whoever waits for the daemon waits no longer
   if (watcher_.joinable()) watcher_.join();
   if (listener_.joinable()) {
-    server_->stop();
+    server_.stop();
     listener_.join();
   }
 }
 
 bool PageServer::listen(int port) {
-  server_ = std::make_unique<httplib::Server>();
-  server_->new_task_queue = [] { return new httplib::ThreadPool(threadCount); };
-  server_->set_socket_options(setSocketOptions);
-  server_->set_payload_max_length(largestCommand);
-  server_->set_default_headers(defaultHeaders);
+  server_.new_task_queue = [] { return new httplib::ThreadPool(threadCount); };
+  server_.set_socket_options(setSocketOptions);
+  server_.set_payload_max_length(largestCommand);
+  server_.set_default_headers(defaultHeaders);
   addHandlers();
-  port_ = port == 0 ? server_->bind_to_any_port(loopback) : server_->bind_to_port(loopback, port) ? port : -1;
-  if (port_ < 0 || !server_->set_mount_point("/", SITE_FOLDER)) return false;
+  port_ = port == 0 ? server_.bind_to_any_port(loopback) : server_.bind_to_port(loopback, port) ? port : -1;
+  if (port_ < 0 || !server_.set_mount_point("/", SITE_FOLDER)) return false;
   watcher_ = std::thread([this] { watch(); });
-  listener_ = std::thread([this] { server_->listen_after_bind(); });
-  while (!server_->is_running()) std::this_thread::yield();
+  listener_ = std::thread([this] { server_.listen_after_bind(); });
+  while (!server_.is_running()) std::this_thread::yield();
   return true;
 }
 
@@ -80,16 +74,17 @@ std::string PageServer::address() const {
 
 void PageServer::addHandlers() {
   using Handled = httplib::Server::HandlerResponse;
-  server_->set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
+  server_.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
     if (isOwn(request)) return Handled::Unhandled;
     response.status = forbidden;
     response.set_content("This gateway answers only its own page, at " + address() + "\n", "text/plain");
     return Handled::Handled;
   });
-  server_->Post("/command", [this](const httplib::Request& request, httplib::Response& response) {
-    command(request, response);
+  server_.Post("/command", [this](const httplib::Request& request, httplib::Response& response) {
+    const Answer answer = interpreter_.execute(request.body);
+    response.set_content(toLine(object({{"good", answer.good}, {"text", answer.text}})), "application/json");
   });
-  server_->Get("/events", [this](const httplib::Request&, httplib::Response& response) { follow(response); });
+  server_.Get("/events", [this](const httplib::Request&, httplib::Response& response) { follow(response); });
 }
 
 bool PageServer::isOwn(const httplib::Request& request) const {
@@ -103,25 +98,19 @@ bool PageServer::isOwn(const httplib::Request& request) const {
   return reads || request.get_header_value("Origin") == "http://" + host;
 }
 
-void PageServer::command(const httplib::Request& request, httplib::Response& response) {
-  const Answer answer = interpreter_.execute(request.body);
-  response.set_content(toLine(object({{"good", answer.good}, {"text", answer.text}})), "application/json");
-}
-
 void PageServer::follow(httplib::Response& response) {
   if (++followers_ > mostFollowers) {
     --followers_;
     response.set_content("retry: 1000\n\n", "text/event-stream");  // the browser asks again in a second
     return;
   }
-  const auto seen = std::make_shared<Seen>();
   response.set_chunked_content_provider(
       "text/event-stream",
-      [this, seen](std::size_t, httplib::DataSink& sink) { return sendNews(*seen, sink); },
+      [this, seen = Seen()](std::size_t, httplib::DataSink& sink) mutable { return sendNews(seen, sink); },
       [this](bool) { --followers_; });
 }
 
-// Sends what has changed since the last call, or waits a moment for a change; false when nobody listens.
+// Sends what has changed since the last call, or waits a moment; false when nobody listens.
 bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
   std::string news;
   Json::Value log(Json::arrayValue);
@@ -132,29 +121,24 @@ bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
   }
   if (!log.empty()) news += event("log", toLine(log));
   std::unique_lock lock(mutex_);
-  if (stop_) return false;
   for (const auto& [name, line] : panes_) {
     if (seen.panes[name] == line) continue;
     seen.panes[name] = line;
     news += event(name, line);
   }
-  if (news.empty()) changed_.wait_for(lock, lookEvery);
   lock.unlock();
-  return news.empty() || sink.write(news.data(), news.size());
+  if (news.empty()) std::this_thread::sleep_for(lookEvery);
+  return !stop_ && (news.empty() || sink.write(news.data(), news.size()));
 }
 
 void PageServer::watch() {
   Panes panes(interpreter_);
-  std::unique_lock lock(mutex_);
   while (!stop_) {
+    const std::map<std::string, std::string> now = panes.look();
+    std::unique_lock lock(mutex_);
+    panes_ = now;
     lock.unlock();
-    panes.look();
-    lock.lock();
-    if (panes_ != panes.all()) {
-      panes_ = panes.all();
-      changed_.notify_all();
-    }
-    if (!stop_) changed_.wait_for(lock, lookEvery);
+    std::this_thread::sleep_for(lookEvery);
   }
 }
 

@@ -1,21 +1,14 @@
 #pragma once
 
+#include <httplib.h>
+
 #include <atomic>
-#include <condition_variable>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
 #include "simulator/console/Interpreter.h"
-
-namespace httplib {
-class DataSink;
-class Server;
-struct Request;
-struct Response;
-}  // namespace httplib
 
 namespace Simulator {
 
@@ -37,18 +30,16 @@ class PageServer {
   struct Seen;  // what one browser has been sent
   void addHandlers();
   bool isOwn(const httplib::Request& request) const;
-  void command(const httplib::Request& request, httplib::Response& response);
   void follow(httplib::Response& response);
   bool sendNews(Seen& seen, httplib::DataSink& sink);
   void watch();
 
   Interpreter& interpreter_;
-  std::unique_ptr<httplib::Server> server_;
+  httplib::Server server_;
   int port_ = 0;
   std::mutex mutex_;
-  std::condition_variable changed_;
   std::map<std::string, std::string> panes_;
-  bool stop_ = false;
+  std::atomic<bool> stop_{false};
   std::atomic<unsigned> followers_{0};
   std::thread watcher_;
   std::thread listener_;

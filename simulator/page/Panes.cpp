@@ -70,11 +70,7 @@ Json::Value eventsPane(const Responder& responder) {
 }
 
 // What the log says of a command that was refused, and what that means.
-struct Refusal {
-  const char* said;
-  const char* meaning;
-};
-constexpr Refusal refusals[] = {
+constexpr std::pair<const char*, const char*> refusals[] = {
     {"phone number not in white list", "not on the whitelist"},
     {"password did not match", "wrong password"},
     {"Invalid command string", "no such command"},
@@ -97,12 +93,12 @@ void Panes::readLog(SyslogServer& syslog) {
       judged_ = number.substr(0, number.size() - 1) + " " + line.text.substr(begin, end - begin);
       refusals_.removeMember(judged_);
     }
-    for (const Refusal& refusal : refusals)
-      if (line.text.find(refusal.said) != std::string::npos) refusals_[judged_] = refusal.meaning;
+    for (const auto& [said, meaning] : refusals)
+      if (line.text.find(said) != std::string::npos) refusals_[judged_] = meaning;
   }
 }
 
-void Panes::look() {
+std::map<std::string, std::string> Panes::look() {
   interpreter_.carryOut();
   const auto turn = interpreter_.lock();
   Gateway& gateway = interpreter_.gateway();
@@ -112,19 +108,18 @@ void Panes::look() {
     gateway.phones.texts.push_back(
         {sent[sentSeen_]["recipient"].asString(), sent[sentSeen_]["text"].asString(), false, now});
   readLog(gateway.syslog);
-  const std::map<std::string, Json::Value> panes{
-      {"daemon", daemonPane(interpreter_, gateway)},
-      {"clock", timeOf(now)},
-      {"modem", modemPane(gateway.modem)},
-      {"phones", phonesPane(gateway.phones)},
-      {"folders", foldersPane()},
-      {"requests", requestsPane(gateway.api)},
-      {"settings", settingsPane(gateway.settings.value())},
-      {"faults", arrayOf(gateway.faults())},
-      {"events", eventsPane(gateway.responder)},
-      {"refusals", refusals_},
+  return {
+      {"daemon", toLine(daemonPane(interpreter_, gateway))},
+      {"clock", toLine(timeOf(now))},
+      {"modem", toLine(modemPane(gateway.modem))},
+      {"phones", toLine(phonesPane(gateway.phones))},
+      {"folders", toLine(foldersPane())},
+      {"requests", toLine(requestsPane(gateway.api))},
+      {"settings", toLine(settingsPane(gateway.settings.value()))},
+      {"faults", toLine(arrayOf(gateway.faults()))},
+      {"events", toLine(eventsPane(gateway.responder))},
+      {"refusals", toLine(refusals_)},
   };
-  for (const auto& [name, pane] : panes) panes_[name] = toLine(pane);
 }
 
 }  // namespace Simulator

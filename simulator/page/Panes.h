@@ -14,14 +14,12 @@ class Panes {
   explicit Panes(Interpreter& interpreter) : interpreter_(interpreter) {}
 
   /// Looks at the gateway anew, after it has done what its API was asked for.
-  void look();
-  const std::map<std::string, std::string>& all() const { return panes_; }
+  std::map<std::string, std::string> look();
 
  private:
   void readLog(SyslogServer& syslog);
 
   Interpreter& interpreter_;
-  std::map<std::string, std::string> panes_;
   std::size_t sentSeen_ = 0;
   std::size_t logSeen_ = 0;
   std::string judged_;                       ///< the text that the daemon decided on last

@@ -37,9 +37,8 @@ bool appendFile(const std::string& path, const std::string& content) {
 std::vector<std::string> listFolder(const std::string& path) {
   std::vector<std::string> names;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(path, error)) {
+  for (const auto& entry : std::filesystem::directory_iterator(path, error))
     names.push_back(entry.path().filename());
-  }
   std::sort(names.begin(), names.end());
   return names;
 }

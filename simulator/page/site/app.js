@@ -58,18 +58,12 @@ function fill(list, items, empty) {
     if (focused === details.dataset.key) details.querySelector("summary").focus();
   }
 }
-function unfolding(summary, text, key) {
-  const details = element("details", {}, element("summary", { textContent: summary }), element("pre", { textContent: text }));
-  details.dataset.key = key;
-  return details;
+function keyed(key, made) {
+  made.dataset.key = key;
+  return made;
 }
-function card(key, ...children) {
-  const item = element("li", { className: "card" }, ...children);
-  item.dataset.key = key;
-  return item;
-}
+const card = (key, ...children) => keyed(key, element("li", { className: "card" }, ...children));
 const tag = (text, warn) => element("span", { className: warn ? "tag warn" : "tag", textContent: text });
-const pretty = (value) => JSON.stringify(value, null, 2);
 
 // Phone
 const mayCommand = (number) => !commands.whitelist?.enabled
@@ -129,7 +123,8 @@ function recordCard(record, folder) {
   if (refusal) item.append(tag("no command: " + refusal, true));
   if (record.parts) item.append(tag(`${record.parts.filter((part) => part !== null).length} of ${record["part-count"]} parts`, true));
   if (folder === "failed") item.append(tag(record.retries === 1 ? "1 retry left" : `${record.retries ?? 0} retries left`, true));
-  item.append(unfolding("JSON", pretty(record), key));
+  item.append(keyed(key, element("details", {}, element("summary", { textContent: "JSON" }),
+    element("pre", { textContent: JSON.stringify(record, null, 2) }))));
   return item;
 }
 function showFolders() {
@@ -191,11 +186,8 @@ const PANES = {
     at("faults").textContent = lines.join("; ") || "Everything works.";
     at("faults").className = lines.length ? "wrong" : "";
   },
-  events: (all) => fill(at("events"), all.map(({ text, reboot }, i) => {
-    const item = element("li", { className: reboot ? "reboot" : "", textContent: text });
-    item.dataset.key = "event" + i;
-    return item;
-  }).reverse(), "Nothing yet. When a command reaches the local API, the gateway carries it out and answers the phone."),
+  events: (all) => fill(at("events"), all.map(({ text, reboot }, i) => keyed("event" + i,
+    element("li", { className: reboot ? "reboot" : "", textContent: text }))).reverse(), "Nothing yet. When a command reaches the local API, the gateway carries it out and answers the phone."),
   log: addLog,
 };
 
