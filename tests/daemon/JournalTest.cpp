@@ -1,4 +1,8 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
 
 #include "daemon/MainLoop.h"
 #include "storage/FolderCollectionStorage.h"
@@ -9,8 +13,29 @@
 #include "tests/Rows.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/daemon/FakeProvider.h"
+#include "tests/storage/FakeStorage.h"
 
 using testing::HasSubstr;
+
+namespace {
+
+std::string flushed;  ///< what was brought to the disk, in order
+bool diskFails = false;
+
+}  // namespace
+
+// In the place of the C library's: no test sees a disk.
+extern "C" int fsync(int file) {
+  struct stat status{};
+  fstat(file, &status);
+  flushed += S_ISDIR(status.st_mode) ? "folder " : "file ";
+  return 0;
+}
+extern "C" int syncfs(int folder) noexcept {
+  flushed += faccessat(folder, "journal", F_OK, 0) == 0 ? "store beside journal " : "store ";
+  errno = EIO;
+  return diskFails ? -1 : 0;
+}
 
 namespace {
 
@@ -145,10 +170,11 @@ TEST(Journal, PutsAMessageBehindThatEndedADaemon) {
 TEST(Journal, FilesUnderAFreeGuidWhereAnotherMessageLies) {
   Store store({{"journal", R"([{"id":1,"to":1,"record":{"guid":"1","message":"a","source":"2"}}])"
                            "\n"},
-               {received + 1, R"({"guid":"1","message":"other"})"}});
+               {received + 1, R"({"guid":"1","message":"other"})"},
+               {"inbox/received/10", R"({"guid":"10"})"}});
   store.pass();
   EXPECT_EQ(store.read(received), "{'guid':'1','message':'other'}");
-  EXPECT_EQ(store.read("/inbox/received/10"), "{'guid':'10','message':'a','source':'2'}");
+  EXPECT_EQ(store.read("/inbox/received/11"), "{'guid':'11','message':'a','source':'2'}");
 }
 
 TEST(Journal, IsOneDaemonsAtATime) {
@@ -159,4 +185,32 @@ TEST(Journal, IsOneDaemonsAtATime) {
   second.received({json(wholeMessage)});
   second.received({json(wholeMessage)});
   EXPECT_EQ(log.text(), "[ERROR] Journal [" + root.path + "/journal] belongs to another daemon\n");
+}
+
+TEST(Journal, IsOnTheDiskBeforeWhatCannotBeUndone) {
+  const TemporaryFolder root({{"outbox/sending/2", R"({"guid":"2"})"}});
+  Journal journal(root.path, 1, 1);
+  const auto flushedMeanwhile = [] { return std::exchange(flushed, ""); };
+  FakeStorage none;
+  journal.catchUp(none);
+  flushedMeanwhile();
+  journal.received({json(wholeMessage)});
+  EXPECT_EQ(flushedMeanwhile(), "file folder ");
+  journal.prepare(json("{'guid':'2'}"), MessageStatus::Sending);
+  journal.begun();
+  EXPECT_EQ(flushedMeanwhile(), "");
+  journal.answered(true);
+  EXPECT_EQ(flushedMeanwhile(), "file ");
+  EXPECT_TRUE(journal.isAnswered(json("{'guid':'2'}"), MessageStatus::Sending));
+  std::filesystem::remove(root.path + "/outbox/sending/2");
+  EXPECT_FALSE(journal.isAnswered(json("{'guid':'2'}"), MessageStatus::Sending));
+  journal.saved(json(wholeMessage), MessageStatus::Received, true);
+  diskFails = true;
+  journal.settle();
+  diskFails = false;
+  EXPECT_TRUE(journal.isTaken("1"));
+  EXPECT_EQ(flushedMeanwhile(), "store beside journal ");
+  journal.settle();
+  EXPECT_FALSE(journal.isTaken("1"));
+  EXPECT_EQ(flushedMeanwhile(), "store beside journal file folder ");
 }

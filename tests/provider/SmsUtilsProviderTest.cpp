@@ -5,6 +5,7 @@
 #include <csignal>
 
 #include "provider/SmsUtilsProvider.h"
+#include "storage/MessageStatus.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
@@ -152,6 +153,20 @@ TEST_P(Send, HandsTheTextToTheTool) {
   EXPECT_FALSE(std::filesystem::exists("/tmp/sms/sms-tmp"));
 }
 INSTANTIATE_ROWS(Send, sendRows);
+
+TEST_F(SmsUtilsProviderTest, WritesDownWhatTheToolIsAboutToDo) {
+  const TemporaryFolder root({{"outbox/sending/1", R"({"guid":"1","recipient":"+49"})"}});
+  Journal journal(root.path, 9, 9);
+  SmsUtilsProvider provider(&journal);
+  tool("[ \"$*\" != 'list read' ] || exec " + std::string(twoMessages) + "; cat " + root.path +
+       "/journal >> " + calls);
+  provider.receiveMessages();
+  EXPECT_THAT(readFile(calls), HasSubstr("delete read\n[{"));
+  journal.prepare(json("{'guid':'1','recipient':'+49'}"), MessageStatus::Sending);
+  provider.sendMessage(json("{'guid':'1','recipient':'+49'}"));
+  EXPECT_THAT(readFile(calls), testing::EndsWith("\"to\":0,\"tried\":false}]\n"));
+  EXPECT_THAT(readFile(root.path + "/journal"), testing::EndsWith("\"to\":3,\"tried\":false}]\n"));
+}
 
 TEST_F(SmsUtilsProviderTest, AppendsTheToolsOutputToItsLog) {
   tool("echo said; echo wrong >&2");
