@@ -175,10 +175,13 @@ TEST_F(SmsUtilsProviderTest, AppendsTheToolsOutputToItsLog) {
   EXPECT_EQ(readFile("/var/log/veld.log"), "said\nwrong\nsaid\nwrong\n");
 }
 
-TEST_F(SmsUtilsProviderTest, FailsWhereItsFolderIsGone) {
+TEST_F(SmsUtilsProviderTest, FailsWhereItsFolderIsFullOrGone) {
+  std::filesystem::create_symlink("/dev/full", "/tmp/sms/sms-tmp");
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':'a'}")));
   std::filesystem::remove_all("/tmp/sms");
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // whose text is not looked at
   EXPECT_EQ(log_.text(),
+            "[ERROR] Cannot write file /tmp/sms/sms-tmp: [28][No space left on device]\n"
             "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");
 }
 

@@ -26,6 +26,14 @@ TEST(FolderStorage, ReportsOnlyAMissingGuid) {
   EXPECT_FALSE(std::filesystem::exists(folder.path + "/gone"));
 }
 
+TEST(FolderStorage, ReportsAFullDisk) {
+  const TemporaryFolder folder;
+  std::filesystem::create_symlink("/dev/full", folder.path + "/1");
+  LogCapture log;
+  EXPECT_FALSE(FolderStorage(folder.path).save(json("{'guid':'1'}")));
+  EXPECT_THAT(log.text(), HasSubstr("Cannot write file " + folder.path + "/1: [28]["));
+}
+
 TEST(FolderStorage, IsUsableWhereItsFolderCannotBeMade) {
   const TemporaryFolder folder{{"file", "x"}};
   LogCapture log;
