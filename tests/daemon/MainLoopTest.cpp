@@ -217,16 +217,15 @@ TEST_F(Pass, RetriesBeforeItSends) {
 }
 
 TEST_F(Pass, SendsNothingAgainThatCannotBeMoved) {
+  storage_.removes = false;
   startFailureTimer(retry_, [this] { return now_; });
   for (const int from : {Failed, Sending}) {
-    const Json::Value record = json("{'guid':'1','recipient':'good','retries':1}");
-    writeFile(root_.path + folder(from) + "/1", record.toStyledString());
+    storage_.records = {{from, {json("{'guid':'1','recipient':'good','retries':1}")}}};
+    writeFile(root_.path + folder(from) + "/1", storage_.records[from][0].toStyledString());
     for (int passes = 0; passes < 2; ++passes) {
-      storage_.records[from] = {record};
       now_ += 10;
       pass();
     }
-    storage_.records.clear();
   }
   EXPECT_THAT(provider_.attempts, ElementsAre("good", "good"));
 }

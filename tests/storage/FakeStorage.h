@@ -23,6 +23,7 @@ class FakeStorage final : public ICollectionStorage {
 
   void remove(const Json::Value& filter, int status) override {
     auto& all = records[status];
+    if (!removes) return;
     for (auto record = all.begin(); record != all.end();)
       record = matches(*record, filter) ? all.erase(record) : record + 1;
   }
@@ -53,6 +54,7 @@ class FakeStorage final : public ICollectionStorage {
   std::map<int, int> loads;
   std::function<void()> onSave;
   bool takes = true;  ///< false: the disk is full
+  bool removes = true;
   Journal* journal = nullptr;
 
  private:
