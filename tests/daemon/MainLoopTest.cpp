@@ -191,8 +191,8 @@ TEST_F(Pass, SendsWhatIsQueued) {
 }
 
 TEST_F(Pass, GivesASignOfLifeForEachMessage) {
-  DatagramSocket manager("@manager");
-  setenv("NOTIFY_SOCKET", "@manager", 1);
+  DatagramSocket manager("/run/manager");
+  setenv("NOTIFY_SOCKET", "/run/manager", 1);
   Orvel::Watchdog::setup();
   storage_.records[Received] = {json(firstPart)};
   storage_.records[Failed] = {json("{'guid':'3','recipient':'good','retries':1}")};

@@ -1,10 +1,12 @@
 #include "support/Watchdog.h"
 #include "tests/DatagramSocket.h"
+#include "tests/TemporaryFolder.h"
 
 TEST(Watchdog, GivesSignsWhereASocketIsNamed) {
-  for (const char* const name : {"/run/manager", "@manager"}) {
+  const TemporaryFolder folder;  // abstract names are the whole machine's: one that no other test has
+  for (const std::string& name : {std::string("/run/manager"), "@" + folder.path}) {
     DatagramSocket manager(name);
-    setenv("NOTIFY_SOCKET", name, 1);
+    setenv("NOTIFY_SOCKET", name.c_str(), 1);
     Orvel::Watchdog::setup();
     EXPECT_EQ(getenv("NOTIFY_SOCKET"), nullptr);
     Orvel::Watchdog::feed();
