@@ -35,8 +35,6 @@ const AnswerRow answerRows[] = {
     {"NoCode", CannedApi::ok("{}"), requestFailed("0")},
     {"NullCode", CannedApi::ok("{\"code\": null}"), requestFailed("0")},
     {"NoJson", CannedApi::ok("OK"), noJson},
-    {"NoBody", CannedApi::ok(""), noJson},
-    {"TextBehind", CannedApi::ok("{\"code\": 200} x"), noJson},
     {"Large", CannedApi::ok("{\"code\": 200, \"x\": \"" + std::string(100000, 'x') + "\"}"), ""},
     {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", noJson},
     {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200}", noTransfer},

@@ -142,13 +142,18 @@ TEST_P(Left, IsFiledByTheNextDaemon) {
   EXPECT_THAT(log.text(), HasSubstr(GetParam().log));
   EXPECT_EQ(store.read(file), GetParam().after);
   EXPECT_FALSE(store.has("/journal"));
+  EXPECT_EQ(store.has("/journal.unreadable"), std::string(GetParam().log).find("torn") != std::string::npos);
 }
 INSTANTIATE_ROWS(Left, leftRows);
 
 TEST(Journal, IsThereOnlyWhileSomethingIsOnItsWay) {
   Store store({{queued + 1, R"({"guid":"1","recipient":"2"})"}});
   std::string during;
-  store.modem.onSend = [&] { during = store.read("/journal"); };
+  store.modem.onSend = [&] {
+    during = store.read("/journal");
+    EXPECT_EQ(std::filesystem::status(store.folder.path + "/journal").permissions(),
+              std::filesystem::perms{0600});
+  };
   store.pass({json(wholeMessage)});
   EXPECT_THAT(during, HasSubstr("'recipient':'2'"));
   EXPECT_FALSE(store.has("/journal"));

@@ -24,7 +24,6 @@ const SettingsRow settingsRows[] = {
     {"NoCode", CannedApi::ok("{\"result\": {}}"), "'kept'"},
     {"NullCode", CannedApi::ok("{\"code\": null, \"result\": {}}"), "'kept'"},
     {"NoJson", CannedApi::ok("settings"), "'kept'"},
-    {"NoBody", CannedApi::ok(""), "'kept'"},
     {"TextBehind", CannedApi::ok("{\"code\": 200, \"result\": {}} x"), "'kept'"},
     {"Comment", CannedApi::ok("{\"code\": /* */ 200, \"result\": {}}"), "'kept'"},
     {"KeyTwice", CannedApi::ok("{\"code\": 404, \"code\": 200, \"result\": {}}"), "'kept'"},

@@ -22,10 +22,3 @@ records received
 expect-count 2
 expect "message":"from two passes"
 expect-not parts
-
-# A lost part is shown as lost.
-receive +4917077777 "one two" --parts 2 --lose 1
-pass
-records received
-expect-count 3
-expect "message":" ... two"
