@@ -11,6 +11,7 @@
 #include <iostream>
 #include <regex>
 #include <set>
+#include <sstream>
 
 namespace Simulator {
 namespace {
@@ -52,10 +53,8 @@ char* nextCandidate(const char* begun, int state) {
 
 char** complete(const char* begun, int start, int) {
   rl_attempted_completion_over = 1;
-  const std::string line = std::string(rl_line_buffer).substr(0, static_cast<std::size_t>(start));
-  const std::size_t first = line.find_first_not_of(' ');
-  const std::string name =
-      first == std::string::npos ? "" : line.substr(first, line.find(' ', first) - first);
+  std::string name;
+  std::istringstream(std::string(rl_line_buffer, static_cast<std::size_t>(start))) >> name;
   candidates.clear();
   for (const Command& command : interpreter->all()) {
     if (name.empty() || name == "help") candidates.emplace_back(command.name);

@@ -149,8 +149,7 @@ Answer settings(Gateway& gateway, const Arguments& given) {
   const std::string& key = given.word(0);
   if (given.words().empty()) return {true, gateway.settings.value().toStyledString()};
   if (!remove && given.words().size() == 1) return wrong("The value of " + key + " is missing.");
-  Json::Value value;
-  if (!readJson(given.word(1), value)) value = given.word(1);
+  const Json::Value value = jsonOrText(given.word(1));
   const bool good = remove ? gateway.settings.remove(key) : gateway.settings.set(key, value);
   if (!good) return wrong("The settings have no place \"" + key + "\"; \"settings\" shows them.");
   return {true, key + (remove ? " is gone" : " is " + toLine(value)) + applies};

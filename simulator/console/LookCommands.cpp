@@ -28,11 +28,8 @@ Answer veldctl(Gateway& gateway, const Arguments& given) { return {true, gateway
 Answer requests(Gateway& gateway, const Arguments& given) {
   std::vector<Json::Value> values;
   for (const LocalApiServer::Request& request : gateway.api.requests()) {
-    if (!given.has("--all") && request.method != "POST") continue;
-    Json::Value value;
-    value["path"] = request.path;
-    if (!readJson(request.body, value["body"])) value["body"] = request.body;
-    values.push_back(value);
+    if (given.has("--all") || request.method == "POST")
+      values.push_back(object({{"path", request.path}, {"body", jsonOrText(request.body)}}));
   }
   return {true, lines(values)};
 }

@@ -100,14 +100,10 @@ Answer queue(Gateway& gateway, const Arguments& given) {
   return guid.empty() ? wrong("The record could not be written.") : Answer{true, "Queued as " + guid + "."};
 }
 
-Answer refuse(Gateway& gateway, const Arguments& given) {
-  gateway.modem.setRefused(given.word(0), true);
-  return {true, "The modem refuses " + given.word(0) + "."};
-}
-
-Answer accept(Gateway& gateway, const Arguments& given) {
-  gateway.modem.setRefused(given.word(0), false);
-  return {true, "The modem accepts " + given.word(0) + "."};
+template <bool refused>
+Answer setRefused(Gateway& gateway, const Arguments& given) {
+  gateway.modem.setRefused(given.word(0), refused);
+  return {true, (refused ? "The modem refuses " : "The modem accepts ") + given.word(0) + "."};
 }
 
 }  // namespace
@@ -122,8 +118,8 @@ std::vector<Command> messageCommands() {
       {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, as it is", listing},
       {"queue", "NUMBER TEXT [--retries N]", "another program of the gateway queues a message to NUMBER",
        queue},
-      {"refuse", "NUMBER", "the modem refuses to send to NUMBER", refuse},
-      {"accept", "NUMBER", "the modem sends to NUMBER again", accept},
+      {"refuse", "NUMBER", "the modem refuses to send to NUMBER", setRefused<true>},
+      {"accept", "NUMBER", "the modem sends to NUMBER again", setRefused<false>},
   };
 }
 

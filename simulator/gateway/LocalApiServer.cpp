@@ -107,7 +107,7 @@ std::optional<unsigned> LocalApiServer::silentSeconds() const {
 }
 
 void LocalApiServer::handle(const httplib::Request& request, httplib::Response& response) {
-  const Request kept{request.method, request.path, request.body, 0};
+  const Request kept{request.method, request.path, request.body};
   std::unique_lock lock(mutex_);
   const std::size_t number = requests_.size();
   requests_.push_back(kept);

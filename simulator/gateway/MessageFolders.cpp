@@ -28,11 +28,8 @@ std::string MessageFolders::pathOf(const std::string& box) {
 
 std::vector<Json::Value> MessageFolders::records(const std::string& box) {
   std::vector<Json::Value> all;
-  for (const std::string& name : listFolder(pathOf(box))) {
-    const std::string text = readFile(pathOf(box) + "/" + name);
-    Json::Value record;
-    all.push_back(readJson(text, record) ? record : Json::Value(text));
-  }
+  for (const std::string& name : listFolder(pathOf(box)))
+    all.push_back(jsonOrText(readFile(pathOf(box) + "/" + name)));
   return all;
 }
 

@@ -44,8 +44,7 @@ SyslogServer::~SyslogServer() {
 
 bool SyslogServer::listen() {
   close();
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
+  sockaddr_un address{AF_UNIX, {}};
   std::strncpy(address.sun_path, socketPath, sizeof(address.sun_path) - 1);
   const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {

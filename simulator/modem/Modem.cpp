@@ -32,7 +32,7 @@ void Modem::receiveRaw(const std::string& listing) {
   Json::Value now = state();
   const unsigned number = now["received"].asUInt();
   now["received"] = number + 1;
-  setState(now);
+  write("state", toLine(now));
   char name[16];
   std::snprintf(name, sizeof name, "%08u", number);
   // Written beside the boxes, so that no half message is listed.
@@ -77,15 +77,15 @@ Json::Value Modem::state() const {
   return readJson(readFile(path("state")), value) ? value : object({});
 }
 
-void Modem::setState(const Json::Value& state) {
-  if (!writeFile(path("state"), toLine(state))) std::perror(path("state").c_str());
+void Modem::write(const std::string& name, const std::string& content) {
+  if (!writeFile(path(name), content)) std::perror(path(name).c_str());
 }
 
 void Modem::setRefused(const std::string& number, bool refused) {
   Json::Value now = state();
   now["refused"].removeMember(number);
   if (refused) now["refused"][number] = true;
-  setState(now);
+  write("state", toLine(now));
 }
 
 std::vector<std::string> Modem::refused() const { return state()["refused"].getMemberNames(); }
@@ -97,13 +97,13 @@ void Modem::setFault(const std::string& operation, ToolFault fault, unsigned tim
     now["faults"][operation]["kind"] = static_cast<int>(fault);
     now["faults"][operation]["times"] = times;
   }
-  setState(now);
+  write("state", toLine(now));
 }
 
 void Modem::clearFaults() {
   Json::Value now = state();
   now.removeMember("faults");
-  setState(now);
+  write("state", toLine(now));
 }
 
 ToolFault Modem::takeFault(const std::string& operation) {
@@ -123,10 +123,6 @@ std::vector<std::string> Modem::faults() const {
                     std::to_string(times) + (times == 1 ? " time" : " times"));
   }
   return lines;
-}
-
-void Modem::setHanging(const std::string& operation) {
-  if (!writeFile(path("hanging"), operation)) std::perror(path("hanging").c_str());
 }
 
 bool Modem::hangs(const std::string& operation) const {

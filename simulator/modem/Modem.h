@@ -51,7 +51,7 @@ class Modem {
   std::vector<std::string> faults() const;
 
   /// A tool marks that it hangs; it ends when its fault is put right.
-  void setHanging(const std::string& operation);
+  void setHanging(const std::string& operation) { write("hanging", operation); }
   /// Whether it is not yet put right.
   bool hangs(const std::string& operation) const;
   /// What a tool hangs in, empty if in nothing, and for how long.
@@ -61,7 +61,7 @@ class Modem {
  private:
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
   Json::Value state() const;
-  void setState(const Json::Value& state);
+  void write(const std::string& name, const std::string& content);
 
   std::string folder_;
 };

@@ -68,4 +68,9 @@ bool readJson(const std::string& text, Json::Value& value) {
   }
 }
 
+Json::Value jsonOrText(const std::string& text) {
+  Json::Value value;
+  return readJson(text, value) ? value : Json::Value(text);
+}
+
 }  // namespace Simulator

@@ -2,7 +2,6 @@
 
 #include <json/value.h>
 
-#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,5 +24,7 @@ Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> me
 std::string toLine(const Json::Value& value);
 /// False when `text` is no JSON, or an object in it has a key twice.
 [[nodiscard]] bool readJson(const std::string& text, Json::Value& value);
+/// What is no JSON stays a text.
+Json::Value jsonOrText(const std::string& text);
 
 }  // namespace Simulator
