@@ -14,7 +14,7 @@
 using testing::ElementsAre;
 using namespace MessageStatus;
 
-TEST(FolderCollectionStorage, HasAFolderForEachStatus) {
+TEST(FolderCollectionStorage, HasAFolderForEachStatusAndMovesNothing) {
   const TemporaryFolder root;
   FolderCollectionStorage storage(root.path, root.path + "/staging");
   const std::pair<int, const char*> folders[] = {{Received, "/inbox/received/1"},
@@ -23,8 +23,10 @@ TEST(FolderCollectionStorage, HasAFolderForEachStatus) {
                                                  {Failed, "/outbox/failed/1"}};
   for (const auto& [status, file] : folders) {
     storage.save(json("{'guid':'1'}"), status);
+    storage.move(Json::nullValue, status, status % Failed + 1);
     EXPECT_TRUE(std::filesystem::exists(root.path + file)) << file;
     EXPECT_EQ(storage.load(Json::nullValue, status).size(), 1u);
+    EXPECT_EQ(storage.load(Json::nullValue, status % Failed + 1).size(), 0u);
     storage.remove(json("{'guid':'1'}"), status);
     EXPECT_FALSE(std::filesystem::exists(root.path + file)) << file;
   }
@@ -40,15 +42,6 @@ TEST(FolderCollectionStorage, TakesAnUnknownStatus) {
   }
 }
 
-TEST(FolderCollectionStorage, MovesNothing) {
-  const TemporaryFolder root;
-  FolderCollectionStorage storage(root.path, root.path + "/staging");
-  storage.save(json("{'guid':'1'}"), Sending);
-  storage.move(Json::nullValue, Sending, Sent);
-  EXPECT_EQ(storage.load(Json::nullValue, Sending).size(), 1u);
-  EXPECT_EQ(storage.load(Json::nullValue, Sent).size(), 0u);
-}
-
 struct MoveRow {
   const char* name;
   int to;
@@ -62,11 +55,11 @@ const MoveRow moveRows[] = {
     {"Unknown", 5, "{'guid':'1','status':'unknown'}"},
 };
 class Move : public testing::TestWithParam<MoveRow> {};
-TEST_P(Move, WritesTheStatus) {
+TEST_P(Move, WritesTheStatusOfWhatIsARecord) {
   const auto inner = std::make_shared<FakeStorage>();
-  inner->records[9] = {json("{'guid':'1','status':'old'}")};
-  StatusCollectionStorageDecorator(inner).move(json("{'guid':'1'}"), 9, GetParam().to);
-  EXPECT_THAT(inner->records[GetParam().to], ElementsAre(json(GetParam().moved)));
+  inner->records[9] = {json("[1]"), json("{'guid':'1','status':'old'}")};
+  StatusCollectionStorageDecorator(inner).move(Json::nullValue, 9, GetParam().to);
+  EXPECT_THAT(inner->records[GetParam().to], ElementsAre(json("[1]"), json(GetParam().moved)));
   EXPECT_THAT(inner->records[9], ElementsAre());
 }
 INSTANTIATE_ROWS(Move, moveRows);
@@ -87,34 +80,17 @@ TEST(Move, RemovesByTheCallersFilterOncePerRecord) {
   EXPECT_EQ(failures, 2u) << text;
 }
 
-TEST(Move, KeepsTheRecordsBesideWhatIsNone) {
+TEST(LimitNull, RefusesWhereNothingIsToBeKept) {
   const auto inner = std::make_shared<FakeStorage>();
-  inner->records[Sending] = {json("[1]"), json("{'guid':'1'}")};
-  StatusCollectionStorageDecorator(inner).move(Json::nullValue, Sending, Failed);
-  EXPECT_THAT(inner->guids(Failed), testing::Contains("1"));
+  for (const int status : {Received, Sending, Sent, Failed}) {
+    LimitNullCollectionStorageDecorator(inner, 0, 1).save(json("{'guid':'no inbox'}"), status);
+    LimitNullCollectionStorageDecorator(inner, 1, 0).save(json("{'guid':'no outbox'}"), status);
+  }
+  EXPECT_THAT(inner->guids(Received), ElementsAre("no outbox"));
+  EXPECT_THAT(inner->guids(Sending), ElementsAre("no inbox", "no outbox"));
+  EXPECT_THAT(inner->guids(Sent), ElementsAre("no inbox"));
+  EXPECT_THAT(inner->guids(Failed), ElementsAre("no inbox"));
 }
-
-struct LimitNullRow {
-  const char* name;
-  std::uint32_t receivedLimit, sentLimit;
-  int status;
-  bool stored;
-};
-const LimitNullRow limitNullRows[] = {
-    {"ReceivedAtNone", 0, 9, Received, false}, {"ReceivedAtOne", 1, 0, Received, true},
-    {"SentAtNone", 9, 0, Sent, false},         {"SentAtOne", 0, 1, Sent, true},
-    {"FailedAtNone", 9, 0, Failed, false},     {"FailedAtOne", 0, 1, Failed, true},
-    {"SendingAtNone", 0, 0, Sending, true},
-};
-class LimitNull : public testing::TestWithParam<LimitNullRow> {};
-TEST_P(LimitNull, RefusesWhereNothingIsToBeKept) {
-  const LimitNullRow& row = GetParam();
-  const auto inner = std::make_shared<FakeStorage>();
-  LimitNullCollectionStorageDecorator(inner, row.receivedLimit, row.sentLimit)
-      .save(json("{'guid':'1'}"), row.status);
-  EXPECT_EQ(inner->records[row.status].size(), row.stored ? 1u : 0u);
-}
-INSTANTIATE_ROWS(LimitNull, limitNullRows);
 
 struct LimitRow {
   const char* name;
