@@ -25,6 +25,14 @@ const httplib::Headers defaultHeaders{
     {"X-Content-Type-Options", "nosniff"},
     {"Cache-Control", "no-store"}};
 
+// Read once: under proot a file that is there is now and then not found.
+constexpr struct {
+  const char *path, *file, *type;
+} site[] = {{"/", "/index.html", "text/html"},
+            {"/app.js", "/app.js", "text/javascript"},
+            {"/style.css", "/style.css", "text/css"},
+            {"/icon.svg", "/icon.svg", "image/svg+xml"}};
+
 // As httplib's own, but a port that another gateway listens on is taken.
 void setSocketOptions(int socket) {
   const int yes = 1;
@@ -61,7 +69,7 @@ bool PageServer::listen(int port) {
   server_.set_default_headers(defaultHeaders);
   addHandlers();
   port_ = port == 0 ? server_.bind_to_any_port(loopback) : server_.bind_to_port(loopback, port) ? port : -1;
-  if (port_ < 0 || !server_.set_mount_point("/", SITE_FOLDER)) return false;
+  if (port_ < 0) return false;
   watcher_ = std::thread([this] { watch(); });
   listener_ = std::thread([this] { server_.listen_after_bind(); });
   while (!server_.is_running()) std::this_thread::yield();
@@ -80,6 +88,12 @@ void PageServer::addHandlers() {
     response.set_content("This gateway answers only its own page, at " + address() + "\n", "text/plain");
     return Handled::Handled;
   });
+  for (const auto& part : site) {
+    const std::string text = readFile(std::string(SITE_FOLDER) + part.file);
+    server_.Get(part.path, [text, type = part.type](const httplib::Request&, httplib::Response& response) {
+      response.set_content(text, type);
+    });
+  }
   server_.Post("/command", [this](const httplib::Request& request, httplib::Response& response) {
     const Answer answer = interpreter_.execute(request.body);
     response.set_content(toLine(object({{"good", answer.good}, {"text", answer.text}})), "application/json");
