@@ -32,10 +32,8 @@ constexpr char noWhitelist[] =
 constexpr char noPassword[] =
     "[ERROR] SMSCommandConfig::setConfig: Password enable or text setting missing\n";
 const RefusalRow refusalRows[] = {
-    {"Enabled", "enabled", unparsable, false, false},
     {"Whitelist", "whitelist", unparsable, false, false},
     {"Password", "password", unparsable, false, false},
-    {"Checkin", "checkinEnabled", unparsable, false, false},
     {"Reboot", "rebootEnabled", unparsable, false, false},
     {"WhitelistEnabled", "whitelist.enabled", noWhitelist, true, false},
     {"WhitelistNumbers", "whitelist.numbers", noWhitelist, true, false},

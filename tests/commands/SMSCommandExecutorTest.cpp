@@ -65,7 +65,9 @@ TEST(SMSCommandExecutor, SendsAMessage) {
   LogCapture log;
   EXPECT_FALSE(SMSCommandExecutor(url).execute("+49170", "a \"b\""));
   EXPECT_THAT(api.request(),
-              testing::EndsWith("\r\n\r\n{\"recipients\": [\"+49170\"], \"message\": \"a \"b\"\"}"));
+              AllOf(testing::StartsWith("POST /api/command/sms_send HTTP/1.1\r\n"),
+                    testing::HasSubstr("\r\nContent-Type: application/json\r\n"),
+                    testing::EndsWith("\r\n\r\n{\"recipients\": [\"+49170\"], \"message\": \"a \"b\"\"}")));
   EXPECT_EQ(log.text(), "[INFO] SMSCommandExecutor sending [" + std::string(url) +
                             "] command to [+49170] with [a \"b\"] message\n"
                             "[INFO] SMSCommandExecutor::execute postFields = {\"recipients\": [\"+49170\"], "

@@ -8,7 +8,6 @@
 #include "tests/Rows.h"
 
 using testing::EndsWith;
-using testing::HasSubstr;
 
 namespace {
 
@@ -43,11 +42,8 @@ std::string invalid(const char* keyword) {
 const ParseRow parseRows[] = {
     {"CommandAlone", "#checkin", SMSCMD_CHECKIN, "", {}, parsed},
     {"BlanksAround", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
-    {"Arguments", "#ping 8.8.8.8 3", SMSCMD_PING, "", {"8.8.8.8", "3"}, parsed},
     {"Password", "p secret #Checkin", SMSCMD_CHECKIN, "secret", {}, parsed},
-    {"CapitalMarker", "P secret #checkin a", SMSCMD_CHECKIN, "secret", {"a"}, parsed},
     {"PasswordWithHash", "p #a,b! #checkin", SMSCMD_CHECKIN, "#a,b!", {}, parsed},
-    {"TwoBlanksBeforeAnArgument", "#ping  a", SMSCMD_PING, "", {"", "a"}, parsed},
     {"TabInside", "#ping\ta", SMSCMD_UNKNOWN, "", {}, invalid("ping#011a")},
     {"LineFeedAround", "#ping\n", SMSCMD_UNKNOWN, "", {}, invalid("ping#012")},
     {"LineFeedBefore", "\n#ping", SMSCMD_UNKNOWN, "", {"\n#ping"}, noPasswordOrCommand},
@@ -60,7 +56,6 @@ const ParseRow parseRows[] = {
     {"NoHashBehindPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalid("")},
     {"TwoBlanksBeforeTheCommand", "p secret  #checkin", SMSCMD_UNKNOWN, "secret", {"#checkin"}, invalid("")},
     {"PasswordOfTwoWords", "p my secret #checkin", SMSCMD_UNKNOWN, "my", {"#checkin"}, invalid("")},
-    {"HashAlone", "#", SMSCMD_UNKNOWN, "", {}, invalid("")},
     {"UnknownKeyword", "#Format", SMSCMD_UNKNOWN, "", {}, invalid("format")},
     {"KeywordAndMore", "#pings", SMSCMD_UNKNOWN, "", {}, invalid("pings")},
 };
@@ -119,11 +114,8 @@ const ValidateRow validateRows[] = {
     {"RightPassword", passwordOn, "p secret #ping", "4567890", succeeded},
     {"WrongPassword", passwordOn, "p Secret #ping", "4567890", wrongPassword},
     {"BeginOfThePassword", passwordOn, "p secre #ping", "4567890", wrongPassword},
-    {"NoPassword", passwordOn, "#ping", "4567890", wrongPassword},
     {"EmptyPassword", "{'password':{'enabled':true,'text':''}}", "#ping", "4567890", succeeded},
     {"PasswordNotAskedFor", "{}", "p wrong #ping", "4567890", succeeded},
-    {"StrangerWithPassword", "{'whitelist':{'enabled':true},'password':{'enabled':true}}", "p secret #ping",
-     "4567890", stranger},
 };
 class Validate : public testing::TestWithParam<ValidateRow> {};
 TEST_P(Validate, LetsNoStrangerIn) {
@@ -145,41 +137,12 @@ TEST_P(Validate, LetsNoStrangerIn) {
 INSTANTIATE_ROWS(Validate, validateRows);
 
 TEST(Validate, ThrowsForAListThatIsAnObject) {
-  Json::Value all = json(
-      "{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,'password':{'enabled':false,'text':''},"
-      "'whitelist':{'enabled':true,'numbers':{'1234567':'1234567'}}}");
+  Json::Value all = settings();
+  all["whitelist"] = json("{'enabled':true,'numbers':{'1234567':'1234567'}}");
   SMSCommand commands(all);
   ASSERT_TRUE(commands.loadConfig());
   EXPECT_THROW(commands.validateSMSCommand("#ping", "1234567"), Json::LogicError);
 }
-
-struct RequestRow {
-  const char* name;
-  const char* message;
-  const char* path;
-  const char* args;  ///< as they stand in the body
-};
-const RequestRow requestRows[] = {
-    {"Reboot", "p secret #reboot", "sms_restart", ""},
-    {"Ping", "#ping 8.8.8.8 3", "do_ping_through_sms", "\"8.8.8.8\",\"3\""},
-    {"NothingIsEscaped", "#ping \"\\", "do_ping_through_sms", "\"\"\\\""},
-};
-class Request : public testing::TestWithParam<RequestRow> {};
-TEST_P(Request, IsPosted) {
-  SMSCommand commands(settings());
-  ASSERT_TRUE(commands.loadConfig());
-  CannedApi api(CannedApi::ok("{\"code\": 200}"));
-  LogCapture log;
-  EXPECT_TRUE(commands.executeCommand(GetParam().message, "+49170"));
-  const std::string& request = api.request();
-  EXPECT_THAT(request,
-              testing::StartsWith("POST /api/command/" + std::string(GetParam().path) + " HTTP/1.1\r\n"));
-  EXPECT_THAT(request, HasSubstr("\r\nContent-Type: application/json\r\n"));
-  EXPECT_THAT(request, EndsWith("\r\n\r\n{\"recipients\": [\"+49170\"], \"args\": [" +
-                                std::string(GetParam().args) + "]}"));
-  EXPECT_THAT(log.text(), testing::Not(HasSubstr("ERROR")));
-}
-INSTANTIATE_ROWS(Request, requestRows);
 
 TEST(Execute, RefusesACommandThatIsNotPermitted) {
   Json::Value all = settings();
@@ -208,13 +171,13 @@ TEST(Execute, IsTrueWhateverBecomesOfTheRequest) {
   SMSCommand commands(settings());
   ASSERT_TRUE(commands.loadConfig());
   LogCapture log;
-  EXPECT_TRUE(commands.executeCommand("#ping a", "1"));
+  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // of which nothing is escaped
   EXPECT_THAT(
       log.text(),
       EndsWith(
           "[INFO] SMSCommandExecutor sending [http://localhost/api/command/do_ping_through_sms] command to "
-          "[1] with args:\n[INFO]              a\n"
-          "[INFO] SMSCommandExecutor::execute postFields = {\"recipients\": [\"1\"], \"args\": [\"a\"]}\n"
+          "[1] with args:\n[INFO]              \"\\\n"
+          "[INFO] SMSCommandExecutor::execute postFields = {\"recipients\": [\"1\"], \"args\": [\"\"\\\"]}\n"
           "[ERROR] SMSCommandExecutor::sendCommand curl_easy_perform failed\n"
           "[ERROR] SMSCommandExecutor::execute sendCommand failed\n"));
 }

@@ -17,7 +17,6 @@ const CheckRow checkRows[] = {
     {"Nothing", "{}", 1, "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
     {"EnabledIsText", "{'enabled':'true'}", 1,
      "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"SwitchedOff", "{'enabled':false}", 0, "[ERROR] Exit: the sms are disabled.\n"},
     {"OnlyEnabled", "{'enabled':true}", 1,
      "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
     {"NoReceivedLimit", "{'enabled':true,'sentLimit':'x'}", 1,
