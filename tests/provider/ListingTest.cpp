@@ -43,7 +43,6 @@ const ListingRow listingRows[] = {
     {"Message", "index: 0\n  smsc-addr: +99\n  addr: +49\n  user-data: \"hi\"\n",
      "[{'source':'+49','message':'hi'}]"},
     {"ServiceCentreLast", "index\naddr: +49\nsmsc-addr: +99\n", "[{'source':'+49'}]"},
-    {"TextBeforeTheFirst", "2 messages\n\nindex\naddr: 1\n", "[{'source':'1'}]"},
     {"MarkersAnywhere", "* index=1\n-> addr: 1 \t\r\n", "[{'source':'1'}]"},
     {"MarkersAreCaseSensitive", "index\nADDR: 1\naddr: 2\nUser-Data: a\n", "[{'source':'2'}]"},
     {"FirstOfTwo", "index\naddr: 1\naddr: 2\nuser-data: a\nuser-data: b\n", "[{'source':'1','message':'a'}]"},
@@ -57,7 +56,6 @@ const ListingRow listingRows[] = {
     {"QuotedBlanks", "index\naddr: 1\nuser-data:  \" a \" \n", "[{'source':'1','message':' a '}]"},
     {"EmptyValues", "index\naddr:\nuser-data:\n", "[{'source':'','message':''}]"},
     {"EndsAtTheMarker", "index\nuser-data: a\naddr:", "[{'source':'','message':'a'}]"},
-    {"NoSender", "index\nuser-data: a\nindex\naddr: 1\n", "[{'source':'1'}]"},
     {"HeaderThenEscapes", "index\naddr: 1\nuser-data: \"\\x05\\x00\\x03\\x2a\\x01\\x01\\n\\\\x41\\x1be\"\n",
      "[{'source':'1','message':'\\nA€','part-id':42,'part-index':0,'part-count':1}]"},
 };

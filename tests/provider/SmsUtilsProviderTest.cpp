@@ -48,13 +48,6 @@ constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
 
 }  // namespace
 
-TEST_F(SmsUtilsProviderTest, TakesTheMessagesOffTheModem) {
-  tool(std::string("[ \"$*\" = 'list read' ] && ") + twoMessages);
-  EXPECT_EQ(provider_.receiveMessages().size(), 2u);
-  EXPECT_EQ(readFile(calls), std::string(listCalls) + deleteCall);
-  EXPECT_THAT(log_.text(), HasSubstr("Failed to delete SMS messages: [256]"));  // the script's own status
-}
-
 TEST_F(SmsUtilsProviderTest, DeletesOnlyWhatWasListedEvenIfItIsDropped) {
   tool("echo no messages");
   EXPECT_TRUE(provider_.receiveMessages().empty());
@@ -63,14 +56,6 @@ TEST_F(SmsUtilsProviderTest, DeletesOnlyWhatWasListedEvenIfItIsDropped) {
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_EQ(readFile(calls), std::string(listCalls) + listCalls + deleteCall);
   EXPECT_EQ(log_.text(), "[WARNING] SMS recipient is empty\n");
-}
-
-TEST_F(SmsUtilsProviderTest, JoinsTheParts) {
-  tool(R"([ "$*" = 'list read' ] && for part in 2 1; do
-            printf 'index\naddr: 1\nuser-data: "\\x05\\x00\\x03\\x2a\\x02\\x0%s%s"\n' $part $part; done; true)");
-  const auto records = provider_.receiveMessages();
-  ASSERT_EQ(records.size(), 1u);
-  EXPECT_EQ(records[0]["message"], "12");
 }
 
 TEST_F(SmsUtilsProviderTest, CutsALineAt1023Characters) {
