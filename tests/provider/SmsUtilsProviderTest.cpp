@@ -81,8 +81,8 @@ TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
   EXPECT_THAT(log_.text(), HasSubstr("[ERROR] [SMS-UTILS] Pipe error: [24][Too many open files]\n"));
 }
 
-// The tool stops in the middle of a line, sends SIGTERM, and goes on; it must be free to be ended by one
-// itself.
+// The tool stops in the middle of a line, sends SIGTERM when that is waited for, and goes on; it must be free
+// to be ended by one itself.
 TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
   struct sigaction action{}, before{};
   static volatile std::sig_atomic_t signals;
@@ -90,7 +90,7 @@ TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
   action.sa_handler = [](int) { signals = signals + 1; };
   sigaction(SIGTERM, &action, &before);
   tool("[ \"$*\" = 'list read' ] || exit 0; grep SigBlk /proc/self/status >> " + std::string(calls) +
-       "; printf 'index\\naddr: 1\\nuser-'; kill -TERM " + std::to_string(getpid()) +
+       "; printf 'index\\naddr: 1\\nuser-'; sleep 0.1; kill -TERM " + std::to_string(getpid()) +
        "; sleep 0.1; printf 'data: a\\nindex\\naddr: 2\\n'");
   EXPECT_EQ(provider_.receiveMessages().size(), 2u);
   sigaction(SIGTERM, &before, nullptr);
