@@ -39,6 +39,7 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
 // In the child of a program with threads, one of which may just have held the allocator's lock: nothing is
 // allocated here. Careless, too, are the two descriptors that stay open.
 [[noreturn]] void run(char* const* command) {
+  setpgid(0, 0);  // a Ctrl-C that comes before it has a session of its own is not for it
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
