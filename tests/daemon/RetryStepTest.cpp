@@ -5,13 +5,9 @@
 #include <ctime>
 
 #include "daemon/RetryStep.h"
-#include "storage/MessageStatus.h"
-#include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
-#include "tests/daemon/FakeProvider.h"
-#include "tests/storage/FakeStorage.h"
+#include "tests/daemon/World.h"
 
 using testing::ElementsAre;
 using namespace MessageStatus;
@@ -35,13 +31,11 @@ namespace {
 /// A step every 5 seconds, beginning where the clock is about to wrap.
 class RetryStep : public testing::Test {
  protected:
-  RetryStep() {
-    provider_.refused = {"bad"};
-    storage_.journal = &journal_;
-  }
+  RetryStep() { world_.provider.refused = {"bad"}; }
 
   void step(const std::vector<std::uint32_t>& timings) {
-    retryFailedMessages(provider_, storage_, journal_, timings, state_, [this] { return now_; });
+    retryFailedMessages(world_.provider, *world_.storage, world_.journal, timings, state_,
+                        [this] { return now_; });
   }
 
   /// The seconds after the first step at which something was sent.
@@ -49,18 +43,15 @@ class RetryStep : public testing::Test {
     std::vector<std::uint32_t> times;
     const std::uint32_t begin = now_;
     for (; now_ - begin <= seconds; now_ += 5) {
-      const std::size_t before = provider_.attempts.size();
+      const std::size_t before = world_.provider.attempts.size();
       step(timings);
-      if (provider_.attempts.size() > before) times.push_back(now_ - begin);
+      if (world_.provider.attempts.size() > before) times.push_back(now_ - begin);
     }
     return times;
   }
 
   std::uint32_t now_ = 0xFFFFFFFA;
-  FakeProvider provider_;
-  FakeStorage storage_;
-  const TemporaryFolder root_;
-  Journal journal_{root_.path, 100, 100};
+  World world_;
   RetryState state_;
 };
 
@@ -90,47 +81,57 @@ const ScheduleRow scheduleRows[] = {
 };
 class Schedule : public RetryStep, public testing::WithParamInterface<ScheduleRow> {};
 TEST_P(Schedule, IsKept) {
-  Json::Value record = json("{'guid':'1','recipient':'bad'}");
-  record["retries"] = json(GetParam().retries);
-  storage_.save(record, Failed);
+  world_.put("{'guid':'1','recipient':'bad','retries':" + std::string(GetParam().retries) + "}", Failed);
   EXPECT_EQ(attemptTimes(GetParam().timings, 1000), GetParam().attempts);
-  ASSERT_EQ(storage_.records[Failed].size(), 1u);
-  EXPECT_EQ(storage_.records[Failed][0]["retries"], json(GetParam().retriesLeft));
+  ASSERT_THAT(world_.names(Failed), ElementsAre("1"));
+  EXPECT_EQ(world_.records(Failed)[0]["retries"], json(GetParam().retriesLeft));
   EXPECT_EQ(state_.dialAttempt, 1u);
-  EXPECT_EQ(storage_.loads.empty(), GetParam().timings.empty());
+  EXPECT_EQ(world_.folders->loads.empty(), GetParam().timings.empty());
 }
 INSTANTIATE_ROWS(Schedule, scheduleRows);
 
 TEST_F(RetryStep, SharesTheAttemptAmongTheMessagesThatMayRetry) {
   for (const char* const record :
        {"{'guid':'1','recipient':'bad','retries':2}", "{'guid':'2','recipient':'good','retries':1}",
-        "{'guid':'3','recipient':'spent','retries':0}", "{'guid':'4','recipient':'never'}", "[1]"})
-    storage_.records[Failed].push_back(json(record));
-  storage_.records[Failed][2]["retries"] = 0u;  // as a last failed retry leaves it
+        "{'guid':'3','recipient':'spent','retries':0}", "{'guid':'4','recipient':'never'}"})
+    world_.put(record, Failed);
+  world_.put("[1]", Failed, "5");
+  std::vector<std::string> inOrder;
+  for (const Json::Value& record : world_.storage->load(Json::nullValue, Failed))
+    if (mayRetry(record)) inOrder.push_back(record["recipient"].asString());
   EXPECT_THAT(attemptTimes({10}, 10), ElementsAre(10));
-  EXPECT_THAT(provider_.attempts, ElementsAre("bad", "good"));
-  EXPECT_THAT(storage_.guids(Sent), ElementsAre("2"));
-  EXPECT_THAT(storage_.guids(Failed), ElementsAre("3", "4", "", "1"));  // refiled, so at the end
-  EXPECT_EQ(storage_.records[Failed].back(), json("{'guid':'1','recipient':'bad','retries':1}"));
+  EXPECT_THAT(inOrder, testing::UnorderedElementsAre("bad", "good"));
+  EXPECT_EQ(world_.provider.attempts, inOrder);
+  EXPECT_THAT(world_.records(Sent),
+              ElementsAre(json("{'guid':'2','recipient':'good','retries':1,'status':'sent'}")));
+  EXPECT_THAT(world_.names(Failed), ElementsAre("1", "3", "4", "5"));
+  EXPECT_EQ(world_.records(Failed)[0], json("{'guid':'1','recipient':'bad','retries':1}"));
+}
+
+TEST(MayRetry, IsFalseForTheUnsignedZeroThatAFailedRetryLeaves) {
+  Json::Value record = json("{'retries':1}");
+  EXPECT_TRUE(mayRetry(record));
+  record["retries"] = 0u;
+  EXPECT_FALSE(mayRetry(record));
 }
 
 TEST_F(RetryStep, StartsAnewWhenNothingIsLeft) {
-  storage_.save(json("{'guid':'1','recipient':'bad','retries':9}"), Failed);
+  world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
   attemptTimes({10, 100}, 30);
   EXPECT_EQ(state_.dialAttempt, 2u);
   EXPECT_EQ(state_.time_not_attempting, 20u);
-  storage_.remove(Json::nullValue, Failed);
+  world_.storage->remove(Json::nullValue, Failed);
   step({10, 100});
   EXPECT_FALSE(state_.timerStarted);
   EXPECT_THAT((std::vector<std::uint32_t>{state_.lastTime, state_.time_not_attempting, state_.dialAttempt}),
               ElementsAre(0, 0, 1));
-  storage_.save(json("{'guid':'2','recipient':'bad','retries':9}"), Failed);
+  world_.put("{'guid':'2','recipient':'bad','retries':9}", Failed);
   EXPECT_THAT(attemptTimes({10, 100}, 30), ElementsAre(10));
 }
 
 TEST_F(RetryStep, CountsTheTimeOfAnAttemptForTheNext) {
-  storage_.save(json("{'guid':'1','recipient':'bad','retries':9}"), Failed);
-  provider_.onSend = [this] { now_ += 5; };
+  world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
+  world_.provider.onSend = [this] { now_ += 5; };
   EXPECT_THAT(attemptTimes({10}, 30), ElementsAre(15, 25, 35));  // the seconds after each
 }
 
