@@ -6,6 +6,9 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string>
+
+#include "support/Logger.h"
 
 std::vector<std::uint32_t> smsTimings;
 
@@ -15,14 +18,22 @@ constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
 constexpr char timingsKey[] = "timings-sms";
 constexpr char timingsSeparators[] = "[,]";
 
-// Reads the number at the start of `text` into `number`, at the bounds of its type when it is out of range;
-// leaves it as it is when there is none.
+// Reads the number at the start of `text` into `number`, clamped to the range of its type. Without a number
+// there, `number` keeps its value.
 void readNumber(const char* text, std::int32_t& number) {
   char* end = nullptr;
   const long long read = std::strtoll(text, &end, 10);
   using Limits = std::numeric_limits<std::int32_t>;
   if (end != text)
     number = static_cast<std::int32_t>(std::clamp<long long>(read, Limits::min(), Limits::max()));
+}
+
+// Copies `text` into `value`. A text that does not fit is cut behind its last whole number; false then.
+bool copyValue(const std::string& text, char* value) {
+  const bool fits = text.size() < configValueSize;
+  const std::size_t end = fits ? text.size() : text.find_last_of(timingsSeparators, configValueSize - 1);
+  value[text.copy(value, end != std::string::npos ? end : 0)] = '\0';
+  return fits;
 }
 
 }  // namespace
@@ -44,13 +55,15 @@ int readConfigValue(const char* path, int flag, const char* key, char* value) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path, "r"), std::fclose);
   if (file == nullptr) return -1;
   char line[1024];
+  bool fits = true;
   while (std::fgets(line, sizeof(line), file.get()) != nullptr) {
     const std::size_t length = std::strlen(line);
     if (length > 0) line[length - 1] = '\0';  // the line feed
     char* const equals = std::strchr(line, '=');
     if (equals == nullptr) continue;
     *equals = '\0';
-    if (std::strcmp(line, key) == 0) std::snprintf(value, configValueSize, "%s", equals + 1);
+    if (std::strcmp(line, key) == 0) fits = copyValue(equals + 1, value);
   }
+  if (!fits) ORVEL_LOG(WARNING, "VELD: The value of %s is too long. It is cut to %s", key, value);
   return 1;
 }

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "daemon/SmsTimings.h"
+#include "tests/LogCapture.h"
 #include "tests/Rows.h"
 #include "tests/TemporaryFolder.h"
 
@@ -8,7 +9,8 @@ using namespace std::string_literals;
 
 namespace {
 constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
-}
+const std::string many = "1,2,3," + std::string(118, ',');  // three characters short of what fits
+}  // namespace
 
 struct TimingsRow {
   const char* name;
@@ -29,7 +31,13 @@ const TimingsRow timingsRows[] = {
     {"NoNumberRepeats", "timings-sms=[30,a,60x]\n", {30, 30, 60}},
     {"Negative", "timings-sms=[-1]\n", {4294967295u}},
     {"TooLarge", "timings-sms=[99999999999,-99999999999]\n", {2147483647u, 2147483648u}},
-    {"ValueIsCut", "timings-sms=" + std::string(126, ',') + "12\n", {1}},
+    {"OtherSeparator", "timings-sms=30;40\n", {30}},
+    {"KeyInCapitals", "TIMINGS-SMS=10\n", {}},
+    {"KeyAndMore", "timings-sms2=10\n", {}},
+    {"SecondEqualsSign", "timings-sms=30=40\n", {30}},
+    {"AllThatFits", "timings-sms=" + many + "360\n", {1, 2, 3, 360}},
+    {"CutInsideANumber", "timings-sms=" + many + "3600\n", {1, 2, 3}},
+    {"CutBehindANumber", "timings-sms=" + many + "360,5\n", {1, 2, 3, 360}},
     {"LongLineCountsAsSeveral", "x" + std::string(1022, '=') + "timings-sms=30\n", {30}},
     {"NulAtTheBegin", "\0timings-sms=20\ntimings-sms=30\n"s, {30}},
     {"NulInside", "timings-sms=30\0,40\n"s, {3}},
@@ -39,12 +47,24 @@ const TimingsRow timingsRows[] = {
 };
 class Timings : public testing::TestWithParam<TimingsRow> {};
 TEST_P(Timings, AreRead) {
+  const LogCapture quiet;
   writeFile(timingsFile, GetParam().file);
   smsTimings.clear();
   EXPECT_EQ(readSmsTimings(), GetParam().seconds.empty());
   EXPECT_EQ(smsTimings, GetParam().seconds);
 }
 INSTANTIATE_ROWS(Timings, timingsRows);
+
+TEST(Timings, AreCutWithOneLine) {
+  const std::string line = "timings-sms=" + many + "3600\n";
+  writeFile(timingsFile, line + line);
+  LogCapture log;
+  readSmsTimings();
+  writeFile(timingsFile, line + "timings-sms=" + many + "360\n");
+  readSmsTimings();
+  EXPECT_EQ(log.text(), "[WARNING] VELD: The value of timings-sms is too long. It is cut to " +
+                            many.substr(0, many.size() - 1) + "\n");
+}
 
 TEST(ReadConfigValue, RefusesBadArguments) {
   const TemporaryFolder folder{{"file", "key=value\n"}};
