@@ -20,8 +20,16 @@ std::string contentOf(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// What the shell's mv met, which does not tell its errno: the same is tried with a file that has no name. 0
-// when that goes well, or such files are unknown here.
+// Removes the staged file of an earlier save, which must not be moved in place of this one. errno stays as it
+// is: it is logged when the move fails, and a missing file is no fault.
+void removeLeftover(const std::string& staged) {
+  const int before = errno;
+  unlink(staged.c_str());
+  errno = before;
+}
+
+// mv hides its errno: repeats the write to an unnamed file to learn it. 0 when that succeeds, or when the
+// file system has no unnamed files.
 int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
   if (access(staged.c_str(), R_OK) != 0) return errno;
   const std::string content = contentOf(staged);
@@ -34,17 +42,17 @@ int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
   return reason;
 }
 
-// A move that broke off leaves no record under the new name, but one whose end could not be seen may have
-// gone well.
+// Whether `file` holds `record` after a failed move, which may have succeeded all the same. Removes a torn
+// file.
 bool isMoved(const Json::Value& record, const std::string& file) {
   std::ostringstream text;
   text << record;
   const std::string content = contentOf(file);
   if (content == text.str()) return true;
   std::istringstream stream(content);
-  Json::Value lying;
+  Json::Value found;
   std::string errors;
-  if (!MessageRecord::parse(stream, lying, errors)) unlink(file.c_str());
+  if (!MessageRecord::parse(stream, found, errors)) unlink(file.c_str());
   return false;
 }
 
@@ -57,7 +65,7 @@ bool MoveFolderStorage::save(const Json::Value& record) {
   if (!MessageRecord::has(record, MessageRecord::Key::Guid)) return false;
   const std::string guid = record[MessageRecord::Key::Guid].asString();
   const std::string staged = tempFolder.path + "/" + guid;
-  unlink(staged.c_str());  // what an earlier save left there must not be moved in place of this one
+  removeLeftover(staged);
   if (!tempFolder.save(record)) {
     unlink(staged.c_str());
     return false;

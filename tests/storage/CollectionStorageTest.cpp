@@ -1,18 +1,52 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "storage/FolderCollectionStorage.h"
 #include "storage/LimitCollectionStorageDecorator.h"
 #include "storage/LimitNullCollectionStorageDecorator.h"
+#include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
+#include "storage/MessageStore.h"
 #include "storage/StatusCollectionStorageDecorator.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
 #include "tests/TemporaryFolder.h"
-#include "tests/storage/FakeStorage.h"
 
-using testing::ElementsAre;
 using namespace MessageStatus;
+
+namespace {
+
+/// The message folders below a temporary folder.
+class Folders {
+ public:
+  /// Writes a message file, named by the "guid" of `record` unless there is a `name`.
+  void put(const Json::Value& record, int status, const std::string& name = "") {
+    const std::string file = name.empty() ? MessageRecord::guid(record) : name;
+    writeFile(root.path + folder(status) + "/" + file, record.toStyledString());
+  }
+
+  /// The names of the message files: an array for each status, sorted, as compact text.
+  std::string names() const {
+    std::string all;
+    for (const int status : MessageStatus::all) {
+      std::vector<std::string> files;
+      for (const auto& file : std::filesystem::directory_iterator(root.path + folder(status)))
+        files.push_back(file.path().filename());
+      std::sort(files.begin(), files.end());
+      for (const std::string& file : files) all += file + " ";
+      all += status != Failed ? "| " : "";
+    }
+    return all;
+  }
+
+  const TemporaryFolder root;
+  const std::shared_ptr<FolderCollectionStorage> storage =
+      std::make_shared<FolderCollectionStorage>(root.path, root.path + "/staging");
+};
+
+}  // namespace
 
 TEST(FolderCollectionStorage, HasAFolderForEachStatusAndMovesNothing) {
   const TemporaryFolder root;
@@ -42,115 +76,132 @@ TEST(FolderCollectionStorage, TakesAnUnknownStatus) {
   }
 }
 
+TEST(MessageStatus, HasATextForEveryNumber) {
+  std::string texts;
+  for (int status = -1; status <= 5; ++status) texts += MessageStatus::text(status) + std::string(" ");
+  EXPECT_EQ(texts, "unknown unknown received sending sent failed unknown ");
+}
+
 struct MoveRow {
   const char* name;
   int to;
   const char* moved;
 };
 const MoveRow moveRows[] = {
-    {"Received", Received, "{'guid':'1'}"},
-    {"Sending", Sending, "{'guid':'1','status':'sending'}"},
-    {"Sent", Sent, "{'guid':'1','status':'sent'}"},
-    {"Failed", Failed, "{'guid':'1','status':'failed'}"},
-    {"Unknown", 5, "{'guid':'1','status':'unknown'}"},
+    {"Received", Received, "[{'guid':'1'}]"},
+    {"Sending", Sending, "[{'guid':'1','status':'sending'}]"},
+    {"Sent", Sent, "[{'guid':'1','status':'sent'}]"},
+    {"Failed", Failed, "[{'guid':'1','status':'failed'}]"},
+    {"NoFolder", 5, "null"},
 };
 class Move : public testing::TestWithParam<MoveRow> {};
-TEST_P(Move, WritesTheStatusOfWhatIsARecord) {
-  const auto inner = std::make_shared<FakeStorage>();
-  inner->records[9] = {json("[1]"), json("{'guid':'1','status':'old'}")};
-  StatusCollectionStorageDecorator(inner).move(Json::nullValue, 9, GetParam().to);
-  EXPECT_THAT(inner->records[GetParam().to], ElementsAre(json("[1]"), json(GetParam().moved)));
-  EXPECT_THAT(inner->records[9], ElementsAre());
+TEST_P(Move, WritesTheStatus) {
+  const Folders folders;
+  const int from = GetParam().to == Sent ? Failed : Sent;
+  folders.storage->save(json("{'guid':'1','status':'old'}"), from);
+  StatusCollectionStorageDecorator(folders.storage).move(json("{'guid':'1'}"), from, GetParam().to);
+  EXPECT_EQ(folders.storage->load(Json::nullValue, GetParam().to), json(GetParam().moved));
+  EXPECT_EQ(folders.storage->load(Json::nullValue, from), json("[]"));
 }
 INSTANTIATE_ROWS(Move, moveRows);
 
-TEST(Move, RemovesByTheCallersFilterOncePerRecord) {
-  const TemporaryFolder root;
-  const auto folders = std::make_shared<FolderCollectionStorage>(root.path, root.path + "/staging");
-  for (const char* const record : {"{'guid':'1'}", "{'guid':'2'}", "{'guid':'3'}"})
-    folders->save(json(record), Sending);
+struct MoveFilterRow {
+  const char* name;
+  const char* filter;
+  const char* left;   ///< the files of each status afterwards
+  unsigned removals;  ///< that fail
+};
+const MoveFilterRow moveFilterRows[] = {
+    {"AllRecords", "null", "| | | 1 2 ", 2},  // the first removal empties the folder
+    {"Guid", "{'guid':'1'}", "| 2 other | | 1 ", 1},
+    {"Record", "{'guid':'1','message':'a'}", "| 2 other | | 1 ", 0},
+    {"NoRecord", "{'guid':'1','message':'c'}", "| 1 2 other | | ", 0},
+};
+class MoveFilter : public testing::TestWithParam<MoveFilterRow> {};
+TEST_P(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord) {
+  Folders folders;
+  folders.put(json("{'guid':'1','message':'a'}"), Sending);
+  folders.put(json("{'guid':'1','message':'b'}"), Sending, "other");
+  folders.put(json("{'guid':'2','message':'a'}"), Sending);
   LogCapture log;
-  StatusCollectionStorageDecorator(folders).move(Json::nullValue, Sending, Failed);
-  EXPECT_EQ(folders->load(Json::nullValue, Sending).size(), 0u);
-  EXPECT_EQ(folders->load(Json::nullValue, Failed).size(), 3u);
+  StatusCollectionStorageDecorator(folders.storage).move(json(GetParam().filter), Sending, Failed);
+  EXPECT_EQ(folders.names(), GetParam().left);
   const std::string text = log.text();
-  std::size_t failures = 0;
+  unsigned failures = 0;
   for (auto at = text.find("Cannot remove"); at != std::string::npos; at = text.find("Cannot remove", at + 1))
     ++failures;
-  EXPECT_EQ(failures, 2u) << text;
+  EXPECT_EQ(failures, GetParam().removals) << text;
 }
+INSTANTIATE_ROWS(MoveFilter, moveFilterRows);
 
-TEST(LimitNull, RefusesWhereNothingIsToBeKept) {
-  const auto inner = std::make_shared<FakeStorage>();
-  for (const int status : {Received, Sending, Sent, Failed}) {
-    LimitNullCollectionStorageDecorator(inner, 0, 1).save(json("{'guid':'no inbox'}"), status);
-    LimitNullCollectionStorageDecorator(inner, 1, 0).save(json("{'guid':'no outbox'}"), status);
-  }
-  EXPECT_THAT(inner->guids(Received), ElementsAre("no outbox"));
-  EXPECT_THAT(inner->guids(Sending), ElementsAre("no inbox", "no outbox"));
-  EXPECT_THAT(inner->guids(Sent), ElementsAre("no inbox"));
-  EXPECT_THAT(inner->guids(Failed), ElementsAre("no inbox"));
+TEST(Move, CopesWithWhatIsNoObject) {
+  Folders folders;
+  folders.put(json("[1]"), Sending, "1");
+  StatusCollectionStorageDecorator(folders.storage).move(json("null"), Sending, Sent);
+  EXPECT_EQ(folders.names(), "| | | ");  // it has no guid to be filed by
 }
 
 struct LimitRow {
   const char* name;
-  const char* stored;  ///< the records by status
-  int status;          ///< of the record "5" that is saved, with a limit of 3
-  const char* left;    ///< the guids by status afterwards
+  const char* stored;  ///< the guids by status; null stands for a record without "guid"
+  int status;          ///< of the record "5" that is saved, with receivedLimit 3 and sentLimit 4
+  const char* left;    ///< the files by status afterwards
 };
 const LimitRow limitRows[] = {
-    {"ReceivedBelow", "[[],['7','6']]", Received, "[[],['7','6','5']]"},
-    {"ReceivedFull", "[[],['7','6','8']]", Received, "[[],['7','8','5']]"},
-    {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "[[],['7','8','9','5']]"},
-    {"ReceivedBytewise", "[[],['9','10','8']]", Received, "[[],['9','8','5']]"},
-    {"ReceivedWithoutGuid", "[[],['7',null,'8']]", Received, "[[],['7',null,'8','5']]"},
-    {"ReceivedGuidWithoutText", "[[],['7',{},'8']]", Received, "[[],['7',{},'8','5']]"},
-    {"OutboxBelow", "[[],[],['7'],['8'],[]]", Sent, "[[],[],['7'],['8','5'],[]]"},
-    {"OutboxOldestSending", "[[],[],['6'],['7'],['8']]", Sent, "[[],[],[],['7','5'],['8']]"},
-    {"OutboxOldestSent", "[[],[],['7'],['6'],['8']]", Failed, "[[],[],['7'],[],['8','5']]"},
-    {"OutboxOldestFailed", "[[],[],['7'],['8'],['6']]", Sending, "[[],[],['7','5'],['8'],[]]"},
-    {"OutboxSameGuidTwice", "[[],[],['7'],['6'],['6']]", Sent, "[[],[],['7'],['5'],['6']]"},
-    {"OutboxWithoutGuid", "[[],[],[null],['7'],['8']]", Sent, "[[],[],[null],['5'],['8']]"},
-    {"OutboxAllWithoutGuid", "[[],[],[null],[null],[null]]", Sent, "[[],[],[null],[null,'5'],[null]]"},
-    {"InboxIsNotCounted", "[[],['1','2','3'],['7'],['8'],[]]", Sent, "[[],['1','2','3'],['7'],['8','5'],[]]"},
-    {"OtherStatus", "[[],['1','2','3'],['1'],['2'],['3'],[]]", 5,
-     "[[],['1','2','3'],['1'],['2'],['3'],['5']]"},
+    {"ReceivedBelow", "[[],['7','6']]", Received, "5 6 7 | | | "},
+    {"ReceivedFull", "[[],['7','6','8']]", Received, "5 7 8 | | | "},
+    {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "5 7 8 9 | | | "},
+    {"ReceivedBytewise", "[[],['9','10','8']]", Received, "5 8 9 | | | "},
+    {"ReceivedReplacesItself", "[[],['4','5','6']]", Received, "5 6 | | | "},
+    {"ReceivedWithoutGuid", "[[],['7',null,'8']]", Received, "5 7 8 x1 | | | "},
+    {"ReceivedGuidWithoutText", "[[],['7',{},'8']]", Received, "5 7 8 x1 | | | "},
+    {"OutboxIsNotCounted", "[[],['7','8'],['1'],['2'],['3']]", Received, "5 7 8 | 1 | 2 | 3 "},
+    {"OutboxBelow", "[[],[],['7'],['8'],['9']]", Sent, "| 7 | 5 8 | 9 "},
+    {"OutboxOldestSending", "[[],[],['6','9'],['7'],['8']]", Sent, "| 9 | 5 7 | 8 "},
+    {"OutboxOldestSent", "[[],[],['7','9'],['6'],['8']]", Failed, "| 7 9 | | 5 8 "},
+    {"OutboxOldestFailed", "[[],[],['7','9'],['8'],['6']]", Sending, "| 5 7 9 | 8 | "},
+    {"OutboxOldestInSendingAndSent", "[[],[],['6'],['6'],['8','9']]", Failed, "| | 6 | 5 8 9 "},
+    {"OutboxOldestInSentAndFailed", "[[],[],['7','9'],['6'],['6']]", Sending, "| 5 7 9 | | 6 "},
+    {"OutboxWithoutGuid", "[[],[],[null],['7'],['8','9']]", Sent, "| x0 | 5 | 8 9 "},
+    {"OutboxAllWithoutGuid", "[[],[],[null,null],[null],[null]]", Sent, "| x0 x1 | 5 x0 | x0 "},
+    {"InboxIsNotCounted", "[[],['1','2','3','4'],['7'],['8'],[]]", Sent, "1 2 3 4 | 7 | 5 8 | "},
+    {"OtherStatus", "[[],['1','2','3'],['1'],['2'],['3','4']]", 5, "1 2 3 | 1 | 2 | 3 4 "},
 };
-class Limit : public testing::TestWithParam<LimitRow> {
- protected:
-  /// Status by status; null stands for a record without "guid", an array here, which must not throw.
-  static Json::Value guids(FakeStorage& storage, int statuses) {
-    Json::Value all(Json::arrayValue);
-    for (int status = 0; status < statuses; ++status) {
-      Json::Value& list = all.append(Json::arrayValue);
-      for (const Json::Value& record : storage.records[status])
-        list.append(record.isObject() ? record["guid"] : Json::Value());
-    }
-    return all;
-  }
-};
+class Limit : public testing::TestWithParam<LimitRow> {};
 TEST_P(Limit, DiscardsTheSmallestGuid) {
-  const auto inner = std::make_shared<FakeStorage>();
+  Folders folders;
   const Json::Value stored = json(GetParam().stored);
-  for (int status = 0; status < static_cast<int>(stored.size()); ++status) {
-    for (const Json::Value& guid : stored[status]) {
+  for (Json::ArrayIndex status = 0; status < stored.size(); ++status) {
+    for (Json::ArrayIndex i = 0; i < stored[status].size(); ++i) {
+      const Json::Value& guid = stored[status][i];
       Json::Value record = json("[1]");
       if (!guid.isNull()) (record = json("{}"))["guid"] = guid;
-      inner->records[status].push_back(record);
+      folders.put(record, static_cast<int>(status), guid.isString() ? "" : "x" + std::to_string(i));
     }
   }
-  LimitCollectionStorageDecorator(inner, 3, 3).save(json("{'guid':'5'}"), GetParam().status);
-  EXPECT_EQ(guids(*inner, static_cast<int>(stored.size())), json(GetParam().left));
+  const LogCapture quiet;
+  LimitCollectionStorageDecorator(folders.storage, 3, 4).save(json("{'guid':'5'}"), GetParam().status);
+  EXPECT_EQ(folders.names(), GetParam().left);
 }
 INSTANTIATE_ROWS(Limit, limitRows);
 
-TEST(Limit, OfNoneDiscardsNothing) {
-  const auto inner = std::make_shared<FakeStorage>();
-  inner->records = {{Received, {json("{'guid':'1'}")}}, {Sending, {json("{'guid':'1'}")}}};
-  LimitCollectionStorageDecorator storage(inner, 0, 0);
-  storage.save(json("{'guid':'2'}"), Received);
-  storage.save(json("{'guid':'2'}"), Sent);
-  EXPECT_THAT(inner->guids(Received), ElementsAre("1", "2"));
-  EXPECT_THAT(inner->guids(Sending), ElementsAre("1"));
-  EXPECT_TRUE(inner->loads.empty());
+struct StoreRow {
+  const char* name;
+  std::uint32_t receivedLimit, sentLimit;
+  const char* left;  ///< of "1" to "9", of which each status gets two and "9" moves from Sending to Sent
+};
+const StoreRow storeRows[] = {
+    {"TwoLimits", 1, 4, "2 | | 6 9 | 7 8 "},
+    {"NoInbox", 0, 100, "| 3 4 | 5 6 9 | 7 8 "},
+    {"NoOutbox", 100, 0, "1 2 | 3 4 | | "},
+};
+class Store : public testing::TestWithParam<StoreRow> {};
+TEST_P(Store, KeepsToEachLimit) {
+  const Folders folders;
+  const auto store = makeMessageStore(folders.storage, GetParam().receivedLimit, GetParam().sentLimit);
+  for (int i = 1; i <= 8; ++i) store->save(json("{'guid':'" + std::to_string(i) + "'}"), (i + 1) / 2);
+  store->save(json("{'guid':'9'}"), Sending);
+  store->move(json("{'guid':'9'}"), Sending, Sent);
+  EXPECT_EQ(folders.names(), GetParam().left);
 }
+INSTANTIATE_ROWS(Store, storeRows);

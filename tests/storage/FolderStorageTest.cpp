@@ -16,6 +16,13 @@ TEST(FolderStorage, WritesARecordIntoTheFileOfItsGuid) {
   EXPECT_EQ(readFile(folder.path + "/new/tree/1"), "{\n\t\"guid\" : \"1\",\n\t\"message\" : \"hi\"\n}");
 }
 
+TEST(FolderStorage, NamesAFileByANumberToo) {
+  const TemporaryFolder folder;
+  EXPECT_TRUE(FolderStorage(folder.path).save(json("{'guid':17}")));
+  EXPECT_TRUE(std::filesystem::exists(folder.path + "/17"));
+  EXPECT_TRUE(FolderStorage(folder.path).remove(json("{'guid':17}")));
+}
+
 TEST(FolderStorage, ReportsAMissingGuidAndAFullDisk) {
   const TemporaryFolder folder;
   FolderStorage storage(folder.path + "/gone");
@@ -44,6 +51,7 @@ struct FileRow {
 };
 const FileRow fileRows[] = {
     {"Record", "{\"guid\":\"1\"}", "[{'guid':'1'}]", ""},
+    {"Comments", "/* a */ {\"guid\":\"1\"} // b", "[{'guid':'1'}]", ""},
     {"ForeignTextBehind", "{\"guid\":\"1\"} x", "[{'guid':'1'}]", ""},
     {"Null", "null", "[null]", ""},
     {"Number", "7", "[7]", ""},
@@ -133,7 +141,17 @@ TEST(MoveFolderStorage, ReportsAFailedMoveAndKeepsTheStagedFile) {
   const TemporaryFolder folder;
   MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
   LogCapture log;
-  EXPECT_FALSE(storage.save(json("{'guid':'1 2'}")));  // nothing is quoted
-  EXPECT_THAT(log.text(), HasSubstr("[ERROR] Error "));
+  errno = 0;
+  EXPECT_FALSE(storage.save(json("{'guid':'1 2'}")));                // nothing is quoted
+  EXPECT_THAT(log.text(), HasSubstr("[ERROR] Error 0: Success\n"));  // mv hides its errno
   EXPECT_TRUE(std::filesystem::exists(folder.path + "/staging/1 2"));
+}
+
+TEST(MoveFolderStorage, MovesIntoAFolderOrNotAtAll) {
+  const TemporaryFolder folder;
+  MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
+  std::filesystem::remove(folder.path + "/status");
+  const LogCapture quiet;
+  EXPECT_FALSE(storage.save(json("{'guid':'1'}")));
+  EXPECT_FALSE(std::filesystem::exists(folder.path + "/status"));
 }
