@@ -1,5 +1,6 @@
 #include "daemon/StartUp.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "daemon/LocalApi.h"
@@ -22,6 +24,23 @@ namespace {
 
 constexpr char syslogIdent[] = "VELD";
 constexpr char nullDevice[] = "/dev/null";
+constexpr char ownDescriptors[] = "/proc/self/fd";  // one entry for each open file descriptor
+
+// Marks the file descriptors that the starter left open close-on-exec, so that no tool inherits one.
+void keepDescriptorsFromTools() {
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(ownDescriptors), closedir);
+  if (directory == nullptr) return;
+  while (const dirent* entry = readdir(directory.get())) {
+    const int descriptor = std::atoi(entry->d_name);
+    if (descriptor > STDERR_FILENO) fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+  }
+}
+
+// Gives every signal its default action: an ignored one would stay ignored. If SIGCHLD is ignored, system()
+// loses the exit status of its child.
+void resetSignals() {
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) std::signal(signal, SIG_DFL);
+}
 
 void setUpLogging() {
   using Orvel::Logger;
@@ -30,7 +49,7 @@ void setUpLogging() {
   ORVEL_LOG(WARNING, "unable to log to syslog");
 }
 
-// The library's exceptions for a setting of a wrong type are caught nowhere, and end the process.
+// Logs the exception that ends the process: the JSON library throws one for a setting of the wrong type.
 [[noreturn]] void sayWhyAndAbort() {
   try {
     if (std::current_exception() != nullptr) throw;
@@ -40,7 +59,7 @@ void setUpLogging() {
   std::abort();
 }
 
-// Goes on in a child, in a session of its own.
+// Ends the process and continues in a child that leads a session of its own.
 void detach() {
   const pid_t child = fork();
   if (child < 0) std::exit(EXIT_FAILURE);
@@ -116,10 +135,10 @@ std::optional<int> checkSettings(const Json::Value& settings) {
 }
 
 std::optional<Json::Value> startUp() {
-  closefrom(STDERR_FILENO + 1);  // what a starter has left open, perhaps a lock
   std::set_terminate(sayWhyAndAbort);
+  keepDescriptorsFromTools();
+  resetSignals();
   setUpLogging();
-  std::signal(SIGCHLD, SIG_DFL);  // ignored, how a process ends is seen by nobody: ours, too
   detach();
   Orvel::Watchdog::setup();
   if (!openNullDevices()) return std::nullopt;

@@ -18,6 +18,7 @@ constexpr char outputFile[] = "/run/gateway/daemon-output";  // what it writes b
 constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 constexpr std::size_t longestName = 15;  // that the kernel keeps of a process's
+constexpr int maxDescriptors = 1024;     // of a process, as the kernel sets it
 constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
@@ -37,7 +38,7 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
 }
 
 // In the child of a program with threads, one of which may just have held the allocator's lock: nothing is
-// allocated here. Careless, too, are the two descriptors that stay open.
+// allocated here. Every other file descriptor is closed, so that those of the daemon can be counted.
 [[noreturn]] void run(char* const* command) {
   setpgid(0, 0);  // a Ctrl-C that comes before it has a session of its own is not for it
   const int null = open("/dev/null", O_RDONLY);
@@ -45,6 +46,7 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
+  for (int other = STDERR_FILENO + 1; other < maxDescriptors; ++other) close(other);
   execvp(command[0], command);
   _exit(127);
 }

@@ -1,11 +1,76 @@
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdarg>
 
+#include "daemon/SmsTimings.h"
 #include "daemon/StartUp.h"
+#include "tests/CannedApi.h"
+#include "tests/DatagramSocket.h"
 #include "tests/Json.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
+#include "tests/TemporaryFolder.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+/// Which call fails with EPERM. "none" for none. While it is set, fork() makes no process and returns as in
+/// the child.
+std::string failing;
+
+bool fails(const char* call) {
+  if (failing == call) errno = EPERM;
+  return failing == call;
+}
+
+template <typename Function>
+Function real(const char* name) {
+  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// These stand before the functions of the C library.
+extern "C" {
+
+pid_t fork() noexcept {
+  if (failing.empty()) return real<pid_t (*)()>("fork")();
+  return fails("fork") ? -1 : 0;
+}
+
+pid_t setsid() noexcept { return fails("setsid") ? -1 : real<pid_t (*)()>("setsid")(); }
+
+int chdir(const char* path) noexcept {
+  return fails("chdir") ? -1 : real<int (*)(const char*)>("chdir")(path);
+}
+
+int open(const char* path, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  const unsigned mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, unsigned) : 0;
+  va_end(rest);
+  if (path == std::string("/dev/null") && fails("open")) return -1;
+  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags | O_LARGEFILE, mode));
+}
+
+int sigaction(int signal, const struct sigaction* action, struct sigaction* before) noexcept {
+  using Function = int (*)(int, const struct sigaction*, struct sigaction*);
+  return signal == SIGTERM && fails("sigaction") ? -1 : real<Function>("sigaction")(signal, action, before);
+}
+
+}  // extern "C"
+
+/// The `main` of the daemon, under another name in this program.
+int daemonMain();
 
 struct CheckRow {
   const char* name;
@@ -19,9 +84,12 @@ const CheckRow checkRows[] = {
      "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
     {"OnlyEnabled", "{'enabled':true}", 1,
      "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
-    {"NoReceivedLimit", "{'enabled':true,'sentLimit':'x'}", 1,
+    {"OnlyDisabled", "{'enabled':false}", 0, "[ERROR] Exit: the sms are disabled.\n"},
+    {"NoSentLimit", "{'enabled':true,'receivedLimit':1,'smsCommands':{}}", 1,
+     "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
+    {"NullSentLimit", "{'enabled':true,'sentLimit':null}", 1,
      "[ERROR] Exit: the sms received limit key has invalid value or it is missing.\n"},
-    {"NoCommands", "{'enabled':true,'sentLimit':1,'receivedLimit':-1}", 1,
+    {"NullReceivedLimit", "{'enabled':true,'sentLimit':'x','receivedLimit':null}", 1,
      "[ERROR] Exit: the smsCommands sub-collection is invalid or missing.\n"},
     {"Whole", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", std::nullopt, ""},
 };
@@ -33,15 +101,182 @@ TEST_P(Check, EndsAtTheFirstFault) {
 }
 INSTANTIATE_ROWS(Check, checkRows);
 
-TEST(TerminationHandler, IsForSigtermOnlyAndWithoutRestart) {
+namespace {
+
+constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
+constexpr char settings[] =
+    "{'enabled':true,'receivedLimit':3,'sentLimit':2,'smsCommands':{'enabled':true,'checkinEnabled':true,"
+    "'rebootEnabled':true,'whitelist':{'enabled':true,'numbers':[]},'password':{'enabled':true,'text':''}}}";
+
+std::string answer(const char* change) {
+  Json::Value envelope = json("{'code':200}");
+  envelope["result"] = json(settings);
+  const Json::Value changes = json(change);
+  for (const std::string& key : changes.getMemberNames()) envelope["result"][key] = changes[key];
+  return CannedApi::ok(envelope.toStyledString());
+}
+
+/// Runs the daemon in a child that has seen SIGTERM already, so that it runs no pass. A call fails there.
+/// Gives the exit status, or a signal as a number below 0.
+int runDaemon(const std::string& failingCall) {
+  smsTimings.clear();
+  std::filesystem::remove(timingsFile);
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0)
+    [&]() noexcept {
+      failing = failingCall;
+      stopRequested = 1;
+      std::exit(daemonMain());
+    }();
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+std::string receiveAll(DatagramSocket& syslog) {
+  std::string lines;
+  for (std::string line; !(line = syslog.receive()).empty();) lines += line + "\n";
+  return lines;
+}
+
+}  // namespace
+
+struct EndRow {
+  const char* name;
+  const char* failingCall;
+  const char* settings;  ///< changes
+  int status;            ///< below 0 for a signal
+  const char* log;       ///< the end of the last line
+};
+const EndRow endRows[] = {
+    {"Stopped", "none", "{}", 0, "Error reading sms timings"},
+    {"NoFork", "fork", "{}", 1, ""},
+    {"NoSession", "setsid", "{}", 1, "Unable to create SID. [1][Operation not permitted]"},
+    {"NoRootFolder", "chdir", "{}", 1, "working directory to \"/\". [1][Operation not permitted]"},
+    {"NoNullDevice", "open", "{}", 1, "open null device failed!"},
+    {"NoHandler", "sigaction", "{}", 1, "Error reading sms timings"},
+    {"SwitchedOff", "none", "{'enabled':false}", 0, "Exit: the sms are disabled."},
+    {"CommandsBeforeLimits", "none", "{'smsCommands':{},'sentLimit':'x'}", 1,
+     "Exit: Failed to set SmsCommand config"},
+    {"NegativeLimit", "none", "{'receivedLimit':-1}", -SIGABRT, "Exit: LargestInt out of UInt range"},
+    {"LimitAbove32Bits", "none", "{'sentLimit':4294967296}", -SIGABRT, "Exit: LargestInt out of UInt range"},
+};
+class End : public testing::TestWithParam<EndRow> {};
+TEST_P(End, HasItsStatusAndItsLine) {
+  const EndRow& row = GetParam();
+  std::filesystem::remove_all("/var/config");
+  const CannedApi api(answer(row.settings));
+  DatagramSocket syslog(_PATH_LOG);
+  EXPECT_EQ(runDaemon(row.failingCall), row.status);
+  EXPECT_THAT(receiveAll(syslog), testing::EndsWith(*row.log != '\0' ? row.log + std::string("\n") : ""));
+  EXPECT_EQ(std::filesystem::exists("/var/config"), row.name == std::string("Stopped"));
+}
+INSTANTIATE_ROWS(End, endRows);
+
+TEST(StartUp, ReadsTheTimingsBeforeTheSettings) {
+  DatagramSocket syslog(_PATH_LOG);
+  openlog("", 0, 0);
+  ::syslog(LOG_ERR, "x");
+  closelog();
+  std::string priority = syslog.receive();
+  priority.erase(priority.find('>') + 1);
+  EXPECT_EQ(runDaemon("none"), 1);
+  EXPECT_THAT(receiveAll(syslog),
+              testing::MatchesRegex(priority + ".* VELD: .ERROR. VELD: Error reading sms timings\n" +
+                                    priority + ".* VELD: .ERROR. Exit: error to load settings\n"));
+}
+
+TEST(StartUp, LogsToTheTerminalThatThereIsNoSyslog) {
+  LogCapture log;
+  EXPECT_EQ(runDaemon("fork"), 1);
+  EXPECT_EQ(log.text(), "[WARNING] unable to log to syslog\n");
+}
+
+TEST(Main, MakesTheFoldersInTheirOrder) {
+  const TemporaryFolder folder({{"mkdir", "#!/bin/sh\necho \"$@\" >>/tmp/made\n"}});
+  std::filesystem::permissions(folder.path + "/mkdir", std::filesystem::perms{0755});
+  const CannedApi api(answer("{}"));
+  const std::string path = getenv("PATH");
+  setenv("PATH", (folder.path + ":" + path).c_str(), 1);
+  EXPECT_EQ(runDaemon("none"), 0);
+  setenv("PATH", path.c_str(), 1);
+  EXPECT_EQ(
+      readFile("/tmp/made"),
+      "-p /tmp/sms/\n-p /var/config/sms/inbox/received\n-p /tmp/sms\n-p /var/config/sms/outbox/sending\n"
+      "-p /tmp/sms\n-p /var/config/sms/outbox/sent\n-p /tmp/sms\n-p /var/config/sms/outbox/failed\n-p "
+      "/tmp/sms\n");
+}
+
+namespace {
+
+/// What the process has of its own, a line each. `inherited` is a descriptor that its starter has left open.
+std::string describeProcess(int inherited) {
+  std::string text = "folder " + std::filesystem::current_path().string();
+  text += getsid(0) == getpid() ? ", session its own" : ", session of its starter";
+  const mode_t mask = umask(0);
+  text += ", umask " + std::to_string(mask) + "\n";
+  for (const int descriptor : {0, 1, 2}) {
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    text += std::filesystem::read_symlink(link).string() + " mode " +
+            std::to_string(fcntl(descriptor, F_GETFL) & O_ACCMODE) + "\n";
+  }
+  std::istringstream status(readFile("/proc/self/status"));
+  for (std::string line; std::getline(status, line);)
+    if (line.find("SigBlk") == 0 || line.find("SigIgn") == 0 || line.find("SigCgt") == 0)
+      text +=
+          line.erase(7, line.size() - 14) + "\n";  // signals 1 to 28: the C library catches two of its own
+  return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
+}
+
+/// Starts the daemon as an unkind starter would, and writes what it is then to `report`.
+[[noreturn]] void startUnkindly(int report) {
+  umask(077);
+  (void)!chdir("/tmp");
+  for (const int signal : {SIGHUP, SIGINT, SIGCHLD, SIGRTMAX}) std::signal(signal, SIG_IGN);
+  sigset_t all;
+  sigfillset(&all);
+  sigprocmask(SIG_SETMASK, &all, nullptr);
+  const std::string text = startUp() ? describeProcess(report) : "no settings\n";
+  (void)!write(report, text.data(), text.size());
+  std::_Exit(0);
+}
+
+}  // namespace
+
+TEST(StartUp, MakesADaemonWhateverItsStarterWas) {
+  const CannedApi api(answer("{}"));
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const pid_t starter = fork();
+  if (starter == 0) startUnkindly(ends[1]);
+  close(ends[1]);
+  int status = -1;
+  waitpid(starter, &status, 0);
+  EXPECT_EQ(status, 0);
+  std::string report(1000, '\0');
+  std::size_t size = 0;
+  for (ssize_t count = 0; (count = read(ends[0], &report[size], report.size() - size)) > 0;)
+    size += static_cast<std::size_t>(count);
+  close(ends[0]);
+  EXPECT_EQ(report.substr(0, size),
+            "folder /, session its own, umask 0\n/dev/null mode 0\n/dev/null mode 1\n/dev/null mode 2\n"
+            "SigBlk:0000000\nSigIgn:0000000\nSigCgt:0004000\nclosed for tools\n");
+}
+
+TEST(TerminationHandler, InterruptsCallsAndStays) {
   ASSERT_TRUE(installTerminationHandler());
   struct sigaction action;
-  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGPIPE, SIGCHLD}) {
-    sigaction(signal, nullptr, &action);
-    EXPECT_EQ(action.sa_handler, SIG_DFL) << signal;
-  }
   sigaction(SIGTERM, nullptr, &action);
   EXPECT_EQ(action.sa_handler, onTerminate);
   EXPECT_EQ(action.sa_flags & (SA_RESTART | static_cast<int>(SA_RESETHAND)), 0);
   std::signal(SIGTERM, SIG_DFL);
+}
+
+TEST(TerminationHandler, IsNamedOnStandardErrorWhereItCannotBeInstalled) {
+  LogCapture log;
+  failing = "sigaction";
+  EXPECT_FALSE(installTerminationHandler());
+  failing.clear();
+  EXPECT_EQ(log.text(), "sigaction");
 }
