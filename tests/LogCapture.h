@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// Collects what is logged, and what goes to standard output, from its construction to the call of text() or
-/// echo(), of which a test calls one, and once.
+/// Collects what is logged and what goes to standard output, from its construction to the first call of
+/// text() or echo().
 class LogCapture {
  public:
   LogCapture() {

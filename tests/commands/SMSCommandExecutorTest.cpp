@@ -75,3 +75,31 @@ TEST(SMSCommandExecutor, SendsAMessage) {
                             requestFailed("500") +
                             "[ERROR] SMSCommandExecutor::execute sendCommand failed\n");
 }
+
+struct ArgumentsRow {
+  const char* name;
+  std::vector<std::string> arguments;
+  const char* list;  ///< as it stands in the body
+};
+const ArgumentsRow argumentsRows[] = {
+    {"None", {}, "[]"},
+    {"One", {"a"}, "[\"a\"]"},
+    {"Three", {"a", "b", "c"}, "[\"a\",\"b\",\"c\"]"},
+};
+class Arguments : public testing::TestWithParam<ArgumentsRow> {};
+TEST_P(Arguments, AreListedInTheBody) {
+  CannedApi api(CannedApi::ok("{\"code\": 200}"));
+  LogCapture log;
+  EXPECT_TRUE(SMSCommandExecutor(url).execute("+49170", GetParam().arguments));
+  const std::string body = "{\"recipients\": [\"+49170\"], \"args\": " + std::string(GetParam().list) + "}";
+  EXPECT_THAT(api.request(), testing::EndsWith("\r\n\r\n" + body));
+  EXPECT_THAT(log.text(),
+              testing::EndsWith("[INFO] SMSCommandExecutor::execute postFields = " + body + "\n"));
+}
+INSTANTIATE_ROWS(Arguments, argumentsRows);
+
+TEST(SMSCommandExecutor, IsTrueForAMessageThatWasTaken) {
+  const CannedApi api(CannedApi::ok("{\"code\": 200}"));
+  const LogCapture quiet;
+  EXPECT_TRUE(SMSCommandExecutor(url).execute("+49170", "a"));
+}

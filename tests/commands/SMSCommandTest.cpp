@@ -44,6 +44,14 @@ const ParseRow parseRows[] = {
     {"BlanksAround", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
     {"Password", "p secret #Checkin", SMSCMD_CHECKIN, "secret", {}, parsed},
     {"PasswordWithHash", "p #a,b! #checkin", SMSCMD_CHECKIN, "#a,b!", {}, parsed},
+    {"ManyWords",
+     "#ping 1 2 3 4 5 6 7 8 9 10 11",
+     SMSCMD_PING,
+     "",
+     {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"},
+     parsed},
+    {"UpperMarker", "P secret #ping a", SMSCMD_PING, "secret", {"a"}, parsed},
+    {"TwoHashes", "##ping", SMSCMD_UNKNOWN, "", {}, invalid("#ping")},
     {"TabInside", "#ping\ta", SMSCMD_UNKNOWN, "", {}, invalid("ping#011a")},
     {"LineFeedAround", "#ping\n", SMSCMD_UNKNOWN, "", {}, invalid("ping#012")},
     {"LineFeedBefore", "\n#ping", SMSCMD_UNKNOWN, "", {"\n#ping"}, noPasswordOrCommand},
@@ -73,14 +81,16 @@ TEST_P(Parse, FindsTheCommand) {
 }
 INSTANTIATE_ROWS(Parse, parseRows);
 
-TEST(Parse, HasANameForEachIdentifier) {
-  std::string names;
-  for (const CommandRow& row : commandRows) names += std::to_string(row.id) + row.name + " ";
-  EXPECT_EQ(
-      names,
-      "1SMSCMD_CHECKIN 2SMSCMD_REBOOT 3SMSCMD_RM 4SMSCMD_SETCELLULAR 5SMSCMD_APN 6SMSCMD_CELLULARSTATUS "
-      "7SMSCMD_RADIO 8SMSCMD_ETHERNET 9SMSCMD_WAN 10SMSCMD_WIFI 11SMSCMD_PING 12SMSCMD_SERIAL "
-      "13SMSCMD_GEOPOSITION 15SMSCMD_WANIPS 14SMSCMD_LNSRESTART 0SMSCMD_UNKNOWN ");
+// The documents' tests compare keyword, path and flag of each command with local-api.md.
+TEST(CommandTable, HasItsOrder) {
+  std::string rows;
+  for (const CommandRow& row : commandRows)
+    rows += std::to_string(row.id) + row.name + "=" + std::to_string(row.executor) + " ";
+  EXPECT_EQ(rows,
+            "1SMSCMD_CHECKIN=1 2SMSCMD_REBOOT=0 3SMSCMD_RM=2 4SMSCMD_SETCELLULAR=3 5SMSCMD_APN=4 "
+            "6SMSCMD_CELLULARSTATUS=5 7SMSCMD_RADIO=6 8SMSCMD_ETHERNET=7 9SMSCMD_WAN=8 10SMSCMD_WIFI=9 "
+            "11SMSCMD_PING=10 12SMSCMD_SERIAL=11 13SMSCMD_GEOPOSITION=12 15SMSCMD_WANIPS=15 "
+            "14SMSCMD_LNSRESTART=13 0SMSCMD_UNKNOWN=14 ");
 }
 
 struct ValidateRow {
@@ -94,6 +104,7 @@ constexpr char succeeded[] = "[INFO] SMSCommand::validateSMSCommand validation o
 constexpr char disabled[] = "[ERROR] SMSCommand::validateSMSCommand: SMS Commands are disabled\n";
 constexpr char stranger[] = "[ERROR] SMSCommand::whiteListGood phone number not in white list\n";
 constexpr char wrongPassword[] = "[ERROR] SMSCommand::passwordGood password did not match\n";
+constexpr char invalidFormat[] = "[ERROR] SMSCommand::parseCommand: Invalid command string [format]\n";
 constexpr char listOn[] = "{'whitelist':{'enabled':true}}";
 constexpr char passwordOn[] = "{'password':{'enabled':true}}";
 const ValidateRow validateRows[] = {
@@ -115,6 +126,10 @@ const ValidateRow validateRows[] = {
     {"WrongPassword", passwordOn, "p Secret #ping", "4567890", wrongPassword},
     {"BeginOfThePassword", passwordOn, "p secre #ping", "4567890", wrongPassword},
     {"EmptyPassword", "{'password':{'enabled':true,'text':''}}", "#ping", "4567890", succeeded},
+    {"PasswordIsANumber", "{'password':{'enabled':true,'text':1234}}", "p 1234 #ping", "4567890", succeeded},
+    {"PasswordMissing", passwordOn, "#ping", "1234567", wrongPassword},
+    {"PasswordAndMore", passwordOn, "p secrets #ping", "1234567", wrongPassword},
+    {"CommandBeforePassword", passwordOn, "p wrong #format", "1234567", invalidFormat},
     {"PasswordNotAskedFor", "{}", "p wrong #ping", "4567890", succeeded},
 };
 class Validate : public testing::TestWithParam<ValidateRow> {};

@@ -13,6 +13,7 @@
 class FakeProvider final : public SmsProvider {
  public:
   std::vector<Json::Value> receiveMessages() override {
+    if (onReceive) onReceive();
     if (journal != nullptr) journal->received(incoming);
     return std::exchange(incoming, {});
   }
@@ -27,7 +28,7 @@ class FakeProvider final : public SmsProvider {
 
   std::vector<Json::Value> incoming;
   std::set<std::string> refused;
-  std::function<void()> onSend;
+  std::function<void()> onReceive, onSend;
   Journal* journal = nullptr;
   std::vector<std::string> attempts;  ///< the number of every send, refused or not
 };

@@ -77,9 +77,12 @@ TEST_F(Pass, FilesARefusedCommandUnmarked) {
 TEST_F(Pass, OffersOnlyWholeRecordsToTheCommands) {
   EXPECT_EQ(pass({"{'guid':'3','message':'#reboot'}", "{'guid':'4','source':'1'}"}),
             "[WARNING] SMS commands is enabled\n[WARNING] SMS commands is enabled\n");
+  EXPECT_THAT(pass({"{'guid':'5','source':'','message':''}"}),
+              HasSubstr("[WARNING] SMS commands processing message [] from recipient []\n[ERROR] "));
   EXPECT_EQ(pass({firstPart}), "");
-  EXPECT_THAT(world_.records(Received), ElementsAre(json(firstPart), json("{'guid':'3','message':'#reboot'}"),
-                                                    json("{'guid':'4','source':'1'}")));
+  EXPECT_THAT(world_.records(Received),
+              ElementsAre(json(firstPart), json("{'guid':'3','message':'#reboot'}"),
+                          json("{'guid':'4','source':'1'}"), json("{'guid':'5','source':'','message':''}")));
 }
 
 TEST_F(Pass, JoinsAMessageOverTwoPassesAndObeysIt) {
@@ -88,6 +91,12 @@ TEST_F(Pass, JoinsAMessageOverTwoPassesAndObeysIt) {
   EXPECT_THAT(pass({secondPart}), AllOf(HasSubstr("[WARNING] SMS commands executing command\n"),
                                         EndsWith("sendCommand failed\n[INFO] saved\n")));
   EXPECT_THAT(world_.records(Received), ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
+}
+
+TEST_F(Pass, FilesWholeMessagesBeforeJoinedOnes) {
+  world_.put(firstPart, Received);
+  pass({secondPart, "{'guid':'3','source':'1','message':'hello'}"});
+  EXPECT_THAT(world_.folders->saved, ElementsAre("3", "1"));
 }
 
 TEST_F(Pass, FillsEachStoredMessageOfTheReferenceWhoeverSentIt) {
@@ -116,7 +125,7 @@ TEST_F(Pass, FilesAPartThatFillsNothing) {
   pass({firstPart});
   Json::Value again = json(firstPart);
   again["guid"] = "3";
-  pass({again.toStyledString(), "{'guid':'4','part-id':8,'message':'','parts':[null,'x']}"});
+  pass({again.toStyledString(), "{'guid':'4','part-id':7,'message':'','parts':[null,null,'x']}"});
   EXPECT_THAT(world_.names(Received), ElementsAre("1", "3", "4"));
   EXPECT_EQ(world_.folders->loads[Received], 5);  // once a pass, and once for each save under a limit
 }
@@ -148,6 +157,14 @@ TEST_F(Pass, SendsWhatIsQueued) {
   world_.put("{'guid':'4','recipient':'bad'}", Sending);
   pass();
   EXPECT_EQ(retry_.lastTime, 1003u);  // when the retry step looked; the timer runs already
+}
+
+TEST_F(Pass, MovesTheRecordThatWasSentAndNotItsGuid) {
+  world_.put("{'guid':'1','recipient':'good'}", Sending);
+  world_.provider.onSend = [this] { world_.put("{'guid':'1','recipient':'later'}", Sending, "2"); };
+  EXPECT_EQ(pass(), "");
+  EXPECT_THAT(world_.records(Sent), ElementsAre(json("{'guid':'1','recipient':'good','status':'sent'}")));
+  EXPECT_THAT(world_.names(Sending), ElementsAre("2"));
 }
 
 TEST_F(Pass, GivesASignOfLifeForEachMessage) {
@@ -188,6 +205,10 @@ TEST_F(Pass, LogsWhatIsThrownAndGoesOn) {
   world_.provider.onSend = [] { throw std::runtime_error("anything else"); };
   EXPECT_EQ(pass(), "[FATAL] Exeption was detected\n");
   world_.provider.onSend = nullptr;
+  world_.provider.onReceive = [] { throw std::string("no modem"); };
+  EXPECT_EQ(pass(), "[FATAL] no modem\n");
+  EXPECT_THAT(world_.names(Sending), ElementsAre("1"));
+  world_.provider.onReceive = nullptr;
   EXPECT_EQ(pass(), "");
   EXPECT_THAT(world_.names(Sent), ElementsAre("1"));
 }

@@ -108,6 +108,35 @@ TEST_F(RetryStep, SharesTheAttemptAmongTheMessagesThatMayRetry) {
   EXPECT_EQ(world_.records(Failed)[0], json("{'guid':'1','recipient':'bad','retries':1}"));
 }
 
+TEST_F(RetryStep, PushesNoRecordOutAtTheLimit) {
+  for (std::uint32_t i = 10; i < 10 + World::sentLimit; ++i)
+    world_.put("{'guid':'" + std::to_string(i) + "','recipient':'bad','retries':" + (i == 20 ? "1}" : "0}"),
+               Failed);
+  step({0});
+  EXPECT_EQ(world_.provider.attempts.size(), 1u);
+  EXPECT_EQ(world_.names(Failed).size(), World::sentLimit);
+}
+
+TEST_F(RetryStep, MovesTheRecordAndNotItsGuid) {
+  world_.put("{'guid':'1','recipient':'good','retries':1}", Failed);
+  world_.put("{'guid':'1','recipient':'spent','retries':0}", Failed, "2");
+  LogCapture log;
+  step({0});
+  EXPECT_EQ(log.text(), "");
+  EXPECT_EQ(world_.records(Sent)[0]["recipient"], "good");
+  EXPECT_THAT(world_.names(Failed), ElementsAre("2"));
+}
+
+TEST_F(RetryStep, DoesNotCountAnAttemptThatThrows) {
+  world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
+  world_.provider.onSend = [] { throw std::string(); };
+  now_ = 100;
+  startFailureTimer(state_, [] { return 90; });
+  EXPECT_THROW(step({10, 60}), std::string);
+  EXPECT_EQ(state_.dialAttempt, 1u);
+  EXPECT_EQ(state_.time_not_attempting, 10u);
+}
+
 TEST(MayRetry, IsFalseForTheUnsignedZeroThatAFailedRetryLeaves) {
   Json::Value record = json("{'retries':1}");
   EXPECT_TRUE(mayRetry(record));

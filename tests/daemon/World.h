@@ -10,18 +10,20 @@
 
 #include "storage/FolderCollectionStorage.h"
 #include "storage/Journal.h"
+#include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "storage/MessageStore.h"
 #include "tests/Json.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/daemon/FakeProvider.h"
 
-/// The message folders. Counts the loads of each status, and can be told to refuse removals.
+/// The message folders. Notes loads and saves, and can be told to refuse removals.
 class WatchedFolders final : public ICollectionStorage {
  public:
   WatchedFolders(const std::string& root, Journal* journal) : folders_(root, root + "/staging", journal) {}
 
   void save(const Json::Value& record, int status) override {
+    saved.push_back(MessageRecord::guid(record));
     if (onSave) onSave();
     folders_.save(record, status);
   }
@@ -35,6 +37,7 @@ class WatchedFolders final : public ICollectionStorage {
   void move(const Json::Value& filter, int from, int to) override { folders_.move(filter, from, to); }
 
   std::map<int, int> loads;
+  std::vector<std::string> saved;  ///< the guids, in the order of the saves
   std::function<void()> onSave;
   bool removes = true;
 

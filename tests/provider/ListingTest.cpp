@@ -54,6 +54,10 @@ const ListingRow listingRows[] = {
     {"TrailingQuoteOnly", "index\naddr: 1\nuser-data: a\"\n", "[{'source':'1','message':'a'}]"},
     {"OneQuote", "index\naddr: 1\nuser-data: \"\n", "[{'source':'1','message':''}]"},
     {"QuotedBlanks", "index\naddr: 1\nuser-data:  \" a \" \n", "[{'source':'1','message':' a '}]"},
+    {"OneCharacterBehindTheMarker", "index\naddr:_49\nuser-data:_hi\n", "[{'source':'49','message':'hi'}]"},
+    {"SenderBesideServiceCentre", "index\naddr: 1 smsc-addr: 2\naddr: 3\n", "[{'source':'3'}]"},
+    {"MarkersTwiceInALine", "index\naddr: 1 addr: 2\nuser-data: a user-data: b\n",
+     "[{'source':'1 addr: 2','message':'a user-data: b'}]"},
     {"EmptyValues", "index\naddr:\nuser-data:\n", "[{'source':'','message':''}]"},
     {"EndsAtTheMarker", "index\nuser-data: a\naddr:", "[{'source':'','message':'a'}]"},
     {"HeaderThenEscapes", "index\naddr: 1\nuser-data: \"\\x05\\x00\\x03\\x2a\\x01\\x01\\n\\\\x41\\x1be\"\n",
@@ -85,8 +89,13 @@ TEST(Listing, NumbersRecordsNotMessagesAndTakesLocalTime) {
   std::vector<Json::Value> records;
   Json::Value second;  // where the ordinal 01 is taken
   {
-    const LogCapture quiet;
+    LogCapture log;
     records = parseListing(lines(text)).records;
+    EXPECT_EQ(log.text().size(), std::string("[WARNING] SMS recipient is empty\n").size() +
+                                     120 * std::string("[INFO] New sms from 1, message: \n").size());
+  }
+  {
+    const LogCapture quiet;
     second =
         parseListing(lines(text), [](const std::string& guid) { return guid.substr(14) == "01"; }).records[1];
   }

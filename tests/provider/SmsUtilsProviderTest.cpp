@@ -58,10 +58,20 @@ TEST_F(SmsUtilsProviderTest, DeletesOnlyWhatWasListedEvenIfItIsDropped) {
   EXPECT_EQ(log_.text(), "[WARNING] SMS recipient is empty\n");
 }
 
-TEST_F(SmsUtilsProviderTest, CutsALineAt1023Characters) {
+TEST_F(SmsUtilsProviderTest, CutsALineAt1023CharactersAndReadsTheRestAsALine) {
   const std::string text(1023 - std::string("user-data: ").size(), 'x');
-  tool("[ \"$*\" = 'list read' ] && printf 'index\\naddr: 1\\nuser-data: %saddr\\n' " + text);
-  EXPECT_EQ(provider_.receiveMessages().at(0)["message"], text);
+  tool("[ \"$*\" = 'list read' ] && printf 'index\\nuser-data: %saddr: 1\\n' " + text);
+  const Json::Value record = provider_.receiveMessages().at(0);
+  EXPECT_EQ(record["message"], text);
+  EXPECT_EQ(record["source"], "1");
+}
+
+TEST_F(SmsUtilsProviderTest, UsesTheListingOfAToolThatFailsAndHidesTheFirst) {
+  tool(std::string("[ \"$1\" = delete ] || ") + twoMessages + "; exit 3");
+  EXPECT_EQ(provider_.receiveMessages().size(), 2u);
+  EXPECT_EQ(readFile(calls), std::string(listCalls) + deleteCall);
+  EXPECT_THAT(log_.text(), testing::EndsWith("[ERROR] [SMS-UTILS] Failed to delete SMS messages: [768]\n"));
+  EXPECT_EQ(log_.echo(), "");
 }
 
 TEST_F(SmsUtilsProviderTest, TakesAMissingTool) {
@@ -112,6 +122,8 @@ constexpr char sendLine[] =
     "2>&1'\n";
 const SendRow sendRows[] = {
     {"Text", "{'recipient':'+49','message':'two\\nlines'}", "", true, "two\nlines", sendLine},
+    {"NumericRecipient", "{'recipient':49,'message':'a'}", "", true, "a",
+     "send -f /tmp/sms/sms-tmp 49 >> /var/log/veld.log 2>&1'\n"},
     {"NoText", "{'recipient':'+49'}", "", true, "", sendLine},
     {"UpToANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
     {"RefusedAndTakenAway", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp; exit 3", false, "a",
@@ -153,11 +165,13 @@ TEST_F(SmsUtilsProviderTest, WritesDownWhatTheToolIsAboutToDo) {
   EXPECT_THAT(readFile(root.path + "/journal"), testing::EndsWith("\"to\":3,\"tried\":false}]\n"));
 }
 
-TEST_F(SmsUtilsProviderTest, AppendsTheToolsOutputToItsLog) {
-  tool("echo said; echo wrong >&2");
-  provider_.sendMessage(json("{'recipient':'1'}"));
-  provider_.sendMessage(json("{'recipient':'1'}"));
-  EXPECT_EQ(readFile("/var/log/veld.log"), "said\nwrong\nsaid\nwrong\n");
+TEST_F(SmsUtilsProviderTest, LogsTheCommandBeforeItRunsAndAppendsTheToolsOutput) {
+  tool("cat \"$4\"; echo wrong >&2; cat /proc/" + std::to_string(getpid()) + "/fd/2 >>" + calls);
+  writeFile("/tmp/sms/sms-tmp", "a leftover");
+  provider_.sendMessage(json("{'recipient':'+49','message':'hi '}"));
+  EXPECT_THAT(readFile(calls), testing::EndsWith(sendLine));
+  provider_.sendMessage(json("{'recipient':'+49','message':'you '}"));
+  EXPECT_EQ(readFile("/var/log/veld.log"), "hi wrong\nyou wrong\n");
 }
 
 TEST_F(SmsUtilsProviderTest, FailsWhereItsFolderIsFullOrGone) {
