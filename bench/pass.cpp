@@ -27,18 +27,20 @@ Json::Value commandSettings() {
 // A daemon without its process.
 class Loop {
  public:
-  explicit Loop(unsigned limit) : journal_(storeFolder, limit, limit), commands_(commandSettings()) {
-    auto folders = std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder, &journal_);
-    storage_ = makeMessageStore(folders, limit, limit);
+  explicit Loop(unsigned limit)
+      : store_(makeMessageStore(folders_, limit, limit)), commands_(commandSettings()) {
     if (!commands_.loadConfig()) std::abort();
   }
 
-  void pass() { runPass(provider_, *storage_, commands_, journal_, {30, 60, 300}, retry_); }
+  void pass() { runPass(provider_, storage_, commands_, inTransit_, {30, 60, 300}, retry_); }
 
  private:
-  Journal journal_;
-  SmsUtilsProvider provider_{&journal_};
-  std::shared_ptr<ICollectionStorage> storage_;
+  InTransit inTransit_{storeFolder, stagingFolder};
+  SmsUtilsProvider provider_{&inTransit_};
+  const std::shared_ptr<FolderCollectionStorage> folders_ =
+      std::make_shared<FolderCollectionStorage>(storeFolder, stagingFolder);
+  const std::shared_ptr<ICollectionStorage> store_;
+  CheckedStorage storage_{*store_, folders_->faults()};
   SMSCommand commands_;
   RetryState retry_;
 };

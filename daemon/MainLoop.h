@@ -6,21 +6,21 @@
 #include <vector>
 
 #include "commands/SMSCommand.h"
+#include "daemon/InTransit.h"
 #include "daemon/RetryStep.h"
 #include "provider/SmsProvider.h"
-#include "storage/ICollectionStorage.h"
-#include "storage/Journal.h"
+#include "storage/CheckedStorage.h"
 
 /// The seconds between two passes.
 constexpr unsigned passInterval = 5;
 
 /// Runs passes, with a sleep of `passInterval` behind each, until SIGTERM was seen. SIGTERM cuts the sleep
 /// short, but never a pass.
-void runMainLoop(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands, Journal& journal);
+void runMainLoop(SmsProvider& provider, CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit);
 
 /// One pass, without the sleep: files what an earlier pass left; receives, merges parts, obeys commands and
 /// files; sends failed messages again when it is their time; sends what is queued. Anything thrown on the way
 /// ends the pass and is logged.
-void runPass(SmsProvider& provider, ICollectionStorage& storage, SMSCommand& commands, Journal& journal,
+void runPass(SmsProvider& provider, CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit,
              const std::vector<std::uint32_t>& timings, RetryState& retry,
              const MonotonicClock& clock = monotonicSeconds);

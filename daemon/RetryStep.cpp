@@ -6,33 +6,11 @@
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
-#include "support/Watchdog.h"
-
-namespace {
-
-namespace Key = MessageRecord::Key;
-
-void retry(SmsProvider& provider, ICollectionStorage& storage, Journal& journal, const Json::Value& record) {
-  Orvel::Watchdog::feed();
-  journal.prepare(record, MessageStatus::Failed);
-  const bool sent = provider.sendMessage(record);
-  journal.answered(sent);
-  if (sent) {
-    storage.move(record, MessageStatus::Failed, MessageStatus::Sent);
-    return;
-  }
-  Json::Value refiled = record;
-  refiled[Key::Retries] = MessageRecord::retriesAfterFailure(record);
-  storage.remove(record, MessageStatus::Failed);
-  storage.save(refiled, MessageStatus::Failed);
-}
-
-}  // namespace
 
 // By the JSON library's order of values, which puts every unsigned number, and text, behind every signed one.
 // An unsigned 0 is what a last failed retry leaves.
 bool mayRetry(const Json::Value& record) {
-  const Json::Value& retries = MessageRecord::member(record, Key::Retries);
+  const Json::Value& retries = MessageRecord::member(record, MessageRecord::Key::Retries);
   return retries > Json::Value(0) && retries != Json::Value(0u);
 }
 
@@ -51,11 +29,10 @@ void startFailureTimer(RetryState& state, const MonotonicClock& clock) {
   state.timerStarted = true;
 }
 
-void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage, Journal& journal,
-                         const std::vector<std::uint32_t>& timings, RetryState& state,
-                         const MonotonicClock& clock) {
+void retryFailedMessages(Outbox& outbox, CheckedStorage& storage, const std::vector<std::uint32_t>& timings,
+                         RetryState& state, const MonotonicClock& clock) {
   if (timings.empty()) return;
-  const Json::Value failed = storage.load(Json::nullValue, MessageStatus::Failed);
+  const Json::Value failed = storage.load(MessageStatus::Failed);
   if (std::none_of(failed.begin(), failed.end(), mayRetry)) {
     state.dialAttempt = 1;
     state.lastTime = 0;
@@ -77,11 +54,11 @@ void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage, Jou
   if (state.time_not_attempting < state.current_timing) return;
 
   ORVEL_LOG(DEBUG, "VELD: Try to send failed sms.");
-  for (const bool behind : {false, true})
+  for (const bool interrupted : {false, true})
     for (const Json::Value& record : failed)
-      if (mayRetry(record) && journal.isBehind(record) == behind &&
-          !journal.isAnswered(record, MessageStatus::Failed))
-        retry(provider, storage, journal, record);
+      if (mayRetry(record) && outbox.wasInterrupted(record) == interrupted &&
+          !outbox.isAnswered(record, MessageStatus::Failed))
+        outbox.send(record, MessageStatus::Failed);
   ++state.dialAttempt;
   state.time_not_attempting = 0;
 }

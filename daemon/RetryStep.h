@@ -4,9 +4,8 @@
 #include <functional>
 #include <vector>
 
-#include "provider/SmsProvider.h"
-#include "storage/ICollectionStorage.h"
-#include "storage/Journal.h"
+#include "daemon/Outbox.h"
+#include "storage/CheckedStorage.h"
 
 /// Whole seconds of a clock that never goes back. It may wrap.
 using MonotonicClock = std::function<std::uint32_t()>;
@@ -37,6 +36,5 @@ void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 ///
 /// `timings` are the intervals in seconds: the first dial attempt waits the first, and so on; from the last
 /// one on all wait the last. When there are none, nothing is ever tried.
-void retryFailedMessages(SmsProvider& provider, ICollectionStorage& storage, Journal& journal,
-                         const std::vector<std::uint32_t>& timings, RetryState& state,
-                         const MonotonicClock& clock = monotonicSeconds);
+void retryFailedMessages(Outbox& outbox, CheckedStorage& storage, const std::vector<std::uint32_t>& timings,
+                         RetryState& state, const MonotonicClock& clock = monotonicSeconds);

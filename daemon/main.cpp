@@ -21,11 +21,12 @@ int main() {
   const std::uint32_t receivedLimit = (*settings)[SettingsKey::receivedLimit].asUInt();
   const std::uint32_t sentLimit = (*settings)[SettingsKey::sentLimit].asUInt();
 
-  Journal journal(messageFolder, receivedLimit, sentLimit);
-  SmsUtilsProvider provider(&journal);
-  auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder, &journal);
-  const auto storage = makeMessageStore(folders, receivedLimit, sentLimit);
+  InTransit inTransit(messageFolder, stagingFolder);
+  SmsUtilsProvider provider(&inTransit);
+  const auto folders = std::make_shared<FolderCollectionStorage>(messageFolder, stagingFolder);
+  const auto store = makeMessageStore(folders, receivedLimit, sentLimit);
+  CheckedStorage storage(*store, folders->faults());
 
-  runMainLoop(provider, *storage, commands, journal);
+  runMainLoop(provider, storage, commands, inTransit);
   return EXIT_SUCCESS;
 }

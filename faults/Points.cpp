@@ -11,7 +11,7 @@
 #include "faults/ErrnoTable.h"
 #include "faults/Scenario.h"
 #include "faults/Tracer.h"
-#include "storage/Journal.h"
+#include "storage/SpoolEntry.h"
 
 namespace {
 
@@ -36,10 +36,9 @@ struct Recording {
 
 // Whether the daemon has noted that a message is about to be sent, and not what came of it.
 bool sendIsUnanswered() {
-  std::vector<Journal::Entry> entries;
-  Journal::read(Simulator::MessageFolders::root, entries);
-  return std::any_of(entries.begin(), entries.end(),
-                     [](const Journal::Entry& entry) { return entry.to == 0; });
+  const Spool::Survey spool = Spool::survey(Simulator::MessageFolders::root);
+  return std::any_of(spool.notes.begin(), spool.notes.end(),
+                     [](const Spool::Note& note) { return note.stage == stageOf(BegunSend{}); });
 }
 
 class Runner {

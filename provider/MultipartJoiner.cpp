@@ -2,17 +2,18 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "storage/MessageRecord.h"
 
 namespace Key = MessageRecord::Key;
 
-std::vector<Json::Value> joinMultipartMessages(const std::vector<Json::Value>& records) {
+std::vector<Json::Value> joinMultipartMessages(std::vector<Json::Value> records) {
   std::vector<Json::Value> joined;
   std::map<int, Json::Value> groups;
-  for (const Json::Value& record : records) {
+  for (Json::Value& record : records) {
     if (!MessageRecord::has(record, Key::PartId)) {
-      joined.push_back(record);
+      joined.push_back(std::move(record));
       continue;
     }
     const auto [group, isNew] = groups.try_emplace(record[Key::PartId].asInt(), record);

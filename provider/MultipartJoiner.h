@@ -10,7 +10,7 @@
 /// ascending, made from the first part that arrived, with the texts of all in "parts" and joinParts applied.
 /// Parts are told apart by the reference alone, not by the sender; of a part that comes twice, the later text
 /// counts.
-std::vector<Json::Value> joinMultipartMessages(const std::vector<Json::Value>& records);
+std::vector<Json::Value> joinMultipartMessages(std::vector<Json::Value> records);
 
 /// Sets the "message" of a grouped record to the texts of its "parts", " ... " standing for a missing one.
 /// When none is missing, "parts", "part-id", "part-index" and "part-count" are removed: the record is

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "provider/Listing.h"
 #include "provider/MultipartJoiner.h"
@@ -69,7 +70,7 @@ bool writeSendFile(const Json::Value& record) {
 
 }  // namespace
 
-SmsUtilsProvider::SmsUtilsProvider(Journal* journal) : journal_(journal) {
+SmsUtilsProvider::SmsUtilsProvider(ModemEvents* events) : events_(events) {
   if (std::system(("mkdir -p " + std::string(stagingFolder) + "/").c_str()) != 0)
     ORVEL_LOG(ERROR, "Cannot create dir: [%d][%s]", errno, std::strerror(errno));
 }
@@ -78,11 +79,11 @@ std::vector<Json::Value> SmsUtilsProvider::receiveMessages() {
   // The tool marks the messages that it lists as read, so that the listing below holds new and old ones
   // alike.
   [[maybe_unused]] const int ignored = std::system((tool + "list unread > /dev/null").c_str());
-  const Listing listing = parseListing(listMessages(), [this](const std::string& guid) {
-    return journal_ != nullptr && journal_->isTaken(guid);
+  Listing listing = parseListing(listMessages(), [this](const std::string& guid) {
+    return events_ != nullptr && events_->isTaken(guid);
   });
-  const std::vector<Json::Value> records = joinMultipartMessages(listing.records);
-  if (journal_ != nullptr) journal_->received(records);
+  std::vector<Json::Value> records = joinMultipartMessages(std::move(listing.records));
+  if (events_ != nullptr && !records.empty()) events_->aboutToDelete(records);
   if (listing.foundMessage) {
     const int status = std::system((tool + "delete read").c_str());
     if (status != 0) ORVEL_LOG(ERROR, "[SMS-UTILS] Failed to delete SMS messages: [%d]", status);
@@ -100,9 +101,9 @@ bool SmsUtilsProvider::sendMessage(const Json::Value& message) {
   const std::string command =
       "bash -c '" + tool + "--verbose send -f " + sendFile + " " + recipient + " >> " + sendLog + " 2>&1'";
   ORVEL_LOG(INFO, "%s", command.c_str());
-  if (journal_ != nullptr) journal_->begun();
+  if (events_ != nullptr) events_->aboutToSend();
   const int status = std::system(command.c_str());
-  if (journal_ != nullptr) journal_->answered(status == 0);
+  if (events_ != nullptr) events_->answered(status == 0);
   if (status != 0) ORVEL_LOG(ERROR, "Error to send SMS. Error: %d", status);
   removeSendFile();
   return status == 0;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "provider/ModemEvents.h"
 #include "provider/SmsProvider.h"
-#include "storage/Journal.h"
 
 /// How the tool is called; a command of it follows.
 constexpr char smsTool[] = "SMS_CONFIG=/etc/smsconfig sms ";
@@ -15,10 +15,9 @@ constexpr char sendLog[] = "/var/log/veld.log";  ///< what the tool has said whi
 /// library's exception.
 class SmsUtilsProvider final : public SmsProvider {
  public:
-  /// Creates the folder of the send file. A failure is logged, and every send will then fail. `journal`, if
-  /// any, takes in what the modem gave before it is deleted there, and when a send begins and is answered; it
-  /// outlives the object.
-  explicit SmsUtilsProvider(Journal* journal = nullptr);
+  /// Creates the folder of the send file. A failure is logged, and every send will then fail. `events`, if
+  /// any, is told what the modem is about to do; it outlives the object.
+  explicit SmsUtilsProvider(ModemEvents* events = nullptr);
 
   /// Lists every message that the modem holds, then deletes them from it. "guid" and "timestamp" come from
   /// the gateway's clock, in local time. A message without a sender is dropped and deleted; when the deletion
@@ -31,5 +30,5 @@ class SmsUtilsProvider final : public SmsProvider {
   bool sendMessage(const Json::Value& message) override;
 
  private:
-  Journal* const journal_;
+  ModemEvents* const events_;
 };

@@ -1,20 +1,29 @@
 #include "storage/FolderCollectionStorage.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
 #include "storage/MessageStatus.h"
 #include "storage/MoveFolderStorage.h"
 
-FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const std::string& tempPath,
-                                                 Journal* journal)
-    : journal_(journal) {
+FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const std::string& tempPath) {
   for (const int status : MessageStatus::all)
-    folders[status] = std::make_shared<MoveFolderStorage>(root + MessageStatus::folder(status), tempPath);
+    folders[status] =
+        std::make_shared<MoveFolderStorage>(root + MessageStatus::folder(status), tempPath, &faults_);
+}
+
+void FolderCollectionStorage::makeMissingFolders(const std::string& root, const std::string& tempPath) {
+  std::vector<std::string> paths{tempPath};
+  for (const int status : MessageStatus::all) paths.push_back(root + MessageStatus::folder(status));
+  for (const std::string& path : paths)
+    if (access(path.c_str(), F_OK) != 0 && errno == ENOENT) const FolderStorage made(path);
 }
 
 void FolderCollectionStorage::save(const Json::Value& record, int status) {
   IStorage* const storage = folder(status);
-  if (storage == nullptr) return;
-  const bool good = storage->save(record);
-  if (journal_ != nullptr) journal_->saved(record, status, good);
+  if (storage != nullptr && !storage->save(record)) ++faults_.failedSaves;
 }
 
 void FolderCollectionStorage::remove(const Json::Value& filter, int status) {

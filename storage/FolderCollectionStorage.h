@@ -6,16 +6,21 @@
 
 #include "storage/ICollectionStorage.h"
 #include "storage/IStorage.h"
-#include "storage/Journal.h"
+#include "storage/StorageFaults.h"
 
 /// The folder tree of the message store: one folder per status below a root.
 ///
 ///     root/inbox/received   root/outbox/sending   root/outbox/sent   root/outbox/failed
 class FolderCollectionStorage final : public ICollectionStorage {
  public:
-  /// Creates the four folders and the staging folder that they share; a failure is logged. `journal`, if any,
-  /// is told what came of each save, and outlives the object.
-  FolderCollectionStorage(const std::string& root, const std::string& tempPath, Journal* journal = nullptr);
+  /// Creates the four folders and the staging folder that they share; a failure is logged.
+  FolderCollectionStorage(const std::string& root, const std::string& tempPath);
+
+  /// Creates those folders that are missing; a failure is logged.
+  static void makeMissingFolders(const std::string& root, const std::string& tempPath);
+
+  /// What failed since the object was made.
+  [[nodiscard]] const StorageFaults& faults() const { return faults_; }
 
   void save(const Json::Value& record, int status) override;
   void remove(const Json::Value& filter, int status) override;
@@ -29,5 +34,5 @@ class FolderCollectionStorage final : public ICollectionStorage {
   IStorage* folder(int status) const;
 
   std::map<int, std::shared_ptr<IStorage>> folders;
-  Journal* const journal_;
+  StorageFaults faults_;
 };

@@ -34,23 +34,15 @@ bool matches(const Json::Value& record, const Json::Value& filter) {
   return true;
 }
 
-bool read(const std::string& file, const char* name, Json::Value& record) {
-  std::ifstream stream(file);
-  if (!stream.is_open()) {
-    ORVEL_LOG(ERROR, "Cannot open file %s: [%d][%s]", name, errno, std::strerror(errno));
-    return false;
-  }
-  std::string errors;
-  if (!MessageRecord::parse(stream, record, errors)) {
-    ORVEL_LOG(ERROR, "Cannot parse JSON from file %s: [%s]", name, errors.c_str());
-    return false;
-  }
-  return true;
+// Whether opening the file could block, or its content never end.
+bool isNoFile(const std::string& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 }  // namespace
 
-FolderStorage::FolderStorage(const std::string& path) : path(path) {
+FolderStorage::FolderStorage(const std::string& path, StorageFaults* faults) : path(path), faults_(faults) {
   if (std::system(("mkdir -p " + path).c_str()) != 0)
     ORVEL_LOG(ERROR, "Cannot create path [%s]: [%d][%s]", path.c_str(), errno, std::strerror(errno));
 }
@@ -83,12 +75,38 @@ bool FolderStorage::remove(const Json::Value& filter) {
 Json::Value FolderStorage::load(const Json::Value& filter) {
   Json::Value records(Json::arrayValue);
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
-  if (directory == nullptr) return records;
+  if (directory == nullptr) {
+    if (errno != ENOENT) countFailedRead();
+    return records;
+  }
   while (const dirent* entry = readdir(directory.get())) {
     if (isDirectory(entry->d_name)) continue;
     Json::Value record;
-    if (read(path + "/" + entry->d_name, entry->d_name, record) && matches(record, filter))
-      records.append(std::move(record));
+    if (read(entry->d_name, record) && matches(record, filter)) records.append(std::move(record));
   }
   return records;
+}
+
+void FolderStorage::countFailedRead() {
+  if (faults_ != nullptr) ++faults_->failedReads;
+}
+
+bool FolderStorage::read(const char* name, Json::Value& record) {
+  const std::string file = path + "/" + name;
+  const bool isReadable = !isNoFile(file);
+  std::ifstream stream;
+  if (isReadable)
+    stream.open(file);
+  else
+    errno = ENXIO;
+  if (!stream.is_open()) {
+    if (isReadable && errno != ENOENT) countFailedRead();
+    ORVEL_LOG(ERROR, "Cannot open file %s: [%d][%s]", name, errno, std::strerror(errno));
+    return false;
+  }
+  std::string errors;
+  if (MessageRecord::parse(stream, record, errors)) return true;
+  if (stream.bad()) countFailedRead();
+  ORVEL_LOG(ERROR, "Cannot parse JSON from file %s: [%s]", name, errors.c_str());
+  return false;
 }

@@ -1,8 +1,18 @@
 #include "storage/MessageRecord.h"
 
+#include <fstream>
+
 #include "storage/MessageStatus.h"
 
 namespace MessageRecord {
+namespace {
+
+Json::Value messageOf(Json::Value record) {
+  for (const char* const key : {Key::Status, Key::IsSMSCommand}) record.removeMember(key);
+  return record;
+}
+
+}  // namespace
 
 bool has(const Json::Value& record, const char* key) { return record.isObject() && record.isMember(key); }
 
@@ -30,6 +40,14 @@ bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
     errors = exception.what();
     return false;
   }
+}
+
+bool isInFile(const Json::Value& record, const std::string& path) {
+  std::ifstream stream(path);
+  Json::Value inFile;
+  std::string errors;
+  if (!stream.is_open() || !parse(stream, inFile, errors)) return false;
+  return record.isObject() && inFile.isObject() && messageOf(record) == messageOf(inFile);
 }
 
 }  // namespace MessageRecord

@@ -41,4 +41,8 @@ std::uint32_t retriesAfterFailure(const Json::Value& record);
 /// Reads the content of a file; false, with a text in `errors`, when it is no JSON or is nested too deep.
 bool parse(std::istream& stream, Json::Value& record, std::string& errors);
 
+/// Whether the file at `path` holds the message of `record`, whatever its status and whether it acted as a
+/// command.
+bool isInFile(const Json::Value& record, const std::string& path);
+
 }  // namespace MessageRecord

@@ -58,8 +58,9 @@ bool isMoved(const Json::Value& record, const std::string& file) {
 
 }  // namespace
 
-MoveFolderStorage::MoveFolderStorage(const std::string& path, const std::string& tempPath)
-    : FolderStorage(path), tempFolder(tempPath) {}
+MoveFolderStorage::MoveFolderStorage(const std::string& path, const std::string& tempPath,
+                                     StorageFaults* faults)
+    : FolderStorage(path, faults), tempFolder(tempPath) {}
 
 bool MoveFolderStorage::save(const Json::Value& record) {
   if (!MessageRecord::has(record, MessageRecord::Key::Guid)) return false;

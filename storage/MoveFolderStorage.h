@@ -8,8 +8,8 @@
 /// first, and the finished file is moved.
 class MoveFolderStorage final : public FolderStorage {
  public:
-  /// Creates both folders, `path` first.
-  MoveFolderStorage(const std::string& path, const std::string& tempPath);
+  /// Creates both folders, `path` first. For `faults`, see FolderStorage.
+  MoveFolderStorage(const std::string& path, const std::string& tempPath, StorageFaults* faults = nullptr);
 
   /// False for a record without "guid", when it cannot be staged whole, and when the move fails. A staged
   /// file that could not be moved is left behind, and the next save of the same guid overwrites it; a file

@@ -9,7 +9,7 @@
 
 #include "daemon/RetryStep.h"
 #include "daemon/StartUp.h"
-#include "storage/Journal.h"
+#include "storage/SpoolEntry.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "veldctl/Health.h"
@@ -153,21 +153,26 @@ void reportMessages(Report& report, const Folders& folders, const Json::Value& s
 
 // What the daemon has taken off the modem or sent, and not yet filed: for a moment in each pass, or because
 // it hangs, was ended, or cannot file.
-void reportJournal(Report& report, const std::string& root) {
-  std::vector<Journal::Entry> entries;
-  if (Journal::read(root, entries) != Journal::Reading::Whole) report.add(Look, "the journal cannot be read");
+void reportSpool(Report& report, const std::string& root) {
+  const Spool::Survey spool = Spool::survey(root);
+  if (!spool.readable) report.add(Look, "the spool cannot be read");
+  report.count(Look, spool.damaged, " damaged files lie in the spool", "spool_damaged");
   std::int64_t unfiled = 0, begun = 0;
-  bool tried = false;
-  std::string first;
-  for (const Journal::Entry& entry : entries) {
-    if (entry.to == 0) ++begun;
-    if (entry.to == 0 || entry.filed) continue;
-    ++unfiled;
-    tried = tried || entry.tried;
-    const Json::Value& time = MessageRecord::member(entry.record, Key::Timestamp);
-    if (first.empty() && time.isString()) first = ", since " + time.asString();
+  std::string since;
+  for (const Spool::Note& note : spool.notes) {
+    const std::optional<SpoolEntry> entry = parseEntry(note);
+    if (!entry) continue;
+    if (std::holds_alternative<BegunSend>(*entry)) ++begun;
+    if (const auto* const answered = std::get_if<AnsweredSend>(&*entry)) unfiled += answered->filed ? 0 : 1;
+    for (const Batch* const batch : {static_cast<const Batch*>(std::get_if<ReceivedBatch>(&*entry)),
+                                     static_cast<const Batch*>(std::get_if<MergedBatch>(&*entry))})
+      if (batch != nullptr && batch->filed < batch->records.size()) {
+        unfiled += static_cast<std::int64_t>(batch->records.size() - batch->filed);
+        const Json::Value& time = MessageRecord::member(batch->records[batch->filed], Key::Timestamp);
+        if (since.empty() && time.isString()) since = ", since " + time.asString();
+      }
   }
-  report.count(tried ? Look : Well, unfiled, " wait to be filed" + first, "unfiled");
+  report.count(Well, unfiled, " wait to be filed" + since, "unfiled");
   report.count(Well, begun, " send was begun", "sends_begun");
 }
 
@@ -209,7 +214,7 @@ void reportStatus(Report& report, const Folders& folders, const std::string& sta
   const std::string process = reportProcesses(report, settings);
   const std::string seen = process.empty() ? staging : process + "/root" + staging;
   reportMessages(report, folders, settings);
-  reportJournal(report, folders.root());
+  reportSpool(report, folders.root());
   reportStaged(report, seen, staging);
   reportRoom(report, seen, staging);
   reportRoom(report, folders.root(), folders.root());

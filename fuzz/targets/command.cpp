@@ -101,7 +101,7 @@ class OneMessage final : public SmsProvider {
   const Json::Value record_;
 };
 
-class Inbox final : public ICollectionStorage {
+class MemoryInbox final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override {
     if (status == MessageStatus::Received) records.append(record);
@@ -125,12 +125,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   record["source"] = input.sender;
   record["message"] = input.message;
   OneMessage provider(record);
-  Inbox inbox;
+  MemoryInbox inbox;
   RetryState retry;
   FakeCurl::requests.clear();
   FakeCurl::answer = R"({"code": 200})";
-  Journal journal("/nowhere", 0, 0);
-  runPass(provider, inbox, commands, journal, {}, retry);
+  const StorageFaults none;
+  CheckedStorage storage(inbox, none);
+  InTransit inTransit("/nowhere", "/nowhere");
+  runPass(provider, storage, commands, inTransit, {}, retry);
 
   const std::optional<FakeCurl::Request> permitted = permittedRequest(input);
   property(FakeCurl::requests.size() <= (permitted ? 1U : 0U), "a stranger causes no request");

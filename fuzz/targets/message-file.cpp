@@ -107,13 +107,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int status = MessageStatus::Received + data[0] / 2 % 4;
   const bool sends = data[0] % 2 == 0;
   const auto store = std::make_shared<OneFolder>(folder, status);
-  const auto storage = makeMessageStore(store, 1, 1);
+  const auto limited = makeMessageStore(store, 1, 1);
+  const StorageFaults none;
+  CheckedStorage storage(*limited, none);
   Json::Value off;
   SMSCommand commands(off);
   Modem modem(sends);
   RetryState retry;
-  Journal journal("/nowhere", 0, 0);
-  runPass(modem, *storage, commands, journal, {0}, retry, [] { return 0U; });
+  InTransit inTransit("/nowhere", "/nowhere");
+  runPass(modem, storage, commands, inTransit, {0}, retry, [] { return 0U; });
 
   checkReceived(*store);
   property(modem.offered.size() <= records.size(), "nothing is sent that is not queued");

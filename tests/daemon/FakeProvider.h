@@ -6,29 +6,31 @@
 #include <utility>
 #include <vector>
 
+#include "provider/ModemEvents.h"
 #include "provider/SmsProvider.h"
-#include "storage/Journal.h"
 
 /// A modem that gives what is in `incoming`, once, and refuses the numbers in `refused`.
 class FakeProvider final : public SmsProvider {
  public:
   std::vector<Json::Value> receiveMessages() override {
     if (onReceive) onReceive();
-    if (journal != nullptr) journal->received(incoming);
+    if (events != nullptr && !incoming.empty()) events->aboutToDelete(incoming);
     return std::exchange(incoming, {});
   }
 
   bool sendMessage(const Json::Value& message) override {
     const std::string recipient = message["recipient"].asString();
-    if (journal != nullptr) journal->begun();
+    if (events != nullptr) events->aboutToSend();
     if (onSend) onSend();
     attempts.push_back(recipient);
-    return refused.count(recipient) == 0;
+    const bool sent = refused.count(recipient) == 0;
+    if (events != nullptr) events->answered(sent);
+    return sent;
   }
 
   std::vector<Json::Value> incoming;
   std::set<std::string> refused;
   std::function<void()> onReceive, onSend;
-  Journal* journal = nullptr;
+  ModemEvents* events = nullptr;
   std::vector<std::string> attempts;  ///< the number of every send, refused or not
 };

@@ -34,7 +34,7 @@ class Pass : public testing::Test {
   std::string pass(const std::vector<std::string>& incoming = {}) {
     for (const std::string& record : incoming) world_.provider.incoming.push_back(json(record));
     LogCapture log;
-    runPass(world_.provider, *world_.storage, commands_, world_.journal, {10}, retry_,
+    runPass(world_.provider, world_.storage, commands_, world_.inTransit, {10}, retry_,
             [this] { return now_; });
     return log.text();
   }

@@ -34,8 +34,10 @@ class RetryStep : public testing::Test {
   RetryStep() { world_.provider.refused = {"bad"}; }
 
   void step(const std::vector<std::uint32_t>& timings) {
-    retryFailedMessages(world_.provider, *world_.storage, world_.journal, timings, state_,
-                        [this] { return now_; });
+    const Spool::Pass pass = world_.inTransit.spool.open();
+    Outbox outbox(world_.provider, world_.storage, world_.inTransit);
+    retryFailedMessages(outbox, world_.storage, timings, state_, [this] { return now_; });
+    outbox.settle();
   }
 
   /// The seconds after the first step at which something was sent.
@@ -97,7 +99,7 @@ TEST_F(RetryStep, SharesTheAttemptAmongTheMessagesThatMayRetry) {
     world_.put(record, Failed);
   world_.put("[1]", Failed, "5");
   std::vector<std::string> inOrder;
-  for (const Json::Value& record : world_.storage->load(Json::nullValue, Failed))
+  for (const Json::Value& record : world_.storage.load(Failed))
     if (mayRetry(record)) inOrder.push_back(record["recipient"].asString());
   EXPECT_THAT(attemptTimes({10}, 10), ElementsAre(10));
   EXPECT_THAT(inOrder, testing::UnorderedElementsAre("bad", "good"));
@@ -149,7 +151,7 @@ TEST_F(RetryStep, StartsAnewWhenNothingIsLeft) {
   attemptTimes({10, 100}, 30);
   EXPECT_EQ(state_.dialAttempt, 2u);
   EXPECT_EQ(state_.time_not_attempting, 20u);
-  world_.storage->remove(Json::nullValue, Failed);
+  world_.storage.remove(Json::nullValue, Failed);
   step({10, 100});
   EXPECT_FALSE(state_.timerStarted);
   EXPECT_THAT((std::vector<std::uint32_t>{state_.lastTime, state_.time_not_attempting, state_.dialAttempt}),

@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "daemon/InTransit.h"
+#include "storage/CheckedStorage.h"
 #include "storage/FolderCollectionStorage.h"
-#include "storage/Journal.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "storage/MessageStore.h"
@@ -20,7 +21,7 @@
 /// The message folders. Notes loads and saves, and can be told to refuse removals.
 class WatchedFolders final : public ICollectionStorage {
  public:
-  WatchedFolders(const std::string& root, Journal* journal) : folders_(root, root + "/staging", journal) {}
+  explicit WatchedFolders(const std::string& root) : folders_(root, root + "/staging") {}
 
   void save(const Json::Value& record, int status) override {
     saved.push_back(MessageRecord::guid(record));
@@ -35,6 +36,8 @@ class WatchedFolders final : public ICollectionStorage {
     return folders_.load(filter, status);
   }
   void move(const Json::Value& filter, int from, int to) override { folders_.move(filter, from, to); }
+
+  const StorageFaults& faults() const { return folders_.faults(); }
 
   std::map<int, int> loads;
   std::vector<std::string> saved;  ///< the guids, in the order of the saves
@@ -51,7 +54,7 @@ class World {
   static constexpr std::uint32_t receivedLimit = 30;
   static constexpr std::uint32_t sentLimit = 20;
 
-  World() { provider.journal = &journal; }
+  World() { provider.events = &inTransit; }
 
   /// Writes a message file, named by the "guid" of `record` unless there is a `name`.
   void put(const std::string& record, int status, const std::string& name = "") {
@@ -82,9 +85,10 @@ class World {
 
   const TemporaryFolder root;
   FakeProvider provider;
-  Journal journal{root.path, receivedLimit, sentLimit};
-  const std::shared_ptr<WatchedFolders> folders = std::make_shared<WatchedFolders>(root.path, &journal);
-  const std::shared_ptr<ICollectionStorage> storage = makeMessageStore(folders, receivedLimit, sentLimit);
+  InTransit inTransit{root.path, root.path + "/staging"};
+  const std::shared_ptr<WatchedFolders> folders = std::make_shared<WatchedFolders>(root.path);
+  const std::shared_ptr<ICollectionStorage> store = makeMessageStore(folders, receivedLimit, sentLimit);
+  CheckedStorage storage{*store, folders->faults()};
 
  private:
   std::string path(int status) const { return root.path + MessageStatus::folder(status); }

@@ -151,18 +151,25 @@ TEST_P(Send, HandsTheTextToTheTool) {
 }
 INSTANTIATE_ROWS(Send, sendRows);
 
-TEST_F(SmsUtilsProviderTest, WritesDownWhatTheToolIsAboutToDo) {
-  const TemporaryFolder root({{"outbox/sending/1", R"({"guid":"1","recipient":"+49"})"}});
-  Journal journal(root.path, 9, 9);
-  SmsUtilsProvider provider(&journal);
-  tool("[ \"$*\" != 'list read' ] || exec " + std::string(twoMessages) + "; cat " + root.path +
-       "/journal >> " + calls);
+TEST_F(SmsUtilsProviderTest, AnnouncesWhatCannotBeUndone) {
+  struct Events final : ModemEvents {
+    bool isTaken(const std::string& guid) const override { return guid.substr(14) == "00"; }
+    void aboutToDelete(const std::vector<Json::Value>& records) override {
+      note("about to delete from " + records[0]["guid"].asString().substr(14));
+    }
+    void aboutToSend() override { note("about to send"); }
+    void answered(bool sent) override { note(sent ? "sent" : "refused"); }
+    static void note(const std::string& event) { std::ofstream(calls, std::ios::app) << event << "\n"; }
+  } events;
+  SmsUtilsProvider provider(&events);
+  tool("[ \"$*\" != 'list read' ] || exec " + std::string(twoMessages));
   provider.receiveMessages();
-  EXPECT_THAT(readFile(calls), HasSubstr("delete read\n[{"));
-  journal.prepare(json("{'guid':'1','recipient':'+49'}"), MessageStatus::Sending);
-  provider.sendMessage(json("{'guid':'1','recipient':'+49'}"));
-  EXPECT_THAT(readFile(calls), testing::EndsWith("\"to\":0,\"tried\":false}]\n"));
-  EXPECT_THAT(readFile(root.path + "/journal"), testing::EndsWith("\"to\":3,\"tried\":false}]\n"));
+  EXPECT_THAT(readFile(calls), testing::EndsWith("about to delete from 01\n" + std::string(deleteCall)));
+  provider.sendMessage(json("{'recipient':'+49'}"));
+  EXPECT_THAT(readFile(calls), testing::EndsWith("about to send\n/etc/smsconfig --verbose send -f /tmp/sms/sms-tmp +49\nsent\n"));
+  tool("exit 1");
+  provider.sendMessage(json("{'recipient':'+49'}"));
+  EXPECT_THAT(readFile(calls), testing::EndsWith("refused\n"));
 }
 
 TEST_F(SmsUtilsProviderTest, LogsTheCommandBeforeItRunsAndAppendsTheToolsOutput) {

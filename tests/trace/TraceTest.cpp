@@ -14,12 +14,15 @@ using namespace MessageStatus;
 
 TEST(Trace, TellsTheTimeBeforeItIsAddedUp) {
   World world;
+  const Spool::Pass pass = world.inTransit.spool.open();
   world.put("{'guid':'1','recipient':'good','retries':1}", Failed);
   RetryState state;
   std::uint32_t now = 100;
   LogCapture log;
-  for (; now <= 106; now += 3)
-    retryFailedMessages(world.provider, *world.storage, world.journal, {6, 60}, state, [&] { return now; });
+  for (; now <= 106; now += 3) {
+    Outbox outbox(world.provider, world.storage, world.inTransit);
+    retryFailedMessages(outbox, world.storage, {6, 60}, state, [&] { return now; });
+  }
   EXPECT_EQ(log.text(),
             "[DEBUG] VELD: time_not_attempting=[0], current_timing=[6]\n"
             "[DEBUG] VELD: time_not_attempting=[0], current_timing=[6]\n"

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "storage/ICollectionStorage.h"
+#include "storage/StorageFaults.h"
+
+/// The message store as the loop uses it: an ICollectionStorage whose calls tell whether they succeeded.
+///
+/// A record that a limit of 0 keeps nowhere counts as saved. Both objects must outlive this one.
+class CheckedStorage {
+ public:
+  CheckedStorage(ICollectionStorage& storage, const StorageFaults& faults);
+
+  /// False when the record did not reach the folder of `status`.
+  [[nodiscard]] bool save(const Json::Value& record, int status);
+
+  void remove(const Json::Value& filter, int status);
+
+  /// All records of `status`. `complete`, if given, is false when a file, or the folder, could not be read.
+  [[nodiscard]] Json::Value load(int status, bool* complete = nullptr);
+
+  /// False when a record left `from` and did not reach `to`.
+  [[nodiscard]] bool move(const Json::Value& filter, int from, int to);
+
+ private:
+  ICollectionStorage& storage_;
+  const StorageFaults& faults_;
+};

@@ -1,0 +1,160 @@
+#include "storage/SpoolEntry.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <sstream>
+#include <utility>
+
+#include "storage/MessageRecord.h"
+#include "storage/MessageStatus.h"
+
+namespace {
+
+constexpr char receivedStage[] = "received";
+constexpr char mergedStage[] = "merged";
+constexpr char sendingStage[] = "sending";
+constexpr char sentStage[] = "sent";
+constexpr char refusedStage[] = "refused";
+constexpr char filedSuffix[] = "-filed";
+
+namespace Key {
+using namespace MessageRecord::Key;
+constexpr char Record[] = "record";
+constexpr char From[] = "from";
+constexpr char Identity[] = "identity";
+}  // namespace Key
+
+// One level more than a record that MessageRecord::parse takes can add here.
+constexpr int deepestNesting = 1100;
+
+std::string toText(const Json::Value& value) {
+  Json::StreamWriterBuilder writer;
+  writer["indentation"] = "";
+  writer["commentStyle"] = "None";
+  writer["emitUTF8"] = true;  // bytes that are no UTF-8 stay as they are
+  return Json::writeString(writer, value);
+}
+
+bool fromText(const std::string& text, Json::Value& value) {
+  Json::CharReaderBuilder reader;
+  Json::CharReaderBuilder::strictMode(&reader.settings_);
+  reader["stackLimit"] = deepestNesting;
+  std::istringstream stream(text);
+  try {
+    return Json::parseFromStream(reader, stream, &value, nullptr);
+  } catch (const Json::Exception&) {
+    return false;  // nesting that is too deep
+  }
+}
+
+// Guids go into shell commands as they are, so no command could file a record with another guid.
+bool isFileName(const std::string& guid) {
+  const auto isPlain = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+           (c != '\0' && std::strchr("._-+:@,=%", c) != nullptr);
+  };
+  return !guid.empty() && guid != "." && guid != ".." && std::all_of(guid.begin(), guid.end(), isPlain);
+}
+
+bool isText(const Json::Value& value) { return value.isConvertibleTo(Json::stringValue); }
+
+bool isSend(const Send& send) {
+  return isFileName(MessageRecord::guid(send.record)) && !send.identity.empty() &&
+         (send.from == MessageStatus::Sending || send.from == MessageStatus::Failed);
+}
+
+// Reads "-3" off the front of `text`.
+bool readCount(std::string& text, std::size_t& count) {
+  if (text.empty() || text[0] != '-') return false;
+  const char* const end = text.data() + text.size();
+  const auto [point, error] = std::from_chars(text.data() + 1, end, count);
+  if (error != std::errc()) return false;
+  text.erase(0, static_cast<std::size_t>(point - text.data()));
+  return true;
+}
+
+template <typename Kind>
+std::optional<SpoolEntry> parseBatch(std::string counts, Json::Value& value) {
+  Kind batch;
+  if (!readCount(counts, batch.filed) || !readCount(counts, batch.offered) || !counts.empty())
+    return std::nullopt;
+  if (!value.isArray() || value.empty() || !std::all_of(value.begin(), value.end(), isNotable))
+    return std::nullopt;
+  if (batch.filed > batch.offered || batch.offered > value.size()) return std::nullopt;
+  batch.records.reserve(value.size());
+  for (Json::Value& record : value) batch.records.push_back(std::move(record));
+  return batch;
+}
+
+std::optional<Send> parseSend(const Json::Value& value) {
+  if (!value.isObject() || value.size() != 3) return std::nullopt;
+  const Json::Value& from = value[Key::From];
+  if (!from.isInt() || !value[Key::Identity].isString()) return std::nullopt;
+  Send send{value[Key::Record], from.asInt(), value[Key::Identity].asString()};
+  if (!isSend(send)) return std::nullopt;
+  return send;
+}
+
+std::string countsOf(const Batch& batch) {
+  return "-" + std::to_string(batch.filed) + "-" + std::to_string(batch.offered);
+}
+
+// What stands behind `kind` in the stage; none when the stage is of another kind.
+std::optional<std::string> behind(const std::string& stage, const std::string& kind) {
+  if (stage.compare(0, kind.size(), kind) != 0) return std::nullopt;
+  return stage.substr(kind.size());
+}
+
+}  // namespace
+
+std::string stageOf(const ReceivedBatch& batch) { return receivedStage + countsOf(batch); }
+
+std::string stageOf(const MergedBatch& batch) { return mergedStage + countsOf(batch); }
+
+std::string stageOf(const BegunSend& /*send*/) { return sendingStage; }
+
+std::string stageOf(const AnsweredSend& send) {
+  const std::string stage = send.sent ? sentStage : refusedStage;
+  return send.filed ? stage + filedSuffix : stage;
+}
+
+bool isNotable(const Json::Value& record) {
+  using MessageRecord::has, MessageRecord::member;
+  const Json::Value& parts = member(record, Key::Parts);
+  if (!isFileName(MessageRecord::guid(record))) return false;
+  if (!isText(member(record, Key::Message)) || !isText(member(record, Key::Source))) return false;
+  if (has(record, Key::PartId) && !record[Key::PartId].isConvertibleTo(Json::intValue)) return false;
+  if (!has(record, Key::Parts)) return true;
+  return parts.isArray() && std::all_of(parts.begin(), parts.end(), isText);
+}
+
+std::optional<std::string> textOf(const std::vector<Json::Value>& records) {
+  if (records.empty() || !std::all_of(records.begin(), records.end(), isNotable)) return std::nullopt;
+  std::string text;
+  for (const Json::Value& record : records) text += (text.empty() ? "[" : ",") + toText(record);
+  return text + "]";
+}
+
+std::optional<std::string> textOf(const Send& send) {
+  if (!isSend(send)) return std::nullopt;
+  Json::Value value(Json::objectValue);
+  value[Key::Record] = send.record;
+  value[Key::From] = send.from;
+  value[Key::Identity] = send.identity;
+  return toText(value);
+}
+
+std::optional<SpoolEntry> parseEntry(const Spool::Note& note) {
+  Json::Value value;
+  if (!fromText(note.text, value)) return std::nullopt;
+  if (const auto counts = behind(note.stage, receivedStage)) return parseBatch<ReceivedBatch>(*counts, value);
+  if (const auto counts = behind(note.stage, mergedStage)) return parseBatch<MergedBatch>(*counts, value);
+  const std::optional<Send> send = parseSend(value);
+  if (!send) return std::nullopt;
+  if (note.stage == sendingStage) return BegunSend{*send};
+  for (const bool sent : {false, true})
+    for (const bool filed : {false, true})
+      if (const AnsweredSend answered{*send, sent, filed}; note.stage == stageOf(answered)) return answered;
+  return std::nullopt;
+}

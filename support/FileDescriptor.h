@@ -1,0 +1,31 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "support/NonCopyable.h"
+
+namespace Orvel {
+
+/// Owns a file descriptor and closes it.
+class FileDescriptor : private NonCopyable {
+ public:
+  /// Takes over `descriptor`; a negative one, as a failed open() gives, is none.
+  explicit FileDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
+  ~FileDescriptor() { reset(); }
+
+  [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+  [[nodiscard]] int get() const { return descriptor_; }
+
+  /// Closes the descriptor, and takes over another.
+  void reset(int descriptor = -1) {
+    const int old = std::exchange(descriptor_, descriptor);
+    if (old >= 0) close(old);
+  }
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace Orvel

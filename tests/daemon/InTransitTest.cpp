@@ -1,0 +1,266 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "daemon/MainLoop.h"
+#include "daemon/SendInProgress.h"
+#include "storage/NoteFile.h"
+#include "tests/LogCapture.h"
+#include "tests/Rows.h"
+#include "tests/daemon/World.h"
+
+using testing::HasSubstr;
+using namespace MessageStatus;
+
+namespace {
+
+std::string flushed;  ///< what was brought to the disk, in order
+bool diskFails = false;
+
+}  // namespace
+
+// In the place of the C library's: no test sees a disk.
+extern "C" int fsync(int file) {
+  char path[256] = {};
+  [[maybe_unused]] const ssize_t length =
+      readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof(path) - 1);
+  flushed += std::string(path).substr(std::string(path).rfind('/') + 1) + " ";
+  errno = EIO;
+  return diskFails ? -1 : 0;
+}
+
+namespace {
+
+constexpr char settings[] =
+    "{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,'whitelist':{'enabled':false,'numbers':[]},"
+    "'password':{'enabled':false,'text':''}}";
+
+/// Daemons that come and go on the folders of one gateway.
+class Gateway {
+ public:
+  explicit Gateway(std::initializer_list<std::pair<const char*, std::string>> files = {}) {
+    for (const auto& [file, content] : files) writeFile(world.root.path + "/" + file, content);
+  }
+
+  /// A new daemon runs a pass in which the modem gives `incoming`; what it logs.
+  std::string pass(const std::vector<std::string>& incoming = {}) {
+    LogCapture log;
+    InTransit inTransit(world.root.path, world.root.path + "/staging");
+    SMSCommand commands(json(settings));
+    EXPECT_TRUE(commands.loadConfig());
+    RetryState retry;
+    world.provider.events = &inTransit;
+    for (const std::string& record : incoming) world.provider.incoming.push_back(json(record));
+    runPass(world.provider, world.storage, commands, inTransit, timings, retry, [] { return 0U; });
+    world.provider.events = nullptr;
+    return log.text();
+  }
+
+  void note(const std::string& name, std::string text) {
+    std::replace(text.begin(), text.end(), '\'', '"');
+    writeFile(world.root.path + "/spool/" + name, NoteFile::framed(text));
+  }
+
+  /// The files of the spool but for its reserve.
+  std::vector<std::string> spool() const {
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(world.root.path + "/spool"))
+      if (file.path().filename() != "reserve") names.push_back(file.path().filename());
+    return names;
+  }
+
+  World world;
+  std::vector<std::uint32_t> timings;
+};
+
+}  // namespace
+
+struct LeftRow {
+  const char* name;
+  const char* note;
+  const char* text;
+  std::pair<int, const char*> before;  ///< a message file, if any
+  std::pair<int, const char*> after;   ///< the one message file
+  const char* log = "";                ///< a part of what the pass logs; nothing when it is empty
+};
+const char whole[] = "{'guid':'1','message':'a','source':'2'}";
+const char batchOfOne[] = "[{'guid':'1','message':'a','source':'2'}]";
+const char storedPart[] =
+    "{'guid':'1','message':'a...','part-count':2,'part-id':7,'part-index':0,'parts':['a',null]}";
+const char otherPart[] = "[{'guid':'2','part-id':7,'message':'','parts':[null,'b']}]";
+const char commandInParts[] = "[{'guid':'2','source':'3','part-id':7,'message':'','parts':[null,'reboot']}]";
+const LeftRow leftRows[] = {
+    {"NotFiled", "1.received-0-0", batchOfOne, {}, {Received, whole}},
+    {"FiledAndNotMarked",
+     "1.received-0-0",
+     batchOfOne,
+     {Received, "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}"},
+     {Received, "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}"}},
+    {"FiledAndTakenAway",
+     "1.received-1-1",
+     "[{'guid':'2'},{'guid':'1','message':'a','source':'2'}]",
+     {},
+     {Received, whole}},
+    {"Command",
+     "1.received-0-0",
+     "[{'guid':'1','message':'#reboot','source':'2'}]",
+     {},
+     {Received, "{'guid':'1','message':'#reboot','source':'2'}"},
+     "SMS command in message 1 from 2 is not obeyed"},
+    {"CommandThatWasPosted",
+     "1.received-0-1",
+     "[{'guid':'1','message':'#reboot','source':'2'}]",
+     {},
+     {Received, "{'guid':'1','message':'#reboot','source':'2'}"}},
+    {"PartThatCompletes",
+     "1.received-0-0",
+     otherPart,
+     {Received, storedPart},
+     {Received, "{'guid':'1','message':'ab'}"}},
+    {"PartThatCompletesACommand",
+     "1.received-0-1",
+     commandInParts,
+     {Received, "{'guid':'1','message':'','source':'3','part-id':7,'parts':['#',null]}"},
+     {Received, "{'guid':'1','message':'#reboot','source':'3'}"},
+     "SMS command in message 1 from 3 is not obeyed"},
+    {"MergedMessage",
+     "1.merged-0-0",
+     "[{'guid':'1','message':'ab'}]",
+     {Received, storedPart},
+     {Received, "{'guid':'1','message':'ab'}"}},
+    {"MergedAndItsPartStillNoted",
+     "1.received-0-0",
+     otherPart,
+     {Received, storedPart},
+     {Received, "{'guid':'1','message':'ab'}"}},
+    {"Sent",
+     "1.sent",
+     "{'from':2,'identity':'1 2','record':{'guid':'1'}}",
+     {},
+     {Sent, "{'guid':'1','status':'sent'}"}},
+    {"BegunFromTheQueue",
+     "1.sending",
+     "{'from':2,'identity':'1 2','record':{'guid':'1','retries':2}}",
+     {},
+     {Failed, "{'guid':'1','retries':2,'status':'failed'}"},
+     "Sending message 1 was begun and never answered: it counts as failed"},
+    {"BegunRetry",
+     "1.sending",
+     "{'from':4,'identity':'IDENTITY','record':{'guid':'1','retries':3}}",
+     {Failed, "{'guid':'1','retries':3}"},
+     {Failed, "{'guid':'1','retries':2,'status':'failed'}"},
+     "Sending message 1 was begun and never answered: it counts as failed"},
+    {"RefusedRetryThatIsFiled",
+     "1.refused",
+     "{'from':4,'identity':'of its file before','record':{'guid':'1','retries':3}}",
+     {Failed, "{'guid':'1','retries':2,'status':'failed'}"},
+     {Failed, "{'guid':'1','retries':2,'status':'failed'}"}},
+    {"SentAndStillQueued",
+     "1.sent-filed",
+     "{'from':2,'identity':'IDENTITY','record':{'guid':'1'}}",
+     {Sending, "{'guid':'1'}"},
+     {}},
+};
+class Left : public testing::TestWithParam<LeftRow> {};
+TEST_P(Left, IsFiledByTheNextDaemon) {
+  Gateway gateway;
+  std::string text = GetParam().text;
+  if (const auto [status, record] = GetParam().before; record != nullptr) {
+    gateway.world.put(record, status);
+    const std::size_t place = text.find("IDENTITY");
+    if (place != std::string::npos)
+      text.replace(place, 8, identityOf(gateway.world.root.path + folder(status) + "/1"));
+  }
+  gateway.note(GetParam().note, text);
+  const std::string log = gateway.pass();
+  if (*GetParam().log == '\0') {
+    EXPECT_EQ(log, "");
+  } else {
+    EXPECT_THAT(log, HasSubstr(GetParam().log));
+  }
+  for (const int status : MessageStatus::all) {
+    const auto [afterStatus, record] = GetParam().after;
+    std::vector<Json::Value> expected;
+    if (status == afterStatus) expected.push_back(json(record));
+    EXPECT_EQ(gateway.world.records(status), expected) << status;
+  }
+  EXPECT_THAT(gateway.spool(), testing::IsEmpty());
+  EXPECT_THAT(gateway.world.provider.attempts, testing::IsEmpty());
+}
+INSTANTIATE_ROWS(Left, leftRows);
+
+TEST(InTransit, FilesTheNewerInThePlaceOfTheOlderUnderALimit) {
+  Gateway gateway;
+  for (int guid = 100; guid < 130; ++guid)
+    gateway.world.put("{'guid':'" + std::to_string(guid) + "'}", Received);
+  gateway.note("1.received-0-0", "[{'guid':'200'},{'guid':'201'}]");
+  gateway.pass({"{'guid':'202'}"});
+  const std::vector<std::string> names = gateway.world.names(Received);
+  EXPECT_EQ(names.size(), World::receivedLimit);
+  EXPECT_EQ(names.front(), "103");
+  EXPECT_EQ(names.back(), "202");
+}
+
+TEST(InTransit, PutsAMessageBehindThatEndedADaemon) {
+  Gateway gateway({{"outbox/failed/1", R"({"guid":"1","recipient":"hangs","retries":3})"},
+                   {"outbox/failed/2", R"({"guid":"2","recipient":"b","retries":3})"},
+                   {"outbox/failed/0", R"({"guid":"0","recipient":"c","retries":3})"}});
+  gateway.note("1.sending", "{'from':4,'identity':'1 2','record':{'guid':'1','recipient':'hangs','retries':3}}");
+  gateway.timings = {0};
+  gateway.pass();
+  ASSERT_EQ(gateway.world.provider.attempts.size(), 3u);
+  EXPECT_EQ(gateway.world.provider.attempts.back(), "hangs");
+}
+
+TEST(InTransit, FilesUnderAFreeGuidWhereAnotherMessageLies) {
+  Gateway gateway;
+  gateway.note("1.received-0-0", batchOfOne);
+  gateway.world.put("{'guid':'1','message':'other'}", Received);
+  gateway.world.put("{'guid':'10'}", Received);
+  gateway.pass();
+  EXPECT_THAT(gateway.world.names(Received), testing::ElementsAre("1", "10", "11"));
+}
+
+TEST(InTransit, IsOnTheDiskBeforeWhatCannotBeUndone) {
+  Gateway gateway({{"outbox/sending/9", R"({"guid":"9"})"}});
+  std::string beforeTheSend;
+  gateway.pass();
+  std::filesystem::rename(gateway.world.root.path + "/outbox/sent/9",
+                          gateway.world.root.path + "/outbox/sending/9");
+  flushed.clear();
+  gateway.world.folders->onSave = [] { flushed += "save "; };
+  gateway.world.provider.onSend = [] { flushed += "send "; };
+  gateway.pass({"{'guid':'1'}"});
+  EXPECT_EQ(flushed,
+            "1.received-0-0 spool save 1 received "
+            "2.sending spool send spool save 9 sending sent ");
+}
+
+TEST(InTransit, StaysWrittenDownWhileTheDiskFails) {
+  Gateway gateway;
+  gateway.pass();
+  gateway.note("1.received-0-0", batchOfOne);
+  diskFails = true;
+  gateway.pass();
+  diskFails = false;
+  EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.received-1-1"));
+  gateway.pass();
+  EXPECT_THAT(gateway.spool(), testing::IsEmpty());
+}
+
+TEST(InTransit, MakesAFolderAgainThatSomethingWaitsFor) {
+  Gateway gateway;
+  std::filesystem::remove_all(gateway.world.root.path + "/inbox");
+  gateway.pass({whole});
+  EXPECT_THAT(gateway.spool(), testing::ElementsAre("2.received-0-1"));
+  gateway.pass();
+  EXPECT_EQ(gateway.world.records(Received), std::vector<Json::Value>{json(whole)});
+}
+
+TEST(InTransit, LeavesTheJournalOfAnOldVersion) {
+  Gateway gateway({{"journal", "[]\n"}});
+  EXPECT_THAT(gateway.pass(),
+              HasSubstr("journal] of an earlier version is not read and stays where it is\n"));
+}
