@@ -19,7 +19,7 @@ Json::Value CheckedStorage::load(int status, bool* complete) {
 }
 
 bool CheckedStorage::move(const Json::Value& filter, int from, int to) {
-  const unsigned before = faults_.failedSaves;
+  const StorageFaults before = faults_;
   storage_.move(filter, from, to);
-  return faults_.failedSaves == before;
+  return faults_.failedSaves == before.failedSaves && faults_.failedReads == before.failedReads;
 }

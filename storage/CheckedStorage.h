@@ -18,7 +18,7 @@ class CheckedStorage {
   /// All records of `status`. `complete`, if given, is false when a file, or the folder, could not be read.
   [[nodiscard]] Json::Value load(int status, bool* complete = nullptr);
 
-  /// False when a record left `from` and did not reach `to`.
+  /// False when a record did not reach `to`, or may not have been found under `from`.
   [[nodiscard]] bool move(const Json::Value& filter, int from, int to);
 
  private:

@@ -9,7 +9,9 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <sstream>
 
+#include "storage/FileContent.h"
 #include "storage/MessageRecord.h"
 #include "support/Logger.h"
 
@@ -32,12 +34,6 @@ bool matches(const Json::Value& record, const Json::Value& filter) {
   for (const std::string& key : filter.getMemberNames())  // any key, one that holds a NUL too
     if (!record.isObject() || !record.isMember(key) || record[key] != filter[key]) return false;
   return true;
-}
-
-// Whether opening the file could block, or its content never end.
-bool isNoFile(const std::string& path) {
-  struct stat status;
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 }  // namespace
@@ -79,11 +75,15 @@ Json::Value FolderStorage::load(const Json::Value& filter) {
     if (errno != ENOENT) countFailedRead();
     return records;
   }
-  while (const dirent* entry = readdir(directory.get())) {
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = readdir(directory.get());
+    if (entry == nullptr) break;
     if (isDirectory(entry->d_name)) continue;
     Json::Value record;
     if (read(entry->d_name, record) && matches(record, filter)) records.append(std::move(record));
   }
+  if (errno != 0) countFailedRead();
   return records;
 }
 
@@ -92,21 +92,17 @@ void FolderStorage::countFailedRead() {
 }
 
 bool FolderStorage::read(const char* name, Json::Value& record) {
-  const std::string file = path + "/" + name;
-  const bool isReadable = !isNoFile(file);
-  std::ifstream stream;
-  if (isReadable)
-    stream.open(file);
-  else
-    errno = ENXIO;
-  if (!stream.is_open()) {
-    if (isReadable && errno != ENOENT) countFailedRead();
-    ORVEL_LOG(ERROR, "Cannot open file %s: [%d][%s]", name, errno, std::strerror(errno));
+  const FileContent content = FileContent::read(path + "/" + name);
+  const bool isMissed = content.openError != 0 && content.openError != ENOENT && content.openError != ENXIO;
+  if (isMissed || content.readError == EIO || content.readError == ENOMEM) countFailedRead();
+  if (content.openError != 0) {
+    ORVEL_LOG(ERROR, "Cannot open file %s: [%d][%s]", name, content.openError,
+              std::strerror(content.openError));
     return false;
   }
+  std::istringstream stream(content.text);
   std::string errors;
   if (MessageRecord::parse(stream, record, errors)) return true;
-  if (stream.bad()) countFailedRead();
   ORVEL_LOG(ERROR, "Cannot parse JSON from file %s: [%s]", name, errors.c_str());
   return false;
 }

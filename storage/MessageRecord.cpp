@@ -1,7 +1,9 @@
 #include "storage/MessageRecord.h"
 
-#include <fstream>
+#include <cerrno>
+#include <sstream>
 
+#include "storage/FileContent.h"
 #include "storage/MessageStatus.h"
 
 namespace MessageRecord {
@@ -43,10 +45,13 @@ bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
 }
 
 bool isInFile(const Json::Value& record, const std::string& path) {
-  std::ifstream stream(path);
+  FileContent content = FileContent::read(path);
+  const bool failed = content.readError != 0 || (content.openError != 0 && content.openError != ENOENT);
+  if (failed) content = FileContent::read(path);  // it may go well the second time
+  std::istringstream stream(content.text);
   Json::Value inFile;
   std::string errors;
-  if (!stream.is_open() || !parse(stream, inFile, errors)) return false;
+  if (!parse(stream, inFile, errors)) return false;
   return record.isObject() && inFile.isObject() && messageOf(record) == messageOf(inFile);
 }
 

@@ -6,19 +6,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
+#include "storage/FileContent.h"
 #include "storage/MessageRecord.h"
+#include "support/FileDescriptor.h"
 #include "support/Logger.h"
 
 namespace {
 
-std::string contentOf(const std::string& file) {
-  std::ifstream stream(file);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
+using Orvel::FileDescriptor;
 
 // Removes the staged file of an earlier save, which must not be moved in place of this one. errno stays as it
 // is: it is logged when the move fails, and a missing file is no fault.
@@ -32,14 +29,12 @@ void removeLeftover(const std::string& staged) {
 // file system has no unnamed files.
 int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
   if (access(staged.c_str(), R_OK) != 0) return errno;
-  const std::string content = contentOf(staged);
-  const int file = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  if (file < 0) return errno != EOPNOTSUPP && errno != EISDIR ? errno : 0;
+  const std::string content = FileContent::read(staged).text;
+  const FileDescriptor file(open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  if (!file.isOpen()) return errno != EOPNOTSUPP && errno != EISDIR ? errno : 0;
   errno = ENOSPC;
-  const bool written = write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size());
-  const int reason = written ? 0 : errno;
-  close(file);
-  return reason;
+  const ssize_t written = write(file.get(), content.data(), content.size());
+  return written == static_cast<ssize_t>(content.size()) ? 0 : errno;
 }
 
 // Whether `file` holds `record` after a failed move, which may have succeeded all the same. Removes a torn
@@ -47,12 +42,13 @@ int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
 bool isMoved(const Json::Value& record, const std::string& file) {
   std::ostringstream text;
   text << record;
-  const std::string content = contentOf(file);
-  if (content == text.str()) return true;
-  std::istringstream stream(content);
+  const FileContent content = FileContent::read(file);
+  if (content.text == text.str()) return true;
+  std::istringstream stream(content.text);
   Json::Value found;
   std::string errors;
-  if (!MessageRecord::parse(stream, found, errors)) unlink(file.c_str());
+  const bool isRead = content.openError == 0 && content.readError == 0;
+  if (isRead && !MessageRecord::parse(stream, found, errors)) unlink(file.c_str());
   return false;
 }
 
