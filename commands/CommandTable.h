@@ -6,23 +6,22 @@
 #include "commands/SMSCMD.h"
 #include "commands/SMSCommandConfig.h"
 
-/// All that tells one SMS command from another.
+/// One SMS command.
 struct CommandRow {
-  const char* keyword;  ///< lower case, without "#"; null for the request that no keyword leads to
+  const char* keyword;  ///< lower case, without "#"; null for the one path without a keyword
   SMSCMD id;
-  const char* name;               ///< of the identifier, for the log
-  const char* key;                ///< of the flag, in the settings
+  const char* name;               ///< the identifier, for the log
+  const char* key;                ///< the key of the flag in the settings
   bool SMSCommandConfig::* flag;  ///< permits the command
-  std::size_t executor;           ///< the place of its executor among those of the SMSCommand
-  const char* path;               ///< its place below "/api/command/"
+  std::size_t executor;           ///< the index of its executor in SMSCommand
+  const char* path;               ///< below "/api/command/"
 };
 
-// The identifier and the flag are named after themselves.
+// The name and the key are the spellings of the identifier and of the flag.
 #define COMMAND(executor, keyword, id, flag, path) \
   {keyword, id, #id, #flag, &SMSCommandConfig::flag, executor, path}
 
-/// Every command, once. To add one: its identifier, its flag and its row, which do not compile without each
-/// other.
+/// Every command. A new one needs an identifier, a flag and a row; none of them compiles without the others.
 // clang-format off
 inline constexpr std::array<CommandRow, SMSCMD_COUNT> commandRows = {{
     COMMAND( 1, "checkin",     SMSCMD_CHECKIN,        checkinEnabled,        "checkin_to_quillo_sms"),
@@ -59,4 +58,4 @@ constexpr bool isWhole(const decltype(commandRows)& rows) {
   }
   return true;
 }
-static_assert(isWhole(commandRows), "commandRows: a row is missing, or two rows share what is one's own");
+static_assert(isWhole(commandRows), "commandRows: a row is missing, or two rows share a value");

@@ -18,5 +18,5 @@ enum SMSCMD : int {
   SMSCMD_GEOPOSITION = 13,
   SMSCMD_LNSRESTART = 14,
   SMSCMD_WANIPS = 15,
-  SMSCMD_COUNT  ///< how many there are
+  SMSCMD_COUNT  ///< the number of identifiers
 };

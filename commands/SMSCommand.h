@@ -11,11 +11,11 @@
 #include "commands/SMSCommandExecutor.h"
 #include "support/NonCopyable.h"
 
-/// What the text of a command SMS says.
+/// The parsed text of a command SMS.
 struct ParsedSMSCommand {
   std::string password;  ///< empty when the text has none
   SMSCMD id = SMSCMD_UNKNOWN;
-  std::vector<std::string> args;  ///< the words behind the command word
+  std::vector<std::string> args;  ///< the words after the command word
 };
 
 /// A row of the command table.
@@ -47,21 +47,19 @@ class SMSCommand : private Orvel::NonCopyable {
   /// filled. The password is logged at INFO.
   bool parseCommand(const std::string& message, ParsedSMSCommand& command) const;
 
-  /// Whether `password` is the configured one, byte for byte. It is asked for only when a password is
-  /// required.
+  /// Whether `password` equals the configured one, byte for byte.
   bool passwordGood(const std::string& password) const;
 
   /// Whether `phoneNumber` is on the whitelist, byte for byte: no prefix is added or taken off. Throws the
   /// JSON library's exception for an entry that has no text form.
   bool whiteListGood(const std::string& phoneNumber) const;
 
-  /// Whether `phoneNumber` may send the command that `message` holds. The command's own flag is not looked
-  /// at.
+  /// Whether `phoneNumber` may send the command that `message` holds. Does not check the flag
+  /// of the command.
   bool validateSMSCommand(const std::string& message, const std::string& phoneNumber) const;
 
   /// Posts the command, with `phoneNumber` as the recipient of the answer, if its flag permits it. True once
-  /// it was posted, whatever came of it. Call it only after validateSMSCommand: it asks for no permission but
-  /// the flag.
+  /// it is posted, whatever the API answers. Call it only after validateSMSCommand: it checks only the flag.
   bool executeCommand(const std::string& message, const std::string& phoneNumber);
 
  private:

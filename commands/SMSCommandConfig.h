@@ -7,15 +7,15 @@
 #include "support/NonCopyable.h"
 
 /// Who may send commands by SMS, and which ones: the "smsCommands" object of the settings. The fields are
-/// named after the keys that fill them. Until they are read, nothing is permitted and nobody is asked for a
-/// password.
+/// named after the keys that fill them. Until they are read, nothing is permitted and no password is
+/// required.
 class SMSCommandConfig : private Orvel::NonCopyable {
  public:
   virtual ~SMSCommandConfig() = default;
 
   /// Reads the configuration. False when "enabled", "whitelist", "password", "checkinEnabled" or
-  /// "rebootEnabled" is missing, or a member of "whitelist" or "password"; the fault is logged, and what was
-  /// read before it stays in force. A per-command flag that is missing is false. A value of the wrong type
+  /// "rebootEnabled" is missing, or a member of "whitelist" or "password"; the fault is logged, and the
+  /// values read before it stay. A per-command flag that is missing is false. A value of the wrong type
   /// throws the JSON library's exception.
   bool setConfig(const Json::Value& config);
 

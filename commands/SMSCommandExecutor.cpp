@@ -29,7 +29,7 @@ bool perform(CURL* curl) {
 }
 
 bool post(const std::string& url, const std::string& body, std::string& answer) {
-  // Made before the handle, which is to go first.
+  // Declared before the handle, which must be released first.
   std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> header(nullptr, curl_slist_free_all);
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(), curl_easy_cleanup);
   CURL* const curl = handle.get();

@@ -8,8 +8,8 @@
 /// Forwards one kind of command to the local API: a POST to one URL, with a JSON body that names the sender
 /// of the SMS as the recipient of the answer.
 ///
-/// What goes into the body is inserted as it is, without JSON escaping. Calls block until the API has
-/// answered; there is no time-out. Every failure is logged and gives false.
+/// Values are inserted into the body without JSON escaping. Calls block until the API answers; there is no
+/// time-out. Every failure is logged and returns false.
 class SMSCommandExecutor : private Orvel::NonCopyable {
  public:
   explicit SMSCommandExecutor(std::string url);

@@ -81,7 +81,7 @@ Listing parseListing(const std::vector<std::string>& lines,
   auto line = lines.begin();
   while (line != lines.end()) {
     if (!contains(*line, indexMarker)) {
-      // A message reaches to the next index line, so lines are skipped before the first one only.
+      // A message extends to the next index line, so lines are skipped only before the first one.
       if (listing.records.size() == recordsBeforeFirstMessage) break;
       ++line;
       continue;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// What the tool's listing of the modem's messages holds.
+/// The messages in the listing that the tool prints.
 struct Listing {
   std::vector<Json::Value> records;  ///< one per message that has a sender, in the listing's order
   bool foundMessage = false;         ///< whether there was any message, with a sender or without
@@ -19,8 +19,8 @@ struct Listing {
 /// The markers are found anywhere in a line, and case-sensitively. A message without a sender is logged and
 /// left out; one without "user-data:" has no "message".
 ///
-/// "guid" is the second in which a message is parsed and its ordinal in the listing, from 00; an ordinal for
-/// which `isTaken` says that the guid is another message's is passed over.
+/// "guid" is the second in which a message is parsed and its ordinal in the listing, from 00; an ordinal is
+/// skipped when `isTaken` says that another message has the guid.
 Listing parseListing(
     const std::vector<std::string>& lines,
     const std::function<bool(const std::string& guid)>& isTaken = [](const std::string&) { return false; });

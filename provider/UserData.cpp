@@ -18,7 +18,7 @@ constexpr std::uint8_t noCode = 0xFF;
 constexpr char firstEscapable = '"';
 constexpr std::size_t hexEscapeLength = 4;  // \x41
 
-// What the character behind a backslash stands for, by its distance from the double quote; -1 for nothing.
+// The octet for a character after a backslash, indexed from the double quote; -1 for none.
 using EscapeCharacterTable = std::array<signed char, 'v' - firstEscapable + 1>;
 
 constexpr EscapeCharacterTable makeEscapeCharacterTable() {
@@ -44,14 +44,14 @@ int readHexEscape(const std::string& text, std::size_t cursor) {
   return high >= 0 && low >= 0 ? high * 16 + low : noByte;
 }
 
-// The number that the first two of `digits` spell; the first is known to be a hexadecimal digit.
+// The value of the first one or two of `digits`. The first must be a hexadecimal digit.
 unsigned hexNumber(std::string_view digits) {
   const auto high = static_cast<unsigned>(hexDigitValue(digits[0]));
   const int low = digits.size() > 1 ? hexDigitValue(digits[1]) : noByte;
   return low >= 0 ? high * 16 + static_cast<unsigned>(low) : high;
 }
 
-// What unescapeText puts in the place of a backslash and `escape`; NUL for an escape that it leaves alone.
+// The character that replaces a backslash and `escape` in unescapeText; NUL for an escape that stays.
 char resolvedEscape(char escape) {
   switch (escape) {
     case '"':
@@ -72,8 +72,8 @@ bool startsDecodableCode(char firstDigit) {
   return (firstDigit >= '0' && firstDigit <= '9') || firstDigit == 'a';
 }
 
-// The extension text for the code that is printed as `printed`: that of the first default character to begin
-// with this byte. Empty when none does.
+// The extension text for the code of the first default character that begins with the byte `printed`. Empty
+// when there is none.
 std::string_view extensionText(char printed) {
   static const auto codes = [] {
     std::array<std::uint8_t, 256> table;
@@ -181,8 +181,7 @@ void decodeGsmEscapes(std::vector<char>& bytes) {
       rest.remove_prefix(1);
     }
     out = std::copy(replacement.begin(), replacement.end(), out);
-    // The search goes on one byte after the place of the escape, so a byte that moved up to it is passed
-    // over.
+    // The search continues one byte after the place of the escape, and so skips the byte that moved there.
     if (replacement.empty()) copy(std::min<std::size_t>(1, rest.size()));
   }
   copy(rest.size());

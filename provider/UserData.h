@@ -5,18 +5,18 @@
 #include <string>
 #include <vector>
 
-/// From the user data of a message, as the tool prints it, to UTF-8 text.
+/// Decodes the user data of a message, as the tool prints it, into UTF-8 text.
 ///
 /// The tool prints printable characters as themselves and other octets as C escapes: "\x1b", "\n", "\"". Only
 /// the GSM 7-bit default alphabet and its extension table are decoded, and only from hex escapes; UCS-2 and
-/// 8-bit data are not. Bytes of 0x80 and above pass through. Nothing here fails: what cannot be decoded stays
-/// in the text.
+/// 8-bit data are not. Bytes of 0x80 and above pass through. Nothing here fails: an escape that cannot be
+/// decoded stays in the text.
 
 /// 0 to 15 for a hexadecimal digit of either case, -1 for any other character.
 int hexDigitValue(char c);
 
 /// Reads the octet at `cursor`, plain or escaped, and moves the cursor behind it: 0 to 255, -1 for an escape
-/// that stands for none, 0 at and past the end of the text.
+/// that encodes none, 0 at and past the end of the text.
 int readEscapedByte(std::size_t& cursor, const std::string& text);
 
 /// Takes the user data header of a part of a concatenated message (3GPP TS 23.040, information elements 0x00
@@ -34,5 +34,5 @@ void unescapeText(std::string& text);
 /// "a" ends the decoding: it stays in the text with all that follow. The text never grows.
 void decodeGsmEscapes(std::vector<char>& bytes);
 
-/// All of it, in this order: the text of the user data `text`, whose header goes into `record`.
+/// Applies the three functions above in their order: returns the text, and writes its header into `record`.
 std::string decodeUserData(std::string text, Json::Value& record);

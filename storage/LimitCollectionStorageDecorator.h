@@ -5,11 +5,10 @@
 
 #include "storage/ICollectionStorage.h"
 
-/// Makes room before a save: when as many records are kept as the limit allows, or more, the one with the
-/// smallest "guid" (byte by byte; by the form of the daemon's guids the oldest) is discarded. One at the most
-/// goes for one that comes, whatever the guid of that one, so a store above a lowered limit does not shrink.
-/// The three outbox statuses share `sentLimit`. A limit of 0 discards nothing here. Everything but save goes
-/// to the storage inside.
+/// Makes room before a save: when the limit is reached, discards the record with the smallest "guid",
+/// compared byte by byte. That is the oldest one, by the form of the daemon's guids. Each save discards at
+/// most one record, so a lowered limit does not shrink the store. The three outbox statuses share
+/// `sentLimit`. A limit of 0 discards nothing here. All other calls go to the inner storage.
 class LimitCollectionStorageDecorator final : public ICollectionStorage {
  public:
   LimitCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner, std::uint32_t receivedLimit,
@@ -21,8 +20,8 @@ class LimitCollectionStorageDecorator final : public ICollectionStorage {
   void move(const Json::Value& filter, int from, int to) override;
 
  private:
-  /// A received record without "guid" counts as one with an empty guid: it is the one to go, and stays, since
-  /// no file has that name.
+  /// A received record without "guid" counts as one with an empty guid. It is the smallest, but stays: no
+  /// file has that name.
   void makeRoomInInbox();
 
   /// A record without "guid" is counted here but never discarded.

@@ -5,9 +5,8 @@
 
 #include "storage/ICollectionStorage.h"
 
-/// Keeps nothing under a limit of 0: a received record with `receivedLimit` 0, a sent or failed one with
-/// `sentLimit` 0, is not stored. A queued record (Sending) always is. Everything else goes to the storage
-/// inside.
+/// Stores no received record when `receivedLimit` is 0, and no sent or failed record when `sentLimit` is 0. A
+/// queued record (Sending) is always stored. All other calls go to the inner storage.
 class LimitNullCollectionStorageDecorator final : public ICollectionStorage {
  public:
   LimitNullCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner, std::uint32_t receivedLimit,

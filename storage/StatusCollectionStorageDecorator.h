@@ -4,8 +4,7 @@
 
 #include "storage/ICollectionStorage.h"
 
-/// Carries out the moves, and writes the new status into the moved record's "status". Everything else goes to
-/// the storage inside.
+/// Moves records, and writes the new status into their "status". All other calls go to the inner storage.
 class StatusCollectionStorageDecorator final : public ICollectionStorage {
  public:
   explicit StatusCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner);
@@ -16,8 +15,7 @@ class StatusCollectionStorageDecorator final : public ICollectionStorage {
 
   /// For each record that matches: removes by the filter (not by the record) from `from`, and saves a copy
   /// with its "status" under `to`. A copy that goes to Received has no "status". With a null filter the first
-  /// removal thus empties `from`, and those that follow fail and are logged; every record is saved all the
-  /// same.
+  /// removal thus empties `from`; the later ones fail and are logged, and every record is saved all the same.
   void move(const Json::Value& filter, int from, int to) override;
 
  private:

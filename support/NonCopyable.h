@@ -2,7 +2,7 @@
 
 namespace Orvel {
 
-/// Base of the classes that stand for one thing in the world, of which a copy would make no sense.
+/// Base class of classes that must not be copied.
 class NonCopyable {
  public:
   NonCopyable(const NonCopyable&) = delete;

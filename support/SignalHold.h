@@ -6,10 +6,10 @@
 
 namespace Orvel {
 
-/// Holds SIGTERM back for as long as the object lives; one that came meanwhile is delivered at its end.
+/// Blocks SIGTERM while the object lives. A SIGTERM that arrives meanwhile is delivered at its end.
 ///
-/// SIGTERM is handled without restart, so it would make a read in progress fail with EINTR, which looks like
-/// the end of the data. Start no process under a hold: it would inherit the blocked signal.
+/// The handler does not restart system calls: SIGTERM makes a read fail with EINTR, which looks like the end
+/// of the data. Start no process meanwhile: it would inherit the blocked signal.
 class SignalHold : private NonCopyable {
  public:
   SignalHold();

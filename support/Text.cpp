@@ -43,7 +43,8 @@ std::size_t printableLength(std::string_view text) {
   const unsigned first = byteAt(text, 0);
   if (first < 0x80) return first >= 0x20 && first != 0x7F ? 1 : 0;
   if (first < 0xC0 || first >= 0xF8) return 0;
-  const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  std::size_t length = first < 0xE0 ? 2 : 3;
+  if (first >= 0xF0) length = 4;
   std::uint32_t character = first & (0x7Fu >> length);
   for (std::size_t i = 1; i < length; ++i) {
     const unsigned next = byteAt(text, i);

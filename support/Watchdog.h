@@ -2,15 +2,15 @@
 
 namespace Orvel {
 
-/// Signs of life to the service manager, where there is one: systemd starts a daemon anew that has given none
-/// for the time that its unit sets (WatchdogSec).
+/// Tells the service manager that the daemon is alive. systemd restarts a daemon that has not done so for the
+/// time that its unit sets (WatchdogSec).
 class Watchdog {
  public:
-  /// Takes the manager's socket out of the environment (NOTIFY_SOCKET), so that no child of the daemon's can
-  /// speak for it. Where none is named, no signs are given.
+  /// Reads the manager's socket from NOTIFY_SOCKET and removes the variable, so that no child process can
+  /// speak for the daemon. Without the variable, feed() does nothing.
   static void setup();
 
-  /// Gives a sign. Does not block; a sign that does not get through is made good by the next one.
+  /// Sends one sign of life. Does not block. A sign that is lost does no harm: the next one follows.
   static void feed();
 };
 

@@ -93,10 +93,12 @@ TEST_F(Pass, JoinsAMessageOverTwoPassesAndObeysIt) {
   EXPECT_THAT(world_.records(Received), ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
 }
 
-TEST_F(Pass, FilesWholeMessagesBeforeJoinedOnes) {
+TEST_F(Pass, FilesInOrderAndJoinedMessagesLast) {
   world_.put(firstPart, Received);
-  pass({secondPart, "{'guid':'3','source':'1','message':'hello'}"});
-  EXPECT_THAT(world_.folders->saved, ElementsAre("3", "1"));
+  pass({secondPart, "{'guid':'6','source':'1','message':'hello'}",
+        "{'guid':'5','part-id':8,'message':'','parts':['a',null]}",
+        "{'guid':'4','source':'1','message':'again'}"});
+  EXPECT_THAT(world_.folders->saved, ElementsAre("6", "5", "4", "1"));
 }
 
 TEST_F(Pass, FillsEachStoredMessageOfTheReferenceWhoeverSentIt) {
@@ -160,11 +162,15 @@ TEST_F(Pass, SendsWhatIsQueued) {
 }
 
 TEST_F(Pass, MovesTheRecordThatWasSentAndNotItsGuid) {
-  world_.put("{'guid':'1','recipient':'good'}", Sending);
-  world_.provider.onSend = [this] { world_.put("{'guid':'1','recipient':'later'}", Sending, "2"); };
-  EXPECT_EQ(pass(), "");
-  EXPECT_THAT(world_.records(Sent), ElementsAre(json("{'guid':'1','recipient':'good','status':'sent'}")));
-  EXPECT_THAT(world_.names(Sending), ElementsAre("2"));
+  for (const int to : {Sent, Failed}) {
+    if (to == Failed) world_.provider.refused = {"one"};
+    world_.put("{'guid':'1','recipient':'one'}", Sending);
+    world_.provider.onSend = [this] { world_.put("{'guid':'1','recipient':'later'}", Sending, "2"); };
+    EXPECT_EQ(pass(), "");
+    EXPECT_EQ(world_.records(to)[0]["recipient"], "one");
+    EXPECT_THAT(world_.names(Sending), ElementsAre("2"));
+    std::filesystem::remove(world_.root.path + folder(Sending) + std::string("/2"));
+  }
 }
 
 TEST_F(Pass, GivesASignOfLifeForEachMessage) {

@@ -32,6 +32,7 @@ const TimingsRow timingsRows[] = {
     {"Negative", "timings-sms=[-1]\n", {4294967295u}},
     {"TooLarge", "timings-sms=[99999999999,-99999999999]\n", {2147483647u, 2147483648u}},
     {"OtherSeparator", "timings-sms=30;40\n", {30}},
+    {"BlankInside", "timings-sms=30 40\n", {30}},
     {"KeyInCapitals", "TIMINGS-SMS=10\n", {}},
     {"KeyAndMore", "timings-sms2=10\n", {}},
     {"SecondEqualsSign", "timings-sms=30=40\n", {30}},

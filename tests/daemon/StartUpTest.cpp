@@ -159,6 +159,8 @@ const EndRow endRows[] = {
     {"SwitchedOff", "none", "{'enabled':false}", 0, "Exit: the sms are disabled."},
     {"CommandsBeforeLimits", "none", "{'smsCommands':{},'sentLimit':'x'}", 1,
      "Exit: Failed to set SmsCommand config"},
+    {"LargestLimits", "none", "{'receivedLimit':4294967295,'sentLimit':4294967295}", 0,
+     "Error reading sms timings"},
     {"NegativeLimit", "none", "{'receivedLimit':-1}", -SIGABRT, "Exit: LargestInt out of UInt range"},
     {"LimitAbove32Bits", "none", "{'sentLimit':4294967296}", -SIGABRT, "Exit: LargestInt out of UInt range"},
 };
@@ -170,7 +172,8 @@ TEST_P(End, HasItsStatusAndItsLine) {
   DatagramSocket syslog(_PATH_LOG);
   EXPECT_EQ(runDaemon(row.failingCall), row.status);
   EXPECT_THAT(receiveAll(syslog), testing::EndsWith(*row.log != '\0' ? row.log + std::string("\n") : ""));
-  EXPECT_EQ(std::filesystem::exists("/var/config"), row.name == std::string("Stopped"));
+  EXPECT_EQ(std::filesystem::exists("/var/config"),
+            row.status == 0 && row.settings != std::string("{'enabled':false}"));
 }
 INSTANTIATE_ROWS(End, endRows);
 

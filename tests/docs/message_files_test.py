@@ -110,6 +110,8 @@ class MessageFilesTest(unittest.TestCase):
             ("no `guid`", queued()["guid"], queued(guid=None), 2, "sending"),
             ("`recipient` is missing", queued()["guid"], queued(recipient=None), 0, "failed"),
             ("no `message`", queued()["guid"], queued(message=None), 1, "sent"),
+            ("`message` or `recipient` is a number", queued()["guid"], queued(message=42), 1, "sent"),
+            ("the content is an array", "other", [1], 0, "sending"),
             ("the content is no JSON", queued()["guid"], "{", 0, "sending"),
         ]
         for beginning, name, content, sent, folder in rows:
@@ -118,9 +120,9 @@ class MessageFilesTest(unittest.TestCase):
                 self.assertEqual(len([line for line in lines if '"+491"' in line]), sent)
                 self.assertEqual(self.where(name), folder)
         written = [row[0] for row in DOCUMENT.table("What goes wrong")]
-        for beginning in [row[0] for row in rows] + ["`null`", "`recipient` or `message`"]:
+        for beginning in [row[0] for row in rows] + ["`null`", "`recipient` or `message`", "`retries`"]:
             self.assertEqual(len([text for text in written if text.startswith(beginning)]), 1, beginning)
-        self.assertEqual(len(written), len(rows) + 2)
+        self.assertEqual(len(written), len(rows) + 3)
 
     def test_null_stands_for_all_records(self):
         before, behind, lines = self.after_two_passes("2026010100000000", "null")
