@@ -130,7 +130,7 @@ void Inbox::fileMerged(std::vector<Json::Value> records, NotedBatch& parts,
 
 bool Inbox::obey(NotedBatch& batch, std::size_t place, Turn turn) {
   if (turn == Turn::First) return obeyNow(batch, place);
-  if (!batch.wasOffered(place)) sayThatNotObeyed(batch.records[place]);
+  if (!batch.wasOffered(place)) sayThatNotObeyed(batch, place);
   return false;
 }
 
@@ -149,20 +149,28 @@ bool Inbox::obeyNow(NotedBatch& batch, std::size_t place) {
             source.c_str());
   if (!commands_.validateSMSCommand(message, source)) return false;
   ORVEL_LOG(WARNING, "SMS commands executing command");
-  batch.setOffered(place);
-  if (commands_.executeCommand(message, source)) return true;
+  batch.setObeying(place);
+  const bool executed = commands_.executeCommand(message, source);
+  batch.setObeyed(place);
+  if (executed) return true;
   ORVEL_LOG(ERROR, "Failed to execute command [%s]", message.c_str());
   return false;
 }
 
-void Inbox::sayThatNotObeyed(const Json::Value& record) {
+void Inbox::sayThatNotObeyed(const NotedBatch& batch, std::size_t place) {
+  const Json::Value& record = batch.records[place];
   const std::string text = MessageRecord::member(record, Key::Message).asString();
+  const std::string source = MessageRecord::member(record, Key::Source).asString();
+  const std::string guid = MessageRecord::guid(record);
   ParsedSMSCommand command;
   if (!commands_.isEnabled() || text.find('#') == std::string::npos) return;
   if (!commands_.parseCommand(text, command)) return;
-  ORVEL_LOG(WARNING, "SMS command in message %s from %s is not obeyed: an earlier pass was cut off",
-            MessageRecord::guid(record).c_str(),
-            MessageRecord::member(record, Key::Source).asString().c_str());
+  if (batch.wasBeingObeyed(place))
+    ORVEL_LOG(WARNING, "SMS command in message %s from %s may not have been obeyed: its pass was cut off",
+              guid.c_str(), source.c_str());
+  else
+    ORVEL_LOG(WARNING, "SMS command in message %s from %s is not obeyed: an earlier pass was cut off",
+              guid.c_str(), source.c_str());
 }
 
 bool Inbox::save(const Json::Value& record) {

@@ -35,7 +35,7 @@ class Inbox : private Orvel::NonCopyable {
                   Turn turn);
   bool obey(NotedBatch& batch, std::size_t place, Turn turn);
   bool obeyNow(NotedBatch& batch, std::size_t place);
-  void sayThatNotObeyed(const Json::Value& record);
+  void sayThatNotObeyed(const NotedBatch& batch, std::size_t place);
   bool save(const Json::Value& record);
 
   CheckedStorage& storage_;

@@ -12,27 +12,38 @@ NotedBatch::NotedBatch(InTransit& inTransit, unsigned number, Kind batchKind, Ba
       records(std::move(batch.records)),
       inTransit_(inTransit),
       number_(number),
-      filed_(batch.filed),
-      offered_(batch.offered),
+      counts_{{}, batch.filed, batch.offered, batch.obeying},
       isFiled_(records.size(), false) {
-  std::fill_n(isFiled_.begin(), filed_, true);
+  std::fill_n(isFiled_.begin(), counts_.filed, true);
 }
 
-void NotedBatch::setOffered(std::size_t place) {
-  offered_ = std::max(offered_, place + 1);
-  inTransit_.spool.rename(number_, stage(filed_, offered_), false);
+void NotedBatch::setObeying(std::size_t place) {
+  counts_.offered = std::max(counts_.offered, place);
+  counts_.obeying = true;
+  rename();
+}
+
+void NotedBatch::setObeyed(std::size_t place) {
+  counts_.offered = std::max(counts_.offered, place + 1);
+  counts_.obeying = false;
+  rename();
 }
 
 void NotedBatch::setFiled(std::size_t place) {
   isFiled_[place] = true;
   inTransit_.waiting.erase(MessageRecord::guid(records[place]));
-  while (filed_ < records.size() && isFiled_[filed_]) ++filed_;
-  offered_ = std::max(offered_, filed_);
-  inTransit_.spool.rename(number_, stage(filed_, offered_), false);
+  while (counts_.filed < records.size() && isFiled_[counts_.filed]) ++counts_.filed;
+  if (counts_.filed > counts_.offered) counts_.obeying = false;
+  counts_.offered = std::max(counts_.offered, counts_.filed);
+  rename();
+}
+
+bool NotedBatch::wasBeingObeyed(std::size_t place) const {
+  return counts_.obeying && place == counts_.offered;
 }
 
 bool NotedBatch::settle() {
-  if (filed_ < records.size()) return false;
+  if (counts_.filed < records.size()) return false;
   if (flushFiled()) inTransit_.spool.remove(number_);
   return true;
 }
@@ -46,13 +57,14 @@ void NotedBatch::noteRest() {
     rest.push_back(std::move(records[place]));
   }
   if (const std::optional<std::string> text = textOf(rest))
-    number_ = inTransit_.spool.replace(number_, {stage(0, rest.size()), *text});
+    number_ = inTransit_.spool.replace(number_, {stage({{}, 0, rest.size()}), *text});
 }
 
-std::string NotedBatch::stage(std::size_t filed, std::size_t offered) const {
-  if (kind == Kind::Received) return stageOf(ReceivedBatch{{{}, filed, offered}});
-  return stageOf(MergedBatch{{{}, filed, offered}});
+std::string NotedBatch::stage(const Batch& counts) const {
+  return kind == Kind::Received ? stageOf(ReceivedBatch{counts}) : stageOf(MergedBatch{counts});
 }
+
+void NotedBatch::rename() { inTransit_.spool.rename(number_, stage(counts_), false); }
 
 bool NotedBatch::flushFiled() const {
   std::vector<std::string> files;

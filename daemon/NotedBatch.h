@@ -18,14 +18,19 @@ class NotedBatch : private Orvel::NonCopyable {
   /// `number` is that of the note; 0 when the records could not be noted.
   NotedBatch(InTransit& inTransit, unsigned number, Kind batchKind, Batch batch);
 
-  /// The record at `place` is about to be obeyed as a command.
-  void setOffered(std::size_t place);
+  /// The command in the record at `place` is about to be obeyed; then, it was.
+  void setObeying(std::size_t place);
+  void setObeyed(std::size_t place);
 
   /// The record at `place` is filed.
   void setFiled(std::size_t place);
 
-  [[nodiscard]] bool wasOffered(std::size_t place) const { return place < offered_; }
-  [[nodiscard]] std::size_t filed() const { return filed_; }  ///< so many at the front are filed
+  [[nodiscard]] bool wasOffered(std::size_t place) const { return place < counts_.offered; }
+
+  /// Whether an earlier pass was cut off while it obeyed the record at `place`.
+  [[nodiscard]] bool wasBeingObeyed(std::size_t place) const;
+
+  [[nodiscard]] std::size_t filed() const { return counts_.filed; }  ///< so many at the front are filed
 
   /// When all are filed: brings them to the disk and removes the note. False when some are left.
   bool settle();
@@ -38,12 +43,12 @@ class NotedBatch : private Orvel::NonCopyable {
   std::vector<Json::Value> records;
 
  private:
-  [[nodiscard]] std::string stage(std::size_t filed, std::size_t offered) const;
+  [[nodiscard]] std::string stage(const Batch& counts) const;
+  void rename();
   [[nodiscard]] bool flushFiled() const;
 
   InTransit& inTransit_;
   unsigned number_;
-  std::size_t filed_;
-  std::size_t offered_;
+  Batch counts_;  ///< without records
   std::vector<bool> isFiled_;
 };

@@ -17,6 +17,7 @@ constexpr char sendingStage[] = "sending";
 constexpr char sentStage[] = "sent";
 constexpr char refusedStage[] = "refused";
 constexpr char filedSuffix[] = "-filed";
+constexpr char obeyingSuffix[] = "-obeying";
 
 namespace Key {
 using namespace MessageRecord::Key;
@@ -77,11 +78,14 @@ bool readCount(std::string& text, std::size_t& count) {
 template <typename Kind>
 std::optional<SpoolEntry> parseBatch(std::string counts, Json::Value& value) {
   Kind batch;
-  if (!readCount(counts, batch.filed) || !readCount(counts, batch.offered) || !counts.empty())
-    return std::nullopt;
+  if (!readCount(counts, batch.filed) || !readCount(counts, batch.offered)) return std::nullopt;
+  batch.obeying = counts == obeyingSuffix;
+  if (!counts.empty() && !batch.obeying) return std::nullopt;
   if (!value.isArray() || value.empty() || !std::all_of(value.begin(), value.end(), isNotable))
     return std::nullopt;
-  if (batch.filed > batch.offered || batch.offered > value.size()) return std::nullopt;
+  const std::size_t begun = batch.offered + (batch.obeying ? 1 : 0);
+  if (batch.filed > batch.offered || batch.offered > value.size() || begun > value.size())
+    return std::nullopt;
   batch.records.reserve(value.size());
   for (Json::Value& record : value) batch.records.push_back(std::move(record));
   return batch;
@@ -97,7 +101,8 @@ std::optional<Send> parseSend(const Json::Value& value) {
 }
 
 std::string countsOf(const Batch& batch) {
-  return "-" + std::to_string(batch.filed) + "-" + std::to_string(batch.offered);
+  const std::string counts = "-" + std::to_string(batch.filed) + "-" + std::to_string(batch.offered);
+  return batch.obeying ? counts + obeyingSuffix : counts;
 }
 
 // What stands behind `kind` in the stage; none when the stage is of another kind.

@@ -15,6 +15,7 @@
 ///     Stage                  Kind           After a kill, a power cut or an exception the next pass
 ///     received-FILED-OFFERED ReceivedBatch  files what is not filed; obeys nothing
 ///     merged-FILED-OFFERED   MergedBatch    the same
+///     ...-obeying            either batch   the same; its next command may have been obeyed
 ///     sending                BegunSend      counts the send as failed: it becomes `refused`
 ///     sent, refused          AnsweredSend   files the record, and sends nothing
 ///     sent-filed, ...        AnsweredSend   removes what is left of the record under its old status
@@ -26,6 +27,7 @@ struct Batch {
   std::vector<Json::Value> records;
   std::size_t filed = 0;    ///< so many at the front are filed
   std::size_t offered = 0;  ///< so many at the front were offered to the commands; `filed` at the least
+  bool obeying = false;     ///< the next one is being obeyed
 };
 struct ReceivedBatch : Batch {};  ///< what the modem gave and deletes
 struct MergedBatch : Batch {};    ///< stored messages that received parts have filled; each replaces its file

@@ -109,6 +109,12 @@ const LeftRow leftRows[] = {
      {},
      {Received, "{'guid':'1','message':'#reboot','source':'2'}"},
      "SMS command in message 1 from 2 is not obeyed"},
+    {"CommandThatWasBeingObeyed",
+     "1.received-0-0-obeying",
+     "[{'guid':'1','message':'#reboot','source':'2'}]",
+     {},
+     {Received, "{'guid':'1','message':'#reboot','source':'2'}"},
+     "SMS command in message 1 from 2 may not have been obeyed: its pass was cut off"},
     {"CommandThatWasPosted",
      "1.received-0-1",
      "[{'guid':'1','message':'#reboot','source':'2'}]",
@@ -207,7 +213,8 @@ TEST(InTransit, PutsAMessageBehindThatEndedADaemon) {
   Gateway gateway({{"outbox/failed/1", R"({"guid":"1","recipient":"hangs","retries":3})"},
                    {"outbox/failed/2", R"({"guid":"2","recipient":"b","retries":3})"},
                    {"outbox/failed/0", R"({"guid":"0","recipient":"c","retries":3})"}});
-  gateway.note("1.sending", "{'from':4,'identity':'1 2','record':{'guid':'1','recipient':'hangs','retries':3}}");
+  gateway.note("1.sending",
+               "{'from':4,'identity':'1 2','record':{'guid':'1','recipient':'hangs','retries':3}}");
   gateway.timings = {0};
   gateway.pass();
   ASSERT_EQ(gateway.world.provider.attempts.size(), 3u);

@@ -25,6 +25,8 @@ const EntryRow entryRows[] = {
     {"Begun", "sending", "{'from':2,'identity':'1 2','record':{'guid':'1'}}", true},
     {"Refused", "refused", "{'from':4,'identity':'1 2','record':{'guid':'1'}}", true},
     {"SentAndFiled", "sent-filed", "{'from':2,'identity':'1 2','record':{'guid':'1'}}", true},
+    {"BeingObeyed", "received-0-1-obeying", "[{'guid':'1'},{'guid':'2'}]", true},
+    {"NoneLeftToObey", "received-0-1-obeying", "[{'guid':'1'}]"},
     {"NoStage", "", "[{'guid':'1'}]"},
     {"UnknownStage", "lost", "{'from':2,'identity':'1 2','record':{'guid':'1'}}"},
     {"MoreOfferedThanThere", "received-0-2", "[{'guid':'1'}]"},

@@ -1,0 +1,111 @@
+// The input is a note of the spool as an earlier daemon may have left it: its stage in the first line, then
+// its text. The next daemon's pass takes it up.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <variant>
+
+#include "daemon/MainLoop.h"
+#include "fuzz/shared/Property.h"
+#include "storage/MessageRecord.h"
+#include "storage/NoteFile.h"
+
+namespace {
+
+class MemoryStorage final : public ICollectionStorage {
+ public:
+  void save(const Json::Value& record, int /*status*/) override { saved.append(record); }
+  void remove(const Json::Value& /*filter*/, int /*status*/) override {}
+  Json::Value load(const Json::Value& /*filter*/, int /*status*/) override { return Json::arrayValue; }
+  void move(const Json::Value& /*filter*/, int /*from*/, int /*to*/) override {}
+
+  Json::Value saved{Json::arrayValue};
+};
+
+class Modem final : public SmsProvider {
+ public:
+  std::vector<Json::Value> receiveMessages() override {
+    wasAsked = true;
+    return {};
+  }
+  bool sendMessage(const Json::Value& /*message*/) override {
+    hasSent = true;
+    return true;
+  }
+
+  bool wasAsked = false, hasSent = false;
+};
+
+struct Root {
+  Root() { property(mkdtemp(path) != nullptr, "there is a folder for the spool"); }
+  ~Root() { std::filesystem::remove_all(path); }
+  char path[32] = "/tmp/veld-fuzz-XXXXXX";
+};
+
+// What the entry's own functions make of it again.
+Spool::Note noteOf(const SpoolEntry& entry) {
+  return std::visit(
+      [](const auto& kind) {
+        if constexpr (std::is_base_of_v<Batch, std::decay_t<decltype(kind)>>)
+          return Spool::Note{stageOf(kind), textOf(kind.records).value_or("")};
+        else
+          return Spool::Note{stageOf(kind), textOf(kind).value_or("")};
+      },
+      entry);
+}
+
+// How many records a pass is to file.
+std::size_t unfiled(const SpoolEntry& entry) {
+  if (const auto* const received = std::get_if<ReceivedBatch>(&entry))
+    return received->records.size() - received->filed;
+  if (const auto* const merged = std::get_if<MergedBatch>(&entry))
+    return merged->records.size() - merged->filed;
+  const auto* const answered = std::get_if<AnsweredSend>(&entry);
+  return answered != nullptr && answered->filed ? 0 : 1;
+}
+
+bool isFileName(const std::string& stage) {
+  return stage.size() < 200 && stage.find('/') == std::string::npos && stage.find('\0') == std::string::npos;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string input(data, data + size);
+  const std::size_t lineEnd = std::min(input.find('\n'), input.size());
+  const Spool::Note note{input.substr(0, lineEnd), input.substr(std::min(lineEnd + 1, input.size()))};
+  const std::optional<SpoolEntry> entry = parseEntry(note);
+  if (entry) {
+    const Spool::Note again = noteOf(*entry);
+    const std::optional<SpoolEntry> second = parseEntry(again);
+    property(again.stage == note.stage, "an entry has one stage");
+    property(second.has_value(), "what is written is read");
+    property(noteOf(*second).text == again.text, "and is the same");
+  }
+  const std::optional<std::string> text = NoteFile::unframed(input);
+  property(!text || NoteFile::framed(*text) == input, "a file has one form");
+
+  if (!isFileName(note.stage)) return 0;
+  static const Root root;
+  const std::string spool = std::string(root.path) + "/spool";
+  std::filesystem::remove_all(spool);
+  std::filesystem::create_directory(spool);
+  std::ofstream(spool + "/reserve") << '-';
+  std::ofstream(spool + "/1." + note.stage) << NoteFile::framed(note.text);
+  MemoryStorage store;
+  const StorageFaults none;
+  CheckedStorage storage(store, none);
+  Modem modem;
+  SMSCommand commands(Json::nullValue);
+  RetryState retry;
+  InTransit inTransit(root.path, root.path);
+  runPass(modem, storage, commands, inTransit, {}, retry);
+  property(modem.wasAsked, "no note keeps the modem from being asked");
+  property(!modem.hasSent, "nothing is sent from a note");
+  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "what is not filed is filed once");
+  return 0;
+}
