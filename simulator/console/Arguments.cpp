@@ -32,13 +32,14 @@ bool isAnyWord(const std::string& kind) {
 
 // What is wrong with a word of the given kind; empty if nothing.
 std::string wrongIn(const std::string& text, const std::string& kind) {
-  if (kind == "N" && !readNumber(text)) return "\"" + text + "\" is no whole number from 0 to 65535.";
-  if (kind == "TIMES" && !readNumber(text, 1)) return "\"" + text + "\" is no whole number from 1 to 65535.";
+  if (kind == "N" && !readNumber(text)) return "\"" + text + "\" is not a whole number from 0 to 65535.";
+  if (kind == "TIMES" && !readNumber(text, 1))
+    return "\"" + text + "\" is not a whole number from 1 to 65535.";
   if (kind == "N,N") {
     const std::vector<std::string> pieces = split(text, ',');
     const bool good =
         std::all_of(pieces.begin(), pieces.end(), [](const auto& piece) { return readNumber(piece); });
-    return good && !pieces.empty() ? "" : "\"" + text + "\" is no list of whole numbers, such as 2,1.";
+    return good && !pieces.empty() ? "" : "\"" + text + "\" is not a list of whole numbers such as 2,1.";
   }
   const std::vector<std::string> choices = split(kind, '|');
   const auto fits = [&text](const std::string& choice) { return choice == text || isAnyWord(choice); };

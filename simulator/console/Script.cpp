@@ -15,12 +15,40 @@ std::string trimmed(const std::string& text) {
   return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-// Of a text that ends without a line feed.
+// `text` ends without a line feed.
 std::ptrdiff_t countLines(const std::string& text) {
   return text.empty() ? 0 : std::count(text.begin(), text.end(), '\n') + 1;
 }
 
+Answer refuseCheck(Gateway&, const Arguments&) { return wrong("Only a script can check."); }
+
 }  // namespace
+
+struct Script::Check {
+  const char* name;
+  const char* arguments;
+  const char* summary;
+  bool (Script::*holds)(const std::string& wanted);
+};
+const Script::Check Script::checks[] = {
+    {"expect", "TEXT...", "in a script: the last output must contain TEXT, the whole rest of the line",
+     &Script::expect},
+    {"expect-not", "TEXT...", "in a script: the last output must not contain TEXT", &Script::expectNot},
+    {"expect-count", "N", "in a script: the last output must have N lines", &Script::expectCount},
+    {"expect-exit", "STATUS",
+     "in a script: the daemon must end within 10 s, with a status as \"0\", \"1\" or \"signal 9\"",
+     &Script::expectExit},
+    {"expect-wrong", "TEXT...",
+     "in a script: the last command must have been refused, with an error that contains TEXT",
+     &Script::expectWrong},
+};
+
+std::vector<Command> checkCommands() {
+  std::vector<Command> commands;
+  for (const Script::Check& check : Script::checks)
+    commands.push_back({check.name, check.arguments, check.summary, refuseCheck});
+  return commands;
+}
 
 Script::Script(Interpreter& interpreter, std::string name, bool echo)
     : interpreter_(interpreter), name_(std::move(name)), echo_(echo) {}
@@ -31,17 +59,27 @@ bool Script::run(std::istream& text) {
     line = trimmed(line);
     if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "\n" : "> ") << line << std::endl;
     if (line.empty() || line[0] == '#') continue;
-    const bool isCheck = line.compare(0, 6, "expect") == 0;
-    if (!settleLast(isCheck && line.compare(0, 12, "expect-wrong") == 0)) return false;
+    const std::string name = line.substr(0, line.find_first_of(blanks));
+    const auto* const check = std::find_if(std::begin(checks), std::end(checks),
+                                           [&name](const Check& one) { return one.name == name; });
+    const bool isCheck = check != std::end(checks);
+    if (!settleLast(isCheck && check->holds == &Script::expectWrong)) return false;
     line_ = line;
     number_ = read_;
-    if (isCheck && !check(line)) return false;
-    if (!isCheck && line != "quit") execute(line);
+    if (!isCheck) {
+      execute(line);
+      continue;
+    }
+    const std::string wanted = trimmed(line.substr(name.size()));
+    if (wanted.empty()) return fail("a word after " + name, "");
+    if (!(this->*check->holds)(wanted)) return false;
   }
-  return settleLast(false) && stopDaemon();
+  if (!settleLast(false)) return false;
+  if (interpreter_.gateway().program.running()) interpreter_.execute("await program");
+  return stopDaemon();
 }
 
-// A refused command fails unless the next line expects it; only then is its line known to be the bad one.
+// A refused command fails unless the next line expects the refusal.
 bool Script::settleLast(bool wrongIsExpected) {
   if (last_.good || wrongIsExpected) return true;
   std::cerr << name_ << ":" << number_ << ": " << line_ << "\n  " << last_.text << std::endl;
@@ -59,32 +97,32 @@ bool Script::fail(const std::string& expected, const std::string& came) const {
   return false;
 }
 
-bool Script::check(const std::string& line) {
-  const std::size_t blank = line.find_first_of(blanks);
-  const std::string what = line.substr(0, blank);
-  const std::string wanted = blank == std::string::npos ? "" : trimmed(line.substr(blank));
-  if (wanted.empty()) return fail("a word after " + what, "none");
-  const bool holds = last_.text.find(wanted) != std::string::npos;
-  if (what == "expect") return holds || fail(wanted, last_.text);
-  if (what == "expect-not") return !holds || fail("no " + wanted, last_.text);
-  if (what == "expect-count") {
-    const std::string count = std::to_string(countLines(last_.text));
-    return count == wanted || fail(wanted + " lines", count + "\n" + last_.text);
-  }
-  if (what == "expect-exit") {
-    const auto turn = interpreter_.lock();
-    DaemonProcess& daemon = interpreter_.gateway().daemon;
-    const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
-    const std::string ending = ended ? daemon.ending() : "it still runs";
-    expectedEnding_ = ending;
-    return ending == wanted || fail("the daemon ends with status " + wanted, ending);
-  }
-  if (what == "expect-wrong") {
-    const bool refused = !last_.good;
-    last_.good = true;
-    return (refused && holds) || fail("a refusal with " + wanted, last_.text);
-  }
-  return fail("expect, expect-not, expect-count, expect-exit or expect-wrong", what);
+bool Script::expect(const std::string& text) {
+  return last_.text.find(text) != std::string::npos || fail(text, last_.text);
+}
+
+bool Script::expectNot(const std::string& text) {
+  return last_.text.find(text) == std::string::npos || fail("no " + text, last_.text);
+}
+
+bool Script::expectCount(const std::string& count) {
+  const std::string came = std::to_string(countLines(last_.text));
+  return came == count || fail(count + " lines", came + "\n" + last_.text);
+}
+
+bool Script::expectExit(const std::string& status) {
+  const auto turn = interpreter_.lock();
+  DaemonProcess& daemon = interpreter_.gateway().daemon;
+  const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
+  expectedEnding_ = ended ? daemon.ending() : "it still runs";
+  return expectedEnding_ == status || fail("the daemon ends with status " + status, expectedEnding_);
+}
+
+bool Script::expectWrong(const std::string& text) {
+  const bool refused = !last_.good;
+  last_.good = true;
+  return (refused && last_.text.find(text) != std::string::npos) ||
+         fail("a refusal with " + text, last_.text);
 }
 
 bool Script::stopDaemon() {

@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -16,11 +17,10 @@ namespace {
 constexpr char settingsPath[] = "/api/sms";
 constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
-constexpr int anyPort = 80;  // that a socket in the file system does not look at
+constexpr int anyPort = 80;  // the library wants one; a UNIX-domain socket has none
 constexpr double startSeconds = 10;
 
-// The commands that this gateway knows, the last part of their paths: its own list, to which the daemon is
-// held.
+// The last path components of the commands that this gateway knows. Its list is independent of the daemon's.
 constexpr char knownCommands[] =
     " sms_restart checkin_to_quillo_sms set_rm_through_sms set_cellular_through_sms send_apn_through_sms "
     "send_cellularstatus_sms send_radiostatus_sms send_ethernetstatus_sms send_wanstatus_sms "
@@ -37,9 +37,18 @@ Json::Value envelope(unsigned code, const Json::Value& result) {
   return object({{"code", code}, {"result", result}});
 }
 
-// The body is put together from what a phone wrote: nothing else may be in it.
+// The daemon builds the body from a phone's text without escaping, so further members may have got in.
 bool isCommand(const Json::Value& body) {
   return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
+}
+
+// Closes the connection in the middle of an answer.
+void breakOff(httplib::Response& response) {
+  response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
+    constexpr char beginning[] = "{\"code\": 200, \"res";
+    sink.write(beginning, sizeof beginning - 1);
+    return false;
+  });
 }
 
 }  // namespace
@@ -79,6 +88,15 @@ void LocalApiServer::close(bool leaveSocket) {
     server_.reset();
   }
   if (!leaveSocket) unlink(socketPath);
+}
+
+bool LocalApiServer::reachable() {
+  sockaddr_un address{AF_UNIX, {}};
+  std::strncpy(address.sun_path, socketPath, sizeof address.sun_path - 1);
+  const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool is = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  ::close(fd);
+  return is;
 }
 
 void LocalApiServer::setFault(ApiFault fault, unsigned value) {
@@ -125,11 +143,7 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   if (fault == ApiFault::Garbage) {
     response.set_content("<html>\xff\x01 this is no JSON", "text/html");
   } else if (fault == ApiFault::Close) {
-    response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
-      constexpr char beginning[] = "{\"code\": 200, \"res";
-      sink.write(beginning, sizeof beginning - 1);
-      return false;
-    });
+    breakOff(response);
   } else {
     const Json::Value json = fault == ApiFault::Code ? envelope(value, Json::nullValue) : answer(kept);
     response.set_content(toLine(json), jsonType);

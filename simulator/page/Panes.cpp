@@ -19,11 +19,13 @@ Json::Value arrayOf(const Values& values) {
 }
 
 Json::Value daemonPane(const Interpreter& interpreter, Gateway& gateway) {
+  std::string hang = gateway.hang();
+  if (!hang.empty()) hang += " for " + std::to_string(gateway.hangSeconds()) + " s";
   DaemonProcess& daemon = gateway.daemon;
   return object({{"running", daemon.running()},
                  {"process", daemon.pid()},
                  {"ending", daemon.ending()},
-                 {"hang", gateway.hang()},
+                 {"hang", hang},
                  {"busy", interpreter.busy()}});
 }
 
