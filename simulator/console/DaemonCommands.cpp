@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <filesystem>
 #include <map>
 
 #include "simulator/console/Interpreter.h"
@@ -131,8 +132,8 @@ const Event events[] = {
      [](Gateway&) { return std::string("The tool hangs."); }},
     {"request", [](Gateway& gateway) { return gateway.api.waiting() > 0; },
      [](Gateway&) { return std::string("A request waits for its answer."); }},
-    {"api", [](Gateway&) { return LocalApiServer::reachable(); },
-     [](Gateway&) { return std::string("The API accepts connections."); }},
+    {"api", [](Gateway&) { return std::filesystem::exists(LocalApiServer::socketPath); },
+     [](Gateway&) { return std::string("The API's socket is there."); }},
     {"exit", [](Gateway& gateway) { return !gateway.daemon.running(); }, ended, true},
     {"program", [](Gateway& gateway) { return !gateway.program.running(); },
      [](Gateway& gateway) {
@@ -213,8 +214,9 @@ std::vector<Command> daemonCommands() {
        wait, true},
       {"date", "DAY", "sets the clock to noon of a day, such as 2045-06-15", date},
       {"await", "pass|tool|request|api|exit|program",
-       "waits until a pass ends, the tool hangs, a request waits, the API accepts connections, the daemon "
-       "ends, or the program of --with ends; passes run while it waits for the last two",
+       "waits until a pass ends, the tool hangs, a request waits, the API's socket exists, the daemon ends, "
+       "or "
+       "the program of --with ends; passes run while it waits for the last two",
        await, true},
       {"carry-out", "",
        "the gateway carries out the commands that the API accepted, and answers (the console does so by "

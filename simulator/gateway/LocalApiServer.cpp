@@ -2,7 +2,6 @@
 
 #include <httplib.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -88,15 +87,6 @@ void LocalApiServer::close(bool leaveSocket) {
     server_.reset();
   }
   if (!leaveSocket) unlink(socketPath);
-}
-
-bool LocalApiServer::reachable() {
-  sockaddr_un address{AF_UNIX, {}};
-  std::strncpy(address.sun_path, socketPath, sizeof address.sun_path - 1);
-  const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool is = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  ::close(fd);
-  return is;
 }
 
 void LocalApiServer::setFault(ApiFault fault, unsigned value) {

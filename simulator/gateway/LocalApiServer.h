@@ -50,8 +50,6 @@ class LocalApiServer {
   /// Stops listening. With `leaveSocket` the socket's file stays, and connections are refused.
   void close(bool leaveSocket);
   bool listening() const { return server_ != nullptr; }
-  /// Whether any program accepts connections on the socket.
-  static bool reachable();
 
   /// `value`: the code of ApiFault::Code, the seconds of ApiFault::Slow.
   void setFault(ApiFault fault, unsigned value);
