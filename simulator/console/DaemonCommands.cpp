@@ -57,6 +57,8 @@ Answer stop(Gateway& gateway, const Arguments&) {
 }
 
 Answer restart(Gateway& gateway, const Arguments& given) {
+  // SIGTERM would end the daemon only after the repair, and nobody would start it then.
+  if (gateway.daemon.running() && !gateway.hang().empty()) return stillWaits(gateway, "The daemon's pass");
   const Answer stopped = gateway.daemon.running() ? stop(gateway, given) : Answer{};
   return stopped.good ? start(gateway, given) : stopped;
 }
