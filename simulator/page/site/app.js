@@ -52,7 +52,7 @@ function showPhone() {
   const permitted = (data.settings.whitelist?.numbers || []).map(String);
   const numbers = [...new Set([...permitted, STRANGER, ...data.phones.map((text) => text.number), ...added])];
   sender ??= numbers[0];
-  const labels = numbers.map((number) => number + (mayCommand(number) ? " (may send commands)" : " (a stranger)"));
+  const labels = numbers.map((number) => number + (mayCommand(number) ? " (permitted)" : " (a stranger)"));
   if (at("sender").dataset.labels !== labels.join()) {
     at("sender").dataset.labels = labels.join();
     at("sender").replaceChildren(...labels.map((label, i) => new Option(label, numbers[i])), new Option("another number …", ""));
