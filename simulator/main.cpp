@@ -54,35 +54,6 @@ std::string readTool(const std::string& path) {
   return std::filesystem::absolute(path);
 }
 
-void take(int option, Arguments& arguments) {
-  switch (option) {
-    case 's':
-      arguments.script = optarg;
-      return;
-    case 'e':
-      arguments.echo = true;
-      return;
-    case 'w':
-      arguments.with = optarg;
-      return;
-    case 't':
-      arguments.tool = readTool(optarg);
-      return;
-    case 'a':
-      if (std::string(optarg) != "none") refuse("--api takes \"none\" only");
-      arguments.servesApi = false;
-      return;
-    case 'p':
-      arguments.page = pagePort;
-      return;
-    case 'h':
-      std::cout << usage;
-      std::exit(0);
-    default:
-      refuse("unknown option or missing value");
-  }
-}
-
 Arguments read(int argc, char** argv) {
   constexpr option options[] = {
       {"script", required_argument, nullptr, 's'}, {"echo", no_argument, nullptr, 'e'},
@@ -90,8 +61,20 @@ Arguments read(int argc, char** argv) {
       {"api", required_argument, nullptr, 'a'},    {"page", no_argument, nullptr, 'p'},
       {"help", no_argument, nullptr, 'h'},         {}};
   Arguments arguments;
-  for (int option = 0; (option = getopt_long(argc, argv, "", options, nullptr)) != -1;)
-    take(option, arguments);
+  for (int option = 0; (option = getopt_long(argc, argv, "", options, nullptr)) != -1;) {
+    if (option == 's') arguments.script = optarg;
+    if (option == 'e') arguments.echo = true;
+    if (option == 'w') arguments.with = optarg;
+    if (option == 't') arguments.tool = readTool(optarg);
+    if (option == 'a' && std::string(optarg) != "none") refuse("--api takes \"none\" only");
+    if (option == 'a') arguments.servesApi = false;
+    if (option == 'p') arguments.page = pagePort;
+    if (option == 'h') {
+      std::cout << usage;
+      std::exit(0);
+    }
+    if (option == '?') refuse("unknown option or missing value");
+  }
   if (arguments.page && optind < argc) {
     arguments.page = Simulator::readNumber(argv[optind++]);
     if (!arguments.page) refuse("a port is a number from 0 to 65535");

@@ -156,15 +156,6 @@ Answer await(Gateway& gateway, const Arguments& given) {
   return wrong(gateway.daemon.interrupted ? "Interrupted." : "That did not happen within 30 seconds.");
 }
 
-Answer carryOut(Gateway& gateway, const Arguments&) {
-  const std::vector<Responder::Event>& events = gateway.responder.events();
-  const std::size_t before = events.size();
-  gateway.responder.carryOut();
-  std::string text;
-  for (std::size_t i = before; i < events.size(); ++i) text += events[i].text + "\n";
-  return {true, text.empty() ? "The API has accepted no new command." : text};
-}
-
 Answer settings(Gateway& gateway, const Arguments& given) {
   const bool remove = given.has("--remove");
   const std::string& key = given.word(0);
@@ -220,10 +211,6 @@ std::vector<Command> daemonCommands() {
        "or "
        "the program of --with ends; passes run while it waits for the last two",
        await, true},
-      {"carry-out", "",
-       "the gateway carries out the commands that the API accepted, and answers (the console does so by "
-       "itself)",
-       carryOut, true},
       {"settings", "[KEY] [VALUE] [--remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
       {"password", "TEXT|off", "sets the password of commands", password},

@@ -72,7 +72,7 @@ Answer faults(Gateway& gateway, const Arguments&) {
 std::vector<Command> faultCommands() {
   return {
       {"fault",
-       "api code N, api slow N, api garbage|close|silent|gone|refused, tool gone, "
+       "api code N, api garbage|close|silent|gone|refused, tool gone, "
        "tool unread|read|delete|send fail|hang|kill|silent [TIMES], syslog gone, disk full, tmp full",
        "sets a fault; one of the tool ends after so many TIMES, each other one by repair", fault},
       {"repair", "[api|tool|syslog|disk|tmp|all]", "ends faults; all: also the modem's refusals", repair},

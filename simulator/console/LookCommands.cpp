@@ -14,15 +14,6 @@ Answer records(Gateway&, const Arguments& given) {
   return {true, lines(MessageFolders::records(given.word(0)))};
 }
 
-Answer record(Gateway&, const Arguments& given) {
-  for (const char* box : MessageFolders::boxes) {
-    const std::string path = MessageFolders::pathOf(box) + "/" + given.word(0);
-    if (const std::string text = readFile(path); !text.empty())
-      return {true, std::string(path).append("\n").append(text)};
-  }
-  return wrong("There is no record " + given.word(0) + "; \"records received\" lists some.");
-}
-
 Answer veldctl(Gateway& gateway, const Arguments& given) { return {true, gateway.veldctl(given.words())}; }
 
 Answer requests(Gateway& gateway, const Arguments& given) {
@@ -72,7 +63,6 @@ std::vector<Command> lookCommands() {
       {"status", "", "shows the daemon, the folders and the modem in a few lines", status},
       {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object per line",
        records},
-      {"record", "GUID", "shows the file of a record", record},
       {"veldctl", "COMMAND [WORD...]", "runs veldctl(1) in the gateway", veldctl},
       {"requests", "[--all]", "shows the commands that the API received (--all: every request), one per line",
        requests},

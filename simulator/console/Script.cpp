@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <iostream>
+#include <utility>
 
 namespace Simulator {
 namespace {
 
 constexpr char blanks[] = " \t\r";
 constexpr double exitSeconds = 10;
+constexpr char expectWrong[] = "expect-wrong";
 
 std::string trimmed(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(blanks);
@@ -28,19 +30,25 @@ struct Script::Check {
   const char* name;
   const char* arguments;
   const char* summary;
-  bool (Script::*holds)(const std::string& wanted);
+  bool (*holds)(Script& script, const std::string& wanted);
 };
 const Script::Check Script::checks[] = {
     {"expect", "TEXT...", "in a script: the last output must contain TEXT, the whole rest of the line",
-     &Script::expect},
-    {"expect-not", "TEXT...", "in a script: the last output must not contain TEXT", &Script::expectNot},
-    {"expect-count", "N", "in a script: the last output must have N lines", &Script::expectCount},
+     [](Script& script, const std::string& text) { return script.outputHas(text); }},
+    {"expect-not", "TEXT...", "in a script: the last output must not contain TEXT",
+     [](Script& script, const std::string& text) { return !script.outputHas(text); }},
+    {"expect-count", "N", "in a script: the last output must have N lines",
+     [](Script& script, const std::string& count) {
+       return std::to_string(countLines(script.last_.text)) == count;
+     }},
     {"expect-exit", "STATUS",
      "in a script: the daemon must end within 10 s, with a status as \"0\", \"1\" or \"signal 9\"",
-     &Script::expectExit},
-    {"expect-wrong", "TEXT...",
+     [](Script& script, const std::string& status) { return script.daemonEnds(status); }},
+    {expectWrong, "TEXT...",
      "in a script: the last command must have been refused, with an error that contains TEXT",
-     &Script::expectWrong},
+     [](Script& script, const std::string& text) {
+       return !std::exchange(script.last_.good, true) && script.outputHas(text);
+     }},
 };
 
 std::vector<Command> checkCommands() {
@@ -60,30 +68,20 @@ bool Script::run(std::istream& text) {
     if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "\n" : "> ") << line << std::endl;
     if (line.empty() || line[0] == '#') continue;
     const std::string name = line.substr(0, line.find_first_of(blanks));
-    const auto* const check = std::find_if(std::begin(checks), std::end(checks),
-                                           [&name](const Check& one) { return one.name == name; });
-    const bool isCheck = check != std::end(checks);
-    if (!settleLast(isCheck && check->holds == &Script::expectWrong)) return false;
+    if (!last_.good && name != expectWrong) return fail();
     line_ = line;
     number_ = read_;
-    if (!isCheck) {
-      execute(line);
-      continue;
-    }
+    const auto* const check = std::find_if(std::begin(checks), std::end(checks),
+                                           [&name](const Check& one) { return one.name == name; });
     const std::string wanted = trimmed(line.substr(name.size()));
-    if (wanted.empty()) return fail("a word after " + name, "");
-    if (!(this->*check->holds)(wanted)) return false;
+    if (check == std::end(checks))
+      execute(line);
+    else if (wanted.empty() || !check->holds(*this, wanted))
+      return fail();
   }
-  if (!settleLast(false)) return false;
+  if (!last_.good) return fail();
   if (interpreter_.gateway().program.running()) interpreter_.execute("await program");
-  return stopDaemon();
-}
-
-// A refused command fails unless the next line expects the refusal.
-bool Script::settleLast(bool wrongIsExpected) {
-  if (last_.good || wrongIsExpected) return true;
-  std::cerr << name_ << ":" << number_ << ": " << line_ << "\n  " << last_.text << std::endl;
-  return false;
+  return stopDaemon() || fail();
 }
 
 void Script::execute(const std::string& line) {
@@ -91,51 +89,34 @@ void Script::execute(const std::string& line) {
   if (last_.good && !last_.text.empty()) std::cout << last_.text << std::endl;
 }
 
-bool Script::fail(const std::string& expected, const std::string& came) const {
-  std::cerr << name_ << ":" << number_ << ": " << line_ << "\n  expected: " << expected
-            << "\n  came: " << (came.empty() ? "nothing" : came) << std::endl;
+bool Script::fail() const {
+  std::cerr << name_ << ":" << number_ << ": " << line_
+            << "\n  came: " << (last_.text.empty() ? "nothing" : last_.text) << std::endl;
   return false;
 }
 
-bool Script::expect(const std::string& text) {
-  return last_.text.find(text) != std::string::npos || fail(text, last_.text);
-}
+bool Script::outputHas(const std::string& text) const { return last_.text.find(text) != std::string::npos; }
 
-bool Script::expectNot(const std::string& text) {
-  return last_.text.find(text) == std::string::npos || fail("no " + text, last_.text);
-}
-
-bool Script::expectCount(const std::string& count) {
-  const std::string came = std::to_string(countLines(last_.text));
-  return came == count || fail(count + " lines", came + "\n" + last_.text);
-}
-
-bool Script::expectExit(const std::string& status) {
+bool Script::daemonEnds(const std::string& status) {
   const auto turn = interpreter_.lock();
   DaemonProcess& daemon = interpreter_.gateway().daemon;
   const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
-  expectedEnding_ = ended ? daemon.ending() : "it still runs";
-  return expectedEnding_ == status || fail("the daemon ends with status " + status, expectedEnding_);
-}
-
-bool Script::expectWrong(const std::string& text) {
-  const bool refused = !last_.good;
-  last_.good = true;
-  return (refused && last_.text.find(text) != std::string::npos) ||
-         fail("a refusal with " + text, last_.text);
+  last_.text = ended ? "status " + daemon.ending() : "the daemon still runs";
+  expectedEnding_ = daemon.ending();
+  return ended && expectedEnding_ == status;
 }
 
 bool Script::stopDaemon() {
   const auto turn = interpreter_.lock();
   DaemonProcess& daemon = interpreter_.gateway().daemon;
-  line_ = "the end";
   if (daemon.running()) {
     expectedEnding_ = "0";
-    if (!daemon.stop()) return fail("the daemon ends on SIGTERM", "it still runs");
+    daemon.stop();
   }
+  line_ = "the end: the daemon must end with status " + expectedEnding_;
   const std::string ending = daemon.ending();
-  return ending.empty() || ending == expectedEnding_ ||
-         fail("the daemon ends with status " + expectedEnding_, ending);
+  last_.text = daemon.running() ? "the daemon still runs" : "status " + ending;
+  return !daemon.running() && (ending.empty() || ending == expectedEnding_);
 }
 
 }  // namespace Simulator

@@ -25,14 +25,10 @@ class Script {
   static const Check checks[];
 
   void execute(const std::string& line);
-  bool expect(const std::string& text);
-  bool expectNot(const std::string& text);
-  bool expectCount(const std::string& count);
-  bool expectExit(const std::string& status);
-  bool expectWrong(const std::string& text);
-  bool fail(const std::string& expected, const std::string& came) const;
-  bool settleLast(bool wrongIsExpected);
+  bool outputHas(const std::string& text) const;
+  bool daemonEnds(const std::string& status);
   bool stopDaemon();
+  bool fail() const;
 
   Interpreter& interpreter_;
   const std::string name_;

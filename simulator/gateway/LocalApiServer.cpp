@@ -89,17 +89,17 @@ void LocalApiServer::close(bool leaveSocket) {
   if (!leaveSocket) unlink(socketPath);
 }
 
-void LocalApiServer::setFault(ApiFault fault, unsigned value) {
+void LocalApiServer::setFault(ApiFault fault, unsigned code) {
   const std::lock_guard lock(mutex_);
   fault_ = fault;
-  faultValue_ = value;
+  faultCode_ = code;
   repaired_.notify_all();
 }
 
 std::string LocalApiServer::fault() const {
   const std::lock_guard lock(mutex_);
-  const bool valued = fault_ == ApiFault::Code || fault_ == ApiFault::Slow;
-  return faultNames[static_cast<int>(fault_)] + (valued ? " " + std::to_string(faultValue_) : "");
+  const std::string code = fault_ == ApiFault::Code ? " " + std::to_string(faultCode_) : "";
+  return faultNames[static_cast<int>(fault_)] + code;
 }
 
 std::vector<LocalApiServer::Request> LocalApiServer::requests(std::size_t first) const {
@@ -119,14 +119,12 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   std::unique_lock lock(mutex_);
   const std::size_t number = requests_.size();
   requests_.push_back(kept);
-  const auto set = [this](ApiFault fault) { return !closing_ && fault_ == fault; };
   ++waiting_;
   waitsSince_ = std::chrono::steady_clock::now();
-  repaired_.wait(lock, [&] { return !set(ApiFault::Silent); });
-  repaired_.wait_for(lock, std::chrono::seconds(faultValue_), [&] { return !set(ApiFault::Slow); });
+  repaired_.wait(lock, [this] { return closing_ || fault_ != ApiFault::Silent; });
   --waiting_;
   const ApiFault fault = fault_;
-  const unsigned value = faultValue_;
+  const unsigned faultCode = faultCode_;
   lock.unlock();
 
   int code = noCode;
@@ -135,7 +133,7 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   } else if (fault == ApiFault::Close) {
     breakOff(response);
   } else {
-    const Json::Value json = fault == ApiFault::Code ? envelope(value, Json::nullValue) : answer(kept);
+    const Json::Value json = fault == ApiFault::Code ? envelope(faultCode, Json::nullValue) : answer(kept);
     response.set_content(toLine(json), jsonType);
     code = json["code"].asInt();
   }

@@ -21,9 +21,9 @@ struct Response;
 
 namespace Simulator {
 
-/// A fault of the API: none; it answers with another code; with no JSON; after some seconds; it closes the
+/// A fault of the API: none; it answers with another code; with no JSON; it closes the
 /// connection in the middle of an answer; it does not answer until it is repaired.
-enum class ApiFault { None, Code, Garbage, Slow, Close, Silent };
+enum class ApiFault { None, Code, Garbage, Close, Silent };
 
 /// The gateway's local HTTP API on its UNIX-domain socket. It serves the settings, and accepts and keeps the
 /// commands.
@@ -31,7 +31,7 @@ class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
   /// The names of ApiFault, in its order.
-  static constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
+  static constexpr const char* faultNames[] = {"", "code", "garbage", "close", "silent"};
 
   struct Request {
     std::string method;
@@ -51,9 +51,9 @@ class LocalApiServer {
   void close(bool leaveSocket);
   bool listening() const { return server_ != nullptr; }
 
-  /// `value`: the code of ApiFault::Code, the seconds of ApiFault::Slow.
-  void setFault(ApiFault fault, unsigned value);
-  /// The fault that is set, as "slow 3"; empty if none.
+  /// `code` is that of ApiFault::Code.
+  void setFault(ApiFault fault, unsigned code);
+  /// The fault that is set, as "code 500"; empty if none.
   std::string fault() const;
 
   /// Every request so far from number `first` on, counting from 0, including those without an answer.
@@ -72,7 +72,7 @@ class LocalApiServer {
   std::condition_variable repaired_;
   std::vector<Request> requests_;
   ApiFault fault_ = ApiFault::None;
-  unsigned faultValue_ = 0;
+  unsigned faultCode_ = 0;
   bool closing_ = false;
   std::atomic<unsigned> waiting_{0};
   std::chrono::steady_clock::time_point waitsSince_;

@@ -10,7 +10,7 @@ import tempfile
 import time
 import unittest
 
-GATEWAY, LAUNCHER = (os.path.realpath(sys.argv.pop()) for _ in range(2))
+LAUNCHER, GATEWAY = (os.path.realpath(sys.argv.pop(1)) for _ in range(2))
 
 
 def run(command, text="", **options):
