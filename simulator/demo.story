@@ -1,10 +1,10 @@
-# The daemon starts: it asks the local API for its settings and reads its back-off intervals, 30, 60 and 300 s.
+# The daemon starts. It asks the local API for its settings and reads its back-off intervals: 30, 60 and 300 s.
 timings [30,60,300]
 start
 requests --all
 expect "path":"/api/sms"
 
-# 1. A message comes in over the air. The modem holds it until the daemon's next pass fetches and files it.
+# 1. The modem receives a message and holds it until the daemon's next pass files it.
 receive +4917099999 "Hello gateway, it costs 5 € {ok}"
 modem
 expect unread 1
@@ -15,7 +15,7 @@ modem
 expect unread 0, read 0
 log --new
 
-# 2. A message in two parts comes in over two passes, and is filed as one.
+# 2. The two parts of a message arrive in two passes, and the daemon files them as one message.
 receive +4917099999 "A long text that the network cuts in two." --parts 2 --hold 2
 pass
 records received
@@ -27,7 +27,7 @@ expect "message":"A long text that the network cuts in two."
 expect-not "parts"
 log --new
 
-# 3. A command from a permitted number, with the password, reaches the local API as its request.
+# 3. The daemon posts a command with the password from a permitted number to the local API.
 receive +4917012345 "p secret #ping 8.8.8.8 3"
 pass
 requests
@@ -37,7 +37,7 @@ records received
 expect "isSMSCommand":true
 log --new
 
-# 4. The same command from a stranger is filed, and goes nowhere.
+# 4. The daemon files the same command from a stranger and posts nothing.
 receive +4917099999 "p secret #ping 8.8.8.8 3"
 pass
 requests
@@ -45,7 +45,7 @@ expect-count 1
 log --new
 expect phone number not in white list
 
-# 5. A message that another program queues goes out.
+# 5. The daemon sends a message that another program queued.
 queue +4917011111 "Alarm at the cabinet"
 pass
 records sent
@@ -54,7 +54,7 @@ modem sent
 expect {"recipient":"+4917011111","text":"Alarm at the cabinet"}
 log --new
 
-# 6. The modem refuses a number: the message is filed as failed, and sent again when its 30 s have passed.
+# 6. The modem refuses a number. The daemon files the message as failed, and retries after 30 s.
 refuse +4917022222
 queue +4917022222 "Second alarm" --retries 3
 pass
@@ -73,12 +73,12 @@ records sent
 expect "message":"Second alarm"
 log --new
 
-# 7. What the operator sees: the messages, and whether all is well.
+# 7. The operator lists the messages and asks for the status.
 veldctl list
 expect sent      +4917022222       Second alarm
 veldctl status
 expect well  the daemon runs since
 
-# 8. SIGTERM ends the daemon with status 0.
+# 8. The daemon ends on SIGTERM with status 0.
 kill TERM
 expect-exit 0

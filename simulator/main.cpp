@@ -1,5 +1,4 @@
-// simulator: the simulated gateway, for a person at the keyboard or in a browser, or for a script.
-#include <fcntl.h>
+// simulator: the simulated gateway, for a person at a terminal or in a browser, or for a script.
 #include <getopt.h>
 #include <semaphore.h>
 #include <unistd.h>
@@ -20,78 +19,92 @@ namespace {
 
 constexpr unsigned pagePort = 8400;
 constexpr char usage[] =
-    "usage: scripts/gateway [--script FILE] [--echo] [--with COMMAND]\n"
-    "       scripts/gateway --page [PORT] [--with COMMAND]\n"
-    "Commands come from the script, else from standard input: a console at a terminal, a script otherwise.\n"
-    "--page serves a page on 127.0.0.1, port 8400 unless another is given (0: any that is free), beside the\n"
-    "console; away from a terminal, until SIGINT or SIGTERM. The daemon then runs from the beginning.\n"
-    "--with runs a shell command in the gateway beside the daemon, such as a program that uses its "
-    "messages.\n"
-    "VELD names the daemon's executable, if it is not the one of the same build.\n";
+    "usage: scripts/gateway [--script FILE] [--echo] [OPTION...]\n"
+    "       scripts/gateway --page [PORT] [OPTION...]\n"
+    "Runs veld in a simulated gateway. Commands come from FILE or standard input: a console at a terminal,\n"
+    "otherwise a script. The clock runs in the console and stands still in a script; \"help\" tells more.\n"
+    "  --page [PORT]   serves a page on 127.0.0.1, port 8400 (0: any free port), beside the console, and "
+    "starts\n"
+    "                  the daemon; without a terminal it reads no commands and ends on SIGINT or SIGTERM\n"
+    "  --echo          prints each line of the script before its output\n"
+    "  --with COMMAND  runs a shell command beside the daemon, with sms and veldctl in its PATH; a script "
+    "waits\n"
+    "                  for it after the last line or in \"await program\", and its status becomes this "
+    "one's\n"
+    "  --tool PROGRAM  PROGRAM takes the place of the simulated tool sms\n"
+    "  --api none      leaves the API's socket to a program of yours; \"await api\" waits for it\n"
+    "The environment variable VELD names another executable of the daemon.\n";
 
 struct Arguments {
   std::string script;
   bool echo = false;
   std::string with;
+  std::string tool;
+  bool servesApi = true;
   std::optional<unsigned> page;  ///< its port
 };
 
 [[noreturn]] void refuse(const std::string& problem) {
-  std::cerr << "simulator: " << problem << "\n" << usage;
+  std::cerr << "simulator: " << problem << "\nSee scripts/gateway --help.\n";
   std::exit(2);
+}
+
+std::string readTool(const std::string& path) {
+  if (access(path.c_str(), X_OK) != 0) refuse("--tool: cannot run " + path);
+  return std::filesystem::absolute(path);
 }
 
 Arguments read(int argc, char** argv) {
   constexpr option options[] = {
       {"script", required_argument, nullptr, 's'}, {"echo", no_argument, nullptr, 'e'},
-      {"with", required_argument, nullptr, 'w'},   {"page", no_argument, nullptr, 'p'},
+      {"with", required_argument, nullptr, 'w'},   {"tool", required_argument, nullptr, 't'},
+      {"api", required_argument, nullptr, 'a'},    {"page", no_argument, nullptr, 'p'},
       {"help", no_argument, nullptr, 'h'},         {}};
   Arguments arguments;
   for (int option = 0; (option = getopt_long(argc, argv, "", options, nullptr)) != -1;) {
     if (option == 's') arguments.script = optarg;
     if (option == 'e') arguments.echo = true;
     if (option == 'w') arguments.with = optarg;
+    if (option == 't') arguments.tool = readTool(optarg);
+    if (option == 'a' && std::string(optarg) != "none") refuse("--api takes \"none\" only");
+    if (option == 'a') arguments.servesApi = false;
     if (option == 'p') arguments.page = pagePort;
     if (option == 'h') {
       std::cout << usage;
       std::exit(0);
     }
-    if (option == '?') refuse("see --help");
+    if (option == '?') refuse("unknown option or missing value");
   }
   if (arguments.page && optind < argc) {
     arguments.page = Simulator::readNumber(argv[optind++]);
     if (!arguments.page) refuse("a port is a number from 0 to 65535");
   }
-  if (optind < argc) refuse(std::string("\"") + argv[optind] + "\" is one word too many");
-  if (arguments.page && !arguments.script.empty()) refuse("a script needs no page");
+  if (optind < argc) refuse(std::string("unexpected argument \"") + argv[optind] + "\"");
+  if (arguments.page && !arguments.script.empty()) refuse("--page and --script exclude each other");
   return arguments;
-}
-
-// Runs an integrator's program. Whatever is still running when the gateway ends, ends with it.
-void runBeside(const std::string& command) {
-  if (command.empty() || fork() != 0) return;
-  setpgid(0, 0);  // Ctrl-C at the console is not meant for it
-  dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
-  closefrom(STDERR_FILENO + 1);
-  execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-  _exit(127);
 }
 
 sem_t ended;
 
 void end(int) { sem_post(&ended); }
 
-int servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
+bool servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
   Simulator::PageServer page(interpreter);
   if (!page.listen(static_cast<int>(port))) {
-    std::cerr << "simulator: port " << port << " is taken; --page 0 takes any that is free\n";
-    return 1;
+    std::cerr << "simulator: port " << port << " is taken; --page 0 takes any free port\n";
+    return false;
   }
   std::cout << "The page: " << page.address() << std::endl;
-  interpreter.execute("start");  // who opens the page is to see it at work
+  interpreter.execute("start");
   if (atTerminal) Simulator::runConsole(interpreter);
   while (!atTerminal && sem_wait(&ended) != 0) continue;
-  return 0;
+  return true;
+}
+
+bool runScript(Simulator::Interpreter& interpreter, const Arguments& arguments, std::istream& text) {
+  Simulator::Script script(interpreter, arguments.script.empty() ? "standard input" : arguments.script,
+                           arguments.echo);
+  return script.run(text);
 }
 
 }  // namespace
@@ -106,17 +119,17 @@ int main(int argc, char** argv) {
     for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, end);
   }
   const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-  const char* program = std::getenv("VELD");
-  Simulator::Gateway gateway(
-      {program != nullptr ? program : folder + "/../daemon/veld", folder, !atTerminal && !arguments.page});
-  runBeside(arguments.with);
+  const char* const program = std::getenv("VELD");
+  Simulator::Gateway gateway({program != nullptr ? program : folder + "/../daemon/veld", folder,
+                              !atTerminal && !arguments.page, arguments.tool, arguments.servesApi});
+  if (!arguments.with.empty()) gateway.runBeside(arguments.with);
   Simulator::Interpreter interpreter(gateway);
-  if (arguments.page) return servePage(interpreter, *arguments.page, atTerminal);
-  if (atTerminal) {
+  bool good = true;
+  if (arguments.page)
+    good = servePage(interpreter, *arguments.page, atTerminal);
+  else if (atTerminal)
     Simulator::runConsole(interpreter);
-    return 0;
-  }
-  Simulator::Script run(interpreter, arguments.script.empty() ? "standard input" : arguments.script,
-                        arguments.echo);
-  return run.run(arguments.script.empty() ? std::cin : file) ? 0 : 1;
+  else
+    good = runScript(interpreter, arguments, arguments.script.empty() ? std::cin : file);
+  return good ? gateway.program.status() : 1;
 }

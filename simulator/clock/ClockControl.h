@@ -5,20 +5,21 @@
 
 namespace Simulator {
 
-/// What the gateway and the clock library in the daemon share: a small file, mapped by both, and a FIFO into
-/// which the gateway writes to wake a sleep. Times are seconds.
+/// The memory that the gateway and the clock library in the daemon share: a small file that both map. The
+/// gateway also writes to a FIFO to wake a sleep. Times are in seconds.
 struct ClockControl {
   static constexpr char file[] = "/run/gateway/clock";
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
-  std::atomic<std::int64_t> skipped;    ///< what both clocks are ahead: the parts of sleeps that were cut off
-  std::atomic<std::int64_t> wall;       ///< with `hold`: where the wall clock stands, but for that
-  std::atomic<std::int64_t> monotonic;  ///< the other one
-  /// 1: a sleep ends only by a grant or a signal, whatever its length, and only sleeps take time: what a
-  /// daemon does does not depend on how busy the machine is.
+  std::atomic<std::int64_t>
+      skipped;  ///< how far both clocks are ahead: the sum of the parts of sleeps that were cut
+  std::atomic<std::int64_t> wall;       ///< with `hold`: the wall clock without `skipped`
+  std::atomic<std::int64_t> monotonic;  ///< with `hold`: the monotonic clock without `skipped`
+  /// 1: a sleep ends only by a grant or a signal, and only sleeps take time. The daemon's behaviour then does
+  /// not depend on the load of the machine.
   std::atomic<std::uint32_t> hold;
   std::atomic<std::uint32_t> begun;  ///< sleeps begun since the daemon was started
-  std::atomic<std::uint32_t> ended;  ///< of these, the ones that have ended
+  std::atomic<std::uint32_t> ended;  ///< how many of these have ended
   /// Sleep number `granted`, counting from 1, and all before it end at once.
   std::atomic<std::uint32_t> granted;
 };

@@ -46,7 +46,7 @@ void GatewayClock::set(std::time_t then) { control_->skipped += then - now(); }
 
 void GatewayClock::grant() {
   control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
-  // A full FIFO holds enough to wake whoever sleeps.
+  // If the FIFO is full (EAGAIN), the sleep wakes anyway.
   if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::wakeFifo);
 }
 

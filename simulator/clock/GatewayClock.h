@@ -9,21 +9,21 @@ namespace Simulator {
 /// The gateway's end of the daemon's clock.
 class GatewayClock {
  public:
-  /// Creates the shared files; ends the process with a line on standard error when it cannot. `hold` as in
+  /// Creates the shared files. Ends the process with a line on standard error when it cannot. `hold`: see
   /// ClockControl.
   explicit GatewayClock(bool hold);
 
-  /// To be called before a daemon starts: no sleep has begun, and time goes on, by a second where only sleeps
-  /// take any.
+  /// Call this before a daemon starts. It forgets the sleeps of the daemon before. With `hold` the clock
+  /// advances by a second.
   void reset();
   /// The wall clock as the daemon sees it.
   std::time_t now() const;
-  /// Sets the wall clock, and the monotonic one on or back by as much.
+  /// Sets the wall clock, and moves the monotonic clock by the same amount.
   void set(std::time_t then);
 
-  /// Whether a sleep goes on that has not been told to end.
+  /// Whether the daemon sleeps and was not told to end the sleep.
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
-  /// Ends the sleep that goes on, or else the next one.
+  /// Ends the current sleep, or the next one when there is none.
   void grant();
 
  private:

@@ -1,5 +1,5 @@
-// libgateway-clock.so: preloaded into the daemon, it lets the gateway run the daemon's time. The daemon's
-// sleeps can be cut short, and the clocks then go on by what was cut off, as if it had passed.
+// libgateway-clock.so: preloaded into the daemon, it lets the gateway control the daemon's time. The gateway
+// can cut a sleep short. The clocks then advance by the part that was cut.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -18,7 +18,7 @@ namespace {
 
 using Simulator::ClockControl;
 
-// With 64-bit times on a 32-bit system the kernel has calls of their own for them.
+// A 32-bit kernel has calls of its own for 64-bit times.
 #if defined(__TIMESIZE) && __TIMESIZE == 32 && defined(_TIME_BITS) && _TIME_BITS == 64
 constexpr long clockGettimeCall = SYS_clock_gettime64;
 #else
@@ -27,13 +27,13 @@ constexpr long clockGettimeCall = SYS_clock_gettime;
 
 ClockControl* control = nullptr;
 
-// Asks the kernel: a sanitizer's allocator looks at the clock under its lock, where looking up the C
-// library's function, which allocates, would wait for ever.
+// Asks the kernel directly. A sanitizer's allocator reads the clock while it holds its lock. dlsym() would
+// allocate there, and deadlock.
 int realClock(clockid_t clock, timespec* now) {
   return static_cast<int>(syscall(clockGettimeCall, clock, now));
 }
 
-// Runs before main: the daemon's children, which are no part of this game, must not inherit the library.
+// Runs before main(). The daemon's children must not inherit the library.
 __attribute__((constructor)) void attach() {
   unsetenv("LD_PRELOAD");
   const int file = open(ClockControl::file, O_RDWR | O_CLOEXEC);
@@ -47,7 +47,7 @@ bool isHeld() { return control != nullptr && control->hold != 0; }
 
 bool isGranted(std::uint32_t number) { return static_cast<std::int32_t>(control->granted - number) >= 0; }
 
-// The seconds that are left of a sleep of `seconds` since `start`, rounded up; 0 when it is over.
+// The rest of a sleep of `seconds` that began at `start`, rounded up; 0 when it is over.
 unsigned left(const timespec& start, unsigned seconds) {
   timespec now{};
   realClock(CLOCK_MONOTONIC, &now);
@@ -60,15 +60,15 @@ unsigned left(const timespec& start, unsigned seconds) {
 
 extern "C" {
 
-// Ends at once when a signal has been handled, as the real one does; returns the seconds that were left then.
+// As in the C library, a signal that is handled ends the sleep, and the result is the rest of it.
 unsigned sleep(unsigned seconds) {
   if (control == nullptr) return reinterpret_cast<unsigned (*)(unsigned)>(dlsym(RTLD_NEXT, "sleep"))(seconds);
-  // Open for both directions: it never ends, and opening it does not block. Not before: the daemon closes
-  // what it finds open at its start.
+  // Opened for both directions, so that opening does not block and reading finds no end. Opened here, because
+  // the daemon does not keep the descriptors that are open when it starts.
   static const int wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
-  // Who has seen that the sleep has begun may send a signal: only the wait lets it in, so that it ends it.
+  // Another process may see `begun` and send a signal at once. Only ppoll() unblocks it, so it ends the wait.
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

@@ -7,7 +7,8 @@
 namespace Simulator {
 namespace {
 
-// Reads a quoted stretch into `word`; `at` is on the opening quote and ends on the closing one.
+// Appends a quoted text to `word`. `at` moves from the opening to the closing quote. False without a closing
+// quote.
 bool readQuoted(const std::string& line, std::size_t& at, std::string& word) {
   const char quote = line[at];
   for (++at; at < line.size() && line[at] != quote; ++at) {
@@ -30,15 +31,16 @@ bool isAnyWord(const std::string& kind) {
   return kind.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
 }
 
-// What is wrong with a word of the given kind; empty if nothing.
+// Why `text` is not of this kind; empty if it is.
 std::string wrongIn(const std::string& text, const std::string& kind) {
-  if (kind == "N" && !readNumber(text)) return "\"" + text + "\" is no whole number from 0 to 65535.";
-  if (kind == "TIMES" && !readNumber(text, 1)) return "\"" + text + "\" is no whole number from 1 to 65535.";
+  if (kind == "N" && !readNumber(text)) return "\"" + text + "\" is not a whole number from 0 to 65535.";
+  if (kind == "TIMES" && !readNumber(text, 1))
+    return "\"" + text + "\" is not a whole number from 1 to 65535.";
   if (kind == "N,N") {
     const std::vector<std::string> pieces = split(text, ',');
     const bool good =
         std::all_of(pieces.begin(), pieces.end(), [](const auto& piece) { return readNumber(piece); });
-    return good && !pieces.empty() ? "" : "\"" + text + "\" is no list of whole numbers, such as 2,1.";
+    return good && !pieces.empty() ? "" : "\"" + text + "\" is not a list of whole numbers such as 2,1.";
   }
   const std::vector<std::string> choices = split(kind, '|');
   const auto fits = [&text](const std::string& choice) { return choice == text || isAnyWord(choice); };
@@ -47,10 +49,10 @@ std::string wrongIn(const std::string& text, const std::string& kind) {
 
 struct Shape {
   std::vector<std::string> kinds;
-  std::size_t least = 0;                       // so many words
-  bool goesOn = false;                         // the last kind is that of all further words
-  bool takesAll = false;                       // options, too, are such words
-  std::map<std::string, std::string> options;  // with the kind of the value
+  std::size_t least = 0;                       // the number of words that must be there
+  bool goesOn = false;                         // all further words are of the last kind
+  bool takesAll = false;                       // words that look like options count as words
+  std::map<std::string, std::string> options;  // with the kinds of their values
 };
 
 Shape parse(const std::string& text) {
@@ -112,7 +114,7 @@ std::string Arguments::read(const std::string& shapes, const std::vector<Word>& 
     const std::size_t end = std::min(shapes.find(", ", begin), shapes.size());
     const std::string wrong = readShape(shapes.substr(begin, end - begin), line);
     if (wrong.empty()) return "";
-    // The shape that was meant is the one that goes along with most of the words.
+    // Report the shape that fits most of the words.
     if (problem.empty() || words_.size() > understood) problem = wrong;
     understood = std::max(understood, words_.size());
     begin = end + 2;

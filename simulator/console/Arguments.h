@@ -7,37 +7,36 @@
 
 namespace Simulator {
 
-/// A word of a command line. One with a quote in it is no option, whatever it looks like.
+/// A word of a command line. A word with a quote in it is never an option.
 struct Word {
   std::string text;
   bool quoted;
 };
 
-/// Splits a line at blanks into its words. Quotes keep blanks together: in "..." a backslash makes the next
-/// `"` or `\` plain and `\n` a line feed; nothing is special in '...'. False when a quote is left open.
+/// Splits a line into words at its blanks. Quotes keep blanks. In "..." a backslash escapes `"` and `\`, and
+/// `\n` is a line feed; in '...' it means itself. False when a quote is not closed.
 [[nodiscard]] bool splitLine(const std::string& line, std::vector<Word>& words);
 
-/// A whole number; none when `text` is anything else or it is not from `least` to `most`.
+/// The whole number in `text`; none when `text` is anything else, or not from `least` to `most`.
 std::optional<unsigned> readNumber(const std::string& text, unsigned least = 0, unsigned most = 65535);
 
-/// What a command was given, read by the shapes in which it may be written, as help shows them and separated
-/// by ", ". A shape consists of
+/// The arguments of a command. They are read by shapes, as help shows them, separated by ", ". A shape
+/// consists of
 ///   api|tool          one of these words
-///   N  TIMES  N,N     a whole number, one that is not 0, a list of them
-///   TEXT  TEXT|off    any word in capitals stands for any word
+///   N  TIMES  N,N     a whole number, one above 0, a list of whole numbers
+///   TEXT  TEXT|off    a word in capitals stands for any word
 ///   TEXT...           one word or more, at the end
-///   WORD...           the same, and options are such words, too
-///   [--x] [--x N]     an option, which may stand anywhere; its value is a number, a list, or any word
-/// and a word in brackets may be missing, with those behind it.
+///   WORD...           the same, including words that look like options
+///   [--x] [--x N]     an option, at any place; its value is a number, a list, or any word
+/// A word in brackets may be missing, together with the words after it.
 class Arguments {
  public:
-  /// Reads the words from the second on by the shape that fits best. What it gives is empty, or says in one
-  /// line why none fits.
+  /// Reads the words from the second on. Returns an empty string, or one line on why no shape fits.
   [[nodiscard]] std::string read(const std::string& shapes, const std::vector<Word>& line);
 
   /// The words, without the options.
   const std::vector<std::string>& words() const { return words_; }
-  /// The word at `place`; empty when there is none.
+  /// The word at `place`, counting from 0; empty if there is none.
   std::string word(std::size_t place) const { return place < words_.size() ? words_[place] : ""; }
   unsigned number(std::size_t place, unsigned otherwise) const {
     return readNumber(word(place)).value_or(otherwise);

@@ -22,7 +22,7 @@ constexpr char plain[] = "\033[0m";
 constexpr char faint[] = "\033[2m";
 constexpr char refusedColour[] = "\033[33m";
 constexpr char welcome[] =
-    "A cellular gateway. \"start\" starts the daemon in it, \"help\" lists the commands, the tab key "
+    "A simulated cellular gateway. \"start\" starts the daemon, \"help\" lists the commands, the tab key "
     "completes them.\n"
     "Then try:  receive +4917012345 \"p secret #ping 8.8.8.8 3\"   then  pass  and  requests\n";
 
@@ -30,13 +30,12 @@ constexpr char welcome[] =
 constexpr const char* colours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
                                    "\033[33m",   "\033[36m",   plain,        faint};
 
-// The editor asks for completions through plain functions, and a signal handler is one.
+// The line editor and the signal handler call plain functions, which need these.
 Interpreter* interpreter = nullptr;
 std::vector<std::string> candidates;
 std::size_t nextAt = 0;
 
-// The words of the arguments that stand for themselves, as "received" in "received|sending"; the others are
-// in upper case or numbers.
+// The literal words of a shape, as "received" in "received|sending"; the others are in capitals.
 std::set<std::string> wordsOf(const std::string& arguments) {
   static const std::regex word("[a-z-][a-z0-9-]+");
   return {std::sregex_token_iterator(arguments.begin(), arguments.end(), word), {}};
@@ -66,7 +65,7 @@ char** complete(const char* begun, int start, int) {
   return rl_completion_matches(begun, nextCandidate);
 }
 
-// What has happened since the last command, unless it was shown by one.
+// Prints the gateway's actions and the log since the last call.
 void showNews(std::size_t& told, std::size_t& logged) {
   const auto turn = interpreter->lock();
   Gateway& gateway = interpreter->gateway();
@@ -102,7 +101,7 @@ void runConsole(Interpreter& commands) {
     errno = 0;
     char* typed = readline(prompt);
     if (typed == nullptr && errno != EINTR) break;
-    if (typed == nullptr) {  // Ctrl-C: another line
+    if (typed == nullptr) {  // Ctrl-C
       std::cout << "\n";
       continue;
     }

@@ -4,9 +4,9 @@
 
 namespace Simulator {
 
-/// The console at a terminal: a line editor with history and completion, the log in colours by level.
-/// Executes what is typed until "quit" or the end of the input. While a line is typed the daemon goes on in
-/// real time; what the API was asked for is carried out before the next prompt.
+/// Runs the console at a terminal, until "quit" or the end of the input: a line editor with history and
+/// completion, and the log in colours by level. The daemon goes on while a line is typed. Before each prompt
+/// the gateway carries out the commands that its API accepted.
 void runConsole(Interpreter& commands);
 
 }  // namespace Simulator

@@ -1,6 +1,8 @@
 #include <signal.h>
 
+#include <algorithm>
 #include <ctime>
+#include <filesystem>
 #include <map>
 
 #include "simulator/console/Interpreter.h"
@@ -12,9 +14,10 @@ namespace {
 using Passed = DaemonProcess::Passed;
 
 constexpr unsigned awaitSeconds = 30;
+constexpr double forEver = 1e9;  // seconds
 constexpr unsigned passSeconds = 5;
 constexpr char applies[] = "; \"restart\" applies it.";
-constexpr char noPlace[] = "The settings have no place for that any more; \"settings\" shows them.";
+constexpr char noPlace[] = "The settings have no place for that; \"settings\" shows them.";
 
 std::string ended(Gateway& gateway) {
   return "The daemon ended with status " + gateway.daemon.ending() + ".";
@@ -25,17 +28,18 @@ Answer notRunning(Gateway& gateway) {
   return wrong(before + " \"start\" starts it.");
 }
 
-// Why a wait came to nothing.
-Answer stillWaits(Gateway& gateway, const std::string& after) {
-  if (gateway.daemon.interrupted) return wrong("Interrupted; " + after + " goes on all the same.");
+// Says why a wait for `what` ended early.
+Answer stillWaits(Gateway& gateway, const std::string& what) {
+  if (gateway.daemon.interrupted) return wrong("Interrupted. " + what + " goes on.");
   const std::string hang = gateway.hang();
-  return wrong(after + (hang.empty() ? " takes very long." : " does not end: " + hang + "."));
+  if (hang.empty()) return wrong(what + " takes very long.");
+  return wrong(what + " does not end: " + hang + "; \"repair\" ends that.");
 }
 
 Answer start(Gateway& gateway, const Arguments& given) {
   DaemonProcess& daemon = gateway.daemon;
   if (daemon.running())
-    return {true, "The daemon runs already, as process " + std::to_string(daemon.pid()) + "."};
+    return {true, "The daemon already runs, as process " + std::to_string(daemon.pid()) + "."};
   if (const std::string problem = daemon.start(); !problem.empty()) return wrong(problem);
   if (given.has("--no-wait")) return {true, "The daemon is starting."};
   const Passed passed = daemon.awaitSleep(awaitSeconds);
@@ -48,11 +52,13 @@ Answer stop(Gateway& gateway, const Arguments&) {
   if (!gateway.daemon.running()) return notRunning(gateway);
   if (gateway.daemon.stop()) return {true, ended(gateway)};
   Answer answer = stillWaits(gateway, "The daemon's last pass");
-  answer.text += " \"kill\" ends it at once.";
+  answer.text += " \"kill\" kills the daemon.";
   return answer;
 }
 
 Answer restart(Gateway& gateway, const Arguments& given) {
+  // SIGTERM would end the daemon only after the repair, and nobody would start it then.
+  if (gateway.daemon.running() && !gateway.hang().empty()) return stillWaits(gateway, "The daemon's pass");
   const Answer stopped = gateway.daemon.running() ? stop(gateway, given) : Answer{};
   return stopped.good ? start(gateway, given) : stopped;
 }
@@ -81,7 +87,7 @@ Answer pass(Gateway& gateway, const Arguments& given) {
   if (!given.has("--no-wait")) return passes(gateway, given.number(0, 1));
   const Passed passed = gateway.daemon.awaitSleep(awaitSeconds);
   if (passed == Passed::Ended) return notRunning(gateway);
-  if (passed == Passed::NotYet) return stillWaits(gateway, "The pass before");
+  if (passed == Passed::NotYet) return stillWaits(gateway, "The previous pass");
   gateway.clock.grant();
   return {true, "The pass has begun."};
 }
@@ -92,7 +98,7 @@ Answer wait(Gateway& gateway, const Arguments& given) {
   const auto unit = text.empty() ? units.end() : units.find(text.back());
   if (unit != units.end()) text.pop_back();
   const std::optional<unsigned> number = readNumber(text);
-  if (!number) return wrong("\"" + given.word(0) + "\" is no time, such as 30s, 5m or 1h.");
+  if (!number) return wrong("\"" + given.word(0) + "\" is not a time such as 30s, 5m or 1h.");
   return passes(gateway,
                 (*number * (unit == units.end() ? 1 : unit->second) + passSeconds - 1) / passSeconds);
 }
@@ -105,50 +111,56 @@ Answer date(Gateway& gateway, const Arguments& given) {
   noon.tm_hour = 12;
   noon.tm_isdst = -1;
   const std::time_t time = std::mktime(&noon);
-  // What is no day of its month has become one of the next.
+  // mktime() turns 30 February into 2 March.
   if (end == nullptr || *end != '\0' || noon.tm_mday != dayOfMonth)
-    return wrong("\"" + day + "\" is no day, such as 2045-06-15.");
+    return wrong("\"" + day + "\" is not a day such as 2045-06-15.");
   gateway.clock.set(time);
   return {true, "It is noon on " + day + "."};
 }
 
-Answer await(Gateway& gateway, const Arguments& given) {
-  const std::string& what = given.word(0);
-  DaemonProcess& daemon = gateway.daemon;
-  // What a signal asked for in the middle of a pass is done after the sleep behind it.
-  bool granted = what != "exit";
-  const auto happened = [&] {
-    if (!granted && gateway.clock.sleeping()) {
-      gateway.clock.grant();
-      granted = true;
-    }
-    return what == "exit"   ? !daemon.running()
-           : what == "pass" ? gateway.clock.sleeping()
-           : what == "tool" ? !gateway.modem.hangingOperation().empty()
-                            : gateway.api.waiting() > 0;
-  };
-  if (!daemon.wait(awaitSeconds, happened))
-    return wrong(daemon.interrupted ? "Interrupted." : "That did not happen within 30 seconds.");
-  return {true, what == "exit"   ? ended(gateway)
-                : what == "pass" ? "The daemon sleeps."
-                : what == "tool" ? "The tool hangs."
-                                 : "A request waits for its answer."};
-}
+// What "await" waits for.
+struct Event {
+  const char* name;
+  bool (*happened)(Gateway& gateway);
+  std::string (*text)(Gateway& gateway);
+  bool needsPasses = false;
+  double seconds = awaitSeconds;
+};
 
-Answer carryOut(Gateway& gateway, const Arguments&) {
-  const std::vector<Responder::Event>& events = gateway.responder.events();
-  const std::size_t before = events.size();
-  gateway.responder.carryOut();
-  std::string text;
-  for (std::size_t i = before; i < events.size(); ++i) text += events[i].text + "\n";
-  return {true, text.empty() ? "The API was asked for nothing new." : text};
+const Event events[] = {
+    {"pass", [](Gateway& gateway) { return gateway.clock.sleeping(); },
+     [](Gateway&) { return std::string("The daemon sleeps."); }},
+    {"tool", [](Gateway& gateway) { return !gateway.modem.hangingOperation().empty(); },
+     [](Gateway&) { return std::string("The tool hangs."); }},
+    {"request", [](Gateway& gateway) { return gateway.api.waiting() > 0; },
+     [](Gateway&) { return std::string("A request waits for its answer."); }},
+    {"api", [](Gateway&) { return std::filesystem::exists(LocalApiServer::socketPath); },
+     [](Gateway&) { return std::string("The API's socket is there."); }},
+    {"exit", [](Gateway& gateway) { return !gateway.daemon.running(); }, ended, true},
+    {"program", [](Gateway& gateway) { return !gateway.program.running(); },
+     [](Gateway& gateway) {
+       return "The program has ended with status " + std::to_string(gateway.program.status()) + ".";
+     },
+     true, forEver},
+};
+
+Answer await(Gateway& gateway, const Arguments& given) {
+  const Event& event = *std::find_if(std::begin(events), std::end(events),
+                                     [&](const Event& one) { return one.name == given.word(0); });
+  const auto happened = [&] {
+    if (event.happened(gateway)) return true;
+    if (event.needsPasses && gateway.clock.sleeping()) gateway.clock.grant();
+    return false;
+  };
+  if (gateway.daemon.wait(event.seconds, happened)) return {true, event.text(gateway)};
+  return wrong(gateway.daemon.interrupted ? "Interrupted." : "That did not happen within 30 seconds.");
 }
 
 Answer settings(Gateway& gateway, const Arguments& given) {
   const bool remove = given.has("--remove");
   const std::string& key = given.word(0);
   if (given.words().empty()) return {true, gateway.settings.value().toStyledString()};
-  if (!remove && given.words().size() == 1) return wrong("The value of " + key + " is missing.");
+  if (!remove && given.words().size() == 1) return wrong("The value for " + key + " is missing.");
   const Json::Value value = jsonOrText(given.word(1));
   const bool good = remove ? gateway.settings.remove(key) : gateway.settings.set(key, value);
   if (!good) return wrong("The settings have no place \"" + key + "\"; \"settings\" shows them.");
@@ -176,7 +188,7 @@ Answer whitelist(Gateway& gateway, const Arguments& given) {
 }
 
 Answer timings(Gateway&, const Arguments& given) {
-  if (!Settings::setTimings(given.word(0))) return wrong("The timers file could not be written.");
+  if (!Settings::setTimings(given.word(0))) return wrong("Cannot write the timers file.");
   return {true, "The back-off timers are " + given.word(0) + applies};
 }
 
@@ -185,23 +197,26 @@ Answer timings(Gateway&, const Arguments& given) {
 std::vector<Command> daemonCommands() {
   return {
       {"start", "[--no-wait]", "starts the daemon and waits for its first pass", start, true},
-      {"stop", "", "asks the daemon to end (SIGTERM) and waits until it has", stop, true},
-      {"restart", "[--no-wait]", "stops the daemon and starts it again, with the settings as they are now",
-       restart, true},
-      {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
-      {"pass", "[N], [--no-wait]", "runs N passes of the daemon at once, five seconds each", pass, true},
-      {"wait", "TIME", "lets so much time pass in a moment: seconds, or 5m or 1h", wait, true},
-      {"date", "DAY", "sets the daemon's clocks to noon of a day, such as 2045-06-15", date},
-      {"await", "pass|tool|request|exit",
-       "waits for a pass to end, a tool or a request to hang, the daemon to end", await, true},
-      {"carry-out", "",
-       "the gateway does what its API was asked for, and answers (the console does so by itself)", carryOut,
+      {"stop", "", "sends the daemon SIGTERM and waits until it has ended", stop, true},
+      {"restart", "[--no-wait]", "stops the daemon and starts it with the settings as they are now", restart,
        true},
+      {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
+      {"pass", "[N], [--no-wait]", "runs N passes of the daemon now; the clock advances by 5 s for each",
+       pass, true},
+      {"wait", "TIME", "advances the clock by seconds, or as in 5m or 1h, and runs the passes of that time",
+       wait, true},
+      {"date", "DAY", "sets the clock to noon of a day, such as 2045-06-15", date},
+      {"await", "pass|tool|request|api|exit|program",
+       "waits until a pass ends, the tool hangs, a request waits, the API's socket exists, the daemon ends, "
+       "or "
+       "the program of --with ends; passes run while it waits for the last two",
+       await, true},
       {"settings", "[KEY] [VALUE] [--remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
-      {"password", "TEXT|off", "the password that a command must carry", password},
-      {"whitelist", "off, NUMBER...", "the numbers that may send commands", whitelist},
-      {"timings", "INTERVALS", "the seconds between two tries of a failed message, such as [30,60]", timings},
+      {"password", "TEXT|off", "sets the password of commands", password},
+      {"whitelist", "off, NUMBER...", "sets the numbers that may send commands", whitelist},
+      {"timings", "INTERVALS", "sets the seconds between two attempts for a failed message, as in [30,60]",
+       timings},
   };
 }
 

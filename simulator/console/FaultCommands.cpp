@@ -7,7 +7,7 @@ namespace {
 
 constexpr unsigned untilRepaired = 9999;  // times
 
-// The fault of a name among those of its kind; None when it is not among them.
+// The fault with this name; None if there is none.
 template <typename Fault, std::size_t count>
 Fault faultOf(const char* const (&names)[count], const std::string& name) {
   const auto place = std::find(std::begin(names), std::end(names), name) - std::begin(names);
@@ -15,6 +15,7 @@ Fault faultOf(const char* const (&names)[count], const std::string& name) {
 }
 
 Answer breakApi(Gateway& gateway, const Arguments& given) {
+  if (!gateway.servesApi()) return wrong("The API is not the gateway's own (--api none).");
   const auto fault = faultOf<ApiFault>(LocalApiServer::faultNames, given.word(1));
   if (fault != ApiFault::None) {
     gateway.api.setFault(fault, given.number(2, 0));
@@ -38,7 +39,8 @@ Answer breakTool(Gateway& gateway, const Arguments& given) {
 
 Answer fill(Disk& disk, const std::string& name) {
   if (disk.fill()) return {true, name + " is full."};
-  return wrong(name + " is no file system of private-gateway's own (proot has none), and is not filled.");
+  return wrong(name +
+               " is not filled: it is not a file system of private-gateway's (under proot it has none).");
 }
 
 Answer fault(Gateway& gateway, const Arguments& given) {
@@ -55,7 +57,7 @@ Answer repair(Gateway& gateway, const Arguments& given) {
   const std::string what = given.words().empty() ? "all" : given.word(0);
   if (what == "all")
     for (const std::string& number : gateway.modem.refused()) gateway.modem.setRefused(number, false);
-  if (!gateway.repair(what)) return wrong("A socket could not be bound again.");
+  if (!gateway.repair(what)) return wrong("Cannot bind the socket again.");
   return {true, what == "all" ? "Everything works." : "Repaired: " + what + "."};
 }
 
@@ -70,11 +72,11 @@ Answer faults(Gateway& gateway, const Arguments&) {
 std::vector<Command> faultCommands() {
   return {
       {"fault",
-       "api code N, api slow N, api garbage|close|silent|gone|refused, tool gone, "
+       "api code N, api garbage|close|silent|gone|refused, tool gone, "
        "tool unread|read|delete|send fail|hang|kill|silent [TIMES], syslog gone, disk full, tmp full",
-       "makes something go wrong", fault},
-      {"repair", "[api|tool|syslog|disk|tmp|all]", "puts it right again", repair},
-      {"faults", "", "shows what is wrong", faults},
+       "sets a fault; one of the tool ends after so many TIMES, each other one by repair", fault},
+      {"repair", "[api|tool|syslog|disk|tmp|all]", "ends faults; all: also the modem's refusals", repair},
+      {"faults", "", "shows the faults that are set", faults},
   };
 }
 

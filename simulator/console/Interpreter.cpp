@@ -5,18 +5,29 @@
 namespace Simulator {
 namespace {
 
-constexpr std::size_t moreMade = 3;  // letters of a wrong name that say which command was meant
-constexpr std::size_t nameWidth = 11;
+constexpr std::size_t sameLetters = 3;  // with these a wrong name still tells which command was meant
+constexpr std::size_t nameWidth = 14;
 constexpr double turnSeconds = 30;
+constexpr char helpEnd[] =
+    "\"help NAME\" shows how to write a command. The clock runs in the console and on the page. In a script "
+    "it "
+    "stands still:\nthe daemon then runs a pass only in start, restart, pass, wait, and await exit or "
+    "program.";
 
 std::string usage(const Command& command) {
   return std::string(command.name) + (*command.arguments == '\0' ? "" : " ") + command.arguments;
 }
 
+bool isLike(const std::string& name, const std::string& meant) {
+  return name.compare(0, sameLetters, meant.substr(0, sameLetters)) == 0 ||
+         std::is_permutation(name.begin(), name.end(), meant.begin(), meant.end());
+}
+
 }  // namespace
 
 Interpreter::Interpreter(Gateway& gateway) : gateway_(gateway) {
-  for (const auto& some : {messageCommands(), daemonCommands(), faultCommands(), lookCommands()})
+  for (const auto& some :
+       {messageCommands(), daemonCommands(), faultCommands(), lookCommands(), checkCommands()})
     commands_.insert(commands_.end(), some.begin(), some.end());
   gateway_.daemon.pause = [this] { pause(); };
 }
@@ -37,18 +48,19 @@ const Command* Interpreter::find(const std::string& name) const {
 
 Answer Interpreter::execute(const std::string& text) {
   std::vector<Word> line;
-  if (!splitLine(text, line)) return wrong("A quote is left open: close it with another one.");
+  if (!splitLine(text, line)) return wrong("A quote is not closed.");
   if (line.empty()) return {};
   const std::string& name = line[0].text;
   if (name == "help") return help(line.size() > 1 ? line[1].text : "");
-  if (const Command* command = find(name)) return run(*command, line);
-  for (const Command& other : commands_) {
-    const std::string meant = other.name;
-    if (name.compare(0, moreMade, meant.substr(0, moreMade)) == 0 ||
-        std::is_permutation(name.begin(), name.end(), meant.begin(), meant.end()))
-      return wrong("There is no command \"" + name + "\"; did you mean: " + usage(other));
-  }
-  return wrong("There is no command \"" + name + "\"; \"help\" lists them.");
+  const Command* const command = find(name);
+  return command != nullptr ? run(*command, line) : unknown(name);
+}
+
+Answer Interpreter::unknown(const std::string& name) const {
+  const std::string problem = "There is no command \"" + name + "\"; ";
+  for (const Command& other : commands_)
+    if (isLike(name, other.name)) return wrong(problem + "did you mean: " + usage(other));
+  return wrong(problem + "\"help\" lists them.");
 }
 
 Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
@@ -56,18 +68,27 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   const std::string problem = given.read(command.arguments, line);
   if (!problem.empty()) return wrong(problem + " Write it as: " + usage(command));
   const auto turn = lock();
-  if (command.waits) {
-    std::string hang;
-    const auto isFree = [&] { return !busy() || !(hang = gateway_.hang()).empty(); };
-    if (!waitUntil(turnSeconds, isFree, [this] { pause(); }) || !hang.empty())
-      return wrong("\"" + waiting_ + "\" has not ended yet" + (hang.empty() ? "" : ": " + hang) + ".");
-    waiting_ = command.name;
-    gateway_.daemon.interrupted = false;
-  }
+  if (command.waits)
+    if (const Answer refusal = takeTurn(command); !refusal.good) return refusal;
   Answer answer = command.run(gateway_, given);
   if (command.waits) waiting_.clear();
   while (!answer.text.empty() && answer.text.back() == '\n') answer.text.pop_back();
   return answer;
+}
+
+// Waits until no other command waits. Refuses when that one hangs or takes too long.
+Answer Interpreter::takeTurn(const Command& command) {
+  std::string hang;
+  const auto decided = [&] {
+    hang = busy() ? gateway_.hang() : "";
+    return !busy() || !hang.empty();
+  };
+  const bool inTime = waitUntil(turnSeconds, decided, [this] { pause(); });
+  if (!hang.empty()) return wrong("\"" + waiting_ + "\" has not ended: " + hang + ".");
+  if (!inTime) return wrong("\"" + waiting_ + "\" has not ended.");
+  waiting_ = command.name;
+  gateway_.daemon.interrupted = false;
+  return {};
 }
 
 void Interpreter::carryOut() {
@@ -81,13 +102,13 @@ void Interpreter::carryOut() {
 
 Answer Interpreter::help(const std::string& name) const {
   if (const Command* command = find(name)) return {true, usage(*command) + "\n" + command->summary};
-  if (!name.empty()) return wrong("There is no command \"" + name + "\".");
+  if (!name.empty()) return unknown(name);
   std::string text;
   for (const Command& command : commands_) {
     const std::string padded = std::string(command.name) + std::string(nameWidth, ' ');
     text += padded.substr(0, nameWidth) + command.summary + "\n";
   }
-  return {true, text + "help NAME says how a command is written."};
+  return {true, text + helpEnd};
 }
 
 }  // namespace Simulator

@@ -14,15 +14,6 @@ Answer records(Gateway&, const Arguments& given) {
   return {true, lines(MessageFolders::records(given.word(0)))};
 }
 
-Answer record(Gateway&, const Arguments& given) {
-  for (const char* box : MessageFolders::boxes) {
-    const std::string path = MessageFolders::pathOf(box) + "/" + given.word(0);
-    if (const std::string text = readFile(path); !text.empty())
-      return {true, std::string(path).append("\n").append(text)};
-  }
-  return wrong("There is no record " + given.word(0) + "; \"records received\" lists some.");
-}
-
 Answer veldctl(Gateway& gateway, const Arguments& given) { return {true, gateway.veldctl(given.words())}; }
 
 Answer requests(Gateway& gateway, const Arguments& given) {
@@ -58,7 +49,8 @@ Answer status(Gateway& gateway, const Arguments&) {
     text += "process " + std::to_string(daemon.pid()) + ", " + daemon.footprint().text();
   else
     text += (ending.empty() ? "not started" : "ended with status " + ending) + "; \"start\" starts it";
-  if (const std::string hang = gateway.hang(); !hang.empty()) text += "\nhangs: " + hang;
+  if (const std::string hang = gateway.hang(); !hang.empty())
+    text += "\nhangs: " + hang + " for " + std::to_string(gateway.hangSeconds()) + " s";
   for (const char* box : MessageFolders::boxes)
     text += "\n" + std::string(box) + ": " + std::to_string(MessageFolders::records(box).size());
   return {true, text + "\nmodem: " + counts(gateway.modem)};
@@ -68,15 +60,14 @@ Answer status(Gateway& gateway, const Arguments&) {
 
 std::vector<Command> lookCommands() {
   return {
-      {"status", "", "shows the whole gateway on a few lines", status},
-      {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object a line",
+      {"status", "", "shows the daemon, the folders and the modem in a few lines", status},
+      {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object per line",
        records},
-      {"record", "GUID", "shows one record's file", record},
-      {"veldctl", "COMMAND [WORD...]", "runs the operator's program in the gateway, see veldctl(1)", veldctl},
-      {"requests", "[--all]", "shows the commands that reached the API (--all: every request), one a line",
+      {"veldctl", "COMMAND [WORD...]", "runs veldctl(1) in the gateway", veldctl},
+      {"requests", "[--all]", "shows the commands that the API received (--all: every request), one per line",
        requests},
-      {"modem", "[sent]", "shows the modem's store, or the messages that it has sent", modem},
-      {"log", "[--new]", "shows the log (--new: since it was last shown)", log},
+      {"modem", "[sent]", "counts the messages in the modem's store, or shows those that it has sent", modem},
+      {"log", "[--new]", "shows the log (--new: the lines since the last \"log\")", log},
   };
 }
 

@@ -15,50 +15,46 @@ bool contains(const std::vector<unsigned>& numbers, unsigned number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// The numbers of the parts in the order in which they come in: those of `order` first, then the others.
-std::vector<unsigned> orderParts(std::vector<unsigned> order, unsigned count,
-                                 const std::vector<unsigned>& repeated) {
-  for (unsigned number = 1; number <= count; ++number)
-    if (!contains(order, number)) order.push_back(number);
-  order.insert(order.end(), repeated.begin(), repeated.end());
-  return order;
-}
-
+// Which parts of a message the network reorders, repeats, loses and holds back, by their numbers from 1.
 struct Delivery {
   std::vector<unsigned> order, repeated, lost, held;
 
-  bool fits(unsigned count) const {
+  bool fits(std::size_t count) const {
     for (const auto* numbers : {&order, &repeated, &lost, &held}) {
       for (const unsigned number : *numbers)
         if (number == 0 || number > count) return false;
     }
     return true;
   }
+
+  // The parts in the order of their arrival: those of `order`, the others, the repeated ones.
+  std::vector<unsigned> arrivals(std::size_t count) const {
+    std::vector<unsigned> numbers = order;
+    for (unsigned number = 1; number <= count; ++number)
+      if (!contains(order, number)) numbers.push_back(number);
+    numbers.insert(numbers.end(), repeated.begin(), repeated.end());
+    return numbers;
+  }
+
+  std::string text() const {
+    std::string text;
+    if (!held.empty()) text += ", " + counted(held.size(), "part") + " held back until \"release\"";
+    if (!lost.empty()) text += ", " + counted(lost.size(), "part") + " lost";
+    if (!repeated.empty()) text += ", " + counted(repeated.size(), "part") + " repeated";
+    return text;
+  }
 };
 
-Answer deliver(Gateway& gateway, const std::string& sender, const GsmEncoder& encoder,
-               const Delivery& delivery) {
-  const auto count = static_cast<unsigned>(encoder.parts.size());
-  if (!delivery.fits(count))
-    return wrong("The message has " + counted(count, "part") + "; parts are counted from 1.");
-  std::size_t held = 0;
-  std::size_t delivered = 0;
-  for (const unsigned number : orderParts(delivery.order, count, delivery.repeated)) {
-    const std::string& part = encoder.parts[number - 1];
+void deliver(Gateway& gateway, const std::string& sender, const std::vector<std::string>& parts,
+             const Delivery& delivery) {
+  for (const unsigned number : delivery.arrivals(parts.size())) {
+    const std::string& part = parts[number - 1];
     if (contains(delivery.lost, number)) continue;
-    if (contains(delivery.held, number)) {
+    if (contains(delivery.held, number))
       gateway.phones.held.emplace_back(sender, part);
-      ++held;
-    } else {
+    else
       gateway.modem.receive(sender, part);
-      ++delivered;
-    }
   }
-  std::string text = "The modem has " + counted(delivered, "message") + " from " + sender;
-  if (held > 0) text += "; " + counted(held, "part") + " held back until \"release\"";
-  text += ".\n";
-  for (const std::string& note : encoder.notes) text += "Note: " + note + "\n";
-  return {true, text};
 }
 
 Answer receive(Gateway& gateway, const Arguments& given) {
@@ -70,14 +66,20 @@ Answer receive(Gateway& gateway, const Arguments& given) {
   options.reference = given.number("--reference", gateway.phones.nextReference);
   GsmEncoder encoder;
   if (const std::string problem = encoder.encode(text, options); !problem.empty()) return wrong(problem);
-  if (encoder.parts.size() > 1 && !given.has("--reference")) ++gateway.phones.nextReference;
+  const std::size_t parts = encoder.parts.size();
   const Delivery delivery{given.numbers("--order"), given.numbers("--repeat"), given.numbers("--lose"),
                           given.numbers("--hold")};
+  if (!delivery.fits(parts))
+    return wrong("The message has " + counted(parts, "part") + "; parts are counted from 1.");
+  if (parts > 1 && !given.has("--reference")) ++gateway.phones.nextReference;
   gateway.phones.texts.push_back({sender, text, true, gateway.clock.now()});
-  Answer answer;
-  for (unsigned left = given.number("--times", 1); answer.good && left > 0; --left)
-    answer = deliver(gateway, sender, encoder, delivery);
-  return answer;
+  const unsigned times = given.number("--times", 1);
+  for (unsigned i = 0; i < times; ++i) deliver(gateway, sender, encoder.parts, delivery);
+  std::string said = "The modem has " + counted(times, "message") + " from " + sender;
+  if (parts > 1) said += ", in " + counted(parts, "part") + (times > 1 ? " each" : "");
+  said += delivery.text() + ".\n";
+  for (const std::string& note : encoder.notes) said += "Note: " + note + "\n";
+  return {true, said};
 }
 
 Answer release(Gateway& gateway, const Arguments&) {
@@ -90,14 +92,14 @@ Answer listing(Gateway& gateway, const Arguments& given) {
   const std::string& word = given.word(0);
   const std::string text = word.find('\n') == std::string::npos ? readFile(word) : word;
   if (text.empty())
-    return wrong("There is no file " + word + ", or it is empty; a listing has a line feed (\\n).");
+    return wrong("The file " + word + " is missing or empty; a listing as a text needs a line feed (\\n).");
   gateway.modem.receiveRaw(text);
-  return {true, "The modem lists " + std::to_string(text.size()) + " bytes as they are."};
+  return {true, "The modem lists these " + std::to_string(text.size()) + " bytes."};
 }
 
 Answer queue(Gateway& gateway, const Arguments& given) {
   const std::string guid = gateway.folders.queue(given.word(0), given.word(1), given.number("--retries", 0));
-  return guid.empty() ? wrong("The record could not be written.") : Answer{true, "Queued as " + guid + "."};
+  return guid.empty() ? wrong("Cannot write the record.") : Answer{true, "Queued as " + guid + "."};
 }
 
 template <bool refused>
@@ -113,13 +115,13 @@ std::vector<Command> messageCommands() {
       {"receive",
        "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order N,N] [--hold N,N] [--repeat N,N] "
        "[--lose N,N] [--times TIMES]",
-       "a message comes in from NUMBER; the options are about the parts of a long one", receive},
-      {"release", "", "the parts that were held back come in", release},
-      {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, as it is", listing},
+       "the modem receives a message from NUMBER, TIMES times; the other options concern its parts", receive},
+      {"release", "", "the modem receives the parts that were held back", release},
+      {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, unchanged", listing},
       {"queue", "NUMBER TEXT [--retries N]", "another program of the gateway queues a message to NUMBER",
        queue},
       {"refuse", "NUMBER", "the modem refuses to send to NUMBER", setRefused<true>},
-      {"accept", "NUMBER", "the modem sends to NUMBER again", setRefused<false>},
+      {"accept", "NUMBER", "the modem accepts NUMBER again", setRefused<false>},
   };
 }
 

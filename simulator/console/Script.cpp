@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <iostream>
+#include <utility>
 
 namespace Simulator {
 namespace {
 
 constexpr char blanks[] = " \t\r";
 constexpr double exitSeconds = 10;
+constexpr char expectWrong[] = "expect-wrong";
 
 std::string trimmed(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(blanks);
@@ -15,12 +17,46 @@ std::string trimmed(const std::string& text) {
   return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-// Of a text that ends without a line feed.
+// `text` ends without a line feed.
 std::ptrdiff_t countLines(const std::string& text) {
   return text.empty() ? 0 : std::count(text.begin(), text.end(), '\n') + 1;
 }
 
+Answer refuseCheck(Gateway&, const Arguments&) { return wrong("Only a script can check."); }
+
 }  // namespace
+
+struct Script::Check {
+  const char* name;
+  const char* arguments;
+  const char* summary;
+  bool (*holds)(Script& script, const std::string& wanted);
+};
+const Script::Check Script::checks[] = {
+    {"expect", "TEXT...", "in a script: the last output must contain TEXT, the whole rest of the line",
+     [](Script& script, const std::string& text) { return script.outputHas(text); }},
+    {"expect-not", "TEXT...", "in a script: the last output must not contain TEXT",
+     [](Script& script, const std::string& text) { return !script.outputHas(text); }},
+    {"expect-count", "N", "in a script: the last output must have N lines",
+     [](Script& script, const std::string& count) {
+       return std::to_string(countLines(script.last_.text)) == count;
+     }},
+    {"expect-exit", "STATUS",
+     "in a script: the daemon must end within 10 s, with a status as \"0\", \"1\" or \"signal 9\"",
+     [](Script& script, const std::string& status) { return script.daemonEnds(status); }},
+    {expectWrong, "TEXT...",
+     "in a script: the last command must have been refused, with an error that contains TEXT",
+     [](Script& script, const std::string& text) {
+       return !std::exchange(script.last_.good, true) && script.outputHas(text);
+     }},
+};
+
+std::vector<Command> checkCommands() {
+  std::vector<Command> commands;
+  for (const Script::Check& check : Script::checks)
+    commands.push_back({check.name, check.arguments, check.summary, refuseCheck});
+  return commands;
+}
 
 Script::Script(Interpreter& interpreter, std::string name, bool echo)
     : interpreter_(interpreter), name_(std::move(name)), echo_(echo) {}
@@ -31,21 +67,21 @@ bool Script::run(std::istream& text) {
     line = trimmed(line);
     if (echo_ && !line.empty()) std::cout << (line[0] == '#' ? "\n" : "> ") << line << std::endl;
     if (line.empty() || line[0] == '#') continue;
-    const bool isCheck = line.compare(0, 6, "expect") == 0;
-    if (!settleLast(isCheck && line.compare(0, 12, "expect-wrong") == 0)) return false;
+    const std::string name = line.substr(0, line.find_first_of(blanks));
+    if (!last_.good && name != expectWrong) return fail();
     line_ = line;
     number_ = read_;
-    if (isCheck && !check(line)) return false;
-    if (!isCheck && line != "quit") execute(line);
+    const auto* const check = std::find_if(std::begin(checks), std::end(checks),
+                                           [&name](const Check& one) { return one.name == name; });
+    const std::string wanted = trimmed(line.substr(name.size()));
+    if (check == std::end(checks))
+      execute(line);
+    else if (wanted.empty() || !check->holds(*this, wanted))
+      return fail();
   }
-  return settleLast(false) && stopDaemon();
-}
-
-// A refused command fails unless the next line expects it; only then is its line known to be the bad one.
-bool Script::settleLast(bool wrongIsExpected) {
-  if (last_.good || wrongIsExpected) return true;
-  std::cerr << name_ << ":" << number_ << ": " << line_ << "\n  " << last_.text << std::endl;
-  return false;
+  if (!last_.good) return fail();
+  if (interpreter_.gateway().program.running()) interpreter_.execute("await program");
+  return stopDaemon() || fail();
 }
 
 void Script::execute(const std::string& line) {
@@ -53,51 +89,34 @@ void Script::execute(const std::string& line) {
   if (last_.good && !last_.text.empty()) std::cout << last_.text << std::endl;
 }
 
-bool Script::fail(const std::string& expected, const std::string& came) const {
-  std::cerr << name_ << ":" << number_ << ": " << line_ << "\n  expected: " << expected
-            << "\n  came: " << (came.empty() ? "nothing" : came) << std::endl;
+bool Script::fail() const {
+  std::cerr << name_ << ":" << number_ << ": " << line_
+            << "\n  came: " << (last_.text.empty() ? "nothing" : last_.text) << std::endl;
   return false;
 }
 
-bool Script::check(const std::string& line) {
-  const std::size_t blank = line.find_first_of(blanks);
-  const std::string what = line.substr(0, blank);
-  const std::string wanted = blank == std::string::npos ? "" : trimmed(line.substr(blank));
-  if (wanted.empty()) return fail("a word after " + what, "none");
-  const bool holds = last_.text.find(wanted) != std::string::npos;
-  if (what == "expect") return holds || fail(wanted, last_.text);
-  if (what == "expect-not") return !holds || fail("no " + wanted, last_.text);
-  if (what == "expect-count") {
-    const std::string count = std::to_string(countLines(last_.text));
-    return count == wanted || fail(wanted + " lines", count + "\n" + last_.text);
-  }
-  if (what == "expect-exit") {
-    const auto turn = interpreter_.lock();
-    DaemonProcess& daemon = interpreter_.gateway().daemon;
-    const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
-    const std::string ending = ended ? daemon.ending() : "it still runs";
-    expectedEnding_ = ending;
-    return ending == wanted || fail("the daemon ends with status " + wanted, ending);
-  }
-  if (what == "expect-wrong") {
-    const bool refused = !last_.good;
-    last_.good = true;
-    return (refused && holds) || fail("a refusal with " + wanted, last_.text);
-  }
-  return fail("expect, expect-not, expect-count, expect-exit or expect-wrong", what);
+bool Script::outputHas(const std::string& text) const { return last_.text.find(text) != std::string::npos; }
+
+bool Script::daemonEnds(const std::string& status) {
+  const auto turn = interpreter_.lock();
+  DaemonProcess& daemon = interpreter_.gateway().daemon;
+  const bool ended = daemon.wait(exitSeconds, [&daemon] { return !daemon.running(); });
+  last_.text = ended ? "status " + daemon.ending() : "the daemon still runs";
+  expectedEnding_ = daemon.ending();
+  return ended && expectedEnding_ == status;
 }
 
 bool Script::stopDaemon() {
   const auto turn = interpreter_.lock();
   DaemonProcess& daemon = interpreter_.gateway().daemon;
-  line_ = "the end";
   if (daemon.running()) {
     expectedEnding_ = "0";
-    if (!daemon.stop()) return fail("the daemon ends on SIGTERM", "it still runs");
+    daemon.stop();
   }
+  line_ = "the end: the daemon must end with status " + expectedEnding_;
   const std::string ending = daemon.ending();
-  return ending.empty() || ending == expectedEnding_ ||
-         fail("the daemon ends with status " + expectedEnding_, ending);
+  last_.text = daemon.running() ? "the daemon still runs" : "status " + ending;
+  return !daemon.running() && (ending.empty() || ending == expectedEnding_);
 }
 
 }  // namespace Simulator

@@ -14,17 +14,17 @@
 namespace Simulator {
 namespace {
 
-constexpr char outputFile[] = "/run/gateway/daemon-output";  // what it writes before it has detached
+constexpr char outputFile[] = "/run/gateway/daemon-output";  // its output until it has detached
 constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
-constexpr std::size_t longestName = 15;  // that the kernel keeps of a process's
-constexpr int maxDescriptors = 1024;     // of a process, as the kernel sets it
+constexpr std::size_t longestName = 15;  // the kernel cuts a process's name there
+constexpr int maxDescriptors = 1024;     // the kernel allows a process so many
 constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
 
-// The daemon's command line: env leaves it what a careless starter does, which it is to set right, and the
-// environment of the simulator but for these.
+// The daemon's command line. The daemon must cope with the signals that env blocks and ignores. It inherits
+// the rest of the simulator's environment.
 std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   const std::string reports = std::string("log_path=") + reportPrefix;
   return {"env",
@@ -37,10 +37,11 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
           paths.program};
 }
 
-// In the child of a program with threads, one of which may just have held the allocator's lock: nothing is
-// allocated here. Every other file descriptor is closed, so that those of the daemon can be counted.
+// Runs in the child of a program with threads. A thread may have held the allocator's lock during the fork,
+// so this must not allocate. It closes every other file descriptor, so that those of the daemon can be
+// counted.
 [[noreturn]] void run(char* const* command) {
-  setpgid(0, 0);  // a Ctrl-C that comes before it has a session of its own is not for it
+  setpgid(0, 0);  // a Ctrl-C must not reach it before it has a session of its own
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
@@ -78,25 +79,27 @@ std::string DaemonProcess::start() {
   const pid_t child = fork();
   if (child == 0) run(words.data());
   int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) return "The daemon could not be started.";
+  if (child < 0 || waitpid(child, &status, 0) != child) return "Cannot start the daemon.";
   if (status != 0) {
     ended(status);
-    return "The daemon ended before it had detached, with " + ending_ + ". " + readFile(outputFile);
+    return "The daemon ended with status " + ending_ + " before it detached. " + readFile(outputFile);
   }
-  // The orphan became a child of this process.
+  // The detached daemon is an orphan, and so became a child of this process.
   const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, longestName);
   for (const pid_t orphan : childrenOf(getpid()))
     if (readFile("/proc/" + std::to_string(orphan) + "/comm") == name + "\n") pid_ = orphan;
-  return pid_ != 0 ? "" : "The daemon left no process behind when it detached.";
+  return pid_ != 0 ? "" : "The daemon detached and left no process.";
 }
 
 bool DaemonProcess::stop() {
   const auto hasEnded = [this] { return !running(); };
   signal(SIGTERM);
   if (wait(signalSeconds, hasEnded)) return true;
-  // A signal that comes just before the sleep does not end it; on a gateway five seconds do.
+  // A signal that comes just before the sleep does not end it. On a gateway the sleep ends after five
+  // seconds.
   clock_.grant();
-  return wait(stopSeconds, hasEnded);
+  wait(stopSeconds, [&] { return hasEnded() || hangs_(); });
+  return hasEnded();
 }
 
 bool DaemonProcess::running() {
@@ -129,7 +132,8 @@ bool DaemonProcess::wait(double seconds, const std::function<bool()>& done) {
 
 DaemonProcess::Passed DaemonProcess::awaitSleep(double seconds) {
   wait(seconds, [this] { return clock_.sleeping() || !running() || hangs_(); });
-  return !running() ? Passed::Ended : clock_.sleeping() ? Passed::Yes : Passed::NotYet;
+  if (!running()) return Passed::Ended;
+  return clock_.sleeping() ? Passed::Yes : Passed::NotYet;
 }
 
 DaemonProcess::Passed DaemonProcess::pass() {

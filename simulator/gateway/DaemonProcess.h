@@ -12,45 +12,45 @@
 
 namespace Simulator {
 
-/// The daemon's process and its passes. The daemon detaches from whoever starts it, so the process that holds
-/// this object becomes the reaper of what its descendants leave behind.
+/// The daemon's process and its passes. The daemon detaches from its parent, so the process with this object
+/// becomes the reaper of its orphaned descendants.
 class DaemonProcess {
  public:
   struct Paths {
     std::string program;       ///< the daemon's executable
-    std::string clockLibrary;  ///< what is preloaded into it
+    std::string clockLibrary;  ///< preloaded into the daemon
     std::string toolFolder;    ///< comes first in its PATH
   };
   enum class Passed { Yes, Ended, NotYet };
 
-  /// `hangs` tells whether the daemon waits for something that will not come: no pass is then waited for.
+  /// `hangs` tells whether the daemon waits for something that only a repair ends. No call then waits for a
+  /// pass.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
-  /// Runs the program until it has detached. What it gives is empty, or says in one line why it could not be
-  /// started, or that it ended itself before it had detached.
+  /// Runs the program until it has detached. Returns an empty string, or one line on why it could not be
+  /// started, or on how it ended before it detached.
   [[nodiscard]] std::string start();
-  /// Asks it to end, and waits up to ten seconds; whether it has ended.
+  /// Sends SIGTERM and waits up to ten seconds. Whether the daemon has ended.
   bool stop();
-  /// Whether it is running, or has ended by now.
   bool running();
   pid_t pid() const { return pid_; }
   Footprint footprint() const { return Footprint::of(pid_); }
-  /// Sends a signal; false when it is not running.
+  /// Sends a signal; false when the daemon is not running.
   bool signal(int number);
-  /// How the last one ended: "0", "1", "signal 9"; empty when it is running or was never started. A report of
-  /// a sanitizer is part of it.
+  /// How the last daemon ended: "0", "1", "signal 9", followed by a sanitizer's report if there is one. Empty
+  /// while it runs, and before the first start.
   std::string ending();
 
-  /// Waits up to `seconds` until the daemon has gone to sleep.
+  /// Waits up to `seconds` until the daemon sleeps.
   Passed awaitSleep(double seconds);
   /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
   Passed pass();
-  /// Waits up to `seconds` for anything that is to happen; whether it has.
+  /// Waits up to `seconds` until `done` holds. Whether it does.
   bool wait(double seconds, const std::function<bool()>& done);
 
-  /// Lets every wait end early; a signal handler may set it, too.
+  /// Ends every wait early. A signal handler may set it.
   std::atomic<bool> interrupted{false};
-  /// What passes the moments of a wait.
+  /// Called between two looks of a wait.
   std::function<void()> pause = sleepAMoment;
 
  private:

@@ -4,12 +4,12 @@
 
 namespace Simulator {
 
-/// A file system of private-gateway that can be filled to the last byte.
+/// A file system of private-gateway's, which can be filled to the last byte.
 class Disk {
  public:
   explicit Disk(std::string folder) : filler_(folder + "/filler"), folder_(std::move(folder)) {}
 
-  /// False, and nothing is done, when it is too large to be one of private-gateway's.
+  /// False, with nothing done, when the file system is too large to be private-gateway's.
   bool fill();
   void free();
   bool full() const;

@@ -1,12 +1,16 @@
 #include "simulator/gateway/Gateway.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
+
+#include "simulator/support/Files.h"
 
 namespace Simulator {
 namespace {
@@ -15,18 +19,39 @@ namespace fs = std::filesystem;
 
 constexpr char toolFolder[] = "/run/gateway/bin";
 constexpr char toolPath[] = "/run/gateway/bin/sms";
+constexpr char veldctlPath[] = "/run/gateway/bin/veldctl";
+constexpr char toolLog[] = "/var/log/veld.log";
 constexpr char mark[] = "/run/private-gateway";
 constexpr double killSeconds = 10;
 
-// On a machine that is nobody's playground this program would take /dev/log away from syslog. The folders
-// exist before the first object binds or maps a file in them.
+// On a real machine this program would take /dev/log away from syslog. The first object of the gateway
+// already needs the folders.
 const char* prepare(const char* modemFolder) {
   if (!fs::exists(mark)) {
-    std::fputs("simulator: this machine is a real one; run me with simulator/private-gateway\n", stderr);
+    std::fputs("simulator: this is a real machine; run me through simulator/private-gateway\n", stderr);
     std::exit(1);
   }
-  for (const char* folder : {toolFolder, "/var/log"}) fs::create_directories(folder);
+  const fs::path apiFolder = fs::path(LocalApiServer::socketPath).parent_path();
+  for (const fs::path& folder : {fs::path(toolFolder), fs::path(toolLog).parent_path(), apiFolder})
+    fs::create_directories(folder);
+  close(open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // as the daemon's unit creates it
   return modemFolder;
+}
+
+std::string path() {
+  const char* const others = std::getenv("PATH");
+  return std::string(toolFolder) + ":" + (others != nullptr ? others : "/usr/bin:/bin");
+}
+
+std::string quoted(const std::string& word) {
+  return "'" + std::regex_replace(word, std::regex("'"), R"('\'')") + "'";
+}
+
+// A script, because the environment may name a whole command line.
+bool writeVeldctl(const std::string& program) {
+  const char* const other = std::getenv("VELDCTL");
+  const std::string command = other != nullptr ? other : quoted(program);
+  return writeFile(veldctlPath, "#!/bin/sh\nexec " + command + " \"$@\"\n") && chmod(veldctlPath, 0755) == 0;
 }
 
 }  // namespace
@@ -39,13 +64,14 @@ Gateway::Gateway(const Options& options)
       daemon({options.program, options.buildFolder + "/libgateway-clock.so", toolFolder}, clock,
              [this] { return !hang().empty(); }),
       responder(api, folders, daemon),
-      tool_(options.buildFolder + "/sms"),
-      veldctl_(options.buildFolder + "/../veldctl/veldctl") {
-  if (!repair() || !settings.setTimings("[30,60,300]")) {
-    std::fprintf(stderr, "simulator: cannot bind %s and %s\n", SyslogServer::socketPath,
-                 LocalApiServer::socketPath);
-    std::exit(1);
-  }
+      tool_(options.tool.empty() ? options.buildFolder + "/sms" : options.tool),
+      servesApi_(options.servesApi) {
+  if (repair() && settings.setTimings("[30,60,300]") &&
+      writeVeldctl(options.buildFolder + "/../veldctl/veldctl"))
+    return;
+  std::fprintf(stderr, "simulator: cannot bind %s and %s, or write to /run and /var\n",
+               SyslogServer::socketPath, LocalApiServer::socketPath);
+  std::exit(1);
 }
 
 Gateway::~Gateway() {
@@ -56,11 +82,14 @@ Gateway::~Gateway() {
   daemon.wait(killSeconds, [this] { return !daemon.running(); });
 }
 
+void Gateway::runBeside(const std::string& command) {
+  MessageFolders::create();
+  program.start(command, path());
+}
+
 std::string Gateway::veldctl(const std::vector<std::string>& words) const {
-  const char* const other = std::getenv("VELDCTL");
-  std::string command = std::string("PATH=") + toolFolder + ":$PATH " + (other != nullptr ? other : veldctl_);
-  for (const std::string& word : words)
-    command += " '" + std::regex_replace(word, std::regex("'"), R"('\'')") + "'";
+  std::string command = "PATH=" + quoted(path()) + " veldctl";
+  for (const std::string& word : words) command += " " + quoted(word);
   std::FILE* const pipe = popen((command + " 2>&1; s=$?; [ $s -eq 0 ] || echo status $s").c_str(), "r");
   if (pipe == nullptr) return "";
   std::string said;
@@ -71,7 +100,7 @@ std::string Gateway::veldctl(const std::vector<std::string>& words) const {
 }
 
 void Gateway::setToolThere(bool there) {
-  if (there == fs::exists(toolPath)) return;  // never gone for the moment in which it is wanted
+  if (there == fs::exists(toolPath)) return;  // replacing the link would leave a moment without it
   if ((there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath)) != 0) std::perror(toolPath);
 }
 
@@ -84,13 +113,14 @@ bool Gateway::repair(const std::string& part) {
     modem.clearFaults();
   }
   if (is("api")) api.setFault(ApiFault::None, 0);
+  const bool apiThere = !is("api") || !servesApi_ || api.listening() || api.listen();
   const bool syslogThere = !is("syslog") || syslog.listening() || syslog.listen();
-  return (!is("api") || api.listening() || api.listen()) && syslogThere;
+  return apiThere && syslogThere;
 }
 
 std::vector<std::string> Gateway::faults() {
   std::vector<std::string> lines;
-  if (!api.listening()) lines.emplace_back("api: no socket, or nobody listens");
+  if (servesApi_ && !api.listening()) lines.emplace_back("api: no socket, or nobody listens");
   if (!api.fault().empty()) lines.push_back("api: " + api.fault());
   if (!fs::exists(toolPath)) lines.emplace_back("tool: gone");
   for (const std::string& each : modem.faults()) lines.push_back("tool: " + each);
@@ -102,14 +132,13 @@ std::vector<std::string> Gateway::faults() {
 }
 
 std::string Gateway::hang() const {
-  const auto text = [](const std::string& what, unsigned seconds) {
-    return what + " for " + std::to_string(seconds) + " s (\"repair\" ends that)";
-  };
   if (const std::string operation = modem.hangingOperation(); !operation.empty())
-    return text("the tool hangs in \"" + operation + "\"", modem.hangingSeconds());
-  if (const std::optional<unsigned> seconds = api.silentSeconds())
-    return text("the API does not answer", *seconds);
-  return "";
+    return "the tool hangs in \"" + operation + "\"";
+  return api.silentSeconds() ? "the API does not answer" : "";
+}
+
+unsigned Gateway::hangSeconds() const {
+  return modem.hangingOperation().empty() ? api.silentSeconds().value_or(0) : modem.hangingSeconds();
 }
 
 }  // namespace Simulator

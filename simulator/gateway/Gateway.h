@@ -9,6 +9,7 @@
 #include "simulator/gateway/LocalApiServer.h"
 #include "simulator/gateway/MessageFolders.h"
 #include "simulator/gateway/Phones.h"
+#include "simulator/gateway/Program.h"
 #include "simulator/gateway/Responder.h"
 #include "simulator/gateway/Settings.h"
 #include "simulator/gateway/SyslogServer.h"
@@ -16,19 +17,21 @@
 
 namespace Simulator {
 
-/// The gateway around the daemon: everything that the daemon meets, at the absolute paths where it looks for
-/// it. One a file system; to be run by private-gateway.
+/// The gateway around the daemon: everything that the daemon uses, at the absolute paths where it expects it.
+/// private-gateway makes these paths private, so each has one gateway.
 class Gateway {
  public:
   struct Options {
-    std::string program;      ///< the daemon
-    std::string buildFolder;  ///< where the tool and the clock library lie
-    bool hold = false;        ///< time stands still but for passes that are asked for
+    std::string program;      ///< the daemon's executable
+    std::string buildFolder;  ///< holds the simulated tool and the clock library
+    bool hold = false;        ///< the clock stands still between the passes that are asked for
+    std::string tool = "";    ///< the modem's tool; empty: the simulated one
+    bool servesApi = true;    ///< false: a program of the user's serves the API
   };
 
-  /// Brings up everything but the daemon.
+  /// Brings up everything but the daemon. Ends the process with a line on standard error when it cannot.
   explicit Gateway(const Options& options);
-  /// Puts right what is wrong and ends the daemon, by force if it has not ended itself within a few seconds.
+  /// Repairs every fault and ends the daemon, after ten seconds by SIGKILL.
   ~Gateway();
 
   Modem modem;
@@ -38,30 +41,36 @@ class Gateway {
   GatewayClock clock;
   MessageFolders folders;
   DaemonProcess daemon;
+  Program program;
   Phones phones;
   Responder responder;
   Disk var{"/var"};
   Disk tmp{"/tmp"};
 
-  /// Runs the operator's program with these words, and gives what it said: all of it, and its status when
-  /// that is not 0. VELDCTL is another command line for it.
+  bool servesApi() const { return servesApi_; }
+  /// Runs `command` beside the daemon, with the tool and veldctl in its PATH and the message folders in
+  /// place.
+  void runBeside(const std::string& command);
+  /// Runs veldctl with these words. Returns its output, and its exit status as the last line unless that is
+  /// 0. The environment variable VELDCTL replaces the command line of veldctl.
   std::string veldctl(const std::vector<std::string>& words) const;
 
-  /// Whether the `sms` tool is in the daemon's path.
+  /// Puts the modem's tool into the PATH of the daemon, or removes it.
   void setToolThere(bool there);
 
-  /// Puts "api", "tool", "syslog", "disk", "tmp" or all of them right, but not the numbers that the modem
-  /// refuses. False when a socket cannot be bound again.
+  /// Ends the faults of "api", "tool", "syslog", "disk", "tmp" or "all"; the modem still refuses the numbers
+  /// that it refused. False when a socket cannot be bound.
   bool repair(const std::string& part = "all");
-  /// What is wrong now, a line each: "tool: gone".
+  /// The faults that are set, one line each: "tool: gone".
   std::vector<std::string> faults();
-  /// What the daemon waits for that will not come before it is repaired, and how long already; empty if
-  /// nothing.
+  /// What the daemon waits for until it is repaired; empty if nothing.
   std::string hang() const;
+  /// How long it has waited.
+  unsigned hangSeconds() const;
 
  private:
   std::string tool_;
-  std::string veldctl_;
+  bool servesApi_;
 };
 
 }  // namespace Simulator

@@ -16,11 +16,10 @@ namespace {
 constexpr char settingsPath[] = "/api/sms";
 constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
-constexpr int anyPort = 80;  // that a socket in the file system does not look at
+constexpr int anyPort = 80;  // the library wants one; a UNIX-domain socket has none
 constexpr double startSeconds = 10;
 
-// The commands that this gateway knows, the last part of their paths: its own list, to which the daemon is
-// held.
+// The last path components of the commands that this gateway knows. Its list is independent of the daemon's.
 constexpr char knownCommands[] =
     " sms_restart checkin_to_quillo_sms set_rm_through_sms set_cellular_through_sms send_apn_through_sms "
     "send_cellularstatus_sms send_radiostatus_sms send_ethernetstatus_sms send_wanstatus_sms "
@@ -37,9 +36,18 @@ Json::Value envelope(unsigned code, const Json::Value& result) {
   return object({{"code", code}, {"result", result}});
 }
 
-// The body is put together from what a phone wrote: nothing else may be in it.
+// The daemon builds the body from a phone's text without escaping, so further members may have got in.
 bool isCommand(const Json::Value& body) {
   return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
+}
+
+// Closes the connection in the middle of an answer.
+void breakOff(httplib::Response& response) {
+  response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
+    constexpr char beginning[] = "{\"code\": 200, \"res";
+    sink.write(beginning, sizeof beginning - 1);
+    return false;
+  });
 }
 
 }  // namespace
@@ -81,17 +89,17 @@ void LocalApiServer::close(bool leaveSocket) {
   if (!leaveSocket) unlink(socketPath);
 }
 
-void LocalApiServer::setFault(ApiFault fault, unsigned value) {
+void LocalApiServer::setFault(ApiFault fault, unsigned code) {
   const std::lock_guard lock(mutex_);
   fault_ = fault;
-  faultValue_ = value;
+  faultCode_ = code;
   repaired_.notify_all();
 }
 
 std::string LocalApiServer::fault() const {
   const std::lock_guard lock(mutex_);
-  const bool valued = fault_ == ApiFault::Code || fault_ == ApiFault::Slow;
-  return faultNames[static_cast<int>(fault_)] + (valued ? " " + std::to_string(faultValue_) : "");
+  const std::string code = fault_ == ApiFault::Code ? " " + std::to_string(faultCode_) : "";
+  return faultNames[static_cast<int>(fault_)] + code;
 }
 
 std::vector<LocalApiServer::Request> LocalApiServer::requests(std::size_t first) const {
@@ -111,27 +119,21 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   std::unique_lock lock(mutex_);
   const std::size_t number = requests_.size();
   requests_.push_back(kept);
-  const auto set = [this](ApiFault fault) { return !closing_ && fault_ == fault; };
   ++waiting_;
   waitsSince_ = std::chrono::steady_clock::now();
-  repaired_.wait(lock, [&] { return !set(ApiFault::Silent); });
-  repaired_.wait_for(lock, std::chrono::seconds(faultValue_), [&] { return !set(ApiFault::Slow); });
+  repaired_.wait(lock, [this] { return closing_ || fault_ != ApiFault::Silent; });
   --waiting_;
   const ApiFault fault = fault_;
-  const unsigned value = faultValue_;
+  const unsigned faultCode = faultCode_;
   lock.unlock();
 
   int code = noCode;
   if (fault == ApiFault::Garbage) {
     response.set_content("<html>\xff\x01 this is no JSON", "text/html");
   } else if (fault == ApiFault::Close) {
-    response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
-      constexpr char beginning[] = "{\"code\": 200, \"res";
-      sink.write(beginning, sizeof beginning - 1);
-      return false;
-    });
+    breakOff(response);
   } else {
-    const Json::Value json = fault == ApiFault::Code ? envelope(value, Json::nullValue) : answer(kept);
+    const Json::Value json = fault == ApiFault::Code ? envelope(faultCode, Json::nullValue) : answer(kept);
     response.set_content(toLine(json), jsonType);
     code = json["code"].asInt();
   }

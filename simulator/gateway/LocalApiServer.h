@@ -21,17 +21,17 @@ struct Response;
 
 namespace Simulator {
 
-/// What the API does wrong: nothing; answers with another code; with no JSON; after some seconds; closes the
-/// connection in the middle of an answer; does not answer until it is put right.
-enum class ApiFault { None, Code, Garbage, Slow, Close, Silent };
+/// A fault of the API: none; it answers with another code; with no JSON; it closes the
+/// connection in the middle of an answer; it does not answer until it is repaired.
+enum class ApiFault { None, Code, Garbage, Close, Silent };
 
-/// The gateway's local HTTP API on its UNIX-domain socket: the settings, and the commands, which it accepts
-/// and keeps.
+/// The gateway's local HTTP API on its UNIX-domain socket. It serves the settings, and accepts and keeps the
+/// commands.
 class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
-  /// Of ApiFault, in its order.
-  static constexpr const char* faultNames[] = {"", "code", "garbage", "slow", "close", "silent"};
+  /// The names of ApiFault, in its order.
+  static constexpr const char* faultNames[] = {"", "code", "garbage", "close", "silent"};
 
   struct Request {
     std::string method;
@@ -41,28 +41,26 @@ class LocalApiServer {
   };
   static constexpr int noCode = -1;
 
-  /// `settings` gives the settings object that is to be served; it is called on another thread.
+  /// `settings` returns the settings object to serve. It is called on another thread.
   explicit LocalApiServer(std::function<Json::Value()> settings);
   ~LocalApiServer();
 
-  /// Listens; false when it cannot.
+  /// Binds the socket and listens; false when it cannot.
   bool listen();
-  /// Stops listening. The socket's file stays if `leaveSocket`: a connection is then refused.
+  /// Stops listening. With `leaveSocket` the socket's file stays, and connections are refused.
   void close(bool leaveSocket);
   bool listening() const { return server_ != nullptr; }
 
-  /// `value`: the code of ApiFault::Code, the seconds of ApiFault::Slow.
-  void setFault(ApiFault fault, unsigned value);
-  /// What is set, as "slow 3"; empty if nothing.
+  /// `code` is that of ApiFault::Code.
+  void setFault(ApiFault fault, unsigned code);
+  /// The fault that is set, as "code 500"; empty if none.
   std::string fault() const;
 
-  /// Every request so far, from number `first` on, counting from 0; also those that a fault kept from an
-  /// answer.
+  /// Every request so far from number `first` on, counting from 0, including those without an answer.
   std::vector<Request> requests(std::size_t first = 0) const;
-  /// How many of them are waiting for their answer.
+  /// How many requests wait for their answer.
   unsigned waiting() const { return waiting_; }
-  /// How long the last of them has waited that gets no answer before the API is put right; none if there is
-  /// none.
+  /// How long the last request has waited that gets no answer before a repair; none if there is none.
   std::optional<unsigned> silentSeconds() const;
 
  private:
@@ -74,7 +72,7 @@ class LocalApiServer {
   std::condition_variable repaired_;
   std::vector<Request> requests_;
   ApiFault fault_ = ApiFault::None;
-  unsigned faultValue_ = 0;
+  unsigned faultCode_ = 0;
   bool closing_ = false;
   std::atomic<unsigned> waiting_{0};
   std::chrono::steady_clock::time_point waitsSince_;

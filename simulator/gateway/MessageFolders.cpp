@@ -13,13 +13,19 @@ namespace fs = std::filesystem;
 
 constexpr fs::perms rootMode = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec;
 
-std::string outbox() { return std::string(MessageFolders::root) + "/outbox/"; }
-
 }  // namespace
 
 MessageFolders::MessageFolders(const GatewayClock& clock) : clock_(clock) {
-  fs::create_directories(outbox());
+  fs::create_directories(root);
   fs::permissions(root, rootMode);
+}
+
+void MessageFolders::create() {
+  for (const char* const box : boxes) {
+    const fs::path folder = pathOf(box);
+    for (const fs::path& each : {folder.parent_path(), folder})
+      if (fs::create_directory(each)) fs::permissions(each, fs::perms::all);  // the daemon's umask is 0
+  }
 }
 
 std::string MessageFolders::pathOf(const std::string& box) {
@@ -33,25 +39,28 @@ std::vector<Json::Value> MessageFolders::records(const std::string& box) {
   return all;
 }
 
-std::string MessageFolders::queue(const Json::Value& recipient, const std::string& text,
-                                  unsigned retries) const {
+// The time and a two-digit ordinal.
+std::string MessageFolders::freeGuid() const {
   const std::time_t now = clock_.now();
   char second[15];
   std::strftime(second, sizeof second, "%Y%m%d%H%M%S", std::localtime(&now));
-  std::string guid;
-  const auto holdsIt = [&guid](const char* box) { return fs::exists(pathOf(box) + "/" + guid); };
-  unsigned ordinal = 0;
-  do {
-    guid = second + std::string(ordinal < 10 ? "0" : "") + std::to_string(ordinal);
-    ++ordinal;
-  } while (std::any_of(std::begin(boxes), std::end(boxes), holdsIt));
-  // The daemon takes any file in the folder for a whole record: it is written beside it and moved in.
-  fs::create_directories(pathOf("sending"));
-  const std::string beside = outbox() + guid;
+  for (unsigned ordinal = 0;; ++ordinal) {
+    const std::string guid = second + std::string(ordinal < 10 ? "0" : "") + std::to_string(ordinal);
+    const auto holdsIt = [&guid](const char* box) { return fs::exists(pathOf(box) + "/" + guid); };
+    if (std::none_of(std::begin(boxes), std::end(boxes), holdsIt)) return guid;
+  }
+}
+
+std::string MessageFolders::queue(const Json::Value& recipient, const std::string& text,
+                                  unsigned retries) const {
+  create();
+  const std::string guid = freeGuid();
   const Json::Value record =
       object({{"guid", guid}, {"recipient", recipient}, {"message", text}, {"retries", retries}});
-  const bool good = writeFile(beside, toLine(record)) &&
-                    std::rename(beside.c_str(), (pathOf("sending") + "/" + guid).c_str()) == 0;
+  // The daemon takes any file in the folder for a whole record, so it is written beside the folder.
+  const std::string target = pathOf("sending") + "/" + guid;
+  const std::string beside = fs::path(target).parent_path().parent_path() / guid;
+  const bool good = writeFile(beside, toLine(record)) && std::rename(beside.c_str(), target.c_str()) == 0;
   return good ? guid : "";
 }
 

@@ -9,24 +9,28 @@
 
 namespace Simulator {
 
-/// The folders of the daemon's messages, one a status, as the programs beside the daemon use them.
+/// The daemon's message folders, one for each status, as other programs of the gateway use them.
 class MessageFolders {
  public:
   static constexpr char root[] = "/var/config/sms";
   static constexpr const char* boxes[] = {"received", "sending", "sent", "failed"};
 
-  /// Creates them where the daemon does not.
+  /// Creates the root, with the mode that the daemon's unit gives it.
   explicit MessageFolders(const GatewayClock& clock);
 
+  /// Creates the folders that are missing, as the daemon does when it starts.
+  static void create();
   static std::string pathOf(const std::string& box);
-  /// The records of a box, by name; what is no JSON as a text.
+  /// The records of a box, sorted by file name. A file that is not JSON becomes a string.
   static std::vector<Json::Value> records(const std::string& box);
 
-  /// Hands an outgoing message to the daemon as a record. Gives its guid; empty when the disk refuses it.
+  /// Queues an outgoing message. Returns its guid, or an empty string when the file cannot be written.
   [[nodiscard]] std::string queue(const Json::Value& recipient, const std::string& text,
                                   unsigned retries) const;
 
  private:
+  std::string freeGuid() const;
+
   const GatewayClock& clock_;
 };
 

@@ -7,19 +7,19 @@
 
 namespace Simulator {
 
-/// The phones out there and the network between: what they wrote to the gateway, and what reached them.
+/// The phones and the network: the texts that phones wrote to the gateway, and those that reached them.
 struct Phones {
   struct Text {
     std::string number;
     std::string text;
-    bool written;      ///< by the phone; otherwise it came from the gateway
+    bool written;      ///< by the phone; false: by the gateway
     std::time_t when;  ///< on the gateway's clock
   };
   using Part = std::pair<std::string, std::string>;  ///< a number and the user data
 
   std::vector<Text> texts;     ///< in their order
-  std::vector<Part> held;      ///< that are to come in later
-  unsigned nextReference = 1;  ///< of a long message
+  std::vector<Part> held;      ///< parts that the network holds back
+  unsigned nextReference = 1;  ///< the reference of the next concatenated message
 };
 
 }  // namespace Simulator

@@ -13,28 +13,29 @@ constexpr unsigned retries = 3;
 
 void Responder::carryOut() {
   for (const LocalApiServer::Request& request : api_.requests(seen_)) {
-    if (request.code == 0) break;  // not before it is answered
-    ++seen_;
-    if (request.method == "POST" && request.code == accepted) carryOut(request);
+    if (request.code == 0) break;  // not answered yet
+    const std::size_t number = seen_++;
+    if (request.method != "POST" || request.code != accepted) continue;
+    const std::string text = carryOut(request);
+    if (!text.empty()) events_.push_back({number, text});
   }
 }
 
-void Responder::carryOut(const LocalApiServer::Request& request) {
+// Returns what was done; empty if nothing.
+std::string Responder::carryOut(const LocalApiServer::Request& request) {
   Json::Value body;
-  if (!readJson(request.body, body)) return;
+  if (!readJson(request.body, body)) return "";
   const bool reboot = request.path == rebootPath;
-  const std::string problem = !reboot ? "" : daemon_.stop() ? daemon_.start() : "The daemon does not end.";
-  if (!problem.empty()) {
-    events_.push_back({"The gateway cannot reboot: " + problem, true});
-    return;
-  }
+  std::string problem;
+  if (reboot) problem = daemon_.stop() ? daemon_.start() : "The daemon does not end.";
+  if (!problem.empty()) return "The gateway cannot reboot: " + problem;
   const std::string text =
       reboot ? "The gateway has rebooted." : request.path.substr(request.path.rfind('/') + 1) + ": done";
   const std::string guid = folders_.queue(body["recipients"][0], text, retries);
-  if (guid.empty()) return;
-  events_.push_back({(reboot ? "The gateway has rebooted" : "The gateway has carried out " + request.path) +
-                         ", and answers as " + guid + ".",
-                     reboot});
+  if (guid.empty()) return "";
+  const std::string done =
+      reboot ? "The gateway has rebooted" : "The gateway has carried out " + request.path;
+  return done + ", and answers as " + guid + ".";
 }
 
 }  // namespace Simulator

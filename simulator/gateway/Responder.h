@@ -9,30 +9,30 @@
 
 namespace Simulator {
 
-/// The program of the gateway that does what its API was asked for: it answers the sender by a message that
-/// it queues, and a reboot restarts the daemon.
+/// The program of the gateway that carries out the commands of its API. It queues an answer to the sender,
+/// and restarts the daemon for a reboot.
 class Responder {
  public:
   struct Event {
-    std::string text;  ///< what was done
-    bool isReboot;
+    std::size_t request;  ///< its number among the requests of the API
+    std::string text;     ///< what was done
   };
 
   Responder(const LocalApiServer& api, const MessageFolders& folders, DaemonProcess& daemon)
       : api_(api), folders_(folders), daemon_(daemon) {}
 
-  /// Carries out what was asked for, and accepted, since the last call.
+  /// Carries out the commands that the API accepted since the last call.
   void carryOut();
-  /// All that was done so far.
+  /// Everything that was done so far.
   const std::vector<Event>& events() const { return events_; }
 
  private:
-  void carryOut(const LocalApiServer::Request& request);
+  std::string carryOut(const LocalApiServer::Request& request);
 
   const LocalApiServer& api_;
   const MessageFolders& folders_;
   DaemonProcess& daemon_;
-  std::size_t seen_ = 0;  ///< of the requests
+  std::size_t seen_ = 0;  ///< how many requests carryOut() has seen
   std::vector<Event> events_;
 };
 

@@ -20,7 +20,8 @@ constexpr char defaultSettings[] = R"({
     "wanStatusEnabled": true, "wanIpsEnabled": true, "wifiEnabled": true, "pingEnabled": true,
     "serialEnabled": true, "geopositionEnabled": true, "lnsRestartEnabled": true}})";
 
-// The object in `settings` that holds what a path names, and its key there; null when it is no object.
+// The object in `settings` with the member that a path names, and the member's key. Null if there is no such
+// object.
 Json::Value* find(Json::Value& settings, const std::string& path, std::string& key) {
   Json::Value* place = &settings;
   std::istringstream pieces(path);

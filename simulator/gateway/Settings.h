@@ -8,21 +8,21 @@
 namespace Simulator {
 
 /// The SMS section of the gateway's configuration, and its back-off timers. The daemon reads both when it
-/// starts. May be used by several threads.
+/// starts. Safe to use from several threads.
 class Settings {
  public:
   static constexpr char timersFile[] = "/var/run/config/backofftimers_config";
 
-  /// Everything permitted, for the one number +4917012345 with the password "secret".
+  /// Permits every command to the number +4917012345 with the password "secret".
   Settings();
 
   Json::Value value() const;
   /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when the gateway knows no
-  /// such setting, or what it stands in is gone, or there is nothing to remove.
+  /// such setting, when the object around it is gone, or when there is nothing to remove.
   bool set(const std::string& path, const Json::Value& value);
   bool remove(const std::string& path);
 
-  /// Writes the timers file anew; `timings` as in "[30,60]", in seconds. False when that fails.
+  /// Replaces the timers file; `timings` are seconds, as in "[30,60]". False when that fails.
   static bool setTimings(const std::string& timings);
 
  private:

@@ -8,8 +8,8 @@
 
 namespace Simulator {
 
-/// The gateway's syslog: listens on /dev/log, keeps every line, and writes it to a file as far as the disk
-/// has room.
+/// The gateway's syslog. It listens on /dev/log, keeps every line, and appends it to a file unless the disk
+/// is full.
 class SyslogServer {
  public:
   static constexpr char socketPath[] = "/dev/log";
@@ -19,21 +19,21 @@ class SyslogServer {
                                                "WARNING",   "NOTICE", "INFO",     "DEBUG"};
 
   struct Line {
-    int level;  ///< of syslog, the index of its name
+    int level;  ///< as syslog numbers it; an index of levelNames
     std::string text;
   };
 
   SyslogServer();
   ~SyslogServer();
 
-  /// Listens, or stops to. False when the socket cannot be bound.
+  /// Binds the socket and listens; false when it cannot.
   bool listen();
   void close();
   bool listening() const { return socket_ >= 0; }
 
-  /// All lines so far, from number `first` on, counting from 0; what was sent before the call is among them.
+  /// All lines from number `first` on, counting from 0, including those that were sent just before the call.
   std::vector<Line> lines(std::size_t first = 0);
-  /// The same for a reader: all of them, or those since it read last.
+  /// All lines, or those since the last call.
   std::vector<Line> read(bool onlyNew);
 
  private:

@@ -7,8 +7,8 @@
 namespace Simulator {
 namespace {
 
-// 3GPP TS 23.038, 6.2.1: the default alphabet, in the order of its codes 0x00 to 0x7F. The escape to the
-// extension table, 0x1B, is no character and stands as a DEL.
+// 3GPP TS 23.038, 6.2.1: the default alphabet in the order of its codes 0x00 to 0x7F. A DEL stands for the
+// escape to the extension table, 0x1B.
 constexpr char defaultAlphabet[] =
     "@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\x7fÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
     "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
@@ -23,7 +23,7 @@ std::string escaped(unsigned octet) {
   return text;
 }
 
-// The UTF-8 character at `at`, as long as its first byte says.
+// The UTF-8 character at `at`. Its first byte gives its length.
 std::string characterAt(const std::string& text, std::size_t at) {
   const unsigned lead = static_cast<unsigned char>(text[at]);
   return text.substr(at, lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4);
@@ -35,7 +35,7 @@ struct Piece {
 };
 using Table = std::map<std::string, Piece>;
 
-// How the tool prints each character.
+// Maps each character to its printed form.
 Table makeTable() {
   Table table;
   const std::string alphabet = defaultAlphabet;
@@ -55,33 +55,33 @@ Table makeTable() {
   return table;
 }
 
-// What does not arrive as it was written.
+// Texts that veld does not receive as they were written.
 constexpr std::pair<const char*, const char*> changed[] = {
-    {"^",
-     "\"^\" arrives as \"x14\": veld drops the escape before what the tool does not print as a character."},
-    {"\f", "A form feed arrives as \"x0a\", for the same reason."},
-    {"|", "\"|\" arrives as \"?\": veld has no way to read it."},
-    {"index", "The text holds \"index\", which veld takes for the head of the next message in the listing."},
+    {"^", "\"^\" arrives as \"x14\": the tool prints its code in hex, and veld drops the escape before it."},
+    {"\f",
+     "A form feed arrives as \"x0a\": the tool prints its code in hex, and veld drops the escape before it."},
+    {"|", "\"|\" arrives as \"?\": veld does not decode it."},
+    {"index", "The text contains \"index\", which veld takes for the beginning of the next message."},
 };
 
 std::string header(const GsmEncoder::Options& options, unsigned count, unsigned number) {
   const unsigned reference = options.reference;
   const std::vector<unsigned> wide{6, 8, 4, reference >> 8, reference, count, number};
-  // Six octets of header leave one bit to the next septet, and the tool prints this fill.
+  // Six octets of header leave one fill bit before the next septet. The tool prints it as \x00.
   const std::vector<unsigned> narrow{5, 0, 3, reference, count, number, 0};
   std::string text;
   for (const unsigned octet : options.wideReference ? wide : narrow) text += escaped(octet);
   return text;
 }
 
-// The text in at least `wanted` parts of at most `room` septets.
+// Divides the text into at least `wanted` parts of at most `room` septets.
 std::vector<std::string> divide(const std::vector<Piece>& pieces, unsigned room, std::size_t wanted) {
   const std::size_t perPart = (pieces.size() + wanted - 1) / wanted;
   std::vector<std::string> parts(1);
   unsigned used = 0;
   std::size_t inPart = 0;
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    // What is left must still give each part that is asked for a character of its own.
+    // Leave a character for each wanted part that follows.
     const bool asked =
         wanted > 1 && (inPart >= perPart || (inPart > 0 && pieces.size() - i + parts.size() <= wanted));
     if (used + pieces[i].septets > room || asked) {
@@ -108,7 +108,7 @@ std::string GsmEncoder::encode(const std::string& text, const Options& options) 
     const auto found = table.find(character);
     if (found == table.end())
       return "The GSM 7-bit alphabet has no \"" + character + "\" (byte " + std::to_string(at + 1) +
-             "): a network would send this text as UCS-2, which veld does not read.";
+             "). A network would send this text as UCS-2, which veld does not decode.";
     pieces.push_back(found->second);
     total += found->second.septets;
     at += character.size();
@@ -119,13 +119,12 @@ std::string GsmEncoder::encode(const std::string& text, const Options& options) 
   const bool divided = total > 160 || options.parts > 1;
   parts = divide(pieces, !divided ? 160 : options.wideReference ? 152 : 153, std::max(1U, options.parts));
   const auto count = static_cast<unsigned>(parts.size());
-  if (count > 255)
-    return "The text needs " + std::to_string(count) + " parts, and a message has 255 at most.";
+  if (count > 255) return "The text needs " + std::to_string(count) + " parts; a message has at most 255.";
   for (const auto& [found, note] : changed)
     if (text.find(found) != std::string::npos) notes.emplace_back(note);
   const auto beginsWithFill = [](const std::string& part) { return part.compare(0, 4, escaped(0)) == 0; };
   if (divided && options.wideReference && std::any_of(parts.begin(), parts.end(), beginsWithFill))
-    notes.emplace_back("A part begins with \"@\", which veld takes for the fill after the header.");
+    notes.emplace_back("A part begins with \"@\", which veld takes for the fill octet of the header.");
   for (unsigned number = 1; divided && number <= count; ++number)
     parts[number - 1].insert(0, header(options, count, number));
   return "";

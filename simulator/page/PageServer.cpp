@@ -15,17 +15,17 @@ constexpr std::chrono::milliseconds lookEvery{100};
 constexpr std::size_t largestCommand = 64 << 10;
 constexpr std::size_t linesAtOnce = 500;
 constexpr std::size_t threadCount = 24;
-constexpr unsigned mostFollowers = 16;  // open pages, each of which holds a thread
+constexpr unsigned mostFollowers = 16;  // open pages; each takes a thread
 constexpr int forbidden = 403;
 
-// The page itself needs nothing from elsewhere, and nobody else needs the page.
+// The page loads nothing from elsewhere, and no other page may embed it.
 const httplib::Headers defaultHeaders{
     {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
     {"X-Content-Type-Options", "nosniff"},
     {"Cache-Control", "no-store"}};
 
-// Read once: under proot a file that is there is now and then not found.
+// The files are read once, at the start: under proot an existing file is sometimes not found.
 constexpr struct {
   const char *path, *file, *type;
 } site[] = {{"/", "/index.html", "text/html"},
@@ -33,7 +33,7 @@ constexpr struct {
             {"/style.css", "/style.css", "text/css"},
             {"/icon.svg", "/icon.svg", "image/svg+xml"}};
 
-// As httplib's own, but a port that another gateway listens on is taken.
+// Without the SO_REUSEPORT of httplib's default, so that two gateways cannot share a port.
 void setSocketOptions(int socket) {
   const int yes = 1;
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -54,7 +54,7 @@ PageServer::PageServer(Interpreter& interpreter) : interpreter_(interpreter) {}
 
 PageServer::~PageServer() {
   stop_ = true;
-  interpreter_.gateway().daemon.interrupted = true;  // whoever waits for the daemon waits no longer
+  interpreter_.gateway().daemon.interrupted = true;  // ends the commands that wait
   if (watcher_.joinable()) watcher_.join();
   if (listener_.joinable()) {
     server_.stop();
@@ -105,7 +105,7 @@ bool PageServer::isOwn(const httplib::Request& request) const {
   const std::string host = request.get_header_value("Host");
   const std::string port = ":" + std::to_string(port_);
   if (host != loopback + port && host != "localhost" + port && host != "[::1]" + port) return false;
-  // Browsers say where a request comes from: "same-origin", or "none" when a person has typed the address.
+  // Sent by browsers: "same-origin", or "none" when a person typed the address.
   const std::string site = request.get_header_value("Sec-Fetch-Site");
   if (!site.empty() && site != "same-origin" && site != "none") return false;
   const bool reads = request.method == "GET" || request.method == "HEAD";
@@ -124,7 +124,7 @@ void PageServer::follow(httplib::Response& response) {
       [this](bool) { --followers_; });
 }
 
-// Sends what has changed since the last call, or waits a moment; false when nobody listens.
+// Sends the changes since the last call, or waits a moment. False when the browser is gone.
 bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
   std::string news;
   Json::Value log(Json::arrayValue);

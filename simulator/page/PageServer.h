@@ -12,22 +12,22 @@
 
 namespace Simulator {
 
-/// Serves the page of the gateway on 127.0.0.1: its files, what there is to see as it changes (server-sent
-/// events at /events), and commands (POST /command, a line of text; the answer is {"good", "text"}). A
-/// request that names another host or comes from another page is refused with 403: a web page that a person
-/// looks at elsewhere must not reach the gateway.
+/// Serves the gateway's page on 127.0.0.1: its files, the data of Panes and the log as server-sent events
+/// (GET /events), and commands (POST /command with a line of text; the answer is {"good", "text"}). A request
+/// that names another host or comes from another page gets status 403, so that no other web page in the
+/// browser can reach the gateway.
 class PageServer {
  public:
   explicit PageServer(Interpreter& interpreter);
   ~PageServer();
 
-  /// Listens; `port` 0 takes any that is free. False when that one is taken.
+  /// Listens; `port` 0 takes any free port. False when the port is taken.
   [[nodiscard]] bool listen(int port);
-  /// Where it listens: "http://127.0.0.1:PORT/".
+  /// "http://127.0.0.1:PORT/"
   std::string address() const;
 
  private:
-  struct Seen;  // what one browser has been sent
+  struct Seen;  // what was sent to one browser
   void addHandlers();
   bool isOwn(const httplib::Request& request) const;
   void follow(httplib::Response& response);

@@ -18,25 +18,26 @@ Json::Value arrayOf(const Values& values) {
   return array;
 }
 
-Json::Value daemonPane(const Interpreter& interpreter, Gateway& gateway) {
+Json::Value daemonPane(Gateway& gateway) {
+  std::string hang = gateway.hang();
+  if (!hang.empty()) hang += " for " + std::to_string(gateway.hangSeconds()) + " s";
   DaemonProcess& daemon = gateway.daemon;
   return object({{"running", daemon.running()},
                  {"process", daemon.pid()},
                  {"ending", daemon.ending()},
-                 {"hang", gateway.hang()},
-                 {"busy", interpreter.busy()}});
+                 {"hang", hang}});
 }
 
 Json::Value modemPane(const Modem& modem) {
-  return object({{"unread", arrayOf(modem.printed("unread"))},
-                 {"read", arrayOf(modem.printed("read"))},
-                 {"sent", Json::UInt64(modem.sent().size())}});
+  return object({{"unread", arrayOf(modem.printed("unread"))}, {"read", arrayOf(modem.printed("read"))}});
 }
 
-Json::Value requestsPane(const LocalApiServer& api) {
+Json::Value requestsPane(const LocalApiServer& api, const Responder& responder) {
   Json::Value pane(Json::arrayValue);
   for (const auto& [method, path, body, code] : api.requests())
     pane.append(object({{"method", method}, {"path", path}, {"body", body}, {"code", code}}));
+  for (const auto& [request, text] : responder.events())
+    pane[static_cast<Json::ArrayIndex>(request)]["outcome"] = text;
   return pane;
 }
 
@@ -53,7 +54,7 @@ Json::Value foldersPane() {
   return pane;
 }
 
-// The numbers that may send commands, and what these must begin with.
+// The settings that decide who may send commands.
 Json::Value settingsPane(const Json::Value& all) {
   const Json::Value& commands = all["smsCommands"];
   if (!commands.isObject()) return Json::nullValue;
@@ -62,14 +63,7 @@ Json::Value settingsPane(const Json::Value& all) {
                  {"enabled", commands["enabled"]}});
 }
 
-Json::Value eventsPane(const Responder& responder) {
-  Json::Value pane(Json::arrayValue);
-  for (const auto& [text, isReboot] : responder.events())
-    pane.append(object({{"text", text}, {"reboot", isReboot}}));
-  return pane;
-}
-
-// What the log says of a command that was refused, and what that means.
+// The log lines about a refused command, and their meaning.
 constexpr std::pair<const char*, const char*> refusals[] = {
     {"phone number not in white list", "not on the whitelist"},
     {"password did not match", "wrong password"},
@@ -79,7 +73,7 @@ constexpr std::pair<const char*, const char*> refusals[] = {
 
 }  // namespace
 
-// The daemon writes down which text it decides on, and then why it refuses.
+// The daemon logs the text that it checks, and then the reason for a refusal.
 void Panes::readLog(SyslogServer& syslog) {
   const std::string before = "SMS commands processing message [";
   const std::string between = "] from recipient [";
@@ -109,15 +103,14 @@ std::map<std::string, std::string> Panes::look() {
         {sent[sentSeen_]["recipient"].asString(), sent[sentSeen_]["text"].asString(), false, now});
   readLog(gateway.syslog);
   return {
-      {"daemon", toLine(daemonPane(interpreter_, gateway))},
+      {"daemon", toLine(daemonPane(gateway))},
       {"clock", toLine(timeOf(now))},
       {"modem", toLine(modemPane(gateway.modem))},
       {"phones", toLine(phonesPane(gateway.phones))},
       {"folders", toLine(foldersPane())},
-      {"requests", toLine(requestsPane(gateway.api))},
+      {"requests", toLine(requestsPane(gateway.api, gateway.responder))},
       {"settings", toLine(settingsPane(gateway.settings.value()))},
       {"faults", toLine(arrayOf(gateway.faults()))},
-      {"events", toLine(eventsPane(gateway.responder))},
       {"refusals", toLine(refusals_)},
   };
 }

@@ -7,13 +7,13 @@
 
 namespace Simulator {
 
-/// What the page shows of a gateway, pane by pane: "daemon", "clock", "modem", "phones", "folders",
-/// "requests", "settings", "faults", "events" and "refusals", each as one line of JSON.
+/// The data that the page shows of a gateway, by name: "daemon", "clock", "modem", "phones", "folders",
+/// "requests", "settings", "faults" and "refusals", each as one line of JSON.
 class Panes {
  public:
   explicit Panes(Interpreter& interpreter) : interpreter_(interpreter) {}
 
-  /// Looks at the gateway anew, after it has done what its API was asked for.
+  /// Lets the gateway carry out the commands that its API accepted, and looks at everything.
   std::map<std::string, std::string> look();
 
  private:
@@ -22,8 +22,8 @@ class Panes {
   Interpreter& interpreter_;
   std::size_t sentSeen_ = 0;
   std::size_t logSeen_ = 0;
-  std::string judged_;                       ///< the text that the daemon decided on last
-  Json::Value refusals_{Json::objectValue};  ///< why it was refused, by "NUMBER TEXT"
+  std::string judged_;                       ///< the text that the daemon checked last
+  Json::Value refusals_{Json::objectValue};  ///< the reasons, by "NUMBER TEXT"
 };
 
 }  // namespace Simulator

@@ -10,21 +10,21 @@ namespace Simulator {
 
 /// The whole content of a file; empty when it cannot be read.
 std::string readFile(const std::string& path);
-/// Writes a file anew, under another name first: who reads it sees the old content or the new one. False, and
-/// nothing is left, when that fails.
+/// Replaces a file by an atomic rename, so that a reader sees the old content or the new one. False when that
+/// fails; the old content then stays.
 [[nodiscard]] bool writeFile(const std::string& path, const std::string& content);
-/// Adds to a file; false when that fails.
+/// Appends to a file; false when that fails.
 bool appendFile(const std::string& path, const std::string& content);
-/// The names of what lies in a folder, sorted bytewise; none when it cannot be read.
+/// The names in a folder, sorted by byte; none when it cannot be read.
 std::vector<std::string> listFolder(const std::string& path);
 
 /// A JSON object.
 Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members);
 /// One line of JSON without blanks, in UTF-8.
 std::string toLine(const Json::Value& value);
-/// False when `text` is no JSON, or an object in it has a key twice.
+/// Parses strictly. False when `text` is not JSON, or when an object in it repeats a key.
 [[nodiscard]] bool readJson(const std::string& text, Json::Value& value);
-/// What is no JSON stays a text.
+/// The parsed `text`; a string when it is not JSON.
 Json::Value jsonOrText(const std::string& text);
 
 }  // namespace Simulator

@@ -7,7 +7,7 @@
 namespace Simulator {
 namespace {
 
-// "Rss:     8188 kB", a line among others.
+// The number in a line like "Rss:     8188 kB"; 0 if there is none.
 std::size_t kilobytes(const std::string& text, const std::string& name) {
   const std::size_t at = text.find(name + ":");
   return at == std::string::npos ? 0 : std::stoul(text.substr(at + name.size() + 1));

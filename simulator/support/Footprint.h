@@ -8,11 +8,11 @@
 
 namespace Simulator {
 
-/// What a process has of the system's resources.
+/// The resources that a process uses.
 struct Footprint {
   std::size_t resident = 0;     ///< kilobytes of memory
-  std::size_t written = 0;      ///< of these, the ones that the process has written itself
-  std::size_t descriptors = 0;  ///< open ones
+  std::size_t written = 0;      ///< the part of `resident` that the process has written
+  std::size_t descriptors = 0;  ///< open file descriptors
   std::size_t children = 0;
 
   /// All 0 when there is no such process.
@@ -22,7 +22,7 @@ struct Footprint {
   std::string text() const;
 };
 
-/// The children of a process, as far as its first thread started or inherited them.
+/// The children that the first thread of a process started or inherited.
 std::vector<pid_t> childrenOf(pid_t process);
 
 }  // namespace Simulator

@@ -4,11 +4,11 @@
 
 namespace Simulator {
 
-/// Sleeps for the moment between two looks of a wait.
+/// Sleeps between two looks of a wait.
 void sleepAMoment();
 
-/// Waits until `done` holds, up to `seconds`; whether it came to that. `pause` is what passes the moment
-/// between two looks: who holds a lock lets others in there.
+/// Waits up to `seconds` until `done` holds. Whether it does. `pause` is called between two looks; a caller
+/// that holds a lock can release it there for a moment.
 bool waitUntil(double seconds, const std::function<bool()>& done,
                const std::function<void()>& pause = sleepAMoment);
 

@@ -11,12 +11,24 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
-from selenium.webdriver.support.ui import WebDriverWait
+from selenium.webdriver.support.ui import Select, WebDriverWait
 
 GATEWAY = sys.argv.pop(1)
 PERMITTED = "+4917012345"
 CHROMIUM = ("headless=new no-sandbox disable-gpu disable-quic no-first-run disable-background-networking "
             "disable-component-update disable-sync disable-dev-shm-usage window-size=1280,900").split()
+
+# The least contrast (as WCAG defines it) between the border of a control and the ground around it.
+LEAST_CONTRAST = """
+const light = (colour) => colour.match(/[\\d.]+/g).slice(0, 3).map((part) => part / 255)
+  .map((part) => part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4)
+  .reduce((sum, part, i) => sum + part * [0.2126, 0.7152, 0.0722][i], 0);
+const ground = (one) => getComputedStyle(one).backgroundColor === "rgba(0, 0, 0, 0)" && one.parentElement
+  ? ground(one.parentElement) : getComputedStyle(one).backgroundColor;
+return Math.min(...[...document.querySelectorAll("button, input, textarea, select")].map((one) => {
+  const both = [getComputedStyle(one).borderTopColor, ground(one.parentElement)].map(light).sort((one, other) => one - other);
+  return (both[1] + 0.05) / (both[0] + 0.05);
+}));"""
 
 
 def browser(folder):
@@ -52,14 +64,17 @@ class PageTest(unittest.TestCase):
 
     def setUp(self):
         self.page.get(self.address)
-        self.see("#numbers", PERMITTED)
+        self.see("#sender", PERMITTED)
         self.see("#faults", "Everything works.")
 
     def one(self, selector):
         return self.page.find_element(By.CSS_SELECTOR, selector)
 
+    def count(self, selector):
+        return len(self.page.find_elements(By.CSS_SELECTOR, selector))
+
     def see(self, selector, text):
-        """Waits until an element shows the text."""
+        """Waits until an element of the selector shows the text."""
         def shown(page):
             return page.execute_script("return [...document.querySelectorAll(arguments[0])].some("
                                        "one => one.textContent.includes(arguments[1]))", selector, text)
@@ -83,7 +98,8 @@ class PageTest(unittest.TestCase):
         self.run_pass()
         self.see("#requests code", "POST /api/command/do_ping_through_sms")
         self.see("#requests pre", '{"recipients": ["+4917012345"], "args": ["8.8.8.8","3"]}')
-        self.see("#folder-received .tag", "command, passed on")
+        self.see("#messages .card:has(.received) .tag", "command, passed on")
+        self.see("#requests .outcome", "The gateway has carried out /api/command/do_ping_through_sms")
         self.run_pass()
         self.see("#conversation li:not(.written)", "do_ping_through_sms: done")
 
@@ -93,58 +109,62 @@ class PageTest(unittest.TestCase):
         self.click("Send")
         self.run_pass()
         self.see("#requests code", "POST /api/command/sms_restart")
-        self.see("#events .reboot", "The gateway has rebooted")
+        self.see("#requests .outcome", "The gateway has rebooted")
         WebDriverWait(self.page, 20).until(lambda _: "runs" in self.one("#daemon").text != process)
         self.run_pass()
         self.see("#conversation li:not(.written)", "The gateway has rebooted.")
 
     def test_a_command_that_the_api_refuses_is_not_carried_out(self):
-        events = len(self.page.find_elements(By.CSS_SELECTOR, "#events li:not(.empty)"))
+        outcomes = self.count("#requests .outcome")
         self.click("API answers 500")
         self.see("#faults", "api: code 500")
         self.write("p secret #wifi")
         self.run_pass()
         self.see("#requests .card", "POST /api/command/send_wifistatus_sms answered 500")
         self.see("#log .ERROR", "request failed with response code: 500")
-        self.click("Put everything right")
+        self.click("Repair everything")
         self.see("#faults", "Everything works.")
         self.run_pass()
-        self.assertEqual(len(self.page.find_elements(By.CSS_SELECTOR, "#events li:not(.empty)")), events)
+        self.assertEqual(self.count("#requests .outcome"), outcomes)
 
     def test_a_refused_message_is_retried_and_sent(self):
-        self.click("Modem refuses it")
+        self.click("Modem refuses this number")
         self.see("#faults", "refused: +4917022222")
         self.click("Queue it")
         self.see("#said", "Queued as")
         self.run_pass()
-        self.see("#folder-failed .card", "3 retries left")
+        self.see("#messages .card:has(.failed)", "3 retries left")
         self.click("Wait 30 s")
-        self.see("#folder-failed .card", "2 retries left")
-        self.click("Put everything right")
+        self.see("#messages .card:has(.failed)", "2 retries left")
+        self.click("Repair everything")
         self.see("#faults", "Everything works.")
         self.click("Wait 5 min")
-        self.see("#folder-sent .text", "Tank 3 is nearly empty")
+        self.see("#messages .card:has(.sent)", "Tank 3 is nearly empty")
         self.see("#log .ERROR", "Error to send SMS.")
-        self.see("#numbers", "+4917022222")
+        self.see("#sender", "+4917022222")
 
     def test_a_refused_command_says_why(self):
         for text, why in (("p wrong #wan", "wrong password"), ("p secret #wam", "no such command")):
             self.write(text)
             self.run_pass()
-            self.see("#folder-received .tag", "no command: " + why)
+            self.see("#messages .card:has(.received) .tag", "no command: " + why)
 
     def test_a_hang_is_shown_and_ended(self):
-        self.command("fault tool unread hang")
+        self.click("Tool hangs")
+        self.see("#faults", "unread: hang")
         self.click("Run a pass")
         self.see("#daemon", 'the tool hangs in "unread" for ')
-        self.click("Put everything right")
+        self.see("#said.wrong", 'Pass 1 does not end: the tool hangs in "unread"; "repair" ends that.')
+        self.click("Restart")
+        self.see("#said.wrong", "The daemon's pass does not end: the tool hangs in")
+        self.click("Repair everything")
         self.see("#daemon", "veld runs")
         self.run_pass()
 
     def test_a_daemon_that_ended_can_be_started(self):
         self.command("kill")
         self.see("#daemon", "veld ended with status signal 9")
-        self.click("Start the daemon")
+        self.click("Start")
         self.see("#daemon", "veld runs")
 
     def test_open_pages_do_not_keep_commands_waiting(self):
@@ -159,17 +179,31 @@ class PageTest(unittest.TestCase):
         markup = '<script>document.title = "1"</script><img src=x onerror="document.title = 2">'
         self.write(markup)
         self.run_pass()
-        for place in "#conversation li", "#folder-received .text", "#log span":
+        for place in "#conversation li", "#messages .text", "#log .INFO":
             self.see(place, markup)
         self.assertEqual(self.page.title, "veld on a simulated gateway")
         self.assertEqual(self.page.find_elements(By.CSS_SELECTOR, "img, main script"), [])
+
+    def test_a_text_of_blanks_is_no_empty_bubble(self):
+        self.write("   ")
+        self.see("#conversation .written", "(3 blanks)")
+        self.run_pass()
+        self.see("#messages .card:has(.received)", "(3 blanks)")
+
+    def test_another_number_writes(self):
+        for number in ("+4917055555", "+4917066666"):
+            Select(self.one("#sender")).select_by_visible_text("another number …")
+            self.one("#another-number").send_keys(number, Keys.ENTER)
+            self.write("from another")
+            self.see("#conversation .written", "from another")
+            self.assertEqual(self.one("#sender").get_attribute("value"), number)
 
     def test_a_text_like_a_command_line_stays_a_text(self):
         for text in ('quotes " and \\ and \\n', "one' --retries", "--16-bit"):
             with self.subTest(text):
                 self.write(text)
                 self.run_pass()
-                self.see("#folder-received .text", text)
+                self.see("#messages .card:has(.received) .text", text)
 
     def command(self, text):
         line = self.one("#console-line")
@@ -178,32 +212,42 @@ class PageTest(unittest.TestCase):
 
     def test_the_console_answers(self):
         self.command("recieve +49 hello")
-        self.see("#console-answer.wrong", "did you mean: receive NUMBER TEXT")
+        self.see("#log .wrong", "did you mean: receive NUMBER TEXT")
 
     def test_the_keyboard_reaches_everything_and_shows_where_it_is(self):
         wanted = self.page.execute_script(
-            "return document.querySelectorAll(':is(button, input, textarea):not([hidden])').length")
+            "return document.querySelectorAll(':is(button, input, textarea, select):not([hidden], [hidden] *)').length")
         reached = set()
         self.one("body").send_keys(Keys.TAB)
         for _ in range(2 * wanted + 40):
             element = self.page.switch_to.active_element
-            if element.tag_name in ("button", "input", "textarea"):
+            if element.tag_name in ("button", "input", "textarea", "select"):
                 reached.add(element.id)
                 self.assertEqual(element.value_of_css_property("outline-style"), "solid")
             element.send_keys(Keys.TAB)
         self.assertEqual(len(reached), wanted)
 
-    def test_a_narrow_window_needs_no_sideways_scrolling(self):
+    def test_each_window_shows_the_whole_width_and_the_conversation(self):
         self.write("narrow" * 20)
         self.run_pass()
-        for width in (1000, 600, 320):
+        for width in (2560, 1280, 1000, 600, 390, 320):
             with self.subTest(width=width):
                 self.page.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
                     "width": width, "height": 800, "deviceScaleFactor": 1, "mobile": False})
-                hidden = self.page.execute_script(
-                    "const all = document.documentElement; return [innerWidth, all.scrollWidth - all.clientWidth]")
-                self.assertEqual(hidden, [width, 0])
+                hidden, conversation = self.page.execute_script(
+                    "const all = document.documentElement;"
+                    "return [all.scrollWidth - all.clientWidth, document.querySelector('#conversation').clientHeight]")
+                self.assertEqual(hidden, 0)
+                self.assertGreater(conversation, 250)
         self.page.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+
+    def test_controls_stand_out_from_their_ground(self):
+        for scheme in ("light", "dark"):
+            self.page.execute_cdp_cmd("Emulation.setEmulatedMedia", {
+                "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            with self.subTest(scheme):
+                self.assertGreater(self.page.execute_script(LEAST_CONTRAST), 3)
+        self.page.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
 
     def test_nothing_comes_from_elsewhere_and_nothing_is_wrong(self):
         loaded = self.page.execute_script("return performance.getEntriesByType('resource').map(one => one.name)")

@@ -1,7 +1,7 @@
 # A long message in one listing, its parts in the wrong order, is filed as one.
 start
 receive +4917099999 "0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789 0123456789." --order 2,1
-expect The modem has 2 messages
+expect The modem has 1 message from +4917099999, in 2 parts
 pass
 records received
 expect-count 1

@@ -1,219 +1,201 @@
-// Follows the gateway by server-sent events, a pane each, and runs its commands. Whatever came in is shown by
-// textContent: a text is a text, whatever it looks like.
+// Follows the gateway by server-sent events and runs its commands. Everything from the gateway is shown by
+// textContent, so markup in a text stays text.
 "use strict";
 
 const STRANGER = "+4917099999";
-const FOLDERS = {
-  received: "came in from a phone",
-  sending: "wait for the next pass",
-  sent: "the modem took them",
-  failed: "tried again later, while they have retries left",
-};
 const EXAMPLES = {
-  "ping": (pw) => pw + "#ping 8.8.8.8 3",
-  "reboot": (pw) => pw + "#reboot",
+  "ping": (password) => password + "#ping 8.8.8.8 3",
+  "reboot": (password) => password + "#reboot",
   "wrong password": () => "p wrong #reboot",
   "plain text": () => "Good morning!",
 };
 const LOG_LINES = 500;
 
-const at = (id) => document.getElementById(id);
-let numbers = [], added = [], texts = [], shown = 0, commands = null, refusals = {}, folders = null, sender = null;
+const data = { settings: null, phones: [], modem: { unread: [], read: [] }, folders: {}, refusals: {} };
+const added = [];
+let sender = null, shown = 0;
 
+const at = (id) => document.getElementById(id);
 function element(name, properties = {}, ...children) {
   const made = Object.assign(document.createElement(name), properties);
   made.append(...children);
   return made;
 }
-const quoted = (text) => '"' + text.replace(/[\\"]/g, "\\$&").replace(/\r?\n/g, "\\n") + '"';
+const tag = (text, kind = "") => element("span", { className: "tag " + kind, textContent: text });
+const readable = (text) => (/\S/.test(text) ? text : text ? `(${text.length} blanks)` : "(no text)");
 
-// Runs a command line; the answer also shows on the page.
-async function run(line) {
-  say("…", true);
-  try {
-    const response = await fetch("/command", { method: "POST", body: line });
-    const answer = response.ok ? await response.json() : { good: false, text: await response.text() };
-    say(answer.text, answer.good);
-    return answer;
-  } catch {
-    say("The gateway does not answer.", false);
-    return { good: false, text: "" };
+// Replaces the cards of a list by an array of [key, content...]. Opened details and the focus stay.
+function fill(list, cards, empty) {
+  const known = new Set([...list.children].map((card) => card.dataset.key));
+  const open = new Set([...list.querySelectorAll("[open]")].map((one) => one.parentElement.dataset.key));
+  const focused = list.contains(document.activeElement) && document.activeElement.closest("li")?.dataset.key;
+  list.replaceChildren(...cards.map(([key, ...content]) => {
+    const card = element("li", { className: known.size && !known.has(key) ? "card fresh" : "card" }, ...content);
+    card.dataset.key = key;
+    return card;
+  }));
+  if (!cards.length) list.append(element("li", { className: "empty", textContent: empty }));
+  for (const card of list.children) {
+    const details = card.querySelector("details");
+    if (details) details.open = open.has(card.dataset.key);
+    if (details && focused === card.dataset.key) details.querySelector("summary").focus();
   }
 }
-function say(text, good) {
-  at("said").textContent = text;
-  at("said").classList.toggle("wrong", !good);
-}
-
-// Replaces what is in a list. What was unfolded or focused there, known by its key, stays so.
-function fill(list, items, empty) {
-  const known = new Set([...list.children].map((item) => item.dataset.key));
-  const open = new Set([...list.querySelectorAll("details[open]")].map((item) => item.dataset.key));
-  const focused = list.contains(document.activeElement) && document.activeElement.closest("[data-key]")?.dataset.key;
-  const first = list.childElementCount === 0;
-  list.replaceChildren(...(items.length ? items : [element("li", { className: "empty", textContent: empty })]));
-  for (const item of items) item.classList.toggle("fresh", !first && !known.has(item.dataset.key));
-  for (const details of list.querySelectorAll("details")) {
-    details.open = open.has(details.dataset.key);
-    if (focused === details.dataset.key) details.querySelector("summary").focus();
-  }
-}
-function keyed(key, made) {
-  made.dataset.key = key;
-  return made;
-}
-const card = (key, ...children) => keyed(key, element("li", { className: "card" }, ...children));
-const tag = (text, warn) => element("span", { className: warn ? "tag warn" : "tag", textContent: text });
 
 // Phone
-const mayCommand = (number) => !commands.whitelist?.enabled
-  || (commands.whitelist.numbers || []).includes(number);
-const password = () => (commands.password?.enabled ? `p ${commands.password.text} ` : "");
+const mayCommand = (number) => !data.settings.whitelist?.enabled
+  || (data.settings.whitelist.numbers || []).includes(number);
+const password = () => (data.settings.password?.enabled ? `p ${data.settings.password.text} ` : "");
 
-function showNumbers() {
-  if (!commands) return;
-  const permitted = (commands.whitelist?.numbers || []).map(String);
-  const known = [...new Set([...permitted, STRANGER, ...texts.map((text) => text.number), ...added])];
-  sender ??= known[0];
-  if (known.join() !== numbers.join() || !at("numbers").children.length) {
-    numbers = known;
-    at("numbers").replaceChildren(...known.map((number) => element("button",
-      { type: "button", onclick: () => choose(number) }, number, element("small"))));
+function showPhone() {
+  if (!data.settings) return;  // they come last
+  const permitted = (data.settings.whitelist?.numbers || []).map(String);
+  const numbers = [...new Set([...permitted, STRANGER, ...data.phones.map((text) => text.number), ...added])];
+  sender ??= numbers[0];
+  const labels = numbers.map((number) => number + (mayCommand(number) ? " (permitted)" : " (a stranger)"));
+  if (at("sender").dataset.labels !== labels.join()) {
+    at("sender").dataset.labels = labels.join();
+    at("sender").replaceChildren(...labels.map((label, i) => new Option(label, numbers[i])), new Option("another number …", ""));
   }
-  [...at("numbers").children].forEach((button, i) => {
-    button.ariaPressed = String(numbers[i] === sender);
-    button.lastChild.textContent = mayCommand(numbers[i]) ? "may command" : "a stranger";
-  });
-  at("allowed").textContent = !commands.enabled ? "Commands are switched off."
-    : mayCommand(sender) ? `Commands: ${password()}#keyword …` : "Its commands are filed, and not carried out.";
-  at("examples").replaceChildren(...Object.entries(EXAMPLES).map(([name, text]) => element("button", {
-    type: "button", textContent: name, onclick: () => { at("text").value = text(password()); at("text").focus(); } })));
+  at("sender").value = sender;
+  at("allowed").textContent = !data.settings.enabled ? "Commands are switched off."
+    : mayCommand(sender) ? `A command: ${password()}#keyword …` : "Its commands are filed and not carried out.";
+  showConversation();
+}
+function showConversation() {
+  const list = at("conversation");
+  const texts = data.phones.filter((text) => text.number === sender);
+  if (shown === 0) list.replaceChildren();
+  for (const { text, written, time } of texts.slice(shown))
+    list.append(element("li", { className: written ? "written" : "" }, readable(text),
+      element("small", { textContent: (written ? "you, " : "gateway, ") + time.slice(11, 16) })));
+  if (texts.length > shown) requestAnimationFrame(() => { list.scrollTop = list.scrollHeight; });
+  shown = texts.length;
 }
 function choose(number) {
   sender = number;
   shown = 0;
-  at("conversation").replaceChildren();
-  showNumbers();
-  converse();
-}
-function converse() {
-  if (!commands) return;
-  const list = at("conversation");
-  const mine = texts.filter((text) => text.number === sender);
-  if (!mine.length) list.replaceChildren(element("li", { className: "empty", textContent: "Nothing yet." }));
-  else if (shown === 0) list.replaceChildren();
-  for (const text of mine.slice(shown)) {
-    list.append(element("li", { className: text.written ? "written" : "" }, text.text,
-      element("small", { textContent: (text.written ? "you, " : "gateway, ") + text.time.slice(11, 16) })));
-  }
-  if (mine.length > shown) requestAnimationFrame(() => { list.scrollTop = list.scrollHeight; });
-  shown = mine.length;
+  at("another").hidden = true;
+  showPhone();
+  at("text").focus();
 }
 
 // Gateway
-function recordCard(record, folder) {
-  if (typeof record !== "object" || record === null) return card(String(record), tag("no record", true), element("pre", { textContent: String(record) }));
-  const key = folder + record.guid;
-  const item = card(key,
-    element("div", { className: "who" }, element("span", { textContent: record.source ?? record.recipient ?? "" }),
-      element("span", { textContent: String(record.guid ?? "") })),
-    element("div", { className: "text", textContent: String(record.message ?? "") }));
-  const refusal = !record.isSMSCommand && refusals[record.source + " " + record.message];
-  if (record.isSMSCommand) item.append(tag("command, passed on"));
-  if (refusal) item.append(tag("no command: " + refusal, true));
-  if (record.parts) item.append(tag(`${record.parts.filter((part) => part !== null).length} of ${record["part-count"]} parts`, true));
-  if (folder === "failed") item.append(tag(record.retries === 1 ? "1 retry left" : `${record.retries ?? 0} retries left`, true));
-  item.append(keyed(key, element("details", {}, element("summary", { textContent: "JSON" }),
-    element("pre", { textContent: JSON.stringify(record, null, 2) }))));
-  return item;
+function messageCard(place, key, number, time, text, tags, file) {
+  return [key, tag(place, place), element("span", { className: "hint", textContent: time }),
+    element("b", { textContent: number }),
+    element("div", {}, element("span", { className: "text", textContent: readable(text) }), ...tags),
+    element("details", {}, element("summary", { textContent: "file" }), element("pre", { textContent: file }))];
 }
-function showFolders() {
-  if (!folders) return;
-  for (const [name, meaning] of Object.entries(FOLDERS)) {
-    let list = at("folder-" + name);
-    if (!list) {
-      list = element("ol", { id: "folder-" + name, className: "cards" });
-      at("folders").append(element("div", {}, element("h3", {}, name + " ", element("span", { className: "count" })),
-        element("p", { className: "hint", textContent: meaning }), list));
-    }
-    list.parentElement.querySelector(".count").textContent = folders[name].length;
-    fill(list, folders[name].map((record) => recordCard(record, name)).reverse(), "empty");
-  }
+function modemCard(listed, i) {
+  const [, number] = listed.match(/^addr: (.*)$/m) || ["", ""];
+  const [, text] = listed.match(/^user-data: "(.*)"$/m) || ["", listed];
+  return messageCard("modem", "modem" + i + listed, number, "", text, [], listed);
+}
+function recordCard(record, folder) {
+  const path = (folder === "received" ? "inbox/" : "outbox/") + folder + "/";
+  if (!record?.guid) return messageCard(folder, folder + JSON.stringify(record), "", "", String(record), [tag("no record", "warn")], path);
+  const tags = [];
+  const refusal = /#/.test(record.message) && !record.isSMSCommand && data.refusals[record.source + " " + record.message];
+  if (record.isSMSCommand) tags.push(tag("command, passed on"));
+  if (refusal) tags.push(tag("no command: " + refusal, "warn"));
+  if (record.parts) tags.push(tag(`${record.parts.filter((part) => part !== null).length} of ${record["part-count"]} parts`, "warn"));
+  if (folder === "failed") tags.push(tag(record.retries === 1 ? "1 retry left" : `${record.retries ?? 0} retries left`, "warn"));
+  const guid = String(record.guid);
+  return messageCard(folder, guid + folder, record.source ?? record.recipient ?? "", guid.replace(/^\d{8}(\d\d)(\d\d)(\d\d).*/, "$1:$2:$3"),
+    String(record.message ?? ""), tags, path + guid + "\n" + JSON.stringify(record, null, 2));
+}
+function showMessages() {
+  const waiting = [...data.modem.unread, ...data.modem.read];
+  at("counts").textContent = [["modem", waiting], ...Object.entries(data.folders)].map(([name, all]) => `${name} ${all.length}`).join(", ");
+  const filed = Object.entries(data.folders).flatMap(([folder, records]) => records.map((record) => recordCard(record, folder)));
+  fill(at("messages"), [...waiting.map(modemCard).reverse(), ...filed.sort(([one], [other]) => (one < other ? 1 : -1))], "No messages.");
 }
 function requestCard(request, i) {
-  const item = card("request" + i, element("code", { textContent: request.method + " " + request.path }));
-  if (request.path.endsWith("/sms_restart")) item.append(" ", tag("reboot", true));
-  if (request.code !== 200) item.append(" ", tag(request.code > 0 ? "answered " + request.code : request.code < 0 ? "no answer" : "waits", true));
-  if (request.body) item.append(element("pre", { textContent: request.body }));
-  return item;
+  const problem = request.code === 200 ? "" : request.code > 0 ? "answered " + request.code : request.code < 0 ? "no answer" : "waits";
+  const content = [element("code", { textContent: request.method + " " + request.path })];
+  if (problem) content.push(" ", tag(problem, "warn"));
+  if (request.body) content.push(element("pre", { textContent: request.body }));
+  if (request.outcome) content.push(element("p", { className: "outcome", textContent: request.outcome }));
+  return ["request" + i, ...content];
 }
-function showModem(modem) {
-  const waiting = [...modem.unread, ...modem.read];
-  at("modem-count").textContent = `${waiting.length} in its store, ${modem.sent} sent`;
-  fill(at("modem"), waiting.map((text, i) => card("modem" + i + text, element("pre", { textContent: text }))), "Its store is empty.");
-}
-function addLog(lines) {
+
+function log(className, text, level = "") {
   const list = at("log");
   const follows = list.scrollHeight - list.scrollTop - list.clientHeight < 40;
-  for (const line of lines) {
-    const text = line.text.replace(/^VELD: (\[[A-Z]+\] )?/, "");
-    list.append(element("li", { className: line.level }, element("b", { textContent: line.level }), element("span", { textContent: text })));
-  }
+  list.append(element("li", { className }, element("b", { textContent: level }), element("span", { textContent: text })));
   while (list.childElementCount > LOG_LINES) list.firstChild.remove();
   if (follows) list.scrollTop = list.scrollHeight;
 }
 
-const PANES = {
-  daemon: (daemon) => {
-    at("daemon").textContent = daemon.hang || (daemon.running ? "veld runs, process " + daemon.process
-      : daemon.ending ? "veld ended with status " + daemon.ending : "veld is not running");
-    at("daemon").className = "state " + (daemon.running && !daemon.hang ? "running" : "ended");
-    at("start").hidden = daemon.running;
-    at("restart").hidden = !daemon.running;
-    document.body.ariaBusy = String(daemon.busy);
+const SHOW = {
+  daemon: ({ running, process, ending, hang }) => {
+    at("daemon").textContent = hang || (running ? "veld runs as process " + process
+      : ending ? "veld ended with status " + ending : "veld is not running");
+    at("daemon").className = "state " + (running && !hang ? "running" : "ended");
+    at("start").hidden = running;
+    at("restart").hidden = !running;
   },
   clock: (now) => { at("clock").textContent = now; },
-  settings: (settings) => { commands = settings || {}; showNumbers(); converse(); },
-  phones: (all) => { texts = all; showNumbers(); converse(); },
-  modem: showModem,
-  folders: (all) => { folders = all; showFolders(); },
-  refusals: (all) => { refusals = all; showFolders(); },
-  requests: (all) => {
-    at("requests-count").textContent = all.length === 1 ? "1 request" : all.length + " requests";
-    fill(at("requests"), all.map(requestCard).reverse(), "No requests yet.");
-  },
+  settings: showPhone,
+  phones: showPhone,
+  modem: showMessages,
+  folders: showMessages,
+  refusals: showMessages,
+  requests: (all) => fill(at("requests"), all.map(requestCard).reverse(), "No requests."),
   faults: (lines) => {
     at("faults").textContent = lines.join("; ") || "Everything works.";
     at("faults").className = lines.length ? "wrong" : "";
   },
-  events: (all) => fill(at("events"), all.map(({ text, reboot }, i) => keyed("event" + i,
-    element("li", { className: reboot ? "reboot" : "", textContent: text }))).reverse(), "Nothing yet. When a command reaches the local API, the gateway carries it out and answers the phone."),
-  log: addLog,
+  log: (lines) => {
+    for (const { level, text } of lines) log(level, text.replace(/^VELD: (\[[A-Z]+\] )?/, ""), level);
+  },
 };
-
 const source = new EventSource("/events");
 source.onopen = () => at("log").replaceChildren();
-source.onerror = () => { at("daemon").textContent = "the gateway has ended"; at("daemon").className = "state ended"; };
-for (const [name, show] of Object.entries(PANES)) source.addEventListener(name, (event) => show(JSON.parse(event.data)));
+source.onerror = () => SHOW.daemon({ hang: "the gateway has ended" });
+for (const [name, show] of Object.entries(SHOW)) {
+  source.addEventListener(name, (event) => {
+    data[name] = JSON.parse(event.data) ?? {};
+    show(data[name]);
+  });
+}
 
+// Commands
+const quoted = (text) => '"' + text.replace(/[\\"]/g, "\\$&").replace(/\r?\n/g, "\\n") + '"';
+function say(text, good) {
+  at("said").textContent = text;
+  at("said").className = good ? "" : "wrong";
+}
+// Runs a command line. The answer shows in the bar and in the log.
+async function run(line) {
+  say(line + " …", true);
+  log("typed", "> " + line);
+  let answer = { good: false, text: "The gateway does not answer." };
+  try {
+    const response = await fetch("/command", { method: "POST", body: line });
+    answer = response.ok ? await response.json() : { good: false, text: await response.text() };
+  } catch { /* the answer says so */ }
+  say(answer.text.includes("\n") ? "The log shows the answer." : answer.text, answer.good);
+  log(answer.good ? "" : "wrong", answer.text);
+  return answer.good;
+}
 function submits(id, action) {
   at(id).addEventListener("submit", (event) => { event.preventDefault(); action(); });
 }
-submits("another", () => { added.push(at("another-number").value); choose(at("another-number").value); at("another").reset(); at("text").focus(); });
-submits("write", async () => {
-  const answer = await run(`receive ${quoted(sender)} ${quoted(at("text").value)}`);
-  if (answer.good) at("text").value = "";
-});
+submits("another", () => { added.push(at("another-number").value); choose(at("another-number").value); at("another").reset(); });
+submits("write", async () => { if (await run(`receive ${quoted(sender)} ${quoted(at("text").value)}`)) at("text").value = ""; });
 submits("queue", () => run(`queue ${quoted(at("queue-number").value)} ${quoted(at("queue-text").value)} --retries ${at("queue-retries").value}`));
-submits("refuse", () => run(`refuse ${quoted(at("refuse-number").value)}`));
-submits("console", async () => {
-  const answer = await run(at("console-line").value);
-  say("", true);
-  at("console-answer").hidden = false;
-  at("console-answer").textContent = answer.text || "(nothing)";
-  at("console-answer").className = answer.good ? "" : "wrong";
+submits("console", async () => { if (await run(at("console-line").value)) at("console-line").value = ""; });
+at("refuse").addEventListener("click", () => run(`refuse ${quoted(at("queue-number").value)}`));
+at("sender").addEventListener("change", () => {
+  if (at("sender").value) return choose(at("sender").value);
+  at("another").hidden = false;
+  at("another-number").focus();
 });
 at("text").addEventListener("keydown", (event) => {
   if (event.key === "Enter" && !event.shiftKey && !event.isComposing) { event.preventDefault(); at("write").requestSubmit(); }
 });
+for (const [name, text] of Object.entries(EXAMPLES))
+  at("examples").append(element("button", { type: "button", textContent: name, onclick: () => { at("text").value = text(password()); at("text").focus(); } }));
 for (const button of document.querySelectorAll("[data-run]")) button.addEventListener("click", () => run(button.dataset.run));

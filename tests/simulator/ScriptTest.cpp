@@ -1,0 +1,117 @@
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+
+#include "simulator/console/Script.h"
+#include "tests/Rows.h"
+
+namespace {
+
+/// What a stream prints while this lives.
+class Printed {
+ public:
+  explicit Printed(std::ostream& stream) : stream_(stream), before_(stream.rdbuf(text_.rdbuf())) {}
+  ~Printed() { stream_.rdbuf(before_); }
+  std::string text() const { return text_.str(); }
+
+ private:
+  std::ostringstream text_;
+  std::ostream& stream_;
+  std::streambuf* before_;
+};
+
+const std::string build = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+
+/// A gateway that runs one script.
+struct World {
+  Simulator::Gateway gateway{{build + "/daemon/veld", build + "/simulator", true}};
+  Simulator::Interpreter interpreter{gateway};
+
+  bool run(const std::string& script, bool echo = false) {
+    std::istringstream text(script);
+    return Simulator::Script(interpreter, "script", echo).run(text);
+  }
+};
+
+struct FailingRow {
+  const char* name;
+  const char* script;
+  const char* said;  // on standard error
+};
+const FailingRow failingRows[] = {
+    {"UnknownCommand", "\nrecieve x y\nstatus", "script:2: recieve x y"},
+    {"UnknownCommandInTheLastLine", "recieve x y", "did you mean: receive NUMBER TEXT"},
+    {"NothingLikeIt", "xyz", "\"help\" lists them"},
+    {"MissingWord", "queue 1", "TEXT is missing. Write it as: queue NUMBER TEXT [--retries N]"},
+    {"NotANumber", "fault tool send fail 0", "is not a whole number from 1"},
+    {"NotADay", "date 2026-02-30", "\"2026-02-30\" is not a day"},
+    {"NotATime", "wait 5x", "\"5x\" is not a time"},
+    {"NotASignal", "kill STOP", "\"STOP\" is not KILL, TERM"},
+    {"SettingWithoutAValue", "settings enabled", "The value for enabled is missing"},
+    {"UnknownSetting", "settings a.b 1", "no place \"a.b\""},
+    {"SettingWhosePlaceIsGone", "settings smsCommands --remove\npassword x", "no place for that"},
+    {"OpenQuote", "queue 1 \"2", "A quote is not closed"},
+    {"PartThatDoesNotExist", "receive 1 2 --hold 2", "The message has 1 part;"},
+    {"NotRunning", "pass", "The daemon is not running. \"start\" starts it"},
+    {"Killed", "start\nkill\nawait exit\npass", "ended with status signal 9. \"start\" starts it"},
+    {"HangingTool", "start\nfault tool read hang\npass",
+     "Pass 1 does not end: the tool hangs in \"read\"; \"repair\" ends that."},
+    {"StopDuringAHang", "start\nfault tool read hang\npass --no-wait\nawait tool\nstop",
+     "last pass does not end: the tool hangs in \"read\"; \"repair\" ends that. \"kill\" kills the daemon."},
+    {"SilentApi", "fault api silent\nstart", "The first pass does not end: the API does not answer;"},
+    {"Expect", "refuse 1\nfaults\nexpect refused: 2", "script:3: expect refused: 2\n  came: refused: 1"},
+    {"ExpectNot", "refuse 1\nfaults\nexpect-not refused", "expect-not refused\n  came: refused: 1"},
+    {"ExpectCount", "refuse 1\nfaults\nexpect-count 2", "expect-count 2\n  came: refused: 1"},
+    {"ExpectExit", "settings sentLimit --remove\nstart\nexpect-exit 0", "came: status 1"},
+    {"ExpectWrong", "faults\nexpect-wrong x", "expect-wrong x\n  came: "},
+    {"ExpectAnotherRefusal", "bad\nexpect-wrong x", "expect-wrong x\n  came: "},
+    {"ExpectNothing", "faults\nexpect", "script:2: expect\n  came: "},
+    {"UnexpectedEnding", "start\nkill\nexpect-exit 0", "came: status signal 9"},
+    {"UnnoticedEnding", "start\nkill\nawait exit",
+     "the end: the daemon must end with status 0\n  came: status signal 9"},
+};
+class FailingScript : public testing::TestWithParam<FailingRow> {};
+TEST_P(FailingScript, SaysWhy) {
+  World world;
+  const Printed output(std::cout);
+  const Printed errors(std::cerr);
+  EXPECT_FALSE(world.run(GetParam().script));
+  EXPECT_NE(errors.text().find(GetParam().said), std::string::npos) << errors.text();
+}
+INSTANTIATE_ROWS(FailingScript, failingRows);
+
+TEST(Script, EchoesItsLines) {
+  World world;
+  const Printed output(std::cout);
+  EXPECT_TRUE(world.run("refuse 1\n# a comment\nfaults\nbad\nexpect-wrong no command \"bad\"\n", true));
+  EXPECT_EQ(output.text(),
+            "> refuse 1\nThe modem refuses 1.\n\n# a comment\n> faults\nrefused: 1\n> bad\n"
+            "> expect-wrong no command \"bad\"\n");
+}
+
+struct AnswerRow {
+  const char* name;
+  const char* line;
+  const char* answer;
+};
+const AnswerRow answerRows[] = {
+    {"OneMessage", "receive 1 a", "The modem has 1 message from 1."},
+    {"ManyMessages", "receive 1 a --times 90", "The modem has 90 messages from 1."},
+    {"Parts", "receive 1 abc --parts 3", "The modem has 1 message from 1, in 3 parts."},
+    {"ManyInParts", "receive 1 abc --parts 3 --times 2", "The modem has 2 messages from 1, in 3 parts each."},
+    {"Held", "receive 1 ab --parts 2 --hold 2",
+     "The modem has 1 message from 1, in 2 parts, 1 part held back until \"release\"."},
+    {"Lost", "receive 1 abc --parts 3 --lose 1,2",
+     "The modem has 1 message from 1, in 3 parts, 2 parts lost."},
+    {"Repeated", "receive 1 ab --parts 2 --repeat 1",
+     "The modem has 1 message from 1, in 2 parts, 1 part repeated."},
+    {"HelpForACheck", "help expect-count", "expect-count N\nin a script: the last output must have N lines"},
+};
+class AnswerTo : public testing::TestWithParam<AnswerRow> {};
+TEST_P(AnswerTo, Is) {
+  World world;
+  EXPECT_EQ(world.interpreter.execute(GetParam().line).text, GetParam().answer);
+}
+INSTANTIATE_ROWS(AnswerTo, answerRows);
+
+}  // namespace

@@ -1,0 +1,206 @@
+"""The launcher, and the simulated gateway at its command line: gateway_test.py LAUNCHER GATEWAY"""
+import os
+import pty
+import re
+import select
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+LAUNCHER, GATEWAY = (os.path.realpath(sys.argv.pop(1)) for _ in range(2))
+
+
+def run(command, text="", **options):
+    """The command's status, standard output and standard error."""
+    done = subprocess.run(command, input=text, capture_output=True, text=True, timeout=60, **options)
+    return done.returncode, done.stdout, done.stderr
+
+
+def processes(command):
+    return subprocess.run(["pgrep", "-fx", command], stdout=subprocess.DEVNULL).returncode == 0
+
+
+def wait_for(happened):
+    end = time.monotonic() + 30
+    while not happened():
+        assert time.monotonic() < end, "it did not happen"
+        time.sleep(0.01)
+
+
+def modes():
+    """The ways in which this machine can give a private gateway."""
+    def allows(*options):
+        return run(["bwrap", "--unshare-pid", *options, "--bind", "/", "/", "--proc", "/proc", "true"])[0] == 0
+    return (["proot"] + ["root"] * (os.geteuid() == 0 and allows()) + ["userns"] * allows("--unshare-user"))
+
+
+class LauncherTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(dir="/tmp"))
+        with open(self.folder + "/file", "w") as file:
+            file.write("kept\n")
+
+    def inside(self, mode, *command, launcher=LAUNCHER, cwd=None, **options):
+        environment = dict(os.environ, PRIVATE_GATEWAY=mode)
+        return run([launcher, *command], env=environment, cwd=cwd or self.folder, **options)
+
+    def test_each_mode_keeps_the_promises(self):
+        named = self.folder + "/file"
+        rows = [  # name, options, script, status, output
+            ("passes the status on", {}, "exit 7", 7, ""),
+            ("passes the streams on", {"text": "typed"}, "cat", 0, "typed"),
+            ("/run holds the mark alone", {}, "ls /run", 0, "private-gateway\n"),
+            ("/var/run leads to /run", {}, "cd /var/run && pwd -P", 0, "/run\n"),
+            ("the working folder is there", {}, "cat file", 0, "kept\n"),
+            ("the devices work", {}, "echo lost >/dev/null; head -c 2 /dev/zero | tr '\\0' k", 0, "kk"),
+        ]
+        for mode in modes():
+            for name, options, script, status, output in rows:
+                with self.subTest(name, mode=mode):
+                    self.assertEqual(self.inside(mode, "sh", "-c", script, **options)[:2], (status, output))
+            with self.subTest("a named file is there", mode=mode):
+                self.assertEqual(self.inside(mode, "cat", named, cwd="/")[1], "kept\n")
+            with self.subTest("nothing written inside is seen outside", mode=mode):
+                paths = [f"{folder}/{os.getpid()}" for folder in ("/var/log", "/run", "/tmp", "/dev/shm", "/dev")]
+                self.assertEqual(self.inside(mode, "touch", *paths, cwd="/")[0], 0)
+                self.assertEqual([path for path in paths if os.path.exists(path)], [])
+
+    def test_programs_of_a_checkout_below_tmp_run_side_by_side(self):
+        os.makedirs(self.folder + "/checkout/simulator")
+        os.makedirs(self.folder + "/checkout/build")
+        launcher = shutil.copy(LAUNCHER, self.folder + "/checkout/simulator")
+        program = shutil.copy(shutil.which("cat"), self.folder + "/checkout/build/program")
+        open(self.folder + "/checkout/build/CMakeCache.txt", "w").close()
+        for mode in modes():
+            started = [subprocess.Popen([launcher, program, self.folder + "/file"], cwd="/", text=True,
+                                        env=dict(os.environ, PRIVATE_GATEWAY=mode), stdout=subprocess.PIPE)
+                       for _ in range(4)]
+            with self.subTest(mode=mode):
+                self.assertEqual([one.communicate()[0] for one in started], ["kept\n"] * 4)
+
+    def test_everything_ends_with_it(self):
+        for mode in modes():
+            left, killed = (f"sleep {number}.{os.getpid()}" for number in (7654, 8765))
+            with self.subTest("what runs in the background", mode=mode):
+                script = f"setsid {left} >/dev/null 2>&1 & until pgrep -fx '{left}' >/dev/null; do :; done"
+                self.assertEqual(self.inside(mode, "sh", "-c", script)[0], 0)
+                self.assertFalse(processes(left))
+            with self.subTest("on SIGTERM", mode=mode):
+                launcher = subprocess.Popen([LAUNCHER, *killed.split()], env=dict(os.environ, PRIVATE_GATEWAY=mode))
+                wait_for(lambda: processes(killed))
+                launcher.terminate()
+                self.assertEqual(launcher.wait(30), 143)
+                self.assertFalse(processes(killed))
+
+    def test_a_machine_without_namespaces_and_proot_is_told_in_one_line(self):
+        for tool in ("bash", "realpath", "grep", "env"):
+            os.symlink(shutil.which(tool), self.folder + "/" + tool)
+        environment = {"PATH": self.folder, "PRIVATE_GATEWAY": "proot"}
+        self.assertEqual(run([LAUNCHER, "true"], env=environment)[1:], (
+            "", "private-gateway: this machine allows no namespaces, and proot is not installed "
+                "(scripts/setup simulator)\n"))
+
+
+class CommandLineTest(unittest.TestCase):
+    def test_a_real_machine_is_refused(self):
+        self.assertEqual(run([GATEWAY])[::2], (
+            1, "simulator: this is a real machine; run me through simulator/private-gateway\n"))
+
+    def test_the_options(self):
+        await_program = "start\nawait program\nexpect status 0\n"
+        snippet = ('until veldctl status | grep -q "daemon runs"; do :; done; veldctl send +491 hello --wait 100 &&'
+                   ' find /var/config/sms -printf "%m %f\\n" | sort -u')
+        api = ("import http.server, socketserver\n"
+               "class Api(http.server.BaseHTTPRequestHandler):\n"
+               "  def do_GET(self):\n"
+               "    open('/run/asked', 'w').close()\n"
+               "socketserver.UnixStreamServer('/var/run/api/http.sock', Api).serve_forever()\n")
+        folders = "750 sms", "777 failed", "777 inbox", "777 outbox", "777 received", "777 sending", "777 sent"
+        rows = [  # name, arguments, script, status, lines of the output
+            ("the program's status", ["--with", "exit 3"], "", 3, []),
+            ("a missing program", ["--with", "no-such-program"], "", 127, []),
+            ("a program that is killed", ["--with", "kill -9 $$"], "", 137, []),
+            ("a failing script counts more", ["--with", "exit 3"], "nonsense", 1, []),
+            ("the last line waits", ["--with", "veldctl list; echo done"], "", 0, ["done"]),
+            ("a program in the background does not hold it", ["--with", "sleep 100 >/dev/null 2>&1 &"], "", 0, []),
+            ("passes run while a script waits", ["--with", snippet], await_program, 0, folders),
+            ("an own tool", ["--tool", "./own-sms"], "start\n", 0, ["own tool: list unread", "own tool: list read"]),
+            ("a tool that cannot run", ["--tool", "/nothing"], "", 2, []),
+            ("an own API", ["--api", "none", "--with", f"echo \"{api}\" | /usr/bin/python3 - & until [ -e /run/asked ];"
+                            " do :; done"], "await api\nfault api gone\nexpect-wrong --api none\nstart\n"
+             "expect status 1\nexpect-exit 1\n", 0, ["The API's socket is there."]),
+            ("an unknown option", ["--bogus"], "", 2, []),
+            ("an unexpected word", ["bogus"], "", 2, []),
+            ("a missing script", ["--script", "/nothing"], "", 2, []),
+        ]
+        with tempfile.TemporaryDirectory(dir=os.getcwd()) as folder:
+            with open(folder + "/own-sms", "w") as tool:
+                print('#!/bin/sh\necho "own tool: $*" >>/run/calls', file=tool)
+            os.chmod(folder + "/own-sms", 0o755)
+            for name, arguments, script, status, lines in rows:
+                with self.subTest(name):
+                    command = 'status=0; "$@" || status=$?; cat /run/calls 2>/dev/null; exit $status'
+                    came, output, errors = run([LAUNCHER, "sh", "-c", command, "sh", GATEWAY, *arguments], script,
+                                               cwd=folder)
+                    self.assertEqual(came, status, errors)
+                    self.assertLessEqual(set(lines), set(output.splitlines()))
+
+
+class Terminal:
+    """The console at a pseudo-terminal."""
+
+    def __init__(self, home):
+        self.screen, self.seen = "", 0
+        self.pid, self.terminal = pty.fork()
+        if self.pid == 0:
+            os.execve(LAUNCHER, [LAUNCHER, GATEWAY], dict(os.environ, HOME=home, TERM="xterm"))
+
+    def sees(self, text, seconds=30.0):
+        """Whether the text comes after what was seen last."""
+        end = time.monotonic() + seconds
+        while (at := self.screen.find(text, self.seen)) < 0:
+            if not select.select([self.terminal], [], [], max(0.0, end - time.monotonic()))[0]:
+                return False
+            self.screen += os.read(self.terminal, 4096).decode(errors="replace")
+        self.seen = at + len(text)
+        return True
+
+    def types(self, text):
+        os.write(self.terminal, text.encode())
+
+
+class ConsoleTest(unittest.TestCase):
+    def test_completion_colours_and_ctrl_c(self):
+        home = self.enterContext(tempfile.TemporaryDirectory(dir=os.getcwd()))
+        console = Terminal(home)
+        steps = [  # what is typed, and what is then seen, in this order
+            ("", "gateway> "),
+            ("start\n", "The daemon runs"),
+            ('rece\t+4917012345 "p secret #reboot ä"\n', "The modem has 1 message from +4917012345."),
+            ("pass 2\n", "\033[33mWARNING VELD: [WARNING] SMS commands executing command\033[0m"),
+            ("pass\n", "gateway> "),
+            ("modem sent\n", '"text":"The gateway has rebooted."'),
+            ("never run", "never run"),
+            ("\003", "gateway> "),
+            ("faults\n", "Everything works."),
+            ("await tool\n", "await tool\r\n"),
+        ]
+        for typed, expected in steps:
+            console.types(typed)
+            self.assertTrue(console.sees(expected), f"{typed!r}: no {expected!r} in {console.screen!r}")
+        while not console.sees("Interrupted.", 0.1):  # before the wait has begun, Ctrl-C gives up the empty line
+            console.types("\003")
+        console.types("nonsense\n")
+        self.assertTrue(console.sees('There is no command "nonsense"'))
+        self.assertEqual(re.findall('no command "never', console.screen), [])
+        console.types("\004")
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(console.pid, 0)[1]), 0)
+        with open(home + "/.veld-gateway-history") as history:
+            self.assertIn("receive", history.read())
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
