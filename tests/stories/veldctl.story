@@ -39,13 +39,15 @@ receive +4917099999 "hello there"
 receive +4917088888 "in two halves" --parts 2 --hold 2
 pass
 veldctl list
-expect-count 3
-expect   sent      +4917011111       The tank is full
-expect   received  +4917099999       hello there
+expect-count 4
+expect   sent      -     to   +4917011111  The tank is full
+expect   received  -     from +4917099999  hello there
 veldctl list received -n 1 --json
 expect-count 1
 expect "parts":["in two 
 veldctl status
+expect well  the last message came at 20
+expect well  the last message went out at 20
 expect well  1 wait for parts
 
 # Why is this message stuck?
@@ -54,7 +56,7 @@ veldctl send +4917022222 "Pump ёж {€}" --retries 0
 expect veldctl: not in the GSM alphabet: ёж
 pass
 veldctl status
-expect look  1 failed for good
+expect look  1 failed for good: 20
 expect status 1
 fault tool send hang
 veldctl send +4917033333 "first"
@@ -75,13 +77,24 @@ pass --no-wait
 await request
 veldctl status
 expect well  it waits for the local API
-expect well  1 wait to be filed, since 20
-expect ILL   the local API does not answer
+expect well  1 received, not filed yet, the first since 20
+expect ILL   the local API does not answer: nothing comes within 3 s
 repair api
 await pass
+fault api garbage
+veldctl check
+expect ILL   the local API answers what is no JSON object with a "code"
+fault api code 500
+veldctl check
+expect ILL   the local API answers with code 500
+settings sentLimit 0
+repair api
+veldctl status
+expect look  "sentLimit" is 0: no message is kept
+settings sentLimit 1
 
 # The API is gone: the daemon goes on, commands are not carried out.
 fault api gone
 veldctl status
-expect ILL   the local API does not answer
+expect ILL   the local API does not answer: /var/run/api/http.sock:
 expect status 2
