@@ -1,5 +1,6 @@
 """What veldctl answers to command lines: commands_test.py VELDCTL..., in a gateway of its own."""
 import fcntl
+import http.server
 import json
 import os
 import pathlib
@@ -7,6 +8,7 @@ import re
 import shutil
 import subprocess
 import sys
+import threading
 import time
 import unittest
 
@@ -295,6 +297,72 @@ class FollowTest(unittest.TestCase):
     def test_a_folder_that_is_missing_is_said(self):
         shutil.rmtree(FOLDERS["sent"])
         self.assertEqual(run("follow"), (1, "", "veldctl: /var/config/sms/outbox/sent: No such file or directory\n"))
+
+
+class ExamplesTest(unittest.TestCase):
+    """The files of packaging/ for a shell and for the hook."""
+    setUp = CommandsTest.setUp
+    packaging = pathlib.Path(__file__).resolve().parents[2] / "packaging"
+
+    def hook(self, name, event, number="+491", text="State?", **environment):
+        variables = {"VELD_EVENT": event, "VELD_GUID": "1", "VELD_NUMBER": number, "VELD_TEXT": text, **environment}
+        return subprocess.run([self.packaging / "examples" / name], input=b'{"guid": "1"}', timeout=60,
+                              env={**os.environ, **variables}, capture_output=True).returncode
+
+    def program(self, name, text):
+        file = pathlib.Path("/run/bin") / name
+        file.parent.mkdir(exist_ok=True)
+        file.write_text("#!/bin/sh\n" + text)
+        file.chmod(0o755)
+        return {"PATH": f"{file.parent}:{os.environ['PATH']}"}
+
+    def test_an_answer_goes_to_numbers_that_ask(self):
+        path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
+        for event, number, text, answers in (("sent", "+491", "State?", 0), ("received", "+491", "hello", 0),
+                                             ("received", "Bank", "State?", 0), ("received", "+491", "State? please", 1)):
+            with self.subTest(event=event, number=number, text=text):
+                self.assertEqual(self.hook("on-event-answer", event, number, text, **path), 0)
+                self.assertEqual(len(files()), answers)
+
+    def test_a_mail_has_one_line_of_subject(self):
+        self.program("sendmail", "cat >/run/mail")
+        self.assertEqual(self.hook("on-event-mail", "received", "1\nBcc: x", "Grüße", SENDMAIL="/run/bin/sendmail"), 0)
+        head, _, body = pathlib.Path("/run/mail").read_text().partition("\n\n")
+        self.assertEqual((head.splitlines()[1], body), ("Subject: SMS from 1Bcc x", "Grüße\n"))
+        self.program("sendmail", "exit 75")
+        self.assertEqual([self.hook("on-event-mail", event, SENDMAIL="/run/bin/sendmail") for event in ("received", "sent")], [75, 0])
+
+    @unittest.skipUnless(shutil.which("curl"), "there is no curl")
+    def test_a_web_server_gets_the_event_or_gets_it_again(self):
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_POST(self):
+                got.append(self.rfile.read(int(self.headers["Content-Length"])))
+                self.send_response(statuses.pop(0))
+                self.end_headers()
+
+            def log_message(self, *_):
+                pass
+
+        got, statuses = [], [500, 200]
+        with http.server.HTTPServer(("127.0.0.1", 0), Handler) as server:
+            threading.Thread(target=server.serve_forever, daemon=True).start()
+            url = {"WEBHOOK_URL": f"http://127.0.0.1:{server.server_port}/"}
+            endings = [self.hook("on-event-webhook", "sent", **url) for _ in range(2)]
+            server.shutdown()
+        self.assertEqual((endings, got), ([22, 0], [b'{"guid": "1"}'] * 2))
+        self.assertEqual(self.hook("on-event-webhook", "sent", **url), 7)
+
+    def test_bash_completes(self):
+        put("failed", "11")
+        put("sending", "21")
+        path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
+        script = ('. "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _veldctl; echo "${COMPREPLY[*]}"')
+        for words, completed in ((["s"], "send show seen status"), (["retry", "--"], "--retries --help"), (["list", "s"], "sending sent"),
+                                 (["retry", ""], "11"), (["show", ""], "11 21"), (["wait", ""], "21"), (["help", "fo"], "follow")):
+            with self.subTest(words=words):
+                said = subprocess.run(["bash", "-c", script, "-", self.packaging / "veldctl.bash-completion", "veldctl", *words],
+                                      capture_output=True, text=True, env={**os.environ, **path}).stdout
+                self.assertEqual(said, completed + "\n")
 
 
 if __name__ == "__main__":
