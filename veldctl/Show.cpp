@@ -2,6 +2,7 @@
 
 #include "storage/MessageStatus.h"
 #include "veldctl/Commands.h"
+#include "veldctl/Each.h"
 #include "veldctl/MessageTable.h"
 #include "veldctl/Output.h"
 #include "veldctl/Times.h"
@@ -49,7 +50,7 @@ void printAsJson(const Message& message) {
 int show(const Request& request) {
   const Lookup found = request.folders.find(request.words[0], {Sending, Failed, Sent, Received});
   if (!found.message) {
-    Output::complain(found.error.empty() ? "there is no message " + request.words[0] : found.error);
+    Output::complain(request.words[0] + ": " + (found.error.empty() ? noSuchMessage : found.error));
     return Bad;
   }
   if (request.isJson())

@@ -1,5 +1,6 @@
 #include "storage/MessageStatus.h"
 #include "veldctl/Commands.h"
+#include "veldctl/Each.h"
 #include "veldctl/Outcome.h"
 #include "veldctl/Output.h"
 
@@ -14,7 +15,7 @@ int wait(const Request& request) {
   if (!found.error.empty()) return Bad;
   const bool hasFailed = found.message && found.message->status == Failed;
   Outcome outcome = awaitOutcome(request.folders, guid, *seconds, logged);
-  if (!found.message && outcome.ending == Unknown) outcome.reason = "there is no such message";
+  if (!found.message && outcome.ending == Unknown) outcome.reason = noSuchMessage;
   if (hasFailed) outcome.reason = "before this command began";
   return printOutcome(outcome, request.isJson());
 }

@@ -163,6 +163,7 @@ class CommandsTest(unittest.TestCase):
         put("sending", "2")
         self.check((["retry", "1", "--retries", "5"], 0, None), (["retry", "2"], 1, "2: it is queued already"),
                    (["retry", "3"], 1, "3: it is queued already"), (["retry", "4"], 1, "4: it was sent already"),
+                   (["retry", "4", "--json"], 1, '{"fault":"it was sent already","guid":"4"}'),
                    (["retry", "9", "../4"], 1, "9: there is no such message\nveldctl: ../4: there is no such"))
         self.assertEqual(json.loads((FOLDERS["sending"] / "1").read_text()),
                          {"guid": "1", "recipient": "+491", "message": "text", "retries": 5})
@@ -174,7 +175,7 @@ class CommandsTest(unittest.TestCase):
                    (["status", "--prometheus"], 2, 'veld_failed{again="no"} 0\nveld_failed{again="seen"} 1'))
         self.assertEqual((FOLDERS["failed"] / GUID).stat().st_mtime_ns, 1234567890123456789)
         put("failed", retries=1)
-        self.check((["seen", GUID], 1, "it is sent again"))
+        self.check((["seen", GUID], 1, "it will be sent again"))
 
     def test_whatever_lies_in_a_folder_costs_one_line(self):
         folder = FOLDERS["received"]
@@ -196,7 +197,7 @@ class CommandsTest(unittest.TestCase):
         for name, fault in faults.items():
             self.assertIn("? " + fault, said[name])
         self.check((["status", "--prometheus"], 2, "veld_broken_files 9"), (["show", "text"], 1, "\nno json\n"),
-                   (["remove", "folder", "zero", "fifo", "7"], 1, "there is no message 7"))
+                   (["remove", "folder", "zero", "fifo", "7"], 1, "7: there is no such message"))
         self.assertEqual(len(os.listdir(folder)), 6)
         self.assertTrue(os.path.exists("/dev/zero"))
 
@@ -231,6 +232,22 @@ class CommandsTest(unittest.TestCase):
             self.assertNotRegex(row.get("metric", ""), "[{}]")
         self.assertIn({"metric": "messages", "folder": "sent", "value": 1, "verdict": 0, "text": "sent: 1"}, rows)
         self.assertEqual([row["guid"] for row in rows if row.get("metric") == "last_sent_time_seconds"], [GUID])
+
+
+    def test_the_manuals_have_each_metric_and_option(self):
+        put("sent")
+        put("received")
+        root = pathlib.Path(__file__).resolve().parents[2]
+        manual, fleet = ((root / name).read_text() for name in ("packaging/man/veldctl.1", "docs/fleet.md"))
+        metrics = set(re.findall(r"^veld_(\w+)", run("status", "--prometheus")[1], re.M))
+        self.assertGreater(len(metrics), 10)
+        self.assertLessEqual(metrics, set(re.findall(r"\w+", " ".join(re.findall(r"^\.It Sy (.*)", manual, re.M)))))
+        self.assertLessEqual(metrics, set(re.findall(r"`veld_(\w+)", fleet)))
+        for command in re.findall(r"^  ([a-z]+) ", run("help")[1], re.M):
+            synopsis = re.search(rf"^\.Cm {command}\b.*?(?=^\.Nm|^\.Sh)", manual, re.M | re.S)[0]
+            for short, option in re.findall(r"^  (?:-(.), )?--([a-z]+)", run("help", command)[1], re.M):
+                if option != "help":
+                    self.assertRegex(synopsis, rf"-{option}\b" + (rf"|Fl {short}\b" if short else ""), command)
 
 
 class FollowTest(unittest.TestCase):
@@ -357,7 +374,7 @@ class ExamplesTest(unittest.TestCase):
         put("sending", "21")
         path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
         script = ('. "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _veldctl; echo "${COMPREPLY[*]}"')
-        for words, completed in ((["s"], "send show seen status"), (["retry", "--"], "--retries --help"), (["list", "s"], "sending sent"),
+        for words, completed in ((["s"], "send show seen status"), (["retry", "--"], "--retries --json --help"), (["list", "s"], "sending sent"),
                                  (["retry", ""], "11"), (["show", ""], "11 21"), (["wait", ""], "21"), (["help", "fo"], "follow")):
             with self.subTest(words=words):
                 said = subprocess.run(["bash", "-c", script, "-", self.packaging / "veldctl.bash-completion", "veldctl", *words],
