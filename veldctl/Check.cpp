@@ -12,6 +12,7 @@
 #include "support/Text.h"
 #include "veldctl/Api.h"
 #include "veldctl/Commands.h"
+#include "veldctl/DaemonWords.h"
 #include "veldctl/ModemStatus.h"
 #include "veldctl/Report.h"
 #include "veldctl/SettingsCheck.h"
@@ -19,8 +20,11 @@
 
 namespace {
 
+// The daemon itself says when the list is too long and is cut.
 void reportTimings(Report& report) {
-  if (readSmsTimings())
+  const auto words = wordsOfDaemon([] { readSmsTimings(); });
+  for (const std::string& line : words) report.add(Look, "the daemon says: " + line);
+  if (smsTimings.empty())
     return report.add(Look, "there are no back-off timers: a failed message is never sent again");
   std::string spans;
   for (const std::uint32_t seconds : smsTimings) spans += (spans.empty() ? "" : ", ") + Times::span(seconds);

@@ -7,6 +7,7 @@
 #include "commands/CommandTable.h"
 #include "daemon/StartUp.h"
 #include "support/Text.h"
+#include "veldctl/DaemonWords.h"
 #include "veldctl/Output.h"
 #include "veldctl/ShortMessage.h"
 
@@ -88,16 +89,29 @@ void reportPermissions(Report& report, const Settings& settings) {
   if (byNumber) reportWhitelist(report, settings.at("smsCommands.whitelist.numbers"));
 }
 
-// The daemon's own checks, which print its own words. Throws the JSON library's exception where it does.
-void reportStart(Report& report, const Json::Value& all) {
+// What the daemon would do with these settings.
+struct Start {
+  bool isOff = false;
+  bool isGood = false;
+};
+
+// Runs the daemon's own checks. Throws the JSON library's exception where the daemon would.
+Start tryStart(const Json::Value& all) {
   const std::optional<int> ending = checkSettings(all);
-  if (ending == EXIT_SUCCESS) return report.add(Well, "SMS is switched off");
+  if (ending) return {*ending == EXIT_SUCCESS, false};
   SMSCommandConfig config;
-  bool starts = !ending && config.setConfig(all[SettingsKey::smsCommands]);
-  if (starts) (void)(all[SettingsKey::receivedLimit].asUInt() + all[SettingsKey::sentLimit].asUInt());
-  const char* const text =
-      starts ? "the daemon starts with these settings" : "the daemon does not start with these settings";
-  report.add(starts ? Well : Ill, text);
+  if (!config.setConfig(all[SettingsKey::smsCommands])) return {};
+  (void)(all[SettingsKey::receivedLimit].asUInt() + all[SettingsKey::sentLimit].asUInt());
+  return {false, true};
+}
+
+void reportStart(Report& report, const Json::Value& all) {
+  Start start;
+  const auto words = wordsOfDaemon([&] { start = tryStart(all); });
+  if (start.isOff) return report.add(Well, "SMS is switched off");
+  for (const std::string& line : words) report.add(start.isGood ? Look : Ill, "the daemon says: " + line);
+  const char* const text = start.isGood ? "the daemon starts" : "the daemon does not start";
+  report.add(start.isGood ? Well : Ill, std::string(text) + " with these settings");
 }
 
 }  // namespace
