@@ -75,7 +75,7 @@ log --new
 
 # 7. The operator lists the messages and asks for the status.
 veldctl list
-expect sent      +4917022222       Second alarm
+expect sent      -     to   +4917022222  Second alarm
 veldctl status
 expect well  the daemon runs since
 

@@ -1,76 +1,59 @@
 #include "veldctl/Folders.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
+#include <tuple>
 
-#include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
-#include "veldctl/Output.h"
 
 namespace {
 
-namespace Key = MessageRecord::Key;
-
-constexpr char asideName[] = "/outbox/veldctl.new";  // belongs to who holds the lock
-
-[[noreturn]] void fail(const std::string& path) {
-  throw std::system_error(errno, std::generic_category(), path);
+// Whether a path with this last part stays in its folder.
+bool isFileName(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-// Brings a file, or the names in a folder, to the disk.
-void sync(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0 || fsync(file) != 0) fail(path);
+std::string readUpTo(int file, std::size_t most) {
+  std::string content;
+  char piece[1 << 14];
+  for (ssize_t size; content.size() < most && (size = read(file, piece, sizeof(piece))) > 0;)
+    content.append(piece, static_cast<std::size_t>(size));
+  return content;
+}
+
+// Why a file of this kind is not opened; empty for a plain one.
+std::string kindFault(const struct stat& info) {
+  if (S_ISREG(info.st_mode)) return "";
+  if (S_ISLNK(info.st_mode)) return "it is a symbolic link";
+  return S_ISDIR(info.st_mode) ? "it is a folder" : "it is no plain file";
+}
+
+void readFile(const std::string& path, Message& message) {
+  // The file may have been replaced since it was looked at.
+  const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) {
+    message.fault = std::strerror(errno);
+    return;
+  }
+  struct stat info;
+  if (fstat(file, &info) != 0 || !S_ISREG(info.st_mode))
+    message.fault = "it is no plain file";
+  else if (info.st_size > static_cast<off_t>(Folders::mostBytes))
+    message.fault = "it has " + std::to_string(info.st_size) + " bytes, far more than a message";
+  else
+    readRecord(message, readUpTo(file, Folders::mostBytes));
   close(file);
 }
 
-// The old file is not written into: it may have been linked into a folder.
-void write(const std::string& path, const std::string& text) {
-  unlink(path.c_str());
-  std::ofstream file(path);
-  if (file << text << std::flush) return sync(path);
-  const std::system_error error(errno, std::generic_category(), path);
-  unlink(path.c_str());
-  throw error;
-}
-
-// Moves a file to a name that is free; false when it is not.
-bool moveToFree(const std::string& from, const std::string& to) {
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-  if ((errno == EINVAL || errno == ENOSYS) && link(from.c_str(), to.c_str()) == 0)
-    return unlink(from.c_str()) == 0;
-  if (errno != EEXIST) fail(to);
-  return false;
-}
-
-// Local time to the hundredth of a second, which has the form of the daemon's guids.
-std::string guidOfNow() {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  char guid[] = "YYYYmmddHHMMSShh";
-  const std::size_t length = std::strftime(guid, sizeof(guid), "%Y%m%d%H%M%S", std::localtime(&now.tv_sec));
-  std::snprintf(guid + length, sizeof(guid) - length, "%02d", static_cast<int>(now.tv_nsec / 10'000'000));
-  return guid;
-}
-
-std::string faultOf(const Message& message) {
-  if (!message.record.isObject()) return "it is no JSON object";
-  if (MessageRecord::guid(message.record) != message.name) return "its guid is not the name of its file";
-  for (const char* const key : {Key::Message, Key::Recipient, Key::Source})
-    if (!MessageRecord::member(message.record, key).isConvertibleTo(Json::stringValue))
-      return std::string("its ") + key + " is no text";
-  return "";
+std::int64_t nanoseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
 }  // namespace
@@ -79,91 +62,49 @@ std::string Folders::path(int status, const std::string& name) const {
   return root_ + MessageStatus::folder(status) + (name.empty() ? "" : "/") + name;
 }
 
-std::vector<std::pair<std::string, int>> Folders::names(const std::vector<int>& statuses) const {
-  std::vector<std::pair<std::string, int>> names;
+Listing Folders::names(const std::vector<int>& statuses) const {
+  Listing listing;
   for (const int status : statuses) {
     std::error_code error;
     for (const auto& file : std::filesystem::directory_iterator(path(status), error))
-      names.emplace_back(file.path().filename(), status);
-    if (error) Output::complain(path(status) + ": " + error.message());
+      listing.files.push_back({status, file.path().filename()});
+    if (error) listing.errors.push_back(path(status) + ": " + error.message());
   }
-  std::sort(names.begin(), names.end());
-  return names;
+  std::sort(listing.files.begin(), listing.files.end(), [](const FileName& one, const FileName& other) {
+    return std::tie(one.name, one.status) < std::tie(other.name, other.status);
+  });
+  return listing;
 }
 
 std::int64_t Folders::changed(int status, const std::string& name) const {
   struct stat info;
-  const bool elsewhere = name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos;
-  if (elsewhere || lstat(path(status, name).c_str(), &info) != 0) return 0;
-  return std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
+  if (!isFileName(name) || lstat(path(status, name).c_str(), &info) != 0) return 0;
+  return nanoseconds(info.st_mtim);
 }
 
-std::optional<Message> Folders::read(int status, const std::string& name) const {
-  Message message{status, name, Json::nullValue, "", changed(status, name)};
-  if (message.changed == 0) return std::nullopt;
+Lookup Folders::read(int status, const std::string& name) const {
+  if (!isFileName(name)) return {};
   struct stat info;
-  std::ifstream stream;
-  if (stat(path(status, name).c_str(), &info) != 0 || !S_ISREG(info.st_mode))
-    message.fault = "it is no file";
-  else if (stream.open(path(status, name)); !stream.is_open())
-    message.fault = std::strerror(errno);
-  else if (MessageRecord::parse(stream, message.record, message.fault))
-    message.fault = faultOf(message);
-  std::replace(message.fault.begin(), message.fault.end(), '\n', ' ');
-  return message;
-}
-
-int Folders::lock() const {
-  const std::string outbox = root_ + "/outbox";
-  const int folder = open(outbox.c_str(), O_RDONLY | O_CLOEXEC);
-  if (folder < 0 || flock(folder, LOCK_EX) != 0) fail(outbox);
-  return folder;
-}
-
-std::string Folders::queue(Json::Value record) const {
-  const int locked = lock();
-  const std::string aside = root_ + asideName;
-  std::string guid;
-  do {
-    // A message that is on its way between two folders is in none, so that this alone would not tell its guid
-    // from a free one. But guids are made here by one process at a time, a hundredth of a second apart.
-    usleep(10'000);
-    guid = guidOfNow();
-    record[Key::Guid] = guid;
-    write(aside, Output::line(record) + "\n");
-  } while (changed(MessageStatus::Received, guid) + changed(MessageStatus::Sent, guid) +
-                   changed(MessageStatus::Failed, guid) !=
-               0 ||
-           !moveToFree(aside, path(MessageStatus::Sending, guid)));
-  sync(path(MessageStatus::Sending));
-  close(locked);
-  return guid;
-}
-
-bool Folders::remove(int status, const std::string& name) const {
-  if (changed(status, name) == 0) return false;
-  if (unlink(path(status, name).c_str()) != 0) fail(path(status, name));
-  sync(path(status));
-  return true;
-}
-
-bool Folders::retry(Message message, std::optional<unsigned> retries) const {
-  const int locked = lock();
-  const std::string from = path(MessageStatus::Failed, message.name);
-  errno = ENOENT;  // the daemon has taken it meanwhile
-  if (changed(MessageStatus::Failed, message.name) != message.changed) fail(from);
-  if (retries) {
-    message.record[Key::Retries] = *retries;
-    replaceFile(from, root_ + asideName, Output::line(message.record) + "\n");
+  const std::string file = path(status, name);
+  if (lstat(file.c_str(), &info) != 0) {
+    if (errno == ENOENT) return {};
+    return {std::nullopt, file + ": " + std::strerror(errno)};
   }
-  const bool moved = moveToFree(from, path(MessageStatus::Sending, message.name));
-  sync(path(MessageStatus::Sending));
-  sync(path(MessageStatus::Failed));
-  close(locked);
-  return moved;
+  Message message;
+  message.status = status;
+  message.name = name;
+  message.changed = nanoseconds(info.st_mtim);
+  message.fault = kindFault(info);
+  if (message.fault.empty()) readFile(file, message);
+  return {std::move(message), ""};
 }
 
-void replaceFile(const std::string& path, const std::string& aside, const std::string& text) {
-  write(aside, text);
-  if (rename(aside.c_str(), path.c_str()) != 0) fail(path);
+Lookup Folders::find(const std::string& name, const std::vector<int>& statuses) const {
+  Lookup found;
+  for (const int status : statuses) {
+    Lookup next = read(status, name);
+    if (next.message) return next;
+    if (found.error.empty()) found.error = next.error;
+  }
+  return found;
 }

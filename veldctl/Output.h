@@ -3,36 +3,35 @@
 #include <json/json.h>
 
 #include <string>
+#include <string_view>
 
-/// What veldctl prints. No message text can move the cursor of a terminal or forge a line.
+/// What veldctl prints. No message text can move the cursor of a terminal, forge a line, or turn the
+/// direction of what stands beside it.
 namespace Output {
-
-/// An exit status as monitoring systems read it.
-enum Verdict : int { Well = 0, Look = 1, Ill = 2 };
-
-enum class Form { Text, Json, Prometheus };
-
-/// Prints what was looked at, a line each: texts for people, numbers for machines.
-struct Report {
-  const Form form;
-  Verdict worst = Well;
-
-  /// `metric` is the name of the number `value`, with its label if it has one. Either text or metric may be
-  /// empty.
-  void add(Verdict verdict, const std::string& text, const std::string& metric = "", std::int64_t value = 0);
-
-  /// The same for a number that is well when it is 0, and otherwise stands before its text.
-  void count(Verdict verdict, std::int64_t value, const std::string& text, const std::string& metric);
-};
 
 /// `value` on one line, in ASCII.
 std::string line(const Json::Value& value);
 
-/// A span as people say it: "40 s", "12 min", "3 h", "5 d".
-std::string span(std::int64_t seconds);
+/// `text` with "#" and three octal digits for each byte of a control character, of a character that steers
+/// the direction of text, and of what is no UTF-8.
+std::string printable(std::string_view text);
 
-/// Writes "veldctl: TEXT" to standard error; always true.
-bool complain(const std::string& text);
-unsigned complaints();  ///< how often that was done
+/// Writes "veldctl: TEXT" to standard error.
+void complain(const std::string& text);
+
+/// How often complain() was called.
+unsigned complaints();
+
+/// Columns that printable text takes on a terminal.
+std::size_t width(std::string_view text);
+
+/// Printable text of at most `columns` columns; what is cut off becomes an ellipsis.
+std::string cut(std::string_view text, std::size_t columns);
+
+/// Printable text with blanks behind it up to `columns` columns.
+std::string padded(std::string_view text, std::size_t columns);
+
+/// The width of the terminal on standard output; 0 when that is no terminal.
+std::size_t terminalWidth();
 
 }  // namespace Output

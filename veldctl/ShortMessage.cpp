@@ -9,14 +9,19 @@
 
 namespace {
 
+constexpr unsigned mostMessages = 255;
+constexpr char tooLong[] =
+    "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 others";
 constexpr std::string_view escapeCode = "\x1B";  // a code of the alphabet, but no character
 
 // The septets of a character; 0 when the GSM alphabet lacks it.
 unsigned septets(std::string_view character) {
-  const auto in = [&](const auto& codes) {
+  const auto isIn = [&](const auto& codes) {
     return std::find(codes.begin(), codes.end(), character) != codes.end();
   };
-  return character == escapeCode ? 0 : in(gsmDefaultAlphabet) ? 1 : in(gsmExtensionAlphabet) ? 2 : 0;
+  if (character == escapeCode) return 0;
+  if (isIn(gsmDefaultAlphabet)) return 1;
+  return isIn(gsmExtensionAlphabet) ? 2 : 0;
 }
 
 // How many messages characters of these units take: one, or parts, and no character is cut.
@@ -32,6 +37,21 @@ unsigned count(const std::vector<unsigned>& units, unsigned whole, unsigned part
   return all <= whole ? 1 : parts;
 }
 
+// The bytes of the next character; 0 when it cannot be sent. Control characters below the blank can, but NUL.
+std::size_t lengthOfNext(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  return first > 0 && first < ' ' ? 1 : Orvel::Text::printableLength(text);
+}
+
+std::string faultAt(const std::string& text, std::size_t at) {
+  const auto byte = static_cast<unsigned char>(text[at]);
+  const std::string where = ", at byte " + std::to_string(at + 1);
+  if (byte == 0) return "the text holds a NUL character" + where;
+  const bool isControl = byte == 0x7F || (byte == 0xC2 && at + 1 < text.size() &&
+                                          static_cast<unsigned char>(text[at + 1]) - 0x80U < 0x20U);
+  return (isControl ? "the text holds a control character" : "the text is not valid UTF-8") + where;
+}
+
 }  // namespace
 
 bool ShortMessage::isNumber(const std::string& number) {
@@ -43,16 +63,20 @@ bool ShortMessage::isNumber(const std::string& number) {
 
 ShortMessage::Shape ShortMessage::shapeOf(const std::string& text) {
   Shape shape;
+  if (text.empty()) shape.fault = "the text is empty";
+  if (text.size() > mostBytes) shape.fault = tooLong;
   std::vector<unsigned> gsm, ucs2;
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::size_t length = rest[0] > 0 && rest[0] < ' ' ? 1 : Orvel::Text::printableLength(rest);
-    if (length == 0) return shape;
+  for (std::string_view rest = text; shape.fault.empty() && !rest.empty();) {
+    const std::size_t length = lengthOfNext(rest);
+    if (length == 0) shape.fault = faultAt(text, text.size() - rest.size());
     const std::string_view character = rest.substr(0, length);
     rest.remove_prefix(length);
     gsm.push_back(septets(character));
     ucs2.push_back(length == 4 ? 2 : 1);
     if (gsm.back() == 0 && shape.outside.find(character) == std::string::npos) shape.outside += character;
   }
-  if (!text.empty()) shape.messages = shape.outside.empty() ? count(gsm, 160, 153) : count(ucs2, 70, 67);
+  if (!shape.fault.empty()) return shape;
+  shape.messages = shape.outside.empty() ? count(gsm, 160, 153) : count(ucs2, 70, 67);
+  if (shape.messages > mostMessages) shape.fault = tooLong;
   return shape;
 }

@@ -23,7 +23,7 @@ expect look  receivedLimit has the wrong type
 expect look  sentLimit is missing
 expect look  no sender can match "0170 12345" in the whitelist
 expect look  no sender can match "" in the whitelist
-expect [ERROR] Exit: the sms sent limit key has invalid value or it is missing.
+expect ILL   the daemon says: [ERROR] Exit: the sms sent limit key has invalid value or it is missing.
 expect ILL   the daemon does not start with these settings
 settings receivedLimit 100
 settings sentLimit 1
@@ -32,6 +32,11 @@ veldctl check
 expect well  the daemon starts with these settings
 expect-not look  sentLimit
 
+timings [10,20,30,40,50,60,70,80,90,100,110,120,130,140,150,160,170,180,190,200,210,220,230,240,250,260,270,280,290,300,310,320,330,3600]
+veldctl check
+expect look  the daemon says: [WARNING] VELD: The value of timings-sms is too long.
+timings [30,60]
+
 # Send one now; the last ones.
 veldctl send +4917011111 "The tank is full"
 pass
@@ -39,13 +44,15 @@ receive +4917099999 "hello there"
 receive +4917088888 "in two halves" --parts 2 --hold 2
 pass
 veldctl list
-expect-count 3
-expect   sent      +4917011111       The tank is full
-expect   received  +4917099999       hello there
+expect-count 4
+expect   sent      -     to   +4917011111  The tank is full
+expect   received  -     from +4917099999  hello there
 veldctl list received -n 1 --json
 expect-count 1
 expect "parts":["in two 
 veldctl status
+expect well  the last message came at 20
+expect well  the last message went out at 20
 expect well  1 wait for parts
 
 # Why is this message stuck?
@@ -54,7 +61,7 @@ veldctl send +4917022222 "Pump ёж {€}" --retries 0
 expect veldctl: not in the GSM alphabet: ёж
 pass
 veldctl status
-expect look  1 failed for good
+expect look  1 failed for good: 20
 expect status 1
 fault tool send hang
 veldctl send +4917033333 "first"
@@ -75,13 +82,24 @@ pass --no-wait
 await request
 veldctl status
 expect well  it waits for the local API
-expect well  1 wait to be filed, since 20
-expect ILL   the local API does not answer
+expect well  1 received, not filed yet, the first since 20
+expect ILL   the local API does not answer: nothing comes within 3 s
 repair api
 await pass
+fault api garbage
+veldctl check
+expect ILL   the local API answers what is no JSON object with a "code"
+fault api code 500
+veldctl check
+expect ILL   the local API answers with code 500
+settings sentLimit 0
+repair api
+veldctl status
+expect look  "sentLimit" is 0: no message is kept
+settings sentLimit 1
 
 # The API is gone: the daemon goes on, commands are not carried out.
 fault api gone
 veldctl status
-expect ILL   the local API does not answer
+expect ILL   the local API does not answer: /var/run/api/http.sock:
 expect status 2

@@ -1,0 +1,71 @@
+#include "tests/Rows.h"
+#include "veldctl/ShortMessage.h"
+
+namespace {
+
+struct NumberRow {
+  const char* name;
+  const char* number;
+  bool isNumber;
+};
+const NumberRow numberRows[] = {
+    {"Digits", "112", true},
+    {"Plus", "+49", true},
+    {"TwentyDigits", "+12345678901234567890", true},
+    {"TwentyOneDigits", "+123456789012345678901", false},
+    {"PlusAlone", "+", false},
+    {"PlusInTheMiddle", "4+9", false},
+    {"Empty", "", false},
+    {"Command", "1;reboot", false},
+};
+class Number : public testing::TestWithParam<NumberRow> {};
+TEST_P(Number, IsDigits) { EXPECT_EQ(ShortMessage::isNumber(GetParam().number), GetParam().isNumber); }
+INSTANTIATE_ROWS(Number, numberRows);
+
+std::string times(std::size_t count, const std::string& text) {
+  std::string all;
+  for (std::size_t i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+struct ShapeRow {
+  const char* name;
+  std::string text;
+  unsigned messages;
+  const char* outside;
+  const char* fault;
+};
+constexpr char tooLong[] =
+    "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 others";
+const ShapeRow shapeRows[] = {
+    {"OneMessage", times(160, "x"), 1, "", ""},
+    {"OneMoreThanOneMessage", times(161, "x"), 2, "", ""},
+    {"TwoWholeParts", times(306, "x"), 2, "", ""},
+    {"AnEscapedCharacterCountsTwice", times(80, "[") + "x", 2, "", ""},
+    {"NoEscapedCharacterIsCut", times(153, "["), 3, "", ""},
+    {"Ucs2", times(70, "ж"), 1, "ж", ""},
+    {"TwoMessagesOfUcs2", times(71, "ж"), 2, "ж", ""},
+    {"APairOfUcs2", times(69, "ж") + "😀", 2, "ж😀", ""},
+    {"EachOutsideOnce", "ж€ёж", 1, "жё", ""},
+    {"TheEscapeCode", "\x1b", 1, "\x1b", ""},
+    {"LineFeedAndTab", "\n\t", 1, "\t", ""},
+    {"TheLongest", times(39015, "Ω"), 255, "", ""},
+    {"OneTooLong", times(39016, "x"), 256, "", tooLong},
+    {"MoreBytesThanCanBe", times(39016, "Ω"), 0, "", tooLong},
+    {"Empty", "", 0, "", "the text is empty"},
+    {"Nul", std::string("a\0", 2), 0, "", "the text holds a NUL character, at byte 2"},
+    {"Delete", "\x7f", 0, "", "the text holds a control character, at byte 1"},
+    {"HighControl", "\xc2\x85", 0, "", "the text holds a control character, at byte 1"},
+    {"CutUtf8", "a\xc3", 0, "", "the text is not valid UTF-8, at byte 2"},
+    {"Surrogate", "\xed\xa0\x80", 0, "", "the text is not valid UTF-8, at byte 1"},
+};
+class Shape : public testing::TestWithParam<ShapeRow> {};
+TEST_P(Shape, IsCounted) {
+  const ShortMessage::Shape shape = ShortMessage::shapeOf(GetParam().text);
+  EXPECT_EQ(shape.fault, GetParam().fault);
+  EXPECT_EQ(shape.messages, GetParam().messages);
+  EXPECT_EQ(shape.fault.empty() ? shape.outside : "", GetParam().outside);
+}
+INSTANTIATE_ROWS(Shape, shapeRows);
+
+}  // namespace

@@ -1,0 +1,58 @@
+#include <cstdlib>
+
+#include "tests/Rows.h"
+#include "veldctl/Times.h"
+
+namespace {
+
+constexpr std::time_t now = 1'800'000'000;  // 2027-01-15 08:00:00 UTC
+
+void setZone(const char* zone) {
+  setenv("TZ", zone, 1);
+  tzset();
+}
+
+struct ParseRow {
+  const char* name;
+  const char* text;
+  std::optional<std::time_t> time;
+};
+const ParseRow parseRows[] = {
+    {"Seconds", "90s", now - 90},
+    {"Minutes", "30min", now - 1800},
+    {"Hours", "2h", now - 7200},
+    {"Days", "3d", now - 259200},
+    {"Date", "2027-01-15", now - 8 * 3600},
+    {"Minute", "2027-01-15 08:01", now + 60},
+    {"Second", "2027-01-15 08:00:01", now + 1},
+    {"NoUnit", "30", std::nullopt},
+    {"UnknownUnit", "1y", std::nullopt},
+    {"NoNumber", "h", std::nullopt},
+    {"MoreBehind", "2027-01-15 8h", std::nullopt},
+};
+class Parse : public testing::TestWithParam<ParseRow> {};
+TEST_P(Parse, TakesSpansAndDates) {
+  setZone("UTC");
+  EXPECT_EQ(Times::parse(GetParam().text, now), GetParam().time);
+}
+INSTANTIATE_ROWS(Parse, parseRows);
+
+TEST(Times, NameTheirZone) {
+  setZone("XYZ-5:30");
+  EXPECT_EQ(Times::withZone(now), "2027-01-15T13:30:00+05:30");
+}
+
+struct SpanRow {
+  const char* name;
+  std::int64_t seconds;
+  const char* text;
+};
+const SpanRow spanRows[] = {
+    {"LastSeconds", 119, "119 s"}, {"Minutes", 120, "2 min"},     {"LastMinutes", 7199, "119 min"},
+    {"Hours", 7200, "2 h"},        {"LastHours", 172799, "47 h"}, {"Days", 172800, "2 d"},
+};
+class Span : public testing::TestWithParam<SpanRow> {};
+TEST_P(Span, HasItsLargestSensibleUnit) { EXPECT_EQ(Times::span(GetParam().seconds), GetParam().text); }
+INSTANTIATE_ROWS(Span, spanRows);
+
+}  // namespace

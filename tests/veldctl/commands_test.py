@@ -1,0 +1,391 @@
+"""What veldctl answers to command lines: commands_test.py VELDCTL..., in a gateway of its own."""
+import contextlib
+import fcntl
+import http.server
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import threading
+import time
+import unittest
+
+VELDCTL, sys.argv[1:] = sys.argv[1:], []
+BOX = pathlib.Path("/var/config/sms")
+FOLDERS = {"received": BOX / "inbox/received", **{name: BOX / "outbox" / name for name in ("sending", "sent", "failed")}}
+GUID = "2026010100000000"
+
+
+def run(*words, text=None):
+    """The exit status, standard output and standard error."""
+    ended = subprocess.run([*VELDCTL, *words], input=text, capture_output=True, timeout=60)
+    return ended.returncode, ended.stdout.decode(), ended.stderr.decode()
+
+
+def start(*words, stdin=subprocess.PIPE):
+    return subprocess.Popen([*VELDCTL, *words], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+
+def put(folder, guid=GUID, **keys):
+    record = {"guid": guid, "recipient": "+491", "message": "text", **keys}
+    (BOX / "new").write_text(json.dumps(record))
+    (BOX / "new").rename(FOLDERS[folder] / guid)
+
+
+def files():
+    return sorted(str(file.relative_to(BOX)) for file in BOX.rglob("*") if not file.is_dir())
+
+
+def await_true(condition):
+    end = time.monotonic() + 20
+    while not condition():
+        assert time.monotonic() < end, "it does not happen"
+        time.sleep(0.01)
+
+
+class CommandsTest(unittest.TestCase):
+    def setUp(self):
+        shutil.rmtree(BOX, ignore_errors=True)
+        for folder in FOLDERS.values():
+            folder.mkdir(parents=True)
+
+    def check(self, *rows):
+        """Rows of words, exit status, and a part of what is printed; None when nothing is to be."""
+        for words, status, part in rows:
+            with self.subTest(words=words):
+                came, out, err = run(*words)
+                self.assertEqual(came, status, out + err)
+                if part is None:
+                    self.assertEqual(out + err, "")
+                else:
+                    self.assertIn(part, out + err)
+
+    def test_a_wrong_word_is_named(self):
+        self.check(
+            ([], 64, "a command is missing\nSee veldctl --help"),
+            (["sned", "1", "x"], 64, "unknown command 'sned'; the commands are send, wait, list"),
+            (["list", "lost"], 64, "unknown folder 'lost'; the folders are received"),
+            (["list", "-n", "x"], 64, "-n takes a number up to 4294967295, not 'x'\nSee veldctl list --help"),
+            (["list", "--since", "1y"], 64, "not '1y'"),
+            (["send", "1"], 64, "a word is missing; write: veldctl send NUMBER \"TEXT\""),
+            (["send", "1", "two", "words"], 64, "unexpected word 'words'"),
+            (["send", "1", "x", "--state", "f"], 64, "send does not take --state"),
+            (["send", "1", "x", "--wait", "1m"], 64, "--wait takes seconds up to 4294967295, not '1m'"),
+            (["send", "1", "x", "--retries", "4294967296"], 64, "not '4294967296'"),
+            (["send", "1", "-5"], 64, "unknown option '-5'; write -- before a text"),
+            (["follow", "--ack", "--exec", "x"], 64, "exclude each other"))
+
+    def test_help(self):
+        self.check(*[(words, 0, "--retries N") for words in (["send", "-h"], ["help", "send"], ["retry", "--help"])],
+                   (["help"], 0, "  follow "), (["--version"], 0, "veldctl 1."))
+
+    def test_what_cannot_be_sent(self):
+        self.check(
+            (["send", "1; reboot", "x"], 1, "a number is 1 to 20 digits"), (["send", "1", ""], 1, "the text is empty"),
+            (["send", "1", b"a\xc0\x80"], 1, "not valid UTF-8, at byte 2"))
+        self.assertEqual(run("send", "1", "-", text=b"a\0b")[::2], (1, "veldctl: the text holds a NUL character, at byte 2\n"))
+        self.assertEqual(files(), [])
+
+    def test_a_text_without_end_is_refused(self):
+        sending = start("send", "1", "-")
+        with contextlib.suppress(BrokenPipeError):
+            sending.stdin.write("x" * 80000)
+            sending.stdin.flush()
+        self.assertEqual(sending.wait(30), 1)  # though standard input is open
+        self.assertIn("the text is too long: 255 messages", sending.stderr.read())
+        for stream in (sending.stdin, sending.stdout, sending.stderr):
+            with contextlib.suppress(BrokenPipeError):
+                stream.close()
+
+    def test_a_message_is_queued_whole(self):
+        status, guid, said = run("send", "+49", "-", "--retries", "4294967295", text=b"two\nlines\n")
+        guid = guid.rstrip("\n")
+        self.assertRegex(guid, time.strftime("^%Y%m%d") + r"\d{8}$")
+        self.assertEqual(said, "veldctl: the daemon does not run: the message waits\n")
+        self.assertEqual(files(), [f"outbox/sending/{guid}"])
+        self.assertEqual(json.loads((FOLDERS["sending"] / guid).read_text()),
+                         {"guid": guid, "recipient": "+49", "message": "two\nlines", "retries": 4294967295})
+        shutil.rmtree(FOLDERS["sending"])
+        self.check((["send", "1", "x"], 1, "outbox/sending"))
+
+    def test_many_senders_take_guids_of_their_own(self):
+        script = 'for i in 1 2 3 4 5 6 7 8 9 10; do "$@" send 1 x 2>/dev/null; done'
+        senders = [subprocess.Popen(["bash", "-c", script, "-", *VELDCTL], stdout=subprocess.PIPE) for _ in range(4)]
+        guids = {guid for sender in senders for guid in sender.communicate()[0].split()}
+        self.assertEqual(len(guids), 40)
+        self.assertEqual(len(files()), 40)
+
+    def test_who_holds_up_a_send_is_named(self):
+        outbox = os.open(BOX / "outbox", os.O_RDONLY)
+        fcntl.flock(outbox, fcntl.LOCK_EX)
+        sending = start("send", "1", "x")
+        self.assertEqual(sending.stderr.readline(), "veldctl: another program holds the lock on /var/config/sms/outbox: waiting\n")
+        os.close(outbox)
+        sending.communicate()
+        self.assertEqual(sending.returncode, 0)
+
+    def test_a_message_is_waited_for(self):
+        for folder, status, outcome in (("sent", 0, {"outcome": "sent"}),
+                                        ("failed", 1, {"outcome": "failed", "reason": "the tool said nothing"})):
+            with self.subTest(folder=folder):
+                sending = start("send", "1", "x", "--wait", "--json")
+                await_true(lambda: os.listdir(FOLDERS["sending"]))
+                guid, = os.listdir(FOLDERS["sending"])
+                (FOLDERS["sending"] / guid).rename(FOLDERS[folder] / guid)
+                said = json.loads(sending.communicate()[0])
+                self.assertEqual((sending.returncode, said.pop("guid")), (status, guid))
+                self.assertRegex(said.pop("time"), r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d$")
+                self.assertEqual(said, outcome)
+                self.assertEqual(run("wait", guid)[0], status)
+        self.check((["send", "1", "x", "--wait", "0"], 3, "it still waits"), (["wait", "7", "0"], 3, "no such message"))
+
+    def test_a_list_is_a_table(self):
+        put("failed", "2026010100000001", retries=1, message="first")
+        put("received", "2026010100000002", source="+492", timestamp="2026/01/01 00:00:02", message="\x1b[2J \u202e")
+        self.assertEqual(run("list", "received")[1].splitlines(), [
+            "GUID              TIME                 STATE     LEFT  FROM/TO           TEXT",
+            "2026010100000002  2026-01-01 00:00:02  received  -     from +492         #033[2J #342#200#256"])
+        self.assertRegex(run("list", "-n", "2")[1].splitlines()[1], "  failed    1     to   \\+491         first$")
+        for words, guids in ((["-n", "1"], ["2"]), (["--grep", "FIR"], ["1"]), (["--grep", "+492"], ["2"]),
+                             (["--since", "1h"], ["1"]), (["--since", "2026-01-01 00:00:02"], ["1", "2"])):
+            with self.subTest(words=words):
+                self.assertEqual(run("list", "-q", *words)[1].split(), ["202601010000000" + guid for guid in guids])
+
+    def test_a_dangerous_number_is_marked_and_not_queued(self):
+        put("failed", recipient="+491;touch /tmp/x;")
+        self.check((["retry", GUID], 1, "its recipient is no number"), (["list"], 0, "? its recipient is no number"),
+                   (["show", GUID], 1, "its recipient is no number"), (["status"], 2, f"{GUID}: its recipient is no number"))
+        self.assertEqual(files(), [f"outbox/failed/{GUID}"])
+
+    def test_failed_messages_go_out_again(self):
+        put("failed", "1", retries=0, seen=True)
+        put("failed", "2")
+        put("sending", "3")
+        put("sent", "4")
+        put("sending", "2")
+        self.check((["retry", "1", "--retries", "5"], 0, None), (["retry", "2"], 1, "2: it is queued already"),
+                   (["retry", "3"], 1, "3: it is queued already"), (["retry", "4"], 1, "4: it was sent already"),
+                   (["retry", "4", "--json"], 1, '{"fault":"it was sent already","guid":"4"}'),
+                   (["retry", "9", "../4"], 1, "9: there is no such message\nveldctl: ../4: there is no such"))
+        self.assertEqual(json.loads((FOLDERS["sending"] / "1").read_text()),
+                         {"guid": "1", "recipient": "+491", "message": "text", "retries": 5})
+
+    def test_a_failure_that_was_seen_counts_no_longer(self):
+        put("failed")
+        os.utime(FOLDERS["failed"] / GUID, ns=(1, 1234567890123456789))
+        self.check((["status"], 2, f"look  1 failed for good: {GUID}"), (["seen", GUID], 0, None),
+                   (["status", "--prometheus"], 2, 'veld_failed{again="no"} 0\nveld_failed{again="seen"} 1'))
+        self.assertEqual((FOLDERS["failed"] / GUID).stat().st_mtime_ns, 1234567890123456789)
+        put("failed", retries=1)
+        self.check((["seen", GUID], 1, "it will be sent again"))
+
+    def test_whatever_lies_in_a_folder_costs_one_line(self):
+        folder = FOLDERS["received"]
+        (folder / "text").write_text("no json")
+        (folder / "null").write_text("null")
+        (folder / "other").write_text('{"guid":"1"}')
+        (folder / "object").write_text('{"guid":"object","source":{}}')
+        (folder / "folder" / "file").mkdir(parents=True)
+        os.mkfifo(folder / "fifo")
+        (folder / "zero").symlink_to("/dev/zero")
+        (folder / "big").touch()
+        os.truncate(folder / "big", 1 << 30)
+        (folder / os.fsdecode(b"\xff\n")).touch()
+        faults = {"text": "it is no JSON: Line 1", "null": "it is no JSON object", "other": "its guid is not",
+                  "object": "its source is no text", "folder": "it is a folder", "fifo": "it is no plain file",
+                  "zero": "it is a symbolic link", "big": "it has 1073741824 bytes", "#377#012": "it is no JSON"}
+        said = {line.split()[0]: line for line in run("list")[1].splitlines()[1:]}
+        self.assertEqual(sorted(said), sorted(faults))
+        for name, fault in faults.items():
+            self.assertIn("? " + fault, said[name])
+        self.check((["status", "--prometheus"], 2, "veld_broken_files 9"), (["show", "text"], 1, "\nno json\n"),
+                   (["remove", "folder", "zero", "fifo", "7"], 1, "7: there is no such message"))
+        self.assertEqual(len(os.listdir(folder)), 6)
+        self.assertTrue(os.path.exists("/dev/zero"))
+
+    def test_missing_rights_are_said(self):
+        """As a user without rights: root may read everything."""
+        put("failed")
+        BOX.chmod(0o700)
+        if subprocess.run(["setpriv", "--reuid", "65534", "true"], capture_output=True).returncode != 0:
+            self.skipTest("this user cannot become another")
+        VELDCTL[:0] = ["setpriv", "--reuid", "65534", "--clear-groups"]
+        try:
+            for words in (["show", GUID], ["remove", GUID], ["retry", GUID], ["list"], ["wait", GUID], ["follow"], ["send", "1", "x"]):
+                self.check((words, 1, "Permission denied"))
+            status, out, _ = run("status")
+            self.assertEqual((status, out.count("ILL   received: /var/config/sms/inbox/received: Permission denied")), (2, 1))
+        finally:
+            del VELDCTL[:4]
+
+    def test_looking_writes_nothing(self):
+        put("sent")
+        before = {file: os.stat(file).st_mtime_ns for file in BOX.rglob("*")}
+        self.check((["status"], 2, "the daemon does not run"), (["list"], 0, GUID), (["show", GUID], 0, "message"),
+                   (["check"], 2, "the local API does not answer: /var/run/api/http.sock: No such file"),
+                   (["check"], 2, "/var/config/sms is open to every user"), (["check"], 2, "there are no back-off timers"))
+        self.assertEqual({file: os.stat(file).st_mtime_ns for file in BOX.rglob("*")}, before)
+
+    def test_each_row_of_status_is_an_object(self):
+        put("sent")
+        rows = [json.loads(line) for line in run("status", "--json")[1].splitlines()]
+        for row in rows:
+            self.assertLessEqual({"verdict", "text"}, set(row))
+            self.assertNotRegex(row.get("metric", ""), "[{}]")
+        self.assertIn({"metric": "messages", "folder": "sent", "value": 1, "verdict": 0, "text": "sent: 1"}, rows)
+        self.assertEqual([row["guid"] for row in rows if row.get("metric") == "last_sent_time_seconds"], [GUID])
+
+
+    def test_the_manuals_have_each_metric_and_option(self):
+        put("sent")
+        put("received")
+        root = pathlib.Path(__file__).resolve().parents[2]
+        manual, fleet = ((root / name).read_text() for name in ("packaging/man/veldctl.1", "docs/fleet.md"))
+        metrics = set(re.findall(r"^veld_(\w+)", run("status", "--prometheus")[1], re.M))
+        self.assertGreater(len(metrics), 10)
+        self.assertLessEqual(metrics, set(re.findall(r"\w+", " ".join(re.findall(r"^\.It Sy (.*)", manual, re.M)))))
+        self.assertLessEqual(metrics, set(re.findall(r"`veld_(\w+)", fleet)))
+        for command in re.findall(r"^  ([a-z]+) ", run("help")[1], re.M):
+            synopsis = re.search(rf"^\.Cm {command}\b.*?(?=^\.Nm|^\.Sh)", manual, re.M | re.S)[0]
+            for short, option in re.findall(r"^  (?:-(.), )?--([a-z]+)", run("help", command)[1], re.M):
+                if option != "help":
+                    self.assertRegex(synopsis, rf"-{option}\b" + (rf"|Fl {short}\b" if short else ""), command)
+
+
+class FollowTest(unittest.TestCase):
+    setUp = CommandsTest.setUp
+    state = pathlib.Path("/run/state")
+
+    def tearDown(self):
+        self.state.unlink(missing_ok=True)
+
+    def event(self, follower):
+        said = json.loads(follower.stdout.readline())
+        self.assertEqual(sorted(said), ["event", "guid", "record", "time"])
+        return said["event"] + " " + said["guid"]
+
+    def end(self, follower):
+        follower.kill()
+        follower.communicate()
+
+    def test_what_happens_is_told_once_over_a_restart(self):
+        put("sent", "1")
+        follower = start("follow", "--state", str(self.state))
+        await_true(self.state.exists)
+        put("sent", "2")
+        self.assertEqual(self.event(follower), "sent 2")
+        put("received", "3", parts=["a", None])
+        self.assertEqual(self.event(follower), "received 3")
+        put("received", "3")
+        self.assertEqual(self.event(follower), "completed 3")
+        await_true(lambda: re.search(r'"received/3":\[\d+,false\]', self.state.read_text()))
+        status, _, said = run("follow", "--state", str(self.state))
+        self.assertEqual((status, said), (1, "veldctl: another veldctl follows with /run/state\n"))
+        self.end(follower)
+        put("failed", "4")
+        follower = start("follow", "--state", str(self.state))
+        self.assertEqual(self.event(follower), "failed 4")
+        self.end(follower)
+
+    def test_an_answer_makes_a_line_count(self):
+        self.state.touch()
+        put("sent", "1")
+        put("sent", "2")
+        words = ("follow", "--ack", "--state", str(self.state))
+        for answers, told in ((b"", ["1"]), (b"\n", ["1", "2"]), (b"\n\n", ["2"]), (b"", [])):
+            with self.subTest(answers=answers):
+                status, out, _ = run(*words, text=answers)
+                self.assertEqual((status, [json.loads(line)["guid"] for line in out.splitlines()]), (0, told))
+
+    def test_a_program_is_run_until_it_succeeds(self):
+        self.state.touch()
+        put("received", "1", source="+49", message="first")
+        put("sent", "2", message="second")
+        hook = pathlib.Path("/run/hook")
+        hook.write_text('#!/bin/sh\necho "$VELD_EVENT $VELD_GUID $VELD_NUMBER $VELD_TEXT" >>/run/told\ncat >>/run/input\n'
+                        '[ -e /run/good ] || { touch /run/good; exit 3; }\n')
+        hook.chmod(0o755)
+        follower = start("follow", "--state", str(self.state), "--exec", str(hook))
+        told = ["received 1 +49 first"] * 2 + ["sent 2 +491 second"]
+        await_true(lambda: '"sent/2"' in self.state.read_text())
+        self.assertEqual(pathlib.Path("/run/told").read_text().splitlines(), told)
+        self.assertEqual([json.loads(line)["guid"] for line in pathlib.Path("/run/input").read_text().splitlines()], ["1", "1", "2"])
+        self.assertEqual(follower.stderr.readline(), "veldctl: /run/hook ended with status 3 for 1; it runs again in 1 s\n")
+        self.end(follower)
+
+    def test_a_folder_that_is_missing_is_said(self):
+        shutil.rmtree(FOLDERS["sent"])
+        self.assertEqual(run("follow"), (1, "", "veldctl: /var/config/sms/outbox/sent: No such file or directory\n"))
+
+
+class ExamplesTest(unittest.TestCase):
+    """The files of packaging/ for a shell and for the hook."""
+    setUp = CommandsTest.setUp
+    packaging = pathlib.Path(__file__).resolve().parents[2] / "packaging"
+
+    def hook(self, name, event, number="+491", text="State?", **environment):
+        variables = {"VELD_EVENT": event, "VELD_GUID": "1", "VELD_NUMBER": number, "VELD_TEXT": text, **environment}
+        return subprocess.run([self.packaging / "examples" / name], input=b'{"guid": "1"}', timeout=60,
+                              env={**os.environ, **variables}, capture_output=True).returncode
+
+    def program(self, name, text):
+        file = pathlib.Path("/run/bin") / name
+        file.parent.mkdir(exist_ok=True)
+        file.write_text("#!/bin/sh\n" + text)
+        file.chmod(0o755)
+        return {"PATH": f"{file.parent}:{os.environ['PATH']}"}
+
+    def test_an_answer_goes_to_numbers_that_ask(self):
+        path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
+        for event, number, text, answers in (("sent", "+491", "State?", 0), ("received", "+491", "hello", 0),
+                                             ("received", "Bank", "State?", 0), ("received", "+491", "State? please", 1)):
+            with self.subTest(event=event, number=number, text=text):
+                self.assertEqual(self.hook("on-event-answer", event, number, text, **path), 0)
+                self.assertEqual(len(files()), answers)
+
+    def test_a_mail_has_one_line_of_subject(self):
+        self.program("sendmail", "cat >/run/mail")
+        self.assertEqual(self.hook("on-event-mail", "received", "1\nBcc: x", "Grüße", SENDMAIL="/run/bin/sendmail"), 0)
+        head, _, body = pathlib.Path("/run/mail").read_text().partition("\n\n")
+        self.assertEqual((head.splitlines()[1], body), ("Subject: SMS from 1Bcc x", "Grüße\n"))
+        self.program("sendmail", "exit 75")
+        self.assertEqual([self.hook("on-event-mail", event, SENDMAIL="/run/bin/sendmail") for event in ("received", "sent")], [75, 0])
+
+    @unittest.skipUnless(shutil.which("curl"), "there is no curl")
+    def test_a_web_server_gets_the_event_or_gets_it_again(self):
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_POST(self):
+                got.append(self.rfile.read(int(self.headers["Content-Length"])))
+                self.send_response(statuses.pop(0))
+                self.end_headers()
+
+            def log_message(self, *_):
+                pass
+
+        got, statuses = [], [500, 200]
+        with http.server.HTTPServer(("127.0.0.1", 0), Handler) as server:
+            threading.Thread(target=server.serve_forever, daemon=True).start()
+            url = {"WEBHOOK_URL": f"http://127.0.0.1:{server.server_port}/"}
+            endings = [self.hook("on-event-webhook", "sent", **url) for _ in range(2)]
+            server.shutdown()
+        self.assertEqual((endings, got), ([22, 0], [b'{"guid": "1"}'] * 2))
+        self.assertEqual(self.hook("on-event-webhook", "sent", **url), 7)
+
+    def test_bash_completes(self):
+        put("failed", "11")
+        put("sending", "21")
+        path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
+        script = ('. "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _veldctl; echo "${COMPREPLY[*]}"')
+        for words, completed in ((["s"], "send show seen status"), (["retry", "--"], "--retries --json --help"), (["list", "s"], "sending sent"),
+                                 (["retry", ""], "11"), (["show", ""], "11 21"), (["wait", ""], "21"), (["help", "fo"], "follow")):
+            with self.subTest(words=words):
+                said = subprocess.run(["bash", "-c", script, "-", self.packaging / "veldctl.bash-completion", "veldctl", *words],
+                                      capture_output=True, text=True, env={**os.environ, **path}).stdout
+                self.assertEqual(said, completed + "\n")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,84 @@
+#include "veldctl/Message.h"
+
+#include <sstream>
+
+#include "daemon/RetryStep.h"
+#include "storage/MessageRecord.h"
+#include "storage/MessageStatus.h"
+#include "veldctl/ShortMessage.h"
+
+namespace {
+
+namespace Key = MessageRecord::Key;
+
+constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds
+
+std::string textOf(const Json::Value& record, const char* key) {
+  const Json::Value& value = MessageRecord::member(record, key);
+  return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
+}
+
+std::string faultOf(const Message& message) {
+  if (!message.record.isObject()) return "it is no JSON object";
+  if (MessageRecord::guid(message.record) != message.name) return "its guid is not the name of its file";
+  for (const char* const key : {Key::Message, Key::Recipient, Key::Source})
+    if (!MessageRecord::member(message.record, key).isConvertibleTo(Json::stringValue))
+      return std::string("its ") + key + " is no text";
+  return "";
+}
+
+std::string dangerOf(const Message& message) {
+  if (message.isIncoming() || ShortMessage::isNumber(message.number())) return "";
+  return message.number().empty() ? "it has no recipient" : "its recipient is no number: " + message.number();
+}
+
+// -1 for a text of another form.
+std::time_t parseTimestamp(const std::string& text) {
+  std::tm time{};
+  time.tm_isdst = -1;
+  const char* const end = strptime(text.c_str(), "%Y/%m/%d %H:%M:%S", &time);
+  return end != nullptr && *end == '\0' ? std::mktime(&time) : -1;
+}
+
+// The parser's words are several lines with marks between them.
+std::string syntaxFault(const std::string& errors) {
+  std::istringstream words(errors);
+  std::string text = "it is no JSON:";
+  for (std::string word; words >> word;)
+    if (word != "*") text += " " + word;
+  return text;
+}
+
+}  // namespace
+
+bool Message::isIncoming() const { return status == MessageStatus::Received; }
+
+std::string Message::number() const { return textOf(record, isIncoming() ? Key::Source : Key::Recipient); }
+
+std::string Message::text() const { return textOf(record, Key::Message); }
+
+std::uint32_t Message::retries() const {
+  const Json::Value& value = MessageRecord::member(record, Key::Retries);
+  return value.isUInt() ? value.asUInt() : 0;
+}
+
+bool Message::hasFailedForGood() const { return status == MessageStatus::Failed && !mayRetry(record); }
+
+bool Message::isSeen() const { return MessageRecord::member(record, seenKey) == true; }
+
+std::time_t Message::time() const {
+  const std::time_t received = isIncoming() ? parseTimestamp(textOf(record, Key::Timestamp)) : -1;
+  return received != -1 ? received : static_cast<std::time_t>(changed / second);
+}
+
+void readRecord(Message& message, const std::string& content) {
+  std::istringstream stream(content);
+  if (!MessageRecord::parse(stream, message.record, message.fault)) {
+    message.record = Json::nullValue;
+    message.fault = syntaxFault(message.fault);
+  } else {
+    message.fault = faultOf(message);
+  }
+  if (!message.record.isObject()) message.content = content;
+  if (message.fault.empty()) message.danger = dangerOf(message);
+}

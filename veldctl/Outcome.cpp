@@ -1,0 +1,78 @@
+#include "veldctl/Outcome.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+
+#include "provider/SmsUtilsProvider.h"
+#include "storage/MessageStatus.h"
+#include "veldctl/FolderWatch.h"
+#include "veldctl/Output.h"
+#include "veldctl/Times.h"
+
+namespace {
+
+using namespace MessageStatus;
+
+constexpr std::time_t onItsWay = 5;             // seconds for which a message may be in no folder
+constexpr int lookInterval = 1000;              // milliseconds
+constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds
+
+// The last line of the send log behind `logged`.
+std::string reasonFrom(std::streamoff logged) {
+  std::ifstream log(sendLog);
+  log.seekg(logged);
+  std::string reason = "the tool said nothing";
+  for (std::string line; std::getline(log, line);)
+    if (!line.empty()) reason = line;
+  return reason;
+}
+
+// Fills in `outcome` when the message is in a folder where it ends.
+bool isSettled(const Folders& folders, std::streamoff logged, Outcome& outcome) {
+  const std::int64_t sent = folders.changed(Sent, outcome.guid);
+  const std::int64_t failed = folders.changed(Failed, outcome.guid);
+  if (sent == 0 && failed == 0) return false;
+  outcome.ending = sent != 0 ? Done : Bad;
+  outcome.time = static_cast<std::time_t>(std::max(sent, failed) / second);
+  if (sent == 0) outcome.reason = reasonFrom(logged);
+  return true;
+}
+
+}  // namespace
+
+std::streamoff endOfSendLog() {
+  const std::streamoff end = std::ifstream(sendLog, std::ios::ate).tellg();
+  return std::max<std::streamoff>(end, 0);  // -1 without a log
+}
+
+Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned seconds,
+                     std::streamoff logged) {
+  Outcome outcome;
+  outcome.guid = guid;
+  FolderWatch watch(folders, {Sending, Sent, Failed});
+  const std::time_t begin = std::time(nullptr);
+  for (std::time_t seen = begin; !isSettled(folders, logged, outcome); watch.wait(lookInterval)) {
+    const std::time_t now = std::time(nullptr);
+    if (folders.changed(Sending, guid) != 0) seen = now;
+    if (now - seen > onItsWay) outcome.reason = "it is in no folder any more";
+    if (now - begin >= static_cast<std::time_t>(seconds)) outcome.reason = "it still waits";
+    if (!outcome.reason.empty()) break;
+  }
+  return outcome;
+}
+
+int printOutcome(const Outcome& outcome, bool isJson) {
+  const bool isKnown = outcome.ending != Unknown;
+  if (isJson) {
+    Json::Value row;
+    row["guid"] = outcome.guid;
+    row["outcome"] = outcome.ending == Done ? "sent" : outcome.ending == Bad ? "failed" : "unknown";
+    if (!outcome.reason.empty()) row["reason"] = outcome.reason;
+    if (isKnown) row["time"] = Times::withZone(outcome.time);
+    std::cout << Output::line(row) << '\n';
+  } else if (outcome.ending != Done) {
+    Output::complain(outcome.guid + (isKnown ? " failed: " : ": ") + outcome.reason);
+  }
+  return outcome.ending;
+}

@@ -1,0 +1,17 @@
+#include "veldctl/Commands.h"
+#include "veldctl/Each.h"
+#include "veldctl/Queue.h"
+
+namespace {
+
+std::string markOne(const Request& request, const std::string& guid) {
+  const Lookup found = findFailed(request.folders, guid);
+  if (!found.message) return found.error;
+  if (!found.message->hasFailedForGood()) return "it will be sent again, so there is nothing to mark";
+  Queue(request.folders).markSeen(*found.message);
+  return "";
+}
+
+}  // namespace
+
+int seen(const Request& request) { return forEachGuid(request, markOne); }

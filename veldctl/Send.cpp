@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <iostream>
+
+#include "daemon/StartUp.h"
+#include "storage/MessageRecord.h"
+#include "storage/MessageStatus.h"
+#include "veldctl/Api.h"
+#include "veldctl/Commands.h"
+#include "veldctl/Outcome.h"
+#include "veldctl/Output.h"
+#include "veldctl/Processes.h"
+#include "veldctl/Queue.h"
+#include "veldctl/ShortMessage.h"
+
+namespace {
+
+namespace Key = MessageRecord::Key;
+using namespace MessageStatus;
+
+// Standard input without the line feed at its end; one byte more than can be sent shows that it is too long.
+std::string readText() {
+  std::string text(ShortMessage::mostBytes + 2, '\0');
+  std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(std::cin.gcount()));
+  if (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+std::string faultOf(const std::string& number, const ShortMessage::Shape& shape) {
+  if (!ShortMessage::isNumber(number)) return "'" + number + "': " + ShortMessage::numberRule;
+  return shape.fault;
+}
+
+void warnOfShape(const ShortMessage::Shape& shape) {
+  if (!shape.outside.empty()) Output::complain("not in the GSM alphabet: " + shape.outside);
+  if (shape.messages > 1) Output::complain("the text takes " + std::to_string(shape.messages) + " messages");
+}
+
+// When "sentLimit" is reached, the oldest messages of the outbox go first, even those that wait.
+void warnOfLimit(const Folders& folders, std::size_t limit) {
+  if (limit == 0) return Output::complain("\"sentLimit\" is 0: the message is not kept, nor sent again");
+  const auto outbox = folders.names({Sending, Sent, Failed}).files;
+  const std::size_t surplus = outbox.size() - std::min(outbox.size(), limit);
+  const auto waiting = std::count_if(outbox.begin(), outbox.begin() + static_cast<std::ptrdiff_t>(surplus),
+                                     [](const FileName& file) { return file.status == Sending; });
+  if (waiting > 0)
+    Output::complain("\"sentLimit\" is reached: " + std::to_string(waiting) +
+                     " that wait can be discarded unsent");
+}
+
+void warnOfGateway(const Folders& folders) {
+  const Json::Value settings = askForSettings().settings;
+  const Json::Value& limit = MessageRecord::member(settings, SettingsKey::sentLimit);
+  if (limit.isUInt()) warnOfLimit(folders, limit.asUInt());
+  if (!isDaemonRunning()) Output::complain("the daemon does not run: the message waits");
+}
+
+void printGuid(const std::string& guid, bool isJson) {
+  Json::Value row;
+  row["guid"] = guid;
+  std::cout << (isJson ? Output::line(row) : guid) << std::endl;
+}
+
+}  // namespace
+
+int send(const Request& request) {
+  const std::string& number = request.words[0];
+  const std::string text = request.words[1] == "-" ? readText() : request.words[1];
+  const ShortMessage::Shape shape = ShortMessage::shapeOf(text);
+  const std::string fault = faultOf(number, shape);
+  if (!fault.empty()) {
+    Output::complain(fault);
+    return Bad;
+  }
+  warnOfShape(shape);
+  Json::Value record;
+  record[Key::Recipient] = number;
+  record[Key::Message] = text;
+  if (const auto retries = request.number('r')) record[Key::Retries] = *retries;
+  const std::streamoff logged = endOfSendLog();
+  const std::string guid = Queue(request.folders).add(record);
+  const bool waits = request.has('w');
+  if (!waits || !request.isJson()) printGuid(guid, request.isJson());
+  warnOfGateway(request.folders);
+  if (!waits) return Done;
+  const unsigned seconds = request.number('w').value_or(waitSeconds);
+  return printOutcome(awaitOutcome(request.folders, guid, seconds, logged), request.isJson());
+}
