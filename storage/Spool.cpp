@@ -41,14 +41,21 @@ std::pair<unsigned, std::string> parseName(const std::string& name) {
   return {number, std::string(point + 1, end)};
 }
 
-std::vector<std::string> namesIn(int folder) {
+// None when the folder cannot be listed whole.
+std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
+  FileDescriptor again(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(again.get()), closedir);
+  if (directory == nullptr) return std::nullopt;
+  [[maybe_unused]] const int ownedByDirectory = again.release();
   std::vector<std::string> names;
-  const int again = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (again < 0) return names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(again), closedir);
-  while (const dirent* entry = directory != nullptr ? readdir(directory.get()) : nullptr)
-    if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
-      names.emplace_back(entry->d_name);
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = readdir(directory.get());
+    if (entry == nullptr) break;
+    const std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  if (errno != 0) return std::nullopt;
   return names;
 }
 
@@ -60,8 +67,7 @@ Spool::Pass Spool::open() {
   for (auto slot = slots_.begin(); slot != slots_.end();)
     slot = slot->second.unwritten ? std::next(slot) : slots_.erase(slot);
   last_ = slots_.empty() ? 0 : slots_.rbegin()->first;
-  if (acquire()) {
-    for (const std::string& name : namesIn(folder_.get())) takeIn(name);
+  if (acquire() && takeIn()) {
     keepReserve();
     for (auto& [number, slot] : slots_)
       if (slot.unwritten && write(number, {slot.stage, *slot.unwritten})) slot.unwritten.reset();
@@ -142,7 +148,12 @@ Spool::Survey Spool::survey(const std::string& root) {
     survey.readable = errno == ENOENT;
     return survey;
   }
-  for (const std::string& name : namesIn(folder.get())) {
+  const std::optional<std::vector<std::string>> names = namesIn(folder);
+  if (!names) {
+    survey.readable = false;
+    return survey;
+  }
+  for (const std::string& name : *names) {
     if (name == reserveName || NoteFile::isUnfinished(name)) continue;
     Note note{parseName(name).second, ""};
     const Reading reading =
@@ -171,6 +182,19 @@ bool Spool::acquire() {
   complained_ = true;
   folder_.reset();
   return false;
+}
+
+// A note that was not seen must not share its number with a new one, so nothing is written without a whole
+// list.
+bool Spool::takeIn() {
+  const std::optional<std::vector<std::string>> names = namesIn(folder_);
+  if (!names) {
+    complain("read");
+    folder_.reset();
+    return false;
+  }
+  for (const std::string& name : *names) takeIn(name);
+  return true;
 }
 
 void Spool::takeIn(const std::string& name) {

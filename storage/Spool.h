@@ -94,6 +94,7 @@ class Spool : private Orvel::NonCopyable {
   };
 
   bool acquire();
+  bool takeIn();
   void takeIn(const std::string& name);
   void keepReserve();
   bool write(unsigned number, const Note& note);

@@ -18,6 +18,9 @@ class FileDescriptor : private NonCopyable {
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
   [[nodiscard]] int get() const { return descriptor_; }
 
+  /// Gives the descriptor away, open as it is.
+  [[nodiscard]] int release() { return std::exchange(descriptor_, -1); }
+
   /// Closes the descriptor, and takes over another.
   void reset(int descriptor = -1) {
     const int old = std::exchange(descriptor_, descriptor);
