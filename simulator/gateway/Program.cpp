@@ -17,7 +17,8 @@ void Program::start(const std::string& command, const std::string& path) {
   pid_ = fork();
   if (pid_ != 0) return;
   setpgid(0, 0);
-  dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+  const int null = open("/dev/null", O_RDONLY);
+  if (null >= 0) dup2(null, STDIN_FILENO);
   closefrom(STDERR_FILENO + 1);
   execlp("env", "env", setting.c_str(), "sh", "-c", command.c_str(), nullptr);
   _exit(cannotStart);

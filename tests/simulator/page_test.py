@@ -194,9 +194,9 @@ class PageTest(unittest.TestCase):
         for number in ("+4917055555", "+4917066666"):
             Select(self.one("#sender")).select_by_visible_text("another number …")
             self.one("#another-number").send_keys(number, Keys.ENTER)
+            self.assertEqual(self.one("#sender").get_attribute("value"), number)
             self.write("from another")
             self.see("#conversation .written", "from another")
-            self.assertEqual(self.one("#sender").get_attribute("value"), number)
 
     def test_a_text_like_a_command_line_stays_a_text(self):
         for text in ('quotes " and \\ and \\n', "one' --retries", "--16-bit"):
