@@ -39,7 +39,7 @@ Function real(const char* name) {
 
 }  // namespace
 
-// These stand before the functions of the C library.
+// These replace functions of the C library.
 extern "C" {
 
 pid_t fork() noexcept {
@@ -81,6 +81,8 @@ struct CheckRow {
 const CheckRow checkRows[] = {
     {"Nothing", "{}", 1, "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
     {"EnabledIsText", "{'enabled':'true'}", 1,
+     "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
+    {"EnabledIsNumber", "{'enabled':1}", 1,
      "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
     {"OnlyEnabled", "{'enabled':true}", 1,
      "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
@@ -213,7 +215,7 @@ TEST(Main, MakesTheFoldersInTheirOrder) {
 
 namespace {
 
-/// What the process has of its own, a line each. `inherited` is a descriptor that its starter has left open.
+/// The state of this process, a line each. `inherited` is a descriptor that its starter left open.
 std::string describeProcess(int inherited) {
   std::string text = "folder " + std::filesystem::current_path().string();
   text += getsid(0) == getpid() ? ", session its own" : ", session of its starter";
@@ -232,7 +234,7 @@ std::string describeProcess(int inherited) {
   return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
 }
 
-/// Starts the daemon as an unkind starter would, and writes what it is then to `report`.
+/// Starts the daemon with everything changed that a starter can change, and writes its state to `report`.
 [[noreturn]] void startUnkindly(int report) {
   umask(077);
   (void)!chdir("/tmp");
@@ -247,7 +249,7 @@ std::string describeProcess(int inherited) {
 
 }  // namespace
 
-TEST(StartUp, MakesADaemonWhateverItsStarterWas) {
+TEST(StartUp, RunsAlikeWhateverTheStarterDid) {
   const CannedApi api(answer("{}"));
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
@@ -273,6 +275,9 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
   sigaction(SIGTERM, nullptr, &action);
   EXPECT_EQ(action.sa_handler, onTerminate);
   EXPECT_EQ(action.sa_flags & (SA_RESTART | static_cast<int>(SA_RESETHAND)), 0);
+  std::raise(SIGTERM);
+  EXPECT_EQ(stopRequested, 1);
+  stopRequested = 0;
   std::signal(SIGTERM, SIG_DFL);
 }
 

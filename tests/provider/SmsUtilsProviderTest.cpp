@@ -48,7 +48,7 @@ constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
 
 }  // namespace
 
-TEST_F(SmsUtilsProviderTest, DeletesOnlyWhatWasListedEvenIfItIsDropped) {
+TEST_F(SmsUtilsProviderTest, DeletesListedMessagesAndThoseItDrops) {
   tool("echo no messages");
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_EQ(readFile(calls), listCalls);
@@ -74,12 +74,12 @@ TEST_F(SmsUtilsProviderTest, UsesTheListingOfAToolThatFailsAndHidesTheFirst) {
   EXPECT_EQ(log_.echo(), "");
 }
 
-TEST_F(SmsUtilsProviderTest, TakesAMissingTool) {
+TEST_F(SmsUtilsProviderTest, ReceivesAndSendsNothingWithoutATool) {
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1'}")));
 }
 
-TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
+TEST_F(SmsUtilsProviderTest, ReceivesNothingWithoutAPipe) {
   tool(twoMessages);
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);
@@ -91,8 +91,8 @@ TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
   EXPECT_THAT(log_.text(), HasSubstr("[ERROR] [SMS-UTILS] Pipe error: [24][Too many open files]\n"));
 }
 
-// The tool stops in the middle of a line, sends SIGTERM when that is waited for, and goes on; it must be free
-// to be ended by one itself.
+// The tool stops in the middle of a line, sends SIGTERM to the waiting reader, and goes on. SIGTERM must not
+// be blocked in the tool.
 TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
   struct sigaction action{}, before{};
   static volatile std::sig_atomic_t signals;
@@ -151,7 +151,7 @@ TEST_P(Send, HandsTheTextToTheTool) {
 }
 INSTANTIATE_ROWS(Send, sendRows);
 
-TEST_F(SmsUtilsProviderTest, WritesDownWhatTheToolIsAboutToDo) {
+TEST_F(SmsUtilsProviderTest, NotesWhatTheToolIsAboutToDo) {
   const TemporaryFolder root({{"outbox/sending/1", R"({"guid":"1","recipient":"+49"})"}});
   Journal journal(root.path, 9, 9);
   SmsUtilsProvider provider(&journal);
@@ -174,11 +174,11 @@ TEST_F(SmsUtilsProviderTest, LogsTheCommandBeforeItRunsAndAppendsTheToolsOutput)
   EXPECT_EQ(readFile("/var/log/veld.log"), "hi wrong\nyou wrong\n");
 }
 
-TEST_F(SmsUtilsProviderTest, FailsWhereItsFolderIsFullOrGone) {
+TEST_F(SmsUtilsProviderTest, FailsWhenItsFolderIsFullOrMissing) {
   std::filesystem::create_symlink("/dev/full", "/tmp/sms/sms-tmp");
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':'a'}")));
   std::filesystem::remove_all("/tmp/sms");
-  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // whose text is not looked at
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // its text is not read
   EXPECT_EQ(log_.text(),
             "[ERROR] Cannot write file /tmp/sms/sms-tmp: [28][No space left on device]\n"
             "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");
