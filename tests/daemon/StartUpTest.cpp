@@ -192,6 +192,12 @@ TEST(StartUp, ReadsTheTimingsBeforeTheSettings) {
                                     priority + ".* VELD: .ERROR. Exit: error to load settings\n"));
 }
 
+TEST(StartUp, InstallsTheHandlerBeforeItAsksForTheSettings) {
+  DatagramSocket syslog(_PATH_LOG);
+  EXPECT_EQ(runDaemon("sigaction"), 1);
+  EXPECT_THAT(receiveAll(syslog), testing::EndsWith("Error reading sms timings\n"));
+}
+
 TEST(StartUp, LogsToTheTerminalThatThereIsNoSyslog) {
   LogCapture log;
   EXPECT_EQ(runDaemon("fork"), 1);
@@ -275,9 +281,14 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
   sigaction(SIGTERM, nullptr, &action);
   EXPECT_EQ(action.sa_handler, onTerminate);
   EXPECT_EQ(action.sa_flags & (SA_RESTART | static_cast<int>(SA_RESETHAND)), 0);
-  std::raise(SIGTERM);
-  EXPECT_EQ(stopRequested, 1);
-  stopRequested = 0;
+  const pid_t child = fork();
+  if (child == 0) {
+    std::raise(SIGTERM);
+    std::_Exit(stopRequested == 1 ? 7 : 8);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 7);
   std::signal(SIGTERM, SIG_DFL);
 }
 
