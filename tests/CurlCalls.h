@@ -6,8 +6,8 @@
 #include <cstdarg>
 #include <string>
 
-/// Stands before libcurl in a test program that includes it, and notes in their order the options that are
-/// set and what is released.
+/// Replaces functions of libcurl in a test program that includes it: notes the options that are set and the
+/// objects that are released, in their order.
 inline std::string curlCalls;
 
 template <typename Function>

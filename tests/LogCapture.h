@@ -17,10 +17,16 @@ class LogCapture {
   LogCapture& operator=(const LogCapture&) = delete;
 
   /// Every line that was logged.
-  std::string text() { return stop(), log_; }
+  std::string text() {
+    stop();
+    return log_;
+  }
 
   /// Everything on standard output.
-  std::string echo() { return stop(), echo_; }
+  std::string echo() {
+    stop();
+    return echo_;
+  }
 
  private:
   void stop() {

@@ -19,7 +19,7 @@ TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
 }
 
 struct FlagRow {
-  const char* name;  ///< the only flag that is true; those that may be missing are
+  const char* name;  ///< the only flag that is true; optional flags are missing
   int command;
 };
 const FlagRow flagRows[] = {
@@ -79,7 +79,8 @@ TEST_P(Refusal, NamesWhatIsMissing) {
   EXPECT_FALSE(config.setConfig(settings));
   EXPECT_EQ(log.text(), row.log);
   EXPECT_EQ(config.config, settings);
-  EXPECT_EQ(config.enabled && config.checkinEnabled, row.flagsRead);
+  EXPECT_EQ(config.enabled, row.flagsRead);
+  EXPECT_EQ(config.checkinEnabled, row.flagsRead);
   EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), row.whitelistRead);
   EXPECT_TRUE(!config.passwordEnabled && config.password == "earlier");
 }
@@ -100,8 +101,10 @@ TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
 }
 
 TEST(SMSCommandConfig, ThrowsForAValueOfTheWrongType) {
-  Json::Value settings = json(least);
-  settings["enabled"] = "true";
-  SMSCommandConfig config;
-  EXPECT_THROW(config.setConfig(settings), Json::LogicError);
+  for (const char* const key : {"enabled", "checkinEnabled", "pingEnabled"}) {
+    Json::Value settings = json(least);
+    settings[key] = "true";
+    SMSCommandConfig config;
+    EXPECT_THROW(config.setConfig(settings), Json::LogicError) << key;
+  }
 }

@@ -133,7 +133,7 @@ const ValidateRow validateRows[] = {
     {"PasswordNotAskedFor", "{}", "p wrong #ping", "4567890", succeeded},
 };
 class Validate : public testing::TestWithParam<ValidateRow> {};
-TEST_P(Validate, LetsNoStrangerIn) {
+TEST_P(Validate, ChecksNumberTextAndPassword) {
   const ValidateRow& row = GetParam();
   Json::Value all = settings();
   const Json::Value changes = json(row.changes);
@@ -182,8 +182,11 @@ TEST(Execute, RefusesACommandThatIsNotPermitted) {
                 parsed + invalid(""));
 }
 
-TEST(Execute, IsTrueWhateverBecomesOfTheRequest) {
-  SMSCommand commands(settings());
+TEST(Execute, IsTrueWhenTheRequestFails) {
+  Json::Value all = settings();
+  all["enabled"] = false;  // only validateSMSCommand asks for it, and for the other permissions
+  all["whitelist"]["enabled"] = all["password"]["enabled"] = true;
+  SMSCommand commands(all);
   ASSERT_TRUE(commands.loadConfig());
   LogCapture log;
   EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // of which nothing is escaped

@@ -9,7 +9,7 @@
 #include "provider/ModemEvents.h"
 #include "provider/SmsProvider.h"
 
-/// A modem that gives what is in `incoming`, once, and refuses the numbers in `refused`.
+/// A modem that hands out `incoming` once and refuses the numbers in `refused`.
 class FakeProvider final : public SmsProvider {
  public:
   std::vector<Json::Value> receiveMessages() override {

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "daemon/MainLoop.h"
+#include "daemon/PartMerger.h"
 #include "support/Logger.h"
 #include "support/Watchdog.h"
 #include "tests/DatagramSocket.h"
@@ -47,16 +48,16 @@ class Pass : public testing::Test {
 
 }  // namespace
 
-TEST_F(Pass, TouchesOnlyTheOutboxWhereNothingIsToDo) {
+TEST_F(Pass, ReadsOnlyTheOutboxWhenThereIsNothingToDo) {
   EXPECT_EQ(pass(), "");
   EXPECT_EQ(world_.folders->loads, (std::map<int, int>{{Sending, 1}, {Failed, 1}}));
 }
 
-TEST_F(Pass, FilesLaterWhatTheStoreDidNotTake) {
+TEST_F(Pass, FilesAMessageLaterWhenSavingFailed) {
   world_.takeStagingAway();
   pass({"{'guid':'1','source':'1','message':'#reboot'}"});
   world_.bringStagingBack();
-  EXPECT_THAT(pass(), testing::Not(HasSubstr("[WARNING]")));  // it was obeyed, and is not again
+  EXPECT_THAT(pass(), testing::Not(HasSubstr("[WARNING]")));  // it was executed in the first pass
   EXPECT_EQ(pass(), "");
   EXPECT_THAT(world_.records(Received),
               ElementsAre(json("{'guid':'1','source':'1','message':'#reboot','isSMSCommand':true}")));
@@ -72,6 +73,23 @@ TEST_F(Pass, FilesARefusedCommandUnmarked) {
               EndsWith("[ERROR] Failed to execute command [#checkin]\n"));
   EXPECT_THAT(world_.records(Received), ElementsAre(json("{'guid':'1','source':'2','message':'#reboot'}"),
                                                     json("{'guid':'2','source':'1','message':'#checkin'}")));
+}
+
+TEST_F(Pass, OffersNothingWhileCommandsAreDisabled) {
+  Json::Value settings = json(commandSettings);
+  settings["enabled"] = false;
+  SMSCommand disabled(settings);
+  ASSERT_TRUE(disabled.loadConfig());
+  world_.provider.incoming = {json("{'guid':'1','source':'1','message':'#reboot'}")};
+  LogCapture log;
+  runPass(world_.provider, *world_.storage, disabled, world_.journal, {}, retry_);
+  EXPECT_EQ(log.text(), "[WARNING] SMS commands not enabled\n");
+  EXPECT_THAT(world_.records(Received), ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
+}
+
+TEST(PartOfMultipart, IsARecordWithPartId) {
+  EXPECT_TRUE(isPartOfMultipart(json("{'part-id':1}")));
+  EXPECT_FALSE(isPartOfMultipart(json("{'parts':[],'part-count':1}")));
 }
 
 TEST_F(Pass, OffersOnlyWholeRecordsToTheCommands) {
@@ -101,7 +119,7 @@ TEST_F(Pass, FilesInOrderAndJoinedMessagesLast) {
   EXPECT_THAT(world_.folders->saved, ElementsAre("6", "5", "4", "1"));
 }
 
-TEST_F(Pass, FillsEachStoredMessageOfTheReferenceWhoeverSentIt) {
+TEST_F(Pass, FillsEveryStoredMessageOfTheReference) {
   for (const char* const parts : {"{'guid':'8','source':'1','part-id':7,'parts':['a',null,null]}",
                                   "{'guid':'9','source':'2','part-id':7,'parts':[null,'b',null]}"})
     world_.put(parts, Received);
@@ -112,7 +130,7 @@ TEST_F(Pass, FillsEachStoredMessageOfTheReferenceWhoeverSentIt) {
                   json("{'guid':'9','source':'2','part-id':7,'message':' ... bc','parts':[null,'b','c']}")));
 }
 
-TEST_F(Pass, LosesNoPartWhileTheStoreTakesNothing) {
+TEST_F(Pass, LosesNoPartWhileSavingFails) {
   pass({"{'guid':'9','part-id':7,'part-count':3,'message':'','parts':['a',null,null]}"});
   world_.takeStagingAway();
   pass({"{'guid':'8','part-id':7,'part-count':3,'message':'','parts':[null,'b',null]}"});
@@ -132,7 +150,7 @@ TEST_F(Pass, FilesAPartThatFillsNothing) {
   EXPECT_EQ(world_.folders->loads[Received], 5);  // once a pass, and once for each save under a limit
 }
 
-TEST_F(Pass, MergesPastWhateverLiesInTheStore) {
+TEST_F(Pass, IgnoresStoredFilesThatCannotTakeThePart) {
   int name = 10;
   for (const char* const stored : {"[1]", "7", "null", "{'guid':'5','part-id':'x','parts':[null,null]}",
                                    "{'guid':'6','part-id':7,'parts':{'a':1}}", "{'guid':'7','part-id':7}",
@@ -158,7 +176,7 @@ TEST_F(Pass, SendsWhatIsQueued) {
   world_.provider.onSend = [this] { ++now_; };
   world_.put("{'guid':'4','recipient':'bad'}", Sending);
   pass();
-  EXPECT_EQ(retry_.lastTime, 1003u);  // when the retry step looked; the timer runs already
+  EXPECT_EQ(retry_.lastTime, 1003u);  // the retry step set it, and the timer runs already
 }
 
 TEST_F(Pass, MovesTheRecordThatWasSentAndNotItsGuid) {
@@ -185,14 +203,14 @@ TEST_F(Pass, GivesASignOfLifeForEachMessage) {
   EXPECT_THAT(world_.provider.attempts, ElementsAre("failed", "queued"));
   int signs = 0;
   while (manager.receive() == "WATCHDOG=1") ++signs;
-  EXPECT_EQ(signs, 5);  // two that came, one that is whole by them, one sent again, one sent
+  EXPECT_EQ(signs, 5);  // two received, one joined, one retried, one sent
   alarm(60);
-  while (signs++ < 1000) Orvel::Watchdog::feed();  // nobody takes them: none may wait
+  while (signs++ < 1000) Orvel::Watchdog::feed();  // the socket is full: feed() must not block
   alarm(0);
   Orvel::Watchdog::setup();
 }
 
-TEST_F(Pass, SendsNothingAgainThatCannotBeMoved) {
+TEST_F(Pass, SendsAMessageOnceThatCannotBeMoved) {
   world_.folders->removes = false;
   startFailureTimer(retry_, [this] { return now_; });
   world_.put("{'guid':'1','recipient':'failed','retries':1}", Failed);
@@ -217,4 +235,5 @@ TEST_F(Pass, LogsWhatIsThrownAndGoesOn) {
   world_.provider.onReceive = nullptr;
   EXPECT_EQ(pass(), "");
   EXPECT_THAT(world_.names(Sent), ElementsAre("1"));
+  EXPECT_FALSE(retry_.timerStarted);
 }

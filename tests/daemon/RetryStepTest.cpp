@@ -16,7 +16,7 @@ namespace {
 bool clockFails = false;
 }
 
-// Stands before the C library's.
+// Replaces the function of the C library.
 extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
 #ifdef SYS_clock_gettime64
   constexpr long call = SYS_clock_gettime64;
@@ -28,7 +28,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
 
 namespace {
 
-/// A step every 5 seconds, beginning where the clock is about to wrap.
+/// Runs a step every 5 seconds, from just before the clock wraps.
 class RetryStep : public testing::Test {
  protected:
   RetryStep() { world_.provider.refused = {"bad"}; }
@@ -92,7 +92,7 @@ TEST_P(Schedule, IsKept) {
 }
 INSTANTIATE_ROWS(Schedule, scheduleRows);
 
-TEST_F(RetryStep, SharesTheAttemptAmongTheMessagesThatMayRetry) {
+TEST_F(RetryStep, TriesEveryMessageThatMayRetry) {
   for (const char* const record :
        {"{'guid':'1','recipient':'bad','retries':2}", "{'guid':'2','recipient':'good','retries':1}",
         "{'guid':'3','recipient':'spent','retries':0}", "{'guid':'4','recipient':'never'}"})
@@ -146,7 +146,7 @@ TEST(MayRetry, IsFalseForTheUnsignedZeroThatAFailedRetryLeaves) {
   EXPECT_FALSE(mayRetry(record));
 }
 
-TEST_F(RetryStep, StartsAnewWhenNothingIsLeft) {
+TEST_F(RetryStep, RestartsTheScheduleWhenNothingIsLeft) {
   world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
   attemptTimes({10, 100}, 30);
   EXPECT_EQ(state_.dialAttempt, 2u);
@@ -160,13 +160,13 @@ TEST_F(RetryStep, StartsAnewWhenNothingIsLeft) {
   EXPECT_THAT(attemptTimes({10, 100}, 30), ElementsAre(10));
 }
 
-TEST_F(RetryStep, CountsTheTimeOfAnAttemptForTheNext) {
+TEST_F(RetryStep, AddsTheTimeOfAnAttemptToTheNextInterval) {
   world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
   world_.provider.onSend = [this] { now_ += 5; };
-  EXPECT_THAT(attemptTimes({10}, 30), ElementsAre(15, 25, 35));  // the seconds after each
+  EXPECT_THAT(attemptTimes({10}, 30), ElementsAre(15, 25, 35));  // the time of each attempt counts
 }
 
-TEST_F(RetryStep, TakesAClockThatFailsFor0) {
+TEST_F(RetryStep, ReadsAFailedClockAs0) {
   LogCapture log;
   clockFails = true;
   const std::uint32_t failed = monotonicSeconds();

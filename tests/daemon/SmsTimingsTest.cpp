@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "daemon/SmsTimings.h"
 #include "tests/LogCapture.h"
 #include "tests/Rows.h"
@@ -33,6 +35,7 @@ const TimingsRow timingsRows[] = {
     {"TooLarge", "timings-sms=[99999999999,-99999999999]\n", {2147483647u, 2147483648u}},
     {"OtherSeparator", "timings-sms=30;40\n", {30}},
     {"BlankInside", "timings-sms=30 40\n", {30}},
+    {"DecimalOnly", "timings-sms=[010,0x10]\n", {10, 0}},
     {"KeyInCapitals", "TIMINGS-SMS=10\n", {}},
     {"KeyAndMore", "timings-sms2=10\n", {}},
     {"SecondEqualsSign", "timings-sms=30=40\n", {30}},
@@ -67,10 +70,12 @@ TEST(Timings, AreCutWithOneLine) {
                             many.substr(0, many.size() - 1) + "\n");
 }
 
-TEST(ReadConfigValue, RefusesBadArguments) {
+TEST(ReadConfigValue, ChecksItsArguments) {
   const TemporaryFolder folder{{"file", "key=value\n"}};
   const std::string path = folder.path + "/file";
-  char value[configValueSize] = "kept";
+  char value[configValueSize] = "";
+  EXPECT_EQ(readConfigValue(path.c_str(), 1, "other", value), 1);
+  std::strcpy(value, "kept");
   EXPECT_EQ(readConfigValue(nullptr, 1, "key", value), -1);
   EXPECT_EQ(readConfigValue(path.c_str(), 1, nullptr, value), -1);
   EXPECT_EQ(readConfigValue(path.c_str(), 1, "key", nullptr), -1);

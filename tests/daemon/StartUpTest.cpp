@@ -39,7 +39,7 @@ Function real(const char* name) {
 
 }  // namespace
 
-// These stand before the functions of the C library.
+// These replace functions of the C library.
 extern "C" {
 
 pid_t fork() noexcept {
@@ -81,6 +81,8 @@ struct CheckRow {
 const CheckRow checkRows[] = {
     {"Nothing", "{}", 1, "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
     {"EnabledIsText", "{'enabled':'true'}", 1,
+     "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
+    {"EnabledIsNumber", "{'enabled':1}", 1,
      "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
     {"OnlyEnabled", "{'enabled':true}", 1,
      "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
@@ -190,6 +192,12 @@ TEST(StartUp, ReadsTheTimingsBeforeTheSettings) {
                                     priority + ".* VELD: .ERROR. Exit: error to load settings\n"));
 }
 
+TEST(StartUp, InstallsTheHandlerBeforeItAsksForTheSettings) {
+  DatagramSocket syslog(_PATH_LOG);
+  EXPECT_EQ(runDaemon("sigaction"), 1);
+  EXPECT_THAT(receiveAll(syslog), testing::EndsWith("Error reading sms timings\n"));
+}
+
 TEST(StartUp, LogsToTheTerminalThatThereIsNoSyslog) {
   LogCapture log;
   EXPECT_EQ(runDaemon("fork"), 1);
@@ -213,7 +221,7 @@ TEST(Main, MakesTheFoldersInTheirOrder) {
 
 namespace {
 
-/// What the process has of its own, a line each. `inherited` is a descriptor that its starter has left open.
+/// The state of this process, a line each. `inherited` is a descriptor that its starter left open.
 std::string describeProcess(int inherited) {
   std::string text = "folder " + std::filesystem::current_path().string();
   text += getsid(0) == getpid() ? ", session its own" : ", session of its starter";
@@ -232,7 +240,7 @@ std::string describeProcess(int inherited) {
   return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
 }
 
-/// Starts the daemon as an unkind starter would, and writes what it is then to `report`.
+/// Starts the daemon with everything changed that a starter can change, and writes its state to `report`.
 [[noreturn]] void startUnkindly(int report) {
   umask(077);
   (void)!chdir("/tmp");
@@ -247,7 +255,7 @@ std::string describeProcess(int inherited) {
 
 }  // namespace
 
-TEST(StartUp, MakesADaemonWhateverItsStarterWas) {
+TEST(StartUp, RunsAlikeWhateverTheStarterDid) {
   const CannedApi api(answer("{}"));
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
@@ -273,6 +281,14 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
   sigaction(SIGTERM, nullptr, &action);
   EXPECT_EQ(action.sa_handler, onTerminate);
   EXPECT_EQ(action.sa_flags & (SA_RESTART | static_cast<int>(SA_RESETHAND)), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    std::raise(SIGTERM);
+    std::_Exit(stopRequested == 1 ? 7 : 8);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 7);
   std::signal(SIGTERM, SIG_DFL);
 }
 

@@ -3,14 +3,18 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "commands/CommandTable.h"
 #include "commands/SMSCommand.h"
-#include "daemon/RetryStep.h"
+#include "daemon/LocalApi.h"
+#include "daemon/MainLoop.h"
+#include "daemon/StartUp.h"
 #include "provider/SmsUtilsProvider.h"
 #include "storage/FolderCollectionStorage.h"
 #include "storage/LimitCollectionStorageDecorator.h"
 #include "storage/LimitNullCollectionStorageDecorator.h"
 #include "storage/MoveFolderStorage.h"
 #include "storage/StatusCollectionStorageDecorator.h"
+#include "support/Logger.h"
 
 namespace {
 
@@ -46,6 +50,13 @@ static_assert(std::is_same_v<decltype(&ICollectionStorage::save),
                              void (ICollectionStorage::*)(const Json::Value&, int)>);
 static_assert(std::is_same_v<decltype(&ICollectionStorage::move),
                              void (ICollectionStorage::*)(const Json::Value&, int, int)>);
+
+static_assert(std::string_view(localApiSocket) == "/var/run/api/http.sock");
+static_assert(std::string_view(settingsPath) == "/api/sms");
+static_assert(std::string_view(commandRows.back().path) == "sms_send");
+static_assert(passInterval == 5);
+static_assert(static_cast<int>(Orvel::Logger::PrintMode::Syslog) == 3);
+static_assert(static_cast<int>(Orvel::Logger::PrintMode::StandardError) == 1);
 
 static_assert(SMSCMD_UNKNOWN == 0 && SMSCMD_CHECKIN == 1 && SMSCMD_LNSRESTART == 14 && SMSCMD_WANIPS == 15);
 static_assert(std::is_same_v<decltype(RetryState::time_not_attempting), std::uint32_t>);

@@ -23,7 +23,7 @@ std::vector<std::string> lines(const std::string& text) {
   return all;
 }
 
-// The digits of what a clock shows that is nine hours and a half ahead of UTC.
+// The digits of the time nine and a half hours ahead of UTC.
 std::string ahead() {
   const std::time_t shown = std::time(nullptr) + 34200;
   char text[80];
@@ -52,6 +52,7 @@ const ListingRow listingRows[] = {
     {"Unquoted", "index\naddr: 1\nuser-data: a\n", "[{'source':'1','message':'a'}]"},
     {"LeadingQuoteOnly", "index\naddr: 1\nuser-data: \"a\n", "[{'source':'1','message':'a'}]"},
     {"TrailingQuoteOnly", "index\naddr: 1\nuser-data: a\"\n", "[{'source':'1','message':'a'}]"},
+    {"TwoTrailingQuotes", "index\naddr: 1\nuser-data: \"a\"\"\n", "[{'source':'1','message':'a\\\"'}]"},
     {"OneQuote", "index\naddr: 1\nuser-data: \"\n", "[{'source':'1','message':''}]"},
     {"QuotedBlanks", "index\naddr: 1\nuser-data:  \" a \" \n", "[{'source':'1','message':' a '}]"},
     {"OneCharacterBehindTheMarker", "index\naddr:_49\nuser-data:_hi\n", "[{'source':'49','message':'hi'}]"},
@@ -87,7 +88,7 @@ TEST(Listing, NumbersRecordsNotMessagesAndTakesLocalTime) {
   std::string text = "index\nno sender\n";
   for (int i = 0; i < 120; ++i) text += "index\naddr: 1\n";
   std::vector<Json::Value> records;
-  Json::Value second;  // where the ordinal 01 is taken
+  Json::Value second;  // of a listing in which the ordinal 01 is taken
   {
     LogCapture log;
     records = parseListing(lines(text)).records;

@@ -18,6 +18,8 @@ const JoinRow joinRows[] = {
      "[{'guid':'1','message':'Hello'}]"},
     {"Gap", "[{'part-id':7,'part-index':1,'part-count':2,'message':'lo'}]",
      "[{'part-id':7,'part-index':1,'part-count':2,'message':' ... lo','parts':[null,'lo']}]"},
+    {"GapAtTheEnd", "[{'part-id':7,'part-index':0,'part-count':3,'message':'a'}]",
+     "[{'part-id':7,'part-index':0,'part-count':3,'message':'a ...  ... ','parts':['a',null,null]}]"},
     {"RepeatedPart",
      "[{'part-id':7,'part-index':0,'part-count':1,'message':'old'},"
      " {'part-id':7,'part-index':0,'part-count':1,'message':'new'}]",
@@ -45,7 +47,7 @@ TEST_P(Join, GroupsTheParts) {
 }
 INSTANTIATE_ROWS(Join, joinRows);
 
-TEST(JoinParts, LeavesOtherRecordsAsTheyAre) {
+TEST(JoinParts, LeavesOtherRecordsUnchanged) {
   for (const char* const text : {"{'message':'a','parts':['b']}", "{'message':'a','part-id':1}",
                                  "{'message':'a','part-id':1,'parts':{}}", "[1]"}) {
     Json::Value record = json(text);

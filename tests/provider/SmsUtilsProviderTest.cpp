@@ -48,7 +48,7 @@ constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
 
 }  // namespace
 
-TEST_F(SmsUtilsProviderTest, DeletesOnlyWhatWasListedEvenIfItIsDropped) {
+TEST_F(SmsUtilsProviderTest, DeletesListedMessagesAndThoseItDrops) {
   tool("echo no messages");
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_EQ(readFile(calls), listCalls);
@@ -74,12 +74,12 @@ TEST_F(SmsUtilsProviderTest, UsesTheListingOfAToolThatFailsAndHidesTheFirst) {
   EXPECT_EQ(log_.echo(), "");
 }
 
-TEST_F(SmsUtilsProviderTest, TakesAMissingTool) {
+TEST_F(SmsUtilsProviderTest, ReceivesAndSendsNothingWithoutATool) {
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1'}")));
 }
 
-TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
+TEST_F(SmsUtilsProviderTest, ReceivesNothingWithoutAPipe) {
   tool(twoMessages);
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);
@@ -91,8 +91,8 @@ TEST_F(SmsUtilsProviderTest, TakesAPipeThatCannotBeOpened) {
   EXPECT_THAT(log_.text(), HasSubstr("[ERROR] [SMS-UTILS] Pipe error: [24][Too many open files]\n"));
 }
 
-// The tool stops in the middle of a line, sends SIGTERM when that is waited for, and goes on; it must be free
-// to be ended by one itself.
+// The tool stops in the middle of a line, sends SIGTERM to the waiting reader, and goes on. SIGTERM must not
+// be blocked in the tool.
 TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
   struct sigaction action{}, before{};
   static volatile std::sig_atomic_t signals;
@@ -166,7 +166,9 @@ TEST_F(SmsUtilsProviderTest, AnnouncesWhatCannotBeUndone) {
   provider.receiveMessages();
   EXPECT_THAT(readFile(calls), testing::EndsWith("about to delete from 01\n" + std::string(deleteCall)));
   provider.sendMessage(json("{'recipient':'+49'}"));
-  EXPECT_THAT(readFile(calls), testing::EndsWith("about to send\n/etc/smsconfig --verbose send -f /tmp/sms/sms-tmp +49\nsent\n"));
+  EXPECT_THAT(
+      readFile(calls),
+      testing::EndsWith("about to send\n/etc/smsconfig --verbose send -f /tmp/sms/sms-tmp +49\nsent\n"));
   tool("exit 1");
   provider.sendMessage(json("{'recipient':'+49'}"));
   EXPECT_THAT(readFile(calls), testing::EndsWith("refused\n"));
@@ -181,11 +183,11 @@ TEST_F(SmsUtilsProviderTest, LogsTheCommandBeforeItRunsAndAppendsTheToolsOutput)
   EXPECT_EQ(readFile("/var/log/veld.log"), "hi wrong\nyou wrong\n");
 }
 
-TEST_F(SmsUtilsProviderTest, FailsWhereItsFolderIsFullOrGone) {
+TEST_F(SmsUtilsProviderTest, FailsWhenItsFolderIsFullOrMissing) {
   std::filesystem::create_symlink("/dev/full", "/tmp/sms/sms-tmp");
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':'a'}")));
   std::filesystem::remove_all("/tmp/sms");
-  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // whose text is not looked at
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // its text is not read
   EXPECT_EQ(log_.text(),
             "[ERROR] Cannot write file /tmp/sms/sms-tmp: [28][No space left on device]\n"
             "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "provider/GsmAlphabet.h"
 #include "provider/UserData.h"
 #include "tests/Json.h"
 #include "tests/Rows.h"
@@ -16,6 +17,7 @@ const ByteRow byteRows[] = {
     {"HexUpper", "\\xFF", 255, 4},
     {"HexLower", "\\xa0", 160, 4},
     {"HexNoDigit", "\\xg0", -1, 4},
+    {"HexNoUpperDigit", "\\xG0", -1, 4},
     {"HexOneDigit", "\\x1", -1, 4},
     {"HexNoDigits", "\\x", -1, 4},
     {"Quote", "\\\"", '"', 2},
@@ -57,7 +59,9 @@ const HeaderRow headerRows[] = {
      "{'part-id':4863,'part-index':1,'part-count':3}", ""},
     {"UndecodableReference16", R"(\x06\x08\x04\xzz\x34\x03\x02)",
      "{'part-id':65332,'part-index':1,'part-count':3}", ""},
-    {"FillOctet", R"(\x05\x00\x03\x2a\x02\x01\x00Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
+    {"FillOctetOnce", R"(\x05\x00\x03\x2a\x02\x01\x00\x00Hello)",
+     "{'part-id':42,'part-index':0,'part-count':2}", R"(\x00Hello)"},
+    {"HeaderLengthOne", R"(\x01\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
      "Hello"},
     {"PrintedOctets", R"(\x05\x00\x03*\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
      "Hello"},
@@ -107,6 +111,18 @@ TEST_P(Unescape, ResolvesItsFiveEscapes) {
   EXPECT_EQ(text, GetParam().result);
 }
 INSTANTIATE_ROWS(Unescape, unescapeRows);
+
+TEST(GsmAlphabet, IsWhole) {
+  std::string codes, extension;
+  for (const std::string_view text : gsmDefaultAlphabet) codes += text;
+  for (std::size_t code = 0; code < gsmExtensionAlphabet.size(); ++code)
+    if (gsmExtensionAlphabet[code] != "?")
+      extension += std::to_string(code) + std::string(gsmExtensionAlphabet[code]) + " ";
+  EXPECT_EQ(codes,
+            "@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\x1BÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
+            "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà");
+  EXPECT_EQ(extension, "15\f 19^ 40{ 41} 47\\ 60[ 61~ 62] 64| 101€ ");
+}
 
 const TextRow decodeRows[] = {
     {"HighBytesPass", "é\xFF", "é\xFF"},

@@ -153,7 +153,7 @@ const LimitRow limitRows[] = {
     {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "5 7 8 9 | | | "},
     {"ReceivedBytewise", "[[],['9','10','8']]", Received, "5 8 9 | | | "},
     {"ReceivedReplacesItself", "[[],['4','5','6']]", Received, "5 6 | | | "},
-    {"ReceivedWithoutGuid", "[[],['7',null,'8']]", Received, "5 7 8 x1 | | | "},
+    {"ReceivedWithoutGuid", "[[],['7',null,'8','9']]", Received, "5 7 8 9 x1 | | | "},
     {"ReceivedGuidWithoutText", "[[],['7',{},'8']]", Received, "5 7 8 x1 | | | "},
     {"OutboxIsNotCounted", "[[],['7','8'],['1'],['2'],['3']]", Received, "5 7 8 | 1 | 2 | 3 "},
     {"OutboxBelow", "[[],[],['7'],['8'],['9']]", Sent, "| 7 | 5 8 | 9 "},

@@ -12,7 +12,9 @@ using testing::HasSubstr;
 
 TEST(FolderStorage, WritesARecordIntoTheFileOfItsGuid) {
   const TemporaryFolder folder;
-  EXPECT_TRUE(FolderStorage(folder.path + "/new/tree").save(json("{'guid':'1','message':'hi'}")));
+  FolderStorage storage(folder.path + "/new/tree");
+  writeFile(folder.path + "/new/tree/1", std::string(100, 'x'));
+  EXPECT_TRUE(storage.save(json("{'guid':'1','message':'hi'}")));
   EXPECT_EQ(readFile(folder.path + "/new/tree/1"), "{\n\t\"guid\" : \"1\",\n\t\"message\" : \"hi\"\n}");
 }
 
@@ -35,7 +37,7 @@ TEST(FolderStorage, ReportsAMissingGuidAndAFullDisk) {
   EXPECT_FALSE(FolderStorage(folder.path).save(json("{'guid':'1'}")));
 }
 
-TEST(FolderStorage, IsUsableWhereItsFolderCannotBeMade) {
+TEST(FolderStorage, IsUsableWithoutItsFolder) {
   const TemporaryFolder folder{{"file", "x"}};
   LogCapture log;
   FolderStorage storage(folder.path + "/file/below");
@@ -73,7 +75,7 @@ TEST_P(FolderFile, IsLoaded) {
 }
 INSTANTIATE_ROWS(FolderFile, fileRows);
 
-TEST(FolderStorage, GoesOnPastWhatIsNoFile) {
+TEST(FolderStorage, SkipsWhatIsNoReadableFile) {
   const TemporaryFolder folder{{"1", "{\"guid\":\"1\"}"}, {"sub-folder/x", ""}, {"tmp/x", ""}};
   ASSERT_EQ(symlink("/nowhere", (folder.path + "/link").c_str()), 0);
   ASSERT_EQ(chdir("/"), 0);
@@ -88,7 +90,7 @@ TEST(FolderStorage, GoesOnPastWhatIsNoFile) {
 struct FilterRow {
   const char* name;
   const char* filter;
-  unsigned taken;  ///< of a record and of what is none
+  unsigned taken;  ///< of an object and an array
 };
 const FilterRow filterRows[] = {
     {"Null", "null", 2},

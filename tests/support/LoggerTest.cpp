@@ -19,7 +19,7 @@ class SyslogSocket : public DatagramSocket {
 
 }  // namespace
 
-TEST(Logger, SetUpFailsWhereNothingListensOrWithoutIdent) {
+TEST(Logger, SetUpFailsWithoutSyslogOrIdent) {
   EXPECT_FALSE(Logger::setup(Logger::PrintMode::Syslog, "VELD", 0, 0));
   EXPECT_FALSE(Logger::setup(Logger::PrintMode::Syslog));
   const SyslogSocket syslog;
@@ -77,7 +77,7 @@ const TextRow textRows[] = {
     {"Long", std::string(100000, 'x'), std::string(100000, 'x')},
 };
 class Text : public testing::TestWithParam<TextRow> {};
-TEST_P(Text, IsWrittenSoThatItCannotDeceive) {
+TEST_P(Text, IsEscaped) {
   LogCapture log;
   ORVEL_LOG(INFO, "%s", GetParam().text.c_str());
   EXPECT_EQ(log.text(), "[INFO] " + GetParam().line + "\n");

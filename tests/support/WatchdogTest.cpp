@@ -2,8 +2,8 @@
 #include "tests/DatagramSocket.h"
 #include "tests/TemporaryFolder.h"
 
-TEST(Watchdog, GivesSignsWhereASocketIsNamed) {
-  const TemporaryFolder folder;  // abstract names are the whole machine's: one that no other test has
+TEST(Watchdog, SendsSignsToTheNamedSocket) {
+  const TemporaryFolder folder;  // abstract names are shared by the machine: this one is unique
   for (const std::string& name : {std::string("/run/manager"), "@" + folder.path}) {
     DatagramSocket manager(name);
     setenv("NOTIFY_SOCKET", name.c_str(), 1);
