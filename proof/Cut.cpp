@@ -5,12 +5,14 @@
 #include <iostream>
 #include <map>
 
+#include "proof/Fault.h"
 #include "proof/Proofs.h"
 #include "simulator/support/Files.h"
 
 namespace {
 
 constexpr unsigned limit = 1000;
+constexpr char logs[] = "/run/modem/logs";  // of the daemons whose power was cut, where they outlive it
 
 // What is on its way when the daemon is started.
 struct Situation {
@@ -71,6 +73,7 @@ bool runTo(const World::Programs& programs, const std::string& stage, const std:
   if (!hangs) std::cout << "The tool has nothing to " << operation << std::endl;
   if (hangs && stage == "deleted") modem.deleteRead();
   if (hangs && stage == "sent") modem.send(World::other, Simulator::readFile("/tmp/sms/sms-tmp"));
+  for (const auto& line : world.gateway().syslog.lines()) Simulator::appendFile(logs, line.text + "\n");
   std::filesystem::copy_file(image, image + ".cut", std::filesystem::copy_options::overwrite_existing);
   _exit(EXIT_SUCCESS);  // nothing goes on: the power is gone
 }
@@ -81,6 +84,7 @@ bool look(const World::Programs& programs, const std::string& name) {
   enter(world, situations.at(name), false);
   world.look("the power is back");
   world.ledger.died();
+  world.ledger.observe({Fault::None, {Simulator::readFile(logs)}, {}, "what was logged before the last cut"});
   const bool lives = world.start() && world.pass(5);
   if (!lives) std::cout << name << ": the daemon does not live after the cut\n";
   return world.report(name) && lives;

@@ -122,10 +122,7 @@ bool fillAt(World& world, const char* operation) {
 
 // Somebody removes what the daemon has noted. What comes later must be noted again.
 bool removeNotes(World& world) {
-  if (world.reach("delete"))
-    for (const std::string& path : World::ownFiles()) std::filesystem::remove_all(path);
-  for (const auto& entry : std::filesystem::directory_iterator(root))
-    if (entry.path().filename() == "spool") std::filesystem::remove_all(entry);
+  if (world.reach("delete")) std::filesystem::remove_all(World::spool);
   if (!repaired(world)) return false;
   if (world.reach("delete")) world.gateway().modem.deleteRead();
   return world.kill() && world.start();

@@ -107,8 +107,9 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
     files_.erase(place);
     if (file.message >= 0) --note(file.message, "no longer in " + place).present;
   }
-  for (const std::string& place : changes.came) appear(place, faults);
-  const std::set<std::string> displaced = changes.displaced(waiting(&shelf == &inbox_));
+  std::size_t merged = 0;  // parts; each is a save that may displace a message
+  for (const std::string& place : changes.came) merged += appear(place, faults);
+  const std::set<std::string> displaced = changes.displaced(merged + waiting(&shelf == &inbox_));
   for (const auto& [place, file] : gone) {
     if (displaced.count(Shelf::nameOf(place)) == 0) continue;
     if (file.message < 0)
@@ -158,10 +159,11 @@ Ledger::File Ledger::read(const std::string& content) const {
   return file;
 }
 
-void Ledger::appear(const std::string& place, unsigned faults) {
+// Gives the number of parts of a long message that were not filed before.
+std::size_t Ledger::appear(const std::string& place, unsigned faults) {
   File& file = files_[place] = read(Simulator::readFile(Shelf::pathOf(place)));
   file.faults = faults;
-  if (file.message < 0) return;
+  if (file.message < 0) return 0;
   Message& message = note(file.message, "in " + place);
   ++message.present;
   message.displaced = false;
@@ -169,9 +171,14 @@ void Ledger::appear(const std::string& place, unsigned faults) {
   message.names.insert(Shelf::nameOf(place));
   message.whole = message.whole || file.whole;
   message.retries = file.retries;
-  for (std::size_t i = 0; i < message.parts.size(); ++i)
-    message.parts[i].filed = message.parts[i].filed || file.whole || file.parts.count(i) != 0;
   byGuid_[Shelf::nameOf(place)] = static_cast<unsigned>(file.message);
+  std::size_t fresh = 0;
+  for (std::size_t i = 0; i < message.parts.size(); ++i) {
+    const bool filed = file.whole || file.parts.count(i) != 0;
+    if (filed && !message.parts[i].filed) ++fresh;
+    message.parts[i].filed = message.parts[i].filed || filed;
+  }
+  return message.parts.size() > 1 ? fresh : 0;
 }
 
 void Ledger::observeLog(const std::vector<std::string>& lines) {

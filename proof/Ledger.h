@@ -94,7 +94,7 @@ class Ledger {
   void observeLog(const std::vector<std::string>& lines);
   File read(const std::string& content) const;
   std::size_t waiting(bool incoming) const;
-  void appear(const std::string& place, unsigned faults);
+  std::size_t appear(const std::string& place, unsigned faults);
   static Finding stray(const std::string& place, const File& file);
   Message& note(int message, const std::string& event);
   std::size_t postsOf(const std::string& text) const;

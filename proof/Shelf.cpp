@@ -44,8 +44,8 @@ Shelf::Changes Shelf::look() {
   return changes;
 }
 
-std::set<std::string> Shelf::Changes::displaced(std::size_t waiting) const {
-  const std::size_t wanted = before.size() + came.size() + waiting;
+std::set<std::string> Shelf::Changes::displaced(std::size_t more) const {
+  const std::size_t wanted = before.size() + came.size() + more;
   const std::size_t over = std::min(before.size(), wanted - std::min(wanted, limit));
   return {before.begin(), std::next(before.begin(), static_cast<std::ptrdiff_t>(over))};
 }

@@ -19,8 +19,8 @@ class Shelf {
     std::size_t limit;
 
     /// The names that the limit may have displaced since: the smallest, one for each message for which there
-    /// was no room. `waiting`: how many messages belong here and are not filed yet.
-    std::set<std::string> displaced(std::size_t waiting) const;
+    /// was no room. `more`: how many came beside the files that are new.
+    std::set<std::string> displaced(std::size_t more) const;
   };
   Changes look();
 

@@ -195,7 +195,7 @@ std::vector<std::string> World::ownFiles() {
     const std::string parent = entry.path().parent_path();
     const bool inBox = std::any_of(std::begin(MessageFolders::boxes), std::end(MessageFolders::boxes),
                                    [&](const char* box) { return parent == MessageFolders::pathOf(box); });
-    if (!entry.is_directory() && !inBox) paths.push_back(entry.path());
+    if (!entry.is_directory() && !inBox && entry.path() != reserve) paths.push_back(entry.path());
   }
   std::sort(paths.begin(), paths.end());
   return paths;

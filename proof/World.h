@@ -17,6 +17,9 @@ class World {
   static constexpr char stranger[] = "+4917054321";
   static constexpr char other[] = "+4917011111";
   static constexpr char refused[] = "+4917022222";  ///< the modem refuses it until accept()
+  /// Where the daemon keeps its notes, and the room that a full disk leaves for them.
+  static constexpr char spool[] = "/var/config/sms/spool", reserve[] = "/var/config/sms/spool/reserve";
+
   /// Where the built programs lie; VELD names another daemon.
   struct Programs {
     std::string daemon, simulatorFolder;
@@ -61,7 +64,8 @@ class World {
   /// Prints what settle() finds outside of every window, and counts, each line after `what`. False when there
   /// is such a finding. All that is known of it is written to the file `details`, if that is given.
   bool report(const std::string& what, const std::string& details = "");
-  /// The files that the daemon keeps for itself, by path: all below its root that lie in no message folder.
+  /// The files that the daemon keeps for itself, by path: all below its root that lie in no message folder,
+  /// but for the reserve, which holds nothing and is to stay.
   static std::vector<std::string> ownFiles();
 
   Simulator::Gateway& gateway() { return *gateway_; }
