@@ -34,10 +34,12 @@ bool during(World& world, unsigned fault) {
   return repaired(world) && passed;
 }
 
-bool breakTool(World& world, const char* operation, unsigned fault) {
+bool breakTool(World& world, const char* operation) {
+  const std::map<std::string, unsigned> faults = {{"delete", Fault::NotDeleted}, {"send", Fault::SendFault}};
+  const auto fault = faults.find(operation);
   constexpr ToolFault kinds[] = {ToolFault::Fail, ToolFault::Kill, ToolFault::Silent};
   world.gateway().modem.setFault(operation, kinds[world.below(3)], 1 + world.below(2));
-  return during(world, fault);
+  return during(world, fault != faults.end() ? fault->second : static_cast<unsigned>(Fault::Other));
 }
 
 // The tool hangs in the middle of its output until it is repaired.
@@ -47,7 +49,7 @@ bool hangTool(World& world, const char* operation) {
   return repaired(world);
 }
 
-bool silenceApi(World& world) {
+bool silenceApi(World& world, const char*) {
   world.faults = Fault::ApiFault;
   world.gateway().api.setFault(ApiFault::Silent, 0);
   world.beginPass();
@@ -55,7 +57,7 @@ bool silenceApi(World& world) {
   return repaired(world);
 }
 
-bool cutListing(World& world) {
+bool cutListing(World& world, const char*) {
   world.faults = Fault::Other;
   if (world.reach("read")) {
     for (const std::string& entry : Simulator::listFolder("/proc"))
@@ -66,7 +68,7 @@ bool cutListing(World& world) {
   return repaired(world);
 }
 
-bool freeze(World& world) {
+bool freeze(World& world, const char*) {
   if (mount(root, root, nullptr, MS_BIND, nullptr) != 0) {
     std::cout << "Left out: a read-only store, since nothing can be mounted here\n";
     return world.pass();
@@ -77,7 +79,7 @@ bool freeze(World& world) {
 }
 
 // The same second comes again, and with it the same guid.
-bool setClockBack(World& world) {
+bool setClockBack(World& world, const char*) {
   const std::time_t now = world.gateway().clock.now();
   for (unsigned i = 0; i < 3; ++i) {
     world.gateway().clock.set(now);
@@ -91,12 +93,12 @@ void waitInsidePass(World& world) {
   usleep(world.below(world.passMicroseconds + world.passMicroseconds / 4));
 }
 
-bool kill(World& world, bool group) {
+bool kill(World& world, const char* group) {
   waitInsidePass(world);
-  return world.kill(group) && world.start();
+  return world.kill(*group != '\0') && world.start();
 }
 
-bool terminate(World& world) {
+bool terminate(World& world, const char*) {
   waitInsidePass(world);
   return world.stop() && world.start();
 }
@@ -121,7 +123,7 @@ bool fillAt(World& world, const char* operation) {
 }
 
 // Somebody removes what the daemon has noted. What comes later must be noted again.
-bool removeNotes(World& world) {
+bool removeNotes(World& world, const char*) {
   if (world.reach("delete")) std::filesystem::remove_all(World::spool);
   if (!repaired(world)) return false;
   if (world.reach("delete")) world.gateway().modem.deleteRead();
@@ -129,7 +131,7 @@ bool removeNotes(World& world) {
 }
 
 // For one daemon, since it reads the whitelist when it starts.
-bool spoilWhitelist(World& world) {
+bool spoilWhitelist(World& world, const char*) {
   Simulator::Settings& settings = world.gateway().settings;
   const Json::Value numbers = settings.value()["smsCommands"]["whitelist"]["numbers"];
   if (!world.stop()) return false;
@@ -143,46 +145,31 @@ bool spoilWhitelist(World& world) {
   return lived && world.start();
 }
 
-bool fillVar(World& world) {
+bool fillVar(World& world, const char*) {
   world.gateway().var.fill();
   return during(world, Fault::DiskFull);
 }
-bool fillTmp(World& world) {
+bool fillTmp(World& world, const char*) {
   world.gateway().tmp.fill();
   return during(world, Fault::TmpFull);
 }
-bool removeTool(World& world) {
+bool removeTool(World& world, const char*) {
   world.gateway().setToolThere(false);
   return during(world, Fault::SendFault);
 }
-bool closeSyslog(World& world) {
+bool closeSyslog(World& world, const char*) {
   world.gateway().syslog.close();
   return during(world, Fault::Other);
 }
-bool closeApi(World& world) {
+bool closeApi(World& world, const char*) {
   world.gateway().api.close(world.below(2) == 0);
   return during(world, Fault::ApiFault);
 }
-bool spoilApi(World& world) {
+bool spoilApi(World& world, const char*) {
   constexpr ApiFault faults[] = {ApiFault::Code, ApiFault::Garbage, ApiFault::Close};
   world.gateway().api.setFault(faults[world.below(3)], 500);
   return during(world, Fault::ApiFault);
 }
-bool failToList(World& world) {
-  return breakTool(world, world.below(2) == 0 ? "unread" : "read", Fault::Other);
-}
-bool failToDelete(World& world) { return breakTool(world, "delete", Fault::NotDeleted); }
-bool failToSend(World& world) { return breakTool(world, "send", Fault::SendFault); }
-bool hangWhileListing(World& world) { return hangTool(world, "read"); }
-bool hangWhileSending(World& world) { return hangTool(world, "send"); }
-bool killDaemon(World& world) { return kill(world, false); }
-bool killGroup(World& world) { return kill(world, true); }
-bool terminateWhileListing(World& world) { return terminateAt(world, "read"); }
-bool terminateWhileSending(World& world) { return terminateAt(world, "send"); }
-bool fillAtUnread(World& world) { return fillAt(world, "unread"); }
-bool fillAtRead(World& world) { return fillAt(world, "read"); }
-bool fillAtDelete(World& world) { return fillAt(world, "delete"); }
-bool fillAtSend(World& world) { return fillAt(world, "send"); }
 
 }  // namespace
 
@@ -196,21 +183,22 @@ const std::vector<Disturbance> disturbances = {
     {"the local API answers wrongly", false, spoilApi},
     {"the local API is silent", false, silenceApi},
     {"the tool is gone", false, removeTool},
-    {"the tool fails to list", false, failToList},
-    {"the tool fails to delete", false, failToDelete},
-    {"the tool fails to send", false, failToSend},
-    {"the tool hangs while it lists", false, hangWhileListing},
-    {"the tool hangs while it sends", false, hangWhileSending},
+    {"the tool fails to list unread", false, breakTool, "unread"},
+    {"the tool fails to list read", false, breakTool, "read"},
+    {"the tool fails to delete", false, breakTool, "delete"},
+    {"the tool fails to send", false, breakTool, "send"},
+    {"the tool hangs while it lists", false, hangTool, "read"},
+    {"the tool hangs while it sends", false, hangTool, "send"},
     {"the tool dies in the middle of a listing", false, cutListing},
-    {"SIGKILL of the daemon", true, killDaemon},
-    {"SIGKILL of the daemon and the tool", true, killGroup},
+    {"SIGKILL of the daemon", true, kill},
+    {"SIGKILL of the daemon and the tool", true, kill, "group"},
     {"SIGTERM", true, terminate},
-    {"SIGTERM while the tool lists", true, terminateWhileListing},
-    {"SIGTERM while the tool sends", true, terminateWhileSending},
-    {"no room from \"list unread\" to an ordered restart", true, fillAtUnread},
-    {"no room from \"list read\" to an ordered restart", true, fillAtRead},
-    {"no room from \"delete\" to an ordered restart", true, fillAtDelete},
-    {"no room from \"send\" to an ordered restart", true, fillAtSend},
+    {"SIGTERM while the tool lists", true, terminateAt, "read"},
+    {"SIGTERM while the tool sends", true, terminateAt, "send"},
+    {"no room from \"list unread\" to an ordered restart", true, fillAt, "unread"},
+    {"no room from \"list read\" to an ordered restart", true, fillAt, "read"},
+    {"no room from \"delete\" to an ordered restart", true, fillAt, "delete"},
+    {"no room from \"send\" to an ordered restart", true, fillAt, "send"},
     {"what is noted is removed", true, removeNotes},
     {"the whitelist is spoilt", true, spoilWhitelist},
 };
@@ -222,7 +210,8 @@ bool disturb(const World::Programs& programs, const Words&) {
     World world(programs);
     world.beforePass = [&] { world.load("load " + std::to_string(world.ledger.entered()), 4, 1); };
     bool lives = world.start();
-    for (unsigned time = 0; lives && time < times; ++time) lives = disturbance.happens(world);
+    for (unsigned time = 0; lives && time < times; ++time)
+      lives = disturbance.happens(world, disturbance.detail);
     world.beforePass = [] {};
     lives = lives && world.pass(settlingPasses);
     good = world.report(disturbance.name) && lives && good;

@@ -89,11 +89,10 @@ class Soak {
   }
 
  private:
-  // Something is wrong in about a third of the passes.
   bool live(const char* what, unsigned passes, bool lethal) {
     bool lives = true;
     for (unsigned pass = 1; lives && pass <= passes; ++pass) {
-      lives = world_.below(100) < 80 ? world_.pass() : choose(lethal && world_.below(4) != 0).happens(world_);
+      lives = world_.below(100) < 80 ? world_.pass() : disturb(lethal && world_.below(4) != 0);
       if (pass % 50 == 0) emptyLogs();
       if (pass % 500 == 0 || pass == passes || !lives)
         std::cout << what << ": pass " << pass << " of " << passes << ", " << world_.ledger.entered()
@@ -102,11 +101,12 @@ class Soak {
     return lives;
   }
 
-  const Disturbance& choose(bool lethal) {
+  bool disturb(bool lethal) {
     std::vector<const Disturbance*> suitable;
     for (const Disturbance& each : disturbances)
       if (each.lethal == lethal) suitable.push_back(&each);
-    return *suitable[world_.below(static_cast<unsigned>(suitable.size()))];
+    const Disturbance& chosen = *suitable[world_.below(static_cast<unsigned>(suitable.size()))];
+    return chosen.happens(world_, chosen.detail);
   }
 
   static void emptyLogs() {
