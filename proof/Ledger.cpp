@@ -238,7 +238,7 @@ std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent
 
 // What the tool had printed of a message when it died is filed as if it were whole.
 Ledger::Finding Ledger::stray(const std::string& place, const File& file) {
-  return {"stray: " + place + ": " + file.content, windowOf(Kind::Text, Harm::Lost, file.faults), -1};
+  return {"stray: " + place + ": " + file.content, windowOf(Harm::Lost, file.faults), -1};
 }
 
 std::size_t Ledger::postsOf(const std::string& text) const {
@@ -250,8 +250,8 @@ void Ledger::find(std::vector<Finding>& findings, Harm harm, unsigned number, co
                   unsigned met) const {
   const Message& message = messages_[number];
   const std::string said = detail.empty() ? "" : ", " + detail;
-  findings.push_back({nameOf(harm) + (": " + message.text) + said, windowOf(message.kind, harm, met),
-                      static_cast<int>(number)});
+  findings.push_back(
+      {nameOf(harm) + (": " + message.text) + said, windowOf(harm, met), static_cast<int>(number)});
 }
 
 void Ledger::judgeIncoming(std::vector<Finding>& findings, unsigned number, std::size_t posts) const {

@@ -40,9 +40,9 @@ const char* nameOf(Harm harm) {
   return names[place];
 }
 
-const Window* windowOf(unsigned kind, Harm harm, unsigned faults) {
+const Window* windowOf(Harm harm, unsigned faults) {
   const auto* const found = std::find_if(std::begin(windows), std::end(windows), [&](const Window& window) {
-    return (window.kinds & kind) != 0 && (window.fault & faults) != 0 && (window.harms & only(harm)) != 0;
+    return (window.fault & faults) != 0 && (window.harms & only(harm)) != 0;
   });
   return found == std::end(windows) ? nullptr : found;
 }

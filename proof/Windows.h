@@ -26,4 +26,4 @@ struct Window {
 extern const Window windows[15];
 
 /// The window that explains this harm of a message that met these faults; null when there is none.
-const Window* windowOf(unsigned kind, Harm harm, unsigned faults);
+const Window* windowOf(Harm harm, unsigned faults);
