@@ -171,7 +171,6 @@ std::size_t Ledger::appear(const std::string& place, unsigned faults) {
   message.names.insert(Shelf::nameOf(place));
   message.whole = message.whole || file.whole;
   message.retries = file.retries;
-  byGuid_[Shelf::nameOf(place)] = static_cast<unsigned>(file.message);
   std::size_t fresh = 0;
   for (std::size_t i = 0; i < message.parts.size(); ++i) {
     const bool filed = file.whole || file.parts.count(i) != 0;
@@ -187,10 +186,15 @@ void Ledger::observeLog(const std::vector<std::string>& lines) {
                            : line.find(unobeyed) != std::string::npos ? Fault::Unobeyed
                                                                       : Fault::None;
     if (fault == Fault::None) continue;
-    for (const std::string& guid : guidsOf(line))
-      if (const auto found = byGuid_.find(guid); found != byGuid_.end())
-        messages_[found->second].met |= fault;
+    for (const std::string& guid : guidsOf(line)) said_[guid] |= fault;
   }
+}
+
+unsigned Ledger::metBy(const Message& message) const {
+  unsigned faults = message.met;
+  for (const std::string& name : message.names)
+    if (const auto said = said_.find(name); said != said_.end()) faults |= said->second;
+  return faults;
 }
 
 Ledger::Message& Ledger::note(int message, const std::string& event) {
@@ -256,44 +260,45 @@ void Ledger::find(std::vector<Finding>& findings, Harm harm, unsigned number, co
 
 void Ledger::judgeIncoming(std::vector<Finding>& findings, unsigned number, std::size_t posts) const {
   const Message& message = messages_[number];
+  const unsigned met = metBy(message);
   bool filed = message.whole;
   for (const Part& part : message.parts) {
     filed = filed || part.filed;
     if (part.place != Part::Taken) find(findings, Harm::Lost, number, "still on the modem", Fault::None);
     if (part.place == Part::Taken && !part.filed)
-      find(findings, Harm::Lost, number, part.userData, part.faults | (message.met & Fault::Damaged));
+      find(findings, Harm::Lost, number, part.userData, part.faults | (met & Fault::Damaged));
   }
   if (filed && message.present == 0 && !message.displaced)
-    find(findings, Harm::Lost, number, "filed and gone", message.met & Fault::Damaged);
-  if (filed && !message.whole) find(findings, Harm::Apart, number, "", message.met);
-  if (message.names.size() > 1) find(findings, Harm::Twice, number, "", message.met);
+    find(findings, Harm::Lost, number, "filed and gone", met & Fault::Damaged);
+  if (filed && !message.whole) find(findings, Harm::Apart, number, "", met);
+  if (message.names.size() > 1) find(findings, Harm::Twice, number, "", met);
   if (message.kind == Kind::Command && message.whole && posts == 0)
-    find(findings, Harm::Unobeyed, number, "", message.met);
+    find(findings, Harm::Unobeyed, number, "", met);
   if (posts > (message.kind == Kind::Command ? std::max<std::size_t>(1, message.names.size()) : 0))
     find(findings, Harm::Twice, number, "posted " + std::to_string(posts) + " times",
-         message.kind == Kind::Command ? message.met : Fault::None);
+         message.kind == Kind::Command ? met : Fault::None);
 }
 
 void Ledger::judgeOutgoing(std::vector<Finding>& findings, unsigned number, std::size_t sendings) const {
   const Message& message = messages_[number];
+  const unsigned met = metBy(message);
   const std::string times = "sent " + std::to_string(sendings) + " times";
   if (message.present == 0 && !message.displaced)
-    find(findings, Harm::Lost, number, times, message.met & Fault::Damaged);
-  if (message.present > 1) find(findings, Harm::Twice, number, times, message.met & Fault::Damaged);
-  if (sendings > 1) find(findings, Harm::SentAgain, number, times, message.met);
+    find(findings, Harm::Lost, number, times, met & Fault::Damaged);
+  if (message.present > 1) find(findings, Harm::Twice, number, times, met & Fault::Damaged);
+  if (sendings > 1) find(findings, Harm::SentAgain, number, times, met);
   if (message.refused && sendings > 0)
     find(findings, Harm::Unsent, number, "was refused, " + times, Fault::None);
   if (message.present > 0 && message.box == "sending")
     find(findings, Harm::Unsent, number, "still in sending", Fault::None);
   if (message.present > 0 && message.box == "failed" && !message.refused)
-    find(findings, Harm::Unsent, number, "filed as failed, " + times, message.met);
-  if (message.box == "sent" && sendings == 0)
-    find(findings, Harm::Unsent, number, "filed as sent", message.met);
+    find(findings, Harm::Unsent, number, "filed as failed, " + times, met);
+  if (message.box == "sent" && sendings == 0) find(findings, Harm::Unsent, number, "filed as sent", met);
 }
 
 void Ledger::tell(std::ostream& out, unsigned message) const {
   const Message& told = messages_[message];
-  out << told.text << "\n  met: " << Fault::names(told.met) << "\n" << told.history;
+  out << told.text << "\n  met: " << Fault::names(metBy(told)) << "\n" << told.history;
   const std::size_t first = told.first > 0 ? told.first - 1 : 0;
   for (std::size_t look = first; look < std::min(told.last + 1, looks_.size()); ++look)
     out << "  look " << look + 1 << ": " << looks_[look] << "\n";
@@ -302,6 +307,6 @@ void Ledger::tell(std::ostream& out, unsigned message) const {
 
 unsigned Ledger::exposedTo(const Window& window) const {
   return static_cast<unsigned>(std::count_if(messages_.begin(), messages_.end(), [&](const Message& message) {
-    return (message.kind & window.kinds) != 0 && (message.met & window.fault) != 0;
+    return (message.kind & window.kinds) != 0 && (metBy(message) & window.fault) != 0;
   }));
 }

@@ -96,6 +96,7 @@ class Ledger {
   std::size_t waiting(bool incoming) const;
   std::size_t appear(const std::string& place, unsigned faults);
   static Finding stray(const std::string& place, const File& file);
+  unsigned metBy(const Message& message) const;
   Message& note(int message, const std::string& event);
   std::size_t postsOf(const std::string& text) const;
   void judgeIncoming(std::vector<Finding>& findings, unsigned number, std::size_t posts) const;
@@ -106,7 +107,7 @@ class Ledger {
   std::vector<Message> messages_;
   std::map<std::string, unsigned> byText_;                          // of whole messages
   std::map<std::string, std::pair<unsigned, std::size_t>> byPart_;  // of parts
-  std::map<std::string, unsigned> byGuid_;
+  std::map<std::string, unsigned> said_;      // faults that the log tells, by the guid of the message
   std::map<std::string, std::size_t> posts_;  // by first argument
   std::set<unsigned> active_;
   Shelf inbox_, outbox_;

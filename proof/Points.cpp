@@ -36,7 +36,7 @@ const std::map<std::string, std::vector<std::string>> plausibleErrors = {
     {"fsync", {"EIO", "ENOSPC"}},
     {"fdatasync", {"EIO", "ENOSPC"}},
     {"syncfs", {"EIO", "ENOSPC"}},
-    {"flock", {"EWOULDBLOCK", "ENOLCK", "EINTR"}},
+    {"flock", {"EAGAIN", "ENOLCK", "EINTR"}},
     {"pipe2", {"EMFILE", "ENFILE"}},
     {"clone3", {"EAGAIN", "ENOMEM"}},
     {"wait4", {"ECHILD", "EINTR"}},

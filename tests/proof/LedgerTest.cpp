@@ -147,8 +147,10 @@ const FaultRow faultRows[] = {
      Fault::ApiFault},
     {"NotObeyedAndSaid",
      [](Player& player) {
-       obey(player, Kind::Command, 0);
+       player.receive(Kind::Command, command, 0);
        player.lines = {"SMS command in message 0 from +49 is not obeyed: an earlier pass was cut off"};
+       player.look();
+       player.file("0", command);
      },
      "", 0},
     {"ObeyedTwice", [](Player& player) { obey(player, Kind::Command, 2); }, "twice: #ping 1",
