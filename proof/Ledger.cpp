@@ -9,7 +9,7 @@
 namespace {
 
 constexpr char unanswered[] = "was begun and never answered";  // of a line of the daemon's log
-constexpr char unobeyed[] = "is not obeyed";                   // the same
+constexpr char unobeyed[] = "SMS command in message";          // the same: it is not obeyed, or may not be
 
 std::string textOf(const Json::Value& value) { return value.isString() ? value.asString() : ""; }
 

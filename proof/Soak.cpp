@@ -8,7 +8,7 @@
 namespace {
 
 constexpr unsigned limit = 150;           // messages kept in each of inbox and outbox
-constexpr unsigned settlingPasses = 100;  // after them, memory no longer grows
+constexpr unsigned settlingPasses = 500;  // after them, memory no longer grows
 constexpr std::size_t growthKilobytes = 256;
 
 // Random messages, in and out.
@@ -96,7 +96,8 @@ class Soak {
       if (pass % 50 == 0) emptyLogs();
       if (pass % 500 == 0 || pass == passes || !lives)
         std::cout << what << ": pass " << pass << " of " << passes << ", " << world_.ledger.entered()
-                  << " messages, " << world_.ledger.underWay() << " under way" << std::endl;
+                  << " messages, " << world_.ledger.underWay() << " under way, "
+                  << world_.daemon().footprint().text() << std::endl;
     }
     return lives;
   }
@@ -115,11 +116,12 @@ class Soak {
   }
 
   bool liveOnce(unsigned passes) {
-    if (!live("One life", settlingPasses, false) || !settle()) return false;
+    const unsigned settling = std::min(settlingPasses, passes / 2);
+    if (!live("One life", settling, false) || !settle()) return false;
     const Simulator::Footprint before = world_.daemon().footprint();
-    if (!live("One life", passes - settlingPasses, false) || !settle()) return false;
+    if (!live("One life", passes - settling, false) || !settle()) return false;
     const Simulator::Footprint after = world_.daemon().footprint();
-    std::cout << "After " << settlingPasses << " passes: " << before.text() << "\nAfter " << passes
+    std::cout << "After " << settling << " passes: " << before.text() << "\nAfter " << passes
               << " passes: " << after.text() << std::endl;
     leftOver_ = after.resident > before.resident + growthKilobytes ||
                 after.descriptors != before.descriptors || after.children > 0;
@@ -148,5 +150,5 @@ class Soak {
 }  // namespace
 
 bool soak(const World::Programs& programs, const Words& words) {
-  return Soak(programs, numberOf(words[1])).run(std::max(numberOf(words[0]), settlingPasses + 1), words[2]);
+  return Soak(programs, numberOf(words[1])).run(numberOf(words[0]), words[2]);
 }
