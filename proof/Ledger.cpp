@@ -31,8 +31,14 @@ std::set<std::string> guidsOf(const std::string& line) {
 
 }  // namespace
 
+bool Ledger::Message::isIn(const std::string& box) const {
+  return std::any_of(places.begin(), places.end(),
+                     [&](const std::string& place) { return Shelf::boxOf(place) == box; });
+}
+
 bool Ledger::Message::isDone() const {
-  if (kind == Kind::Outgoing) return displaced || box == "sent" || (box == "failed" && !retries);
+  if (kind == Kind::Outgoing)
+    return displaced || (!isIn("sending") && (isIn("sent") || (isIn("failed") && !retries)));
   return whole && std::none_of(parts.begin(), parts.end(),
                                [](const Part& part) { return part.place == Part::OnModem; });
 }
@@ -105,7 +111,7 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
   for (const std::string& place : changes.gone) {
     File& file = gone[place] = files_[place];
     files_.erase(place);
-    if (file.message >= 0) --note(file.message, "no longer in " + place).present;
+    if (file.message >= 0) note(file.message, "no longer in " + place).places.erase(place);
   }
   std::size_t merged = 0;  // parts; each is a save that may displace a message
   for (const std::string& place : changes.came) merged += appear(place, faults);
@@ -114,7 +120,7 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
     if (displaced.count(Shelf::nameOf(place)) == 0) continue;
     if (file.message < 0)
       strays_.push_back(stray(place, file));
-    else if (Message& message = messages_[static_cast<unsigned>(file.message)]; message.present == 0)
+    else if (Message& message = messages_[static_cast<unsigned>(file.message)]; message.places.empty())
       message.displaced = true;
   }
 }
@@ -124,7 +130,7 @@ std::size_t Ledger::waiting(bool incoming) const {
   std::size_t count = 0;
   for (const unsigned number : active_) {
     const Message& message = messages_[number];
-    if (!incoming && message.kind == Kind::Outgoing && message.present == 0) ++count;
+    if (!incoming && message.kind == Kind::Outgoing && message.places.empty()) ++count;
     for (const Part& part : message.parts)
       if (incoming && part.place == Part::Taken && !part.filed && (part.faults & Fault::CutListing) == 0)
         ++count;
@@ -165,9 +171,8 @@ std::size_t Ledger::appear(const std::string& place, unsigned faults) {
   file.faults = faults;
   if (file.message < 0) return 0;
   Message& message = note(file.message, "in " + place);
-  ++message.present;
+  message.places.insert(place);
   message.displaced = false;
-  message.box = Shelf::boxOf(place);
   message.names.insert(Shelf::nameOf(place));
   message.whole = message.whole || file.whole;
   message.retries = file.retries;
@@ -268,7 +273,7 @@ void Ledger::judgeIncoming(std::vector<Finding>& findings, unsigned number, std:
     if (part.place == Part::Taken && !part.filed)
       find(findings, Harm::Lost, number, part.userData, part.faults | (met & Fault::Damaged));
   }
-  if (filed && message.present == 0 && !message.displaced)
+  if (filed && message.places.empty() && !message.displaced)
     find(findings, Harm::Lost, number, "filed and gone", met & Fault::Damaged);
   if (filed && !message.whole) find(findings, Harm::Apart, number, "", met);
   if (message.names.size() > 1) find(findings, Harm::Twice, number, "", met);
@@ -283,17 +288,16 @@ void Ledger::judgeOutgoing(std::vector<Finding>& findings, unsigned number, std:
   const Message& message = messages_[number];
   const unsigned met = metBy(message);
   const std::string times = "sent " + std::to_string(sendings) + " times";
-  if (message.present == 0 && !message.displaced)
+  if (message.places.empty() && !message.displaced)
     find(findings, Harm::Lost, number, times, met & Fault::Damaged);
-  if (message.present > 1) find(findings, Harm::Twice, number, times, met & Fault::Damaged);
+  if (message.places.size() > 1) find(findings, Harm::Twice, number, times, met & Fault::Damaged);
   if (sendings > 1) find(findings, Harm::SentAgain, number, times, met);
   if (message.refused && sendings > 0)
     find(findings, Harm::Unsent, number, "was refused, " + times, Fault::None);
-  if (message.present > 0 && message.box == "sending")
-    find(findings, Harm::Unsent, number, "still in sending", Fault::None);
-  if (message.present > 0 && message.box == "failed" && !message.refused)
+  if (message.isIn("sending")) find(findings, Harm::Unsent, number, "still in sending", Fault::None);
+  if (message.isIn("failed") && !message.refused)
     find(findings, Harm::Unsent, number, "filed as failed, " + times, met);
-  if (message.box == "sent" && sendings == 0) find(findings, Harm::Unsent, number, "filed as sent", met);
+  if (message.isIn("sent") && sendings == 0) find(findings, Harm::Unsent, number, "filed as sent", met);
 }
 
 void Ledger::tell(std::ostream& out, unsigned message) const {

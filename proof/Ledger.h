@@ -72,13 +72,14 @@ class Ledger {
     std::string text, number;
     unsigned kind = Kind::Text;
     bool refused = false;
-    std::vector<Part> parts = {};      // none of an outgoing message
-    unsigned met = 0;                  // Fault
-    std::size_t first = 0, last = 0;   // looks
-    std::set<std::string> names = {};  // of the files that hold it or held it
-    unsigned present = 0;              // how many files hold it
+    std::vector<Part> parts = {};       // none of an outgoing message
+    unsigned met = 0;                   // Fault
+    std::size_t first = 0, last = 0;    // looks
+    std::set<std::string> names = {};   // of the files that hold it or held it
+    std::set<std::string> places = {};  // where files hold it now
     bool whole = false, displaced = false, retries = false;
-    std::string box = {}, history = {};
+    std::string history = {};
+    [[nodiscard]] bool isIn(const std::string& box) const;
     [[nodiscard]] bool isDone() const;
   };
   struct File {

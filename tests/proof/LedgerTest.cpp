@@ -162,6 +162,14 @@ const FaultRow faultRows[] = {
     {"SentTwice", [](Player& player) { player.queue(2, "sent"); }, "sent again: out", Fault::Unanswered},
     {"SentAndGone", [](Player& player) { player.queue(1, ""); }, "lost: out", 0},
     {"NeverSent", [](Player& player) { player.queue(1, "sending"); }, "unsent: out, still in sending", 0},
+    {"RemovedLate",
+     [](Player& player) {
+       player.queue(0, "sending", true);
+       player.put("failed", "1", Simulator::object({{"message", "out"}}));
+       player.look();
+       player.remove("sending", "1");
+     },
+     "", 0},
     {"SentThoughRefused", [](Player& player) { player.queue(1, "failed", true); }, "unsent: out, was refused",
      0},
     {"SentElsewhere",
