@@ -111,7 +111,10 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
   for (const std::string& place : changes.gone) {
     File& file = gone[place] = files_[place];
     files_.erase(place);
-    if (file.message >= 0) note(file.message, "no longer in " + place).places.erase(place);
+    if (file.message < 0) continue;
+    Message& message = note(file.message, "no longer in " + place);
+    message.places.erase(place);
+    message.gone = faults;
   }
   std::size_t merged = 0;  // parts; each is a save that may displace a message
   for (const std::string& place : changes.came) merged += appear(place, faults);
@@ -274,7 +277,7 @@ void Ledger::judgeIncoming(std::vector<Finding>& findings, unsigned number, std:
       find(findings, Harm::Lost, number, part.userData, part.faults | (met & Fault::Damaged));
   }
   if (filed && message.places.empty() && !message.displaced)
-    find(findings, Harm::Lost, number, "filed and gone", met & Fault::Damaged);
+    find(findings, Harm::Lost, number, "filed and gone", message.gone | (met & Fault::Damaged));
   if (filed && !message.whole) find(findings, Harm::Apart, number, "", met);
   if (message.names.size() > 1) find(findings, Harm::Twice, number, "", met);
   if (message.kind == Kind::Command && message.whole && posts == 0)

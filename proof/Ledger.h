@@ -77,6 +77,7 @@ class Ledger {
     std::size_t first = 0, last = 0;    // looks
     std::set<std::string> names = {};   // of the files that hold it or held it
     std::set<std::string> places = {};  // where files hold it now
+    unsigned gone = 0;                  // Fault: those at work when a file no longer held it
     bool whole = false, displaced = false, retries = false;
     std::string history = {};
     [[nodiscard]] bool isIn(const std::string& box) const;

@@ -135,7 +135,7 @@ const FaultRow faultRows[] = {
        player.look();
        player.receive(Kind::Text, "other", 1);
      },
-     "lost: in, filed and gone", 0},
+     "lost: in, filed and gone", Fault::CutListing},
     {"Joined", [](Player& player) { receiveParts(player, true); }, "", 0},
     {"LeftInParts", [](Player& player) { receiveParts(player, false); }, "apart: one text",
      Fault::CutListing},
