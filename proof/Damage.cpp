@@ -64,6 +64,7 @@ class Runner {
 
   bool run(unsigned shard, unsigned shards, unsigned sample, unsigned seed) {
     std::vector<Point> points = allPoints();
+    const std::size_t all = points.size();
     if (sample > 0) {
       std::shuffle(points.begin(), points.end(), std::mt19937(seed));
       points.resize(std::min<std::size_t>(points.size(), sample));
@@ -71,8 +72,8 @@ class Runner {
     unsigned tried = 0, harmful = 0;
     for (std::size_t i = shard; i < points.size(); i += shards, ++tried)
       if (!isHarmless(points[i])) ++harmful;
-    std::cout << "damage: " << kept_.size() << " files, " << tried << " damages tried, " << harmful
-              << " harmful" << std::endl;
+    std::cout << "damage: " << kept_.size() << " files, " << tried << " of " << all << " damages tried, "
+              << harmful << " harmful" << std::endl;
     return tried > 0 && harmful == 0;
   }
 
