@@ -1,0 +1,62 @@
+#include <iostream>
+#include <map>
+#include <regex>
+
+#include "proof/Proofs.h"
+#include "proof/Scenario.h"
+#include "simulator/support/Files.h"
+
+namespace {
+
+// Replaces what is another in each run: guids by numbers in the order in which they appear, times by a word.
+class Dates {
+ public:
+  std::string replace(std::string text) {
+    static const std::regex guid("\\d{16}");
+    static const std::regex time("\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d");
+    for (std::smatch found; std::regex_search(text, found, guid);) {
+      const unsigned next = static_cast<unsigned>(guids_.size()) + 1;
+      const unsigned number = guids_.emplace(found.str(), next).first->second;
+      text.replace(static_cast<std::size_t>(found.position()), 16, "GUID-" + std::to_string(number));
+    }
+    return std::regex_replace(text, time, "TIME");
+  }
+
+ private:
+  std::map<std::string, unsigned> guids_;
+};
+
+// What others see of a call; empty when it is nothing.
+std::string shown(const Tracer::Call& call) {
+  static const std::regex command(R"re(execve\("/bin/sh", \["sh", "-c", (?:"--", )?"(.*)"\], )re");
+  static const std::regex line(R"re(sendto\(\d+, "<(\d)>\w+ [ \d]\d [:\d]+ (.*)", \d+, )re");
+  static const std::regex request(R"re(sendto\(\d+, "((?:GET|POST) [^ ]*).*\\r\\n\\r\\n(.*)", \d+, )re");
+  std::smatch found;
+  if (std::regex_search(call.text, found, command)) return "shell    " + found.str(1);
+  if (std::regex_search(call.text, found, line)) return "log " + found.str(1) + "    " + found.str(2);
+  if (std::regex_search(call.text, found, request)) return "request  " + found.str(1) + " " + found.str(2);
+  return "";
+}
+
+}  // namespace
+
+bool showUndisturbed(const World::Programs& programs, const Words&) {
+  for (const Scenario& scenario : scenarios) {
+    if (scenario.atStart && scenario.before != nullptr) continue;  // the daemon before was disturbed
+    World world = prepare(scenario, programs);
+    Tracer tracer;
+    if (!begin(scenario, world, tracer, {"-f", "-s", "1000", "-e", "trace=execve,sendto"}) ||
+        !world.awaitSleep())
+      return false;
+    tracer.detach();
+    Dates dates;
+    std::cout << "\n" << scenario.name << "\n";
+    for (const Tracer::Call& call : Tracer::calls())
+      if (const std::string text = shown(call); !text.empty())
+        std::cout << "  " << dates.replace(text) << "\n";
+    for (const char* const box : Simulator::MessageFolders::boxes)
+      for (const Json::Value& record : Simulator::MessageFolders::records(box))
+        std::cout << "  " << dates.replace(std::string(box) + "  " + Simulator::toLine(record)) << "\n";
+  }
+  return true;
+}
