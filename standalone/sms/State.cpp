@@ -18,6 +18,27 @@
 namespace Standalone {
 namespace {
 
+// Lets root act as the owner of a folder for as long as the object lives: root must not follow what that user
+// may have put there.
+class AsOwner {
+ public:
+  explicit AsOwner(const std::string& folder) : isRoot_(geteuid() == 0) {
+    struct stat status{};
+    if (!isRoot_ || stat(folder.c_str(), &status) != 0) return;
+    isRefused_ = setegid(status.st_gid) != 0 || seteuid(status.st_uid) != 0;
+  }
+  ~AsOwner() {
+    if (isRoot_) isRefused_ = seteuid(0) != 0 || setegid(0) != 0;
+  }
+  AsOwner(const AsOwner&) = delete;
+  AsOwner& operator=(const AsOwner&) = delete;
+  bool isRefused() const { return isRefused_; }
+
+ private:
+  const bool isRoot_;
+  bool isRefused_ = false;
+};
+
 [[noreturn]] void fail(const std::string& what) { throw Problem(what + ": " + std::strerror(errno)); }
 
 }  // namespace
@@ -30,7 +51,8 @@ std::int64_t upTime() {
 
 State::State(std::string folder, const Deadline& deadline) : folder_(std::move(folder)) {
   if (mkdir(folder_.c_str(), 0700) != 0 && errno != EEXIST) fail("cannot make " + folder_);
-  lock_ = open((folder_ + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  const AsOwner owner(folder_);
+  lock_ = owner.isRefused() ? -1 : open((folder_ + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (lock_ < 0) fail("cannot open the lock in " + folder_);
   while (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
     if (deadline.hasPassed()) throw Problem("another call of sms is still at work");
@@ -44,6 +66,7 @@ State::~State() { close(lock_); }
 // Each line: a key, a blank, the value. What a later version has written besides is passed over.
 void State::read() {
   std::ifstream in(file());
+  if (!in && errno != ENOENT) fail("cannot read " + file());
   for (std::string line; std::getline(in, line);) {
     std::istringstream words(line);
     std::string key;
@@ -75,6 +98,8 @@ void State::bind(const std::string& binding) {
 
 void State::save() const {
   const std::string fresh = file() + ".new";
+  const AsOwner owner(folder_);
+  if (owner.isRefused()) fail("cannot write " + fresh);
   const mode_t before = umask(077);
   std::ofstream out(fresh, std::ios::trunc);
   umask(before);

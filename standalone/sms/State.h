@@ -10,7 +10,7 @@ namespace Standalone {
 
 /// What the tool knows from one call to the next: a file of lines under /run, which a reboot empties.
 ///
-/// A call that changes the state holds a lock for as long as the object lives, so that two calls at a time do
+/// A call holds a lock for as long as the object lives, so that two calls at a time do
 /// not undo each other's marks.
 class State {
  public:

@@ -5,6 +5,7 @@ import os
 import pathlib
 import queue
 import re
+import shutil
 import socket
 import subprocess
 import sys
@@ -116,6 +117,18 @@ class Engine:
         sent = [text for _, text in pdu.texts_of(self.modem.sent)]
         self.assertCountEqual(sent, OUTGOING)
         self.assertEqual(len(list((BOXES / "outbox/sent").iterdir())), len(OUTGOING))
+
+    def test_root_leaves_the_state_to_its_owner(self):
+        """The daemon may run as a user of its own, and a person asks as root."""
+        folder = STATE.parent
+        folder.mkdir(mode=0o700, exist_ok=True)
+        for path in (folder, *folder.iterdir()):
+            os.chown(path, 65534, 65534)
+        (folder / "lock").unlink(missing_ok=True)
+        self.receive("one")
+        self.sms("list", "unread")
+        self.assertEqual({(path.name, path.stat().st_uid) for path in folder.iterdir()}, {("lock", 65534), ("state", 65534)})
+        shutil.rmtree(folder)
 
     def test_wrong_forms_say_what_the_forms_are(self):
         for words in ([], ["list"], ["list", "unread", "x"], ["delete", "unread"], ["send", "-f", "x"], ["status", "x"]):
