@@ -20,6 +20,7 @@ constexpr char simInterface[] = "org.freedesktop.ModemManager1.Sim";
 constexpr std::int64_t patience = 72 * 3600;  // seconds that the parts of a message may take
 constexpr std::int64_t quiet = 10;            // seconds between two looks after messages
 constexpr std::int64_t minute = 60;
+constexpr std::int64_t timeToRegister = 30;  // seconds after it was enabled
 constexpr std::int64_t hour = 3600;
 constexpr std::chrono::milliseconds moment(100);
 
@@ -129,7 +130,7 @@ void ManagerModem::prepare() {
   if (modem_.number("State") == Failed) throw Problem(failure(modem_.number("StateFailedReason")));
   if (modem_.number("State") != Disabled) return;
   enable(true);
-  justEnabled_ = true;
+  state_.looked = upTime();  // it has fetched all
 }
 
 std::vector<std::string> ManagerModem::paths() {
@@ -204,8 +205,11 @@ void ManagerModem::send(const std::string& number, const std::string& text) {
 std::string ManagerModem::complaint() {
   find();
   const std::string registration = registrationName(network_.number("RegistrationState"));
-  if (justEnabled_ || registration == "home" || registration == "roaming") return "";
-  return "not registered with a network: " + registration;
+  if (registration == "home" || registration == "roaming") return "";
+  const std::string complaint = "not registered with a network: " + registration;
+  const bool mayStillCome = registration == "unknown" || registration == "searching";
+  if (mayStillCome && upTime() - state_.looked < timeToRegister && state_.problem != complaint) return "";
+  return complaint;
 }
 
 Status ManagerModem::status() {
@@ -249,7 +253,6 @@ void ManagerModem::lookAgain(bool somethingCame) {
   if (isDue && hasAt && modem_.number("State") < Disconnecting) {
     enable(false);
     enable(true);
-    justEnabled_ = true;
     state_.looked = upTime();
     state_.somethingCame = false;
   }

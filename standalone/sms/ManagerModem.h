@@ -47,7 +47,6 @@ class ManagerModem final : public Modem {
   std::string path_;            ///< of the modem
   Properties modem_;            ///< as find() saw it
   Properties network_;          ///< as find() saw it
-  bool justEnabled_ = false;    ///< it has had no time to find its network
   bool waitsForParts_ = false;  ///< of a message that is less than an hour old
 };
 

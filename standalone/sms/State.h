@@ -37,7 +37,7 @@ class State {
   void save() const;
 
   std::map<std::string, Mark> marks;  ///< by the id of a message
-  std::int64_t looked = 0;     ///< when the modem was made to look again, in seconds since the boot; 0: never
+  std::int64_t looked = 0;     ///< when the modem last fetched all, in seconds since the boot; 0: not known
   bool somethingCame = false;  ///< since then
   std::string triedPin;        ///< the PIN that the SIM was given and has not accepted
   std::string problem;         ///< that the log has told of, and not yet its end

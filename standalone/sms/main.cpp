@@ -93,8 +93,8 @@ int showStatus(State& state, const Words& words, const Deadline& deadline) {
 void serve(State& state, const Words& words, const Deadline& deadline) {
   try {
     const std::unique_ptr<Modem> modem = openModem(state, deadline);
-    modem->prepare();
     state.bind(modem->binding());
+    modem->prepare();
     Commands commands(*modem, state);
     if (words[0] == "delete")
       commands.deleteRead();

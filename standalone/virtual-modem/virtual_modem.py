@@ -29,7 +29,7 @@ class Memory:
 
     def put(self, pdu, kind=0):
         """The place; None when there is none."""
-        place = next((i for i in range(self.places) if i not in self.messages), None)
+        place = next((i for i in range(1, self.places + 1) if i not in self.messages), None)
         if place is not None:
             self.messages[place] = [kind, pdu]
         return place

@@ -245,8 +245,8 @@ class PortTest(Engine, unittest.TestCase):
         self.modem.refuses_deletion = False
         self.sms("list", "unread")
         self.assertEqual(self.modem.held(), 0)
-        self.assertIn("cannot delete", self.logged())
-        self.assertIn("well again; it was: cannot delete", self.logged())
+        self.assertRegex(self.logged(), "^cannot delete")
+        self.assertRegex(self.logged(), "^well again; it was: cannot delete")
 
     def test_room_is_shown(self):
         self.assertEqual(json.loads(self.sms("status", "--json"))["room"], sum(self.places))
