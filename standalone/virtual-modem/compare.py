@@ -3,6 +3,7 @@ Times are seconds of the wall, processor times of all processes, memory is PSS."
 import json
 import os
 import pathlib
+import secrets
 import signal
 import socket
 import socketserver
@@ -166,8 +167,9 @@ def main():
         for file in [*Veld.inbox.glob("*"), *Gammu.inbox.glob("*")]:
             file.unlink()
         if peer == "manager":
-            modem.plug_into_socket("compared")
-            manager = Manager("compared")
+            name = "compared-" + secrets.token_hex(8)  # abstract names are the whole machine's
+            modem.plug_into_socket(name)
+            manager = Manager(name)
             begin = time.monotonic()
             manager.start()
             wait_for("the modem", manager.has_modem)

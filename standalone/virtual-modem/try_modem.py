@@ -5,6 +5,7 @@ import os
 import pathlib
 import random
 import re
+import secrets
 import signal
 import sys
 import threading
@@ -19,7 +20,7 @@ from manager import Manager, wait_for  # noqa: E402
 from virtual_modem import VirtualModem  # noqa: E402
 
 CONFIG, STATE, PORT = pathlib.Path("/run/smsconfig"), pathlib.Path("/run/veld-sms/state"), "/run/port"
-SOCKET = "tried"
+SOCKET = "tried-" + secrets.token_hex(8)  # abstract names are the whole machine's
 # Faults that may file a message twice: the tool or ModemManager forgets between the listing and the deletion that the
 # daemon has a message, or cannot tell it from one that has just come.
 MAY_REPEAT = {"the tool killed", "ModemManager killed", "the modem unplugged", "a deletion refused"}

@@ -3,6 +3,7 @@ ModemManager's test profile finds it, and on a pseudo terminal, as a serial port
 import os
 import pty
 import re
+import select
 import socket
 import threading
 import time
@@ -38,15 +39,18 @@ class Memory:
 class Connection:
     """Whoever has opened the modem: the answers are written by one thread, the notices by another."""
 
-    def __init__(self, modem, read, write, close):
-        self.modem, self.read, self.write_bytes, self.close = modem, read, write, close
-        self.echo, self.data_for = True, None
+    def __init__(self, modem, read, write, stop, close):
+        self.modem, self.read, self.write_bytes, self.stop, self.close = modem, read, write, stop, close
+        self.echo, self.data_for, self.ended = True, None, False
         self.lock = threading.Lock()
+        self.thread = threading.Thread(target=self.serve, daemon=True)
+        self.thread.start()
 
     def write(self, text):
         with self.lock:
             try:
-                self.write_bytes(text.encode())
+                if not self.ended:
+                    self.write_bytes(text.encode())
             except OSError:
                 pass
 
@@ -69,6 +73,9 @@ class Connection:
         except OSError:
             pass
         self.modem.connections.discard(self)
+        with self.lock:
+            self.ended = True
+            self.close()
 
     def answer(self, line):
         time.sleep(self.modem.delay)
@@ -97,7 +104,7 @@ class VirtualModem:
         self.pin, self.pins = None, []  # that the SIM wants; that it was given
         self.has_sim, self.registration = True, 1
         self.refuses_deletion, self.refusal_to_send = False, None
-        self.listener = self.master = self.link = None
+        self.listener = self.link = None
 
     # What the network does.
 
@@ -205,11 +212,6 @@ class VirtualModem:
 
     # How it is plugged in.
 
-    def connect(self, read, write, close):
-        connection = Connection(self, read, write, close)
-        self.connections.add(connection)
-        threading.Thread(target=connection.serve, daemon=True).start()
-
     def plug_into_socket(self, name):
         """Listens at an abstract UNIX socket. ModemManager takes the word before the colon for a part of its name."""
         self.listener = socket.socket(socket.AF_UNIX)
@@ -223,27 +225,38 @@ class VirtualModem:
                 peer, _ = listener.accept()
             except OSError:
                 return
-            self.connect(peer.recv, peer.sendall, lambda peer=peer: peer.shutdown(socket.SHUT_RDWR))
+            self.connections.add(Connection(self, peer.recv, peer.sendall,
+                                            lambda peer=peer: peer.shutdown(socket.SHUT_RDWR), peer.close))
 
     def plug_into_port(self, link):
         """Makes `link` a serial port. The modem itself keeps it open: else a program that ends would hang it up."""
-        self.master, slave = pty.openpty()
+        master, slave = pty.openpty()
         tty.setraw(slave)
         os.symlink(os.ttyname(slave), link)
         self.link = link
-        master = self.master
+        stopped, stop = os.pipe()
+
+        def read(size):
+            ready = select.select([master, stopped], [], [])[0]
+            return b"" if stopped in ready else os.read(master, size)
 
         def close():
-            os.close(slave)
-        self.connect(lambda size: os.read(master, size), lambda data: os.write(master, data), close)
+            for descriptor in (master, slave, stopped, stop):
+                os.close(descriptor)
+        self.connections.add(Connection(self, read, lambda data: os.write(master, data), lambda: os.write(stop, b"x"),
+                                        close))
 
     def unplug(self):
+        """Whoever has opened the modem is cut off when it returns."""
         if self.listener:
             self.listener.shutdown(socket.SHUT_RDWR)
             self.listener.close()
-        for connection in list(self.connections):
-            connection.close()
-        if self.master:
+        if self.link:
             os.unlink(self.link)
-            os.close(self.master)
-        self.listener = self.master = None
+        self.listener = self.link = None
+        for connection in list(self.connections):
+            try:
+                connection.stop()
+            except OSError:
+                pass  # the other side has gone before
+            connection.thread.join()
