@@ -350,6 +350,17 @@ class ManagerTest(Engine, unittest.TestCase):
         self.sms("list", "unread")
         self.assertCountEqual(known + self.texts("list", "unread"), texts)
 
+    def test_what_the_manager_wants_to_be_asked_again_is(self):
+        """It cannot delete while it fetches."""
+        self.receive("one")
+        self.sms("list", "unread")
+        self.sms("list", "read")
+        self.modem.delay = 0.2
+        self.modem.receive(pdu.deliveries("+49", "two")[0])
+        self.sms("delete", "read")
+        self.settle()
+        self.assertEqual(self.texts("list", "unread"), ["two"])
+
     def test_marks_of_another_run_of_the_manager_mean_nothing(self):
         self.receive("one")
         self.sms("list", "unread")
