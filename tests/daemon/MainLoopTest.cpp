@@ -82,7 +82,7 @@ TEST_F(Pass, OffersNothingWhileCommandsAreDisabled) {
   ASSERT_TRUE(disabled.loadConfig());
   world_.provider.incoming = {json("{'guid':'1','source':'1','message':'#reboot'}")};
   LogCapture log;
-  runPass(world_.provider, *world_.storage, disabled, world_.journal, {}, retry_);
+  runPass(world_.provider, world_.storage, disabled, world_.inTransit, {}, retry_);
   EXPECT_EQ(log.text(), "[WARNING] SMS commands not enabled\n");
   EXPECT_THAT(world_.records(Received), ElementsAre(json("{'guid':'1','source':'1','message':'#reboot'}")));
 }

@@ -1,0 +1,130 @@
+#include "standalone/sms/Assembly.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <optional>
+#include <tuple>
+
+#include "standalone/sms/Alphabet.h"
+
+namespace Standalone {
+namespace {
+
+constexpr std::int64_t patience = 72 * 3600;  // seconds that the parts of a message may take
+
+struct Group {
+  std::vector<const Stored*> stored;
+  std::map<unsigned, Part> parts;  // by number
+};
+
+Message messageOf(const Group& group) {
+  Message message;
+  message.read = true;
+  for (const Stored* const each : group.stored) {
+    message.id += (message.id.empty() ? "" : ";") + partId(*each);
+    message.read = message.read && each->read;
+  }
+  return message;
+}
+
+std::string contentOf(const Group& group) {
+  std::string content;
+  for (const auto& [number, part] : group.parts) content += part.content;
+  return content;
+}
+
+std::string incomplete(const Group& group, const Part& first) {
+  std::string numbers;
+  for (const auto& [number, part] : group.parts)
+    numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
+  std::string text = "Incomplete message: part " + numbers + " of " + std::to_string(first.count) +
+                     ", octets " + toHex(contentOf(group));
+  if (first.alphabet != Part::Alphabet::Data) text += ", text: " + textOf(first.alphabet, contentOf(group));
+  return text;
+}
+
+std::string textOf(const Group& group) {
+  const Part& first = group.parts.begin()->second;
+  if (group.parts.size() < first.count) return incomplete(group, first);
+  if (first.alphabet == Part::Alphabet::Data) return dataLine(contentOf(group));
+  return textOf(first.alphabet, contentOf(group));
+}
+
+Message unreadable(const Stored& stored) {
+  Message message = messageOf({{&stored}, {}});
+  message.text = "Message that cannot be read: " + stored.pdu;
+  return message;
+}
+
+bool isReady(const Group& group, std::int64_t now) {
+  const Part& first = group.parts.begin()->second;
+  std::int64_t latest = first.sent;
+  for (const auto& [number, part] : group.parts) latest = std::max(latest, part.sent);
+  return group.parts.size() == first.count || now - latest > patience;
+}
+
+// A reference is used again in time: what has another content is the part of another message.
+bool fits(const Group& group, const Part& part) {
+  const auto same = group.parts.find(part.number);
+  return same == group.parts.end() || same->second.content == part.content;
+}
+
+}  // namespace
+
+std::string dataLine(const std::string& octets) {
+  constexpr char push = 0x06;              // the kind of the WAP session's unit
+  constexpr unsigned char mmsType = 0xBE;  // application/vnd.wap.mms-message
+  const bool isPush = octets.size() > 3 && octets[1] == push;
+  const bool isMms = isPush && (static_cast<unsigned char>(octets[3]) == mmsType ||
+                                octets.find("application/vnd.wap.mms-message") != std::string::npos);
+  return (isMms ? "MMS notification, octets " : "8-bit data, octets ") + toHex(octets);
+}
+
+std::string partId(const Stored& stored) {
+  std::uint32_t sum = 2166136261U;  // FNV-1a
+  for (const char c : stored.pdu) sum = (sum ^ static_cast<unsigned char>(c)) * 16777619U;
+  return stored.place + "," + std::to_string(sum);
+}
+
+std::vector<std::string> partsOf(const std::string& id) {
+  std::vector<std::string> parts;
+  for (std::size_t begin = 0; begin < id.size();) {
+    const std::size_t end = std::min(id.find(';', begin), id.size());
+    parts.push_back(id.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return parts;
+}
+
+std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t now) {
+  using Key = std::tuple<std::string, bool, unsigned, unsigned>;
+  std::vector<Group> groups;
+  std::map<Key, std::size_t> longOnes;
+  std::vector<Message> messages;
+  for (const Stored& each : stored) {
+    const std::optional<Part> part = readDeliver(each.pdu);
+    if (!part) {
+      messages.push_back(unreadable(each));
+      continue;
+    }
+    const Key key(part->sender, part->wide, part->reference, part->count);
+    const bool joins = part->count > 1 && longOnes.count(key) != 0 && fits(groups[longOnes[key]], *part);
+    if (part->count > 1 && !joins) longOnes[key] = groups.size();
+    if (!joins) groups.emplace_back();
+    Group& group = joins ? groups[longOnes[key]] : groups.back();
+    group.stored.push_back(&each);
+    group.parts.emplace(part->number, *part);
+  }
+  for (const Group& group : groups) {
+    if (!isReady(group, now)) continue;
+    Message message = messageOf(group);
+    message.centre = group.parts.begin()->second.centre;
+    message.sender = group.parts.begin()->second.sender;
+    message.text = textOf(group);
+    messages.push_back(message);
+  }
+  return messages;
+}
+
+}  // namespace Standalone

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+namespace Standalone {
+
+/// The file that SMS_CONFIG names: lines of "key = value"; empty lines and those that begin with "#" count
+/// for nothing.
+struct Config {
+  static constexpr char standardFile[] = "/etc/smsconfig";
+
+  std::string port;  ///< the device of a modem with AT commands; empty: ModemManager
+  std::string pin;   ///< of the SIM; empty: none is given
+
+  /// Reads `file`. A file that is missing counts as empty. Throws a Problem that names the line when a key is
+  /// unknown or a line is none.
+  static Config read(const std::string& file);
+};
+
+}  // namespace Standalone

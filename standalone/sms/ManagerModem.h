@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "standalone/sms/Bus.h"
+#include "standalone/sms/Config.h"
+#include "standalone/sms/Modem.h"
+#include "standalone/sms/State.h"
+
+namespace Standalone {
+
+/// The first modem of ModemManager that can do messages. ModemManager joins the parts of long messages and
+/// keeps no read marks. It numbers its messages anew with each start.
+class ManagerModem final : public Modem {
+ public:
+  /// `state` and `deadline` outlive the object.
+  ManagerModem(const Config& config, State& state, const Deadline& deadline);
+
+  void prepare() override;
+  std::string binding() override { return bus_.owner(); }
+  std::vector<Message> list(bool unreadToo) override;
+  void remove(const std::string& id) override;
+  void send(const std::string& number, const std::string& text) override;
+  Status status() override;
+  std::string complaint() override;
+
+  /// On a modem with AT commands ModemManager loses sight of messages that come close together: it drops the
+  /// notice of one that comes while it fetches another. Disabled and enabled, which takes seconds, it fetches
+  /// all of them. That is done when messages came and then none, and once an hour; never while a data
+  /// connection is up.
+  void lookAgain(bool somethingCame) override;
+
+ private:
+  void find();
+  void awaitRest();
+  void enable(bool on);
+  void givePin();
+  std::vector<std::string> paths();
+  bool isShown(const Properties& sms);
+
+  const std::string pin_;
+  State& state_;
+  const Deadline& deadline_;
+  Bus bus_;
+  std::string path_;            ///< of the modem
+  Properties modem_;            ///< as find() saw it
+  Properties network_;          ///< as find() saw it
+  bool waitsForParts_ = false;  ///< of a message that is less than an hour old
+};
+
+}  // namespace Standalone

@@ -1,0 +1,251 @@
+#include "standalone/sms/Pdu.h"
+
+#include <ctime>
+#include <stdexcept>
+#include <string_view>
+
+#include "standalone/sms/Alphabet.h"
+
+namespace Standalone {
+namespace {
+
+constexpr char semiOctets[] = "0123456789*#abc";
+constexpr unsigned typeOfName = 5;     // of an address: alphanumeric
+constexpr unsigned international = 1;  // of an address
+
+// Takes octets off the front of a PDU; throws std::out_of_range at its end.
+class Octets {
+ public:
+  explicit Octets(std::string_view octets) : rest_(octets) {}
+  unsigned next() { return static_cast<unsigned char>(take(1)[0]); }
+  std::string_view take(std::size_t count) {
+    if (count > rest_.size()) throw std::out_of_range("PDU");
+    const std::string_view taken = rest_.substr(0, count);
+    rest_.remove_prefix(count);
+    return taken;
+  }
+  bool empty() const { return rest_.empty(); }
+  std::string_view rest() const { return rest_; }
+
+ private:
+  std::string_view rest_;
+};
+
+// The first `count` septets behind `skip` bits of fill, one to a byte.
+std::string unpack(std::string_view octets, std::size_t skip, std::size_t count) {
+  std::string codes;
+  for (std::size_t bit = skip; codes.size() < count; bit += 7) {
+    if ((bit + 6) / 8 >= octets.size()) throw std::out_of_range("septets");
+    unsigned pair = static_cast<unsigned char>(octets[bit / 8]);
+    if (bit / 8 + 1 < octets.size()) pair |= static_cast<unsigned char>(octets[bit / 8 + 1]) * 256U;
+    codes += static_cast<char>((pair >> (bit % 8)) & 0x7FU);
+  }
+  return codes;
+}
+
+// The septets behind `skip` bits of fill.
+std::string pack(const std::string& codes, std::size_t skip) {
+  std::string octets((skip + codes.size() * 7 + 7) / 8, '\0');
+  std::size_t bit = skip;
+  for (const char code : codes) {
+    const unsigned shifted = static_cast<unsigned>(code) << (bit % 8);
+    octets[bit / 8] = static_cast<char>(static_cast<unsigned char>(octets[bit / 8]) | (shifted & 0xFFU));
+    if (shifted > 0xFF) octets[bit / 8 + 1] = static_cast<char>(shifted >> 8U);
+    bit += 7;
+  }
+  return octets;
+}
+
+std::string digitsOf(std::string_view octets) {
+  std::string digits;
+  for (const char c : octets)
+    for (const unsigned nibble : {static_cast<unsigned>(c) & 15U, (static_cast<unsigned>(c) >> 4U) & 15U})
+      if (nibble < 15) digits += semiOctets[nibble];
+  return digits;
+}
+
+std::string addressOf(unsigned type, std::string_view octets, std::size_t nibbles) {
+  const unsigned kind = (type >> 4U) & 7U;
+  if (kind == typeOfName) return fromGsm(unpack(octets, 0, nibbles * 4 / 7));
+  return (kind == international ? "+" : "") + digitsOf(octets);
+}
+
+std::string centreOf(Octets& pdu) {
+  const std::size_t length = pdu.next();
+  if (length == 0) return "";
+  const unsigned type = pdu.next();
+  return addressOf(type, pdu.take(length - 1), 0);
+}
+
+std::string senderOf(Octets& pdu) {
+  const std::size_t nibbles = pdu.next();
+  const unsigned type = pdu.next();
+  return addressOf(type, pdu.take((nibbles + 1) / 2), nibbles);
+}
+
+// Seven octets, each of two decimal digits: year to second, and the zone in quarters of an hour.
+std::int64_t timeOf(std::string_view stamp) {
+  const auto number = [stamp](std::size_t at) {
+    const auto octet = static_cast<unsigned char>(stamp[at]);
+    return static_cast<int>((octet & 15U) * 10U + (octet >> 4U));
+  };
+  std::tm parts{};
+  parts.tm_year = 100 + number(0);
+  parts.tm_mon = number(1) - 1;
+  parts.tm_mday = number(2);
+  parts.tm_hour = number(3);
+  parts.tm_min = number(4);
+  parts.tm_sec = number(5);
+  const auto zone = static_cast<unsigned char>(stamp[6]);
+  const int quarters = static_cast<int>((zone & 7U) * 10U + (zone >> 4U));
+  return timegm(&parts) - ((zone & 8U) != 0 ? -quarters : quarters) * 15 * 60;
+}
+
+Part::Alphabet alphabetOf(unsigned coding) {
+  const unsigned group = coding >> 4U;
+  const unsigned alphabet = (coding >> 2U) & 3U;
+  if (group == 14 || (group < 8 && alphabet == 2)) return Part::Alphabet::Ucs2;
+  const bool compressed = group < 8 && (coding & 0x20U) != 0;
+  const bool data = (group < 8 && alphabet == 1) || (group == 15 && (coding & 4U) != 0);
+  return compressed || data ? Part::Alphabet::Data : Part::Alphabet::Gsm;
+}
+
+void readHeader(Octets header, Part& part) {
+  while (!header.empty()) {
+    const unsigned element = header.next();
+    Octets value(header.take(header.next()));
+    if (element == 0x00 || element == 0x08) {
+      part.wide = element == 0x08;
+      part.reference = value.next();
+      if (part.wide) part.reference = part.reference * 256 + value.next();
+      part.count = value.next();
+      part.number = value.next();
+    }
+  }
+  if (part.number >= 1 && part.number <= part.count) return;
+  part.count = part.number = 1;
+}
+
+Part readPart(Octets pdu) {
+  Part part;
+  part.centre = centreOf(pdu);
+  const unsigned type = pdu.next();
+  if ((type & 3U) != 0) throw std::out_of_range("no SMS-DELIVER");
+  part.sender = senderOf(pdu);
+  pdu.next();  // the protocol identifier
+  part.alphabet = alphabetOf(pdu.next());
+  part.sent = timeOf(pdu.take(7));
+  std::size_t length = pdu.next();
+  const bool septets = part.alphabet == Part::Alphabet::Gsm;
+  const std::string_view userData = pdu.take(septets ? (length * 7 + 7) / 8 : length);
+  std::size_t headerSize = 0;
+  if ((type & 0x40U) != 0) {
+    Octets header(userData);
+    headerSize = header.next() + 1;
+    readHeader(Octets(header.take(headerSize - 1)), part);
+  }
+  if (!septets) {
+    part.content = userData.substr(headerSize);
+    return part;
+  }
+  const std::size_t headerSeptets = (headerSize * 8 + 6) / 7;
+  if (headerSeptets > length) throw std::out_of_range("header");
+  part.content = unpack(userData, headerSeptets * 7, length - headerSeptets);
+  return part;
+}
+
+// Cuts `content` into pieces of at most `room` bytes. A piece never ends with what `continues` says belongs
+// to the byte behind it.
+template <typename Continues>
+std::vector<std::string> cut(const std::string& content, std::size_t room, Continues continues) {
+  std::vector<std::string> pieces;
+  for (std::size_t at = 0; at < content.size() || pieces.empty();) {
+    std::size_t length = std::min(room, content.size() - at);
+    if (at + length < content.size()) length -= continues(at, at + length);
+    pieces.push_back(content.substr(at, length));
+    at += length;
+  }
+  return pieces;
+}
+
+std::vector<std::string> cutGsm(const std::string& codes) {
+  // An escape code may itself stand behind an escape in no text of ours: the alphabet has no such character.
+  return cut(codes, codes.size() <= 160 ? 160 : 153,
+             [&codes](std::size_t, std::size_t end) { return codes[end - 1] == 0x1B ? std::size_t{1} : 0; });
+}
+
+std::vector<std::string> cutUtf16(const std::string& octets) {
+  return cut(octets, octets.size() <= 140 ? 140 : 134, [&octets](std::size_t, std::size_t end) {
+    return (static_cast<unsigned char>(octets[end - 2]) & 0xFCU) == 0xD8 ? std::size_t{2} : 0;
+  });
+}
+
+std::string destination(const std::string& number) {
+  const bool plus = number[0] == '+';
+  const std::string digits = number.substr(plus ? 1 : 0);
+  std::string octets{static_cast<char>(digits.size()), static_cast<char>(plus ? 0x91 : 0x81)};
+  const std::string_view known = semiOctets;
+  for (std::size_t at = 0; at < digits.size(); at += 2) {
+    const std::size_t high = at + 1 < digits.size() ? known.find(digits[at + 1]) : 15;
+    octets += static_cast<char>(high * 16 + known.find(digits[at]));
+  }
+  return octets;
+}
+
+}  // namespace
+
+std::optional<Part> readDeliver(const std::string& hex) {
+  const std::optional<std::string> octets = fromHex(hex);
+  if (!octets) return std::nullopt;
+  try {
+    return readPart(Octets(*octets));
+  } catch (const std::out_of_range&) {
+    return std::nullopt;
+  }
+}
+
+std::string textOf(Part::Alphabet alphabet, const std::string& content) {
+  switch (alphabet) {
+    case Part::Alphabet::Gsm:
+      return fromGsm(content);
+    case Part::Alphabet::Ucs2:
+      return fromUtf16(content);
+    case Part::Alphabet::Data:
+      break;
+  }
+  return toHex(content);
+}
+
+std::vector<Submit> makeSubmits(const std::string& number, const std::string& text, unsigned reference) {
+  const std::optional<std::string> codes = toGsm(text);
+  const std::vector<std::string> pieces = codes ? cutGsm(*codes) : cutUtf16(toUtf16(text).value_or(""));
+  if (pieces.size() > 255) return {};
+  std::vector<Submit> submits;
+  for (const std::string& piece : pieces) {
+    const bool divided = pieces.size() > 1;
+    std::string header;
+    if (divided)
+      header = {5,
+                0,
+                3,
+                static_cast<char>(reference & 0xFFU),
+                static_cast<char>(pieces.size()),
+                static_cast<char>(submits.size() + 1)};
+    const std::size_t headerSeptets = (header.size() * 8 + 6) / 7;
+    const std::string packed = codes ? pack(piece, headerSeptets * 7 - header.size() * 8) : piece;
+    const std::size_t length = codes ? headerSeptets + piece.size() : header.size() + piece.size();
+    const std::string octets =
+        std::string{static_cast<char>(divided ? 0x41 : 0x01), 0} + destination(number) +
+        std::string{0, static_cast<char>(codes ? 0 : 8), static_cast<char>(length)} + header + packed;
+    submits.push_back({octets.size(), "00" + toHex(octets)});
+  }
+  return submits;
+}
+
+bool isNumber(const std::string& number) {
+  const std::string digits = number.substr(!number.empty() && number[0] == '+' ? 1 : 0);
+  return !digits.empty() && digits.size() <= 20 &&
+         digits.find_first_not_of("0123456789*#") == std::string::npos;
+}
+
+}  // namespace Standalone

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "standalone/sms/Assembly.h"
+#include "standalone/sms/AtPort.h"
+#include "standalone/sms/Config.h"
+#include "standalone/sms/Modem.h"
+#include "standalone/sms/State.h"
+
+namespace Standalone {
+
+/// A modem on a serial port of its own, driven by AT commands in PDU mode (3GPP TS 27.005). The modem keeps
+/// the read marks. Messages are taken from the SIM and from the modem's own memory, whichever it has.
+class PortModem final : public Modem {
+ public:
+  /// Opens the port that `config` names. `state` and `deadline` outlive the object.
+  PortModem(const Config& config, State& state, const Deadline& deadline);
+
+  void prepare() override;
+  std::string binding() override { return "port"; }
+  std::vector<Message> list(bool unreadToo) override;
+  void remove(const std::string& id) override;
+  void send(const std::string& number, const std::string& text) override;
+  Status status() override;
+  std::string complaint() override;
+
+ private:
+  struct Memory {
+    std::string name;
+    unsigned used;
+    unsigned total;
+  };
+
+  std::string simState();
+  void givePin();
+  std::string registration();
+  std::vector<std::string> memoryNames();
+  Memory select(const std::string& memory);
+  std::vector<Stored> stored(const std::string& memory, bool unreadToo);
+  void removePart(const std::string& part);
+
+  const std::string pin_;
+  State& state_;
+  AtPort port_;
+  std::string selected_;  ///< memory
+  bool full_ = false;
+};
+
+}  // namespace Standalone
