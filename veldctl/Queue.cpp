@@ -52,11 +52,10 @@ void write(const std::string& path, const std::string& text) {
   throw error;
 }
 
-// Moves a file to a name that is free; false when it is not.
+// Moves a file to a name that is free; false when it is not. The C library musl has no rename that refuses to
+// replace.
 bool moveToFree(const std::string& from, const std::string& to) {
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-  const bool isOldKernel = errno == EINVAL || errno == ENOSYS;
-  if (isOldKernel && link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0;
+  if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0;
   if (errno != EEXIST) fail(to);
   return false;
 }
