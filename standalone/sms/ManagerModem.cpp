@@ -139,7 +139,8 @@ std::vector<std::string> ManagerModem::paths() {
   mustWork(sd_bus_message_enter_container(reply.get(), 'a', "o"));
   const char* path = nullptr;
   int more = 0;
-  while ((more = sd_bus_message_read_basic(reply.get(), 'o', &path)) > 0) paths.emplace_back(path);
+  while ((more = sd_bus_message_read_basic(reply.get(), 'o', static_cast<void*>(&path))) > 0)
+    paths.emplace_back(path);
   mustWork(more);
   // In the order in which they came: the paths end with a number.
   std::sort(paths.begin(), paths.end(), [](const std::string& a, const std::string& b) {
@@ -192,7 +193,7 @@ void ManagerModem::send(const std::string& number, const std::string& text) {
         sd_bus_message_append(request, "a{sv}", 2, "number", "s", number.c_str(), "text", "s", text.c_str()));
   });
   const char* path = nullptr;
-  mustWork(sd_bus_message_read_basic(created.get(), 'o', &path));
+  mustWork(sd_bus_message_read_basic(created.get(), 'o', static_cast<void*>(&path)));
   try {
     bus_.call(path, smsInterface, "Send");
   } catch (const Problem&) {
