@@ -234,9 +234,11 @@ std::vector<Submit> makeSubmits(const std::string& number, const std::string& te
     const std::size_t headerSeptets = (header.size() * 8 + 6) / 7;
     const std::string packed = codes ? pack(piece, headerSeptets * 7 - header.size() * 8) : piece;
     const std::size_t length = codes ? headerSeptets + piece.size() : header.size() + piece.size();
-    const std::string octets =
-        std::string{static_cast<char>(divided ? 0x41 : 0x01), 0} + destination(number) +
-        std::string{0, static_cast<char>(codes ? 0 : 8), static_cast<char>(length)} + header + packed;
+    std::string octets{static_cast<char>(divided ? 0x41 : 0x01), 0};
+    octets += destination(number);
+    octets += {0, static_cast<char>(codes ? 0 : 8), static_cast<char>(length)};
+    octets += header;
+    octets += packed;
     submits.push_back({octets.size(), "00" + toHex(octets)});
   }
   return submits;
