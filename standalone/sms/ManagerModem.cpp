@@ -184,6 +184,7 @@ void ManagerModem::remove(const std::string& id) {
     bus_.call(path_, messagingInterface, "Delete",
               [&id](sd_bus_message* request) { mustWork(sd_bus_message_append(request, "o", id.c_str())); });
   } catch (const Gone&) {
+    return;  // it counts as deleted
   }
 }
 
@@ -207,7 +208,7 @@ std::string ManagerModem::complaint() {
   find();
   const std::string registration = registrationName(network_.number("RegistrationState"));
   if (registration == "home" || registration == "roaming") return "";
-  const std::string complaint = "not registered with a network: " + registration;
+  std::string complaint = "not registered with a network: " + registration;
   const bool mayStillCome = registration == "unknown" || registration == "searching";
   if (mayStillCome && upTime() - state_.looked < timeToRegister && state_.problem != complaint) return "";
   return complaint;
