@@ -70,6 +70,27 @@ bool fits(const Group& group, const Part& part) {
   return same == group.parts.end() || same->second.content == part.content;
 }
 
+// The parts of each message, in the order of the first one.
+class Groups {
+ public:
+  void add(const Stored& stored, const Part& part) {
+    const Key key(part.sender, part.wide, part.reference, part.count);
+    const auto known = long_.find(key);
+    const bool joins = part.count > 1 && known != long_.end() && fits(all_[known->second], part);
+    const std::size_t at = joins ? known->second : all_.size();
+    if (!joins) all_.emplace_back();
+    if (part.count > 1) long_[key] = at;
+    all_[at].stored.push_back(&stored);
+    all_[at].parts.emplace(part.number, part);
+  }
+  const std::vector<Group>& all() const { return all_; }
+
+ private:
+  using Key = std::tuple<std::string, bool, unsigned, unsigned>;
+  std::vector<Group> all_;
+  std::map<Key, std::size_t> long_;  // where in all_ the latest message of a reference stands
+};
+
 }  // namespace
 
 std::string dataLine(const std::string& octets) {
@@ -98,25 +119,15 @@ std::vector<std::string> partsOf(const std::string& id) {
 }
 
 std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t now) {
-  using Key = std::tuple<std::string, bool, unsigned, unsigned>;
-  std::vector<Group> groups;
-  std::map<Key, std::size_t> longOnes;
   std::vector<Message> messages;
+  Groups groups;
   for (const Stored& each : stored) {
-    const std::optional<Part> part = readDeliver(each.pdu);
-    if (!part) {
+    if (const std::optional<Part> part = readDeliver(each.pdu))
+      groups.add(each, *part);
+    else
       messages.push_back(unreadable(each));
-      continue;
-    }
-    const Key key(part->sender, part->wide, part->reference, part->count);
-    const bool joins = part->count > 1 && longOnes.count(key) != 0 && fits(groups[longOnes[key]], *part);
-    if (part->count > 1 && !joins) longOnes[key] = groups.size();
-    if (!joins) groups.emplace_back();
-    Group& group = joins ? groups[longOnes[key]] : groups.back();
-    group.stored.push_back(&each);
-    group.parts.emplace(part->number, *part);
   }
-  for (const Group& group : groups) {
+  for (const Group& group : groups.all()) {
     if (!isReady(group, now)) continue;
     Message message = messageOf(group);
     message.centre = group.parts.begin()->second.centre;

@@ -63,7 +63,7 @@ void readValue(sd_bus_message* message, const std::string& name, Properties& pro
     properties.numbers[name] = kind == "i" ? static_cast<std::int32_t>(number) : std::int64_t{number};
   } else {
     const char* text = nullptr;
-    mustWork(sd_bus_message_read_basic(message, kind[0], &text));
+    mustWork(sd_bus_message_read_basic(message, kind[0], static_cast<void*>(&text)));
     properties.texts[name] = text;
   }
   mustWork(sd_bus_message_exit_container(message));
@@ -77,7 +77,7 @@ void readDictionary(sd_bus_message* message, char key, const char* value, ReadEn
   int more = 0;
   while ((more = sd_bus_message_enter_container(message, 'e', entry.c_str())) > 0) {
     const char* name = nullptr;
-    mustWork(sd_bus_message_read_basic(message, key, &name));
+    mustWork(sd_bus_message_read_basic(message, key, static_cast<void*>(&name)));
     readEntry(std::string(name));
     mustWork(sd_bus_message_exit_container(message));
   }

@@ -20,7 +20,7 @@ std::string takePrinted(std::string_view& rest) {
   const bool marker = rest.substr(0, messageMarker.size()) == messageMarker;
   std::size_t length = 1;
   while (length < rest.size() && (static_cast<unsigned char>(rest[length]) & 0xC0U) == 0x80) ++length;
-  const std::string character(rest.substr(0, length));
+  std::string character(rest.substr(0, length));
   rest.remove_prefix(length);
   if (marker) return "\\x69";
   switch (c) {

@@ -139,7 +139,8 @@ std::vector<std::string> ManagerModem::paths() {
   mustWork(sd_bus_message_enter_container(reply.get(), 'a', "o"));
   const char* path = nullptr;
   int more = 0;
-  while ((more = sd_bus_message_read_basic(reply.get(), 'o', &path)) > 0) paths.emplace_back(path);
+  while ((more = sd_bus_message_read_basic(reply.get(), 'o', static_cast<void*>(&path))) > 0)
+    paths.emplace_back(path);
   mustWork(more);
   // In the order in which they came: the paths end with a number.
   std::sort(paths.begin(), paths.end(), [](const std::string& a, const std::string& b) {
@@ -183,6 +184,7 @@ void ManagerModem::remove(const std::string& id) {
     bus_.call(path_, messagingInterface, "Delete",
               [&id](sd_bus_message* request) { mustWork(sd_bus_message_append(request, "o", id.c_str())); });
   } catch (const Gone&) {
+    return;  // it counts as deleted
   }
 }
 
@@ -192,7 +194,7 @@ void ManagerModem::send(const std::string& number, const std::string& text) {
         sd_bus_message_append(request, "a{sv}", 2, "number", "s", number.c_str(), "text", "s", text.c_str()));
   });
   const char* path = nullptr;
-  mustWork(sd_bus_message_read_basic(created.get(), 'o', &path));
+  mustWork(sd_bus_message_read_basic(created.get(), 'o', static_cast<void*>(&path)));
   try {
     bus_.call(path, smsInterface, "Send");
   } catch (const Problem&) {
@@ -206,7 +208,7 @@ std::string ManagerModem::complaint() {
   find();
   const std::string registration = registrationName(network_.number("RegistrationState"));
   if (registration == "home" || registration == "roaming") return "";
-  const std::string complaint = "not registered with a network: " + registration;
+  std::string complaint = "not registered with a network: " + registration;
   const bool mayStillCome = registration == "unknown" || registration == "searching";
   if (mayStillCome && upTime() - state_.looked < timeToRegister && state_.problem != complaint) return "";
   return complaint;

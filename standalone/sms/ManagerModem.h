@@ -28,8 +28,8 @@ class ManagerModem final : public Modem {
 
   /// On a modem with AT commands ModemManager loses sight of messages that come close together: it drops the
   /// notice of one that comes while it fetches another. Disabled and enabled, which takes seconds, it fetches
-  /// all of them. That is done when messages came and then none, and once an hour; never while a data
-  /// connection is up.
+  /// all of them. That is done when messages came and then none, once a minute while parts of a message are
+  /// missing in its first hour, and once an hour; never while a data connection is up.
   void lookAgain(bool somethingCame) override;
 
  private:

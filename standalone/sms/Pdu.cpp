@@ -126,6 +126,23 @@ void readHeader(Octets header, Part& part) {
   part.count = part.number = 1;
 }
 
+// The user data: a header if there is one, and `length` septets or octets in all.
+void readUserData(std::string_view userData, bool hasHeader, std::size_t length, Part& part) {
+  std::size_t headerSize = 0;
+  if (hasHeader) {
+    Octets header(userData);
+    headerSize = header.next() + 1;
+    readHeader(Octets(header.take(headerSize - 1)), part);
+  }
+  const std::size_t headerSeptets = (headerSize * 8 + 6) / 7;
+  if (part.alphabet != Part::Alphabet::Gsm)
+    part.content = userData.substr(headerSize);
+  else if (headerSeptets > length)
+    throw std::out_of_range("header");
+  else
+    part.content = unpack(userData, headerSeptets * 7, length - headerSeptets);
+}
+
 Part readPart(Octets pdu) {
   Part part;
   part.centre = centreOf(pdu);
@@ -135,22 +152,9 @@ Part readPart(Octets pdu) {
   pdu.next();  // the protocol identifier
   part.alphabet = alphabetOf(pdu.next());
   part.sent = timeOf(pdu.take(7));
-  std::size_t length = pdu.next();
-  const bool septets = part.alphabet == Part::Alphabet::Gsm;
-  const std::string_view userData = pdu.take(septets ? (length * 7 + 7) / 8 : length);
-  std::size_t headerSize = 0;
-  if ((type & 0x40U) != 0) {
-    Octets header(userData);
-    headerSize = header.next() + 1;
-    readHeader(Octets(header.take(headerSize - 1)), part);
-  }
-  if (!septets) {
-    part.content = userData.substr(headerSize);
-    return part;
-  }
-  const std::size_t headerSeptets = (headerSize * 8 + 6) / 7;
-  if (headerSeptets > length) throw std::out_of_range("header");
-  part.content = unpack(userData, headerSeptets * 7, length - headerSeptets);
+  const std::size_t length = pdu.next();
+  const bool isGsm = part.alphabet == Part::Alphabet::Gsm;
+  readUserData(pdu.take(isGsm ? (length * 7 + 7) / 8 : length), (type & 0x40U) != 0, length, part);
   return part;
 }
 
@@ -192,6 +196,18 @@ std::string destination(const std::string& number) {
   return octets;
 }
 
+Submit makeSubmit(const std::string& address, const std::string& header, const std::string& content,
+                  bool isGsm) {
+  const std::size_t headerSeptets = (header.size() * 8 + 6) / 7;
+  const std::size_t length = (isGsm ? headerSeptets : header.size()) + content.size();
+  std::string octets{static_cast<char>(header.empty() ? 0x01 : 0x41), 0};
+  octets += address;
+  octets += {0, static_cast<char>(isGsm ? 0 : 8), static_cast<char>(length)};
+  octets += header;
+  octets += isGsm ? pack(content, headerSeptets * 7 - header.size() * 8) : content;
+  return {octets.size(), "00" + toHex(octets)};
+}
+
 }  // namespace
 
 std::optional<Part> readDeliver(const std::string& hex) {
@@ -222,22 +238,15 @@ std::vector<Submit> makeSubmits(const std::string& number, const std::string& te
   if (pieces.size() > 255) return {};
   std::vector<Submit> submits;
   for (const std::string& piece : pieces) {
-    const bool divided = pieces.size() > 1;
     std::string header;
-    if (divided)
+    if (pieces.size() > 1)
       header = {5,
                 0,
                 3,
                 static_cast<char>(reference & 0xFFU),
                 static_cast<char>(pieces.size()),
                 static_cast<char>(submits.size() + 1)};
-    const std::size_t headerSeptets = (header.size() * 8 + 6) / 7;
-    const std::string packed = codes ? pack(piece, headerSeptets * 7 - header.size() * 8) : piece;
-    const std::size_t length = codes ? headerSeptets + piece.size() : header.size() + piece.size();
-    const std::string octets =
-        std::string{static_cast<char>(divided ? 0x41 : 0x01), 0} + destination(number) +
-        std::string{0, static_cast<char>(codes ? 0 : 8), static_cast<char>(length)} + header + packed;
-    submits.push_back({octets.size(), "00" + toHex(octets)});
+    submits.push_back(makeSubmit(destination(number), header, piece, codes.has_value()));
   }
   return submits;
 }

@@ -206,7 +206,11 @@ Status PortModem::status() {
   status.networkOperator = item(port_.ask("AT+COPS?").value("+COPS:"), 2);
   const unsigned quality = numberOf(item(port_.ask("AT+CSQ").value("+CSQ:"), 0));
   if (quality <= 31) status.signal = quality * 100 / 31;
-  if (!status.problem.empty()) return status;
+  if (status.problem.empty()) addMemories(status);
+  return status;
+}
+
+void PortModem::addMemories(Status& status) {
   unsigned room = 0;
   unsigned used = 0;
   for (const std::string& name : memoryNames()) {
@@ -216,9 +220,7 @@ Status PortModem::status() {
   }
   status.stored = used;
   status.room = room;
-  status.problem = complaint();
-  if (room == 0) status.problem = "the memory for messages is full";
-  return status;
+  status.problem = room == 0 ? "the memory for messages is full" : complaint();
 }
 
 }  // namespace Standalone

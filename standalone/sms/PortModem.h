@@ -39,6 +39,7 @@ class PortModem final : public Modem {
   std::vector<std::string> memoryNames();
   Memory select(const std::string& memory);
   std::vector<Stored> stored(const std::string& memory, bool unreadToo);
+  void addMemories(Status& status);
   void removePart(const std::string& part);
 
   const std::string pin_;

@@ -305,6 +305,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.manager.start()
         wait_for("the modem", self.manager.has_modem)
         self.sms("list", "unread")  # enables it
+        wait_for("the network", lambda: "registration: home" in self.sms("status", status=None))
 
     def configure(self, more):
         CONFIG.write_text(more)
