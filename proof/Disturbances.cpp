@@ -203,8 +203,9 @@ const std::vector<Disturbance> disturbances = {
     {"the whitelist is spoilt", true, spoilWhitelist},
 };
 
-bool disturb(const World::Programs& programs, const Words&) {
-  constexpr unsigned times = 10, settlingPasses = 4;
+bool disturb(const World::Programs& programs, const Words& words) {
+  constexpr unsigned settlingPasses = 4;
+  const unsigned times = numberOf(words[0]);
   bool good = true;
   for (const Disturbance& disturbance : disturbances) {
     World world(programs);

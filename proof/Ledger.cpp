@@ -91,6 +91,7 @@ void Ledger::observe(const News& news) {
 
 void Ledger::observeModem(unsigned faults) {
   std::string listed;
+  repeated_ = 0;
   const Simulator::Modem modem(Simulator::Modem::storeFolder);
   for (const char* const box : {"unread", "read"})
     for (const std::string& message : modem.printed(box)) listed += message;
@@ -100,6 +101,7 @@ void Ledger::observeModem(unsigned faults) {
         continue;
       part.place = Part::Taken;
       part.faults = faults;
+      repeated_ += part.filed ? 1 : 0;
       note(static_cast<int>(number), "off the modem: " + part.userData);
     }
   }
@@ -130,7 +132,7 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
 
 // How many messages are taken off the modem, or out of the outbox, and not filed.
 std::size_t Ledger::waiting(bool incoming) const {
-  std::size_t count = 0;
+  std::size_t count = incoming ? repeated_ : 0;
   for (const unsigned number : active_) {
     const Message& message = messages_[number];
     if (!incoming && message.kind == Kind::Outgoing && message.places.empty()) ++count;

@@ -112,6 +112,7 @@ class Ledger {
   std::map<std::string, unsigned> said_;      // faults that the log tells, by the guid of the message
   std::map<std::string, std::size_t> posts_;  // by first argument
   std::set<unsigned> active_;
+  std::size_t repeated_ = 0;  // parts that were taken since the last look, and filed before it
   Shelf inbox_, outbox_;
   std::map<std::string, File> files_;  // by place
   std::vector<std::string> looks_;

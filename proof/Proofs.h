@@ -20,7 +20,7 @@ Proof showUndisturbed;
 Proof crashAtCalls;
 /// SCENARIO SAMPLE SEED: lets each of these calls fail once, with each error that is plausible for it.
 Proof failCalls;
-/// Each disturbance in a world of its own, with a fixed load.
+/// TIMES: each disturbance so often, in a world of its own, with a fixed load.
 Proof disturb;
 /// PASSES SEED FINDINGS: random load and disturbances. One daemon lives through PASSES passes; then daemons
 /// are ended as well, in a quarter as many disturbances. All that is known of a message that was harmed

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 using Simulator::Gateway;
 using Simulator::MessageFolders;
 
-constexpr double hangSeconds = 30;
+constexpr double hangSeconds = 120;  // an emulated machine is slow
 constexpr unsigned headerSize = 28;  // of a part: seven octets, printed as \xHH
 
 // Removes what an earlier world may have left, but not the folders that are mounts.

@@ -43,7 +43,7 @@ const std::map<std::string, Command> commands = {
     {"undisturbed", {0, "", showUndisturbed}},
     {"crash", {3, " SCENARIO SAMPLE SEED", crashAtCalls}},
     {"calls", {3, " SCENARIO SAMPLE SEED", failCalls}},
-    {"disturb", {0, "", disturb}},
+    {"disturb", {1, " TIMES", disturb}},
     {"soak", {3, " PASSES SEED FINDINGS", soak}},
     {"damage", {4, " SHARD SHARDS SAMPLE SEED", damage}},
     {"cut", {2, " prepare|run|look SITUATION [CONFIG MODEM [STAGE IMAGE]]", cutPower}},
