@@ -1,0 +1,137 @@
+#include "standalone/api/CommandProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+extern "C" {  // which this header lacks in glibc 2.36
+#include <sys/pidfd.h>
+}
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+
+#include "support/Logger.h"
+
+namespace Standalone {
+
+namespace {
+
+constexpr std::size_t mostOutput = 64 << 10;
+
+/// A file descriptor, closed with its owner.
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  ~Descriptor() { reset(-1); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  void reset(int number) {
+    if (number_ >= 0) close(number_);
+    number_ = number;
+  }
+  int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+bool openPipe(Descriptor& readEnd, Descriptor& writeEnd) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return false;
+  readEnd.reset(ends[0]);
+  writeEnd.reset(ends[1]);
+  return true;
+}
+
+std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+// Starts the program; its process number, or 0.
+pid_t start(const std::vector<std::string>& words, const std::vector<std::string>& environment, int input,
+            int output) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+  posix_spawn_file_actions_addchdir_np(&actions, "/");
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t defaults;
+  sigfillset(&defaults);
+  posix_spawnattr_setsigdefault(&attributes, &defaults);
+  posix_spawnattr_setpgroup(&attributes, 0);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+  pid_t process = 0;
+  const int error = posix_spawnp(&process, words[0].c_str(), &actions, &attributes, pointersTo(words).data(),
+                                 pointersTo(environment).data());
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error == 0) return process;
+  ORVEL_LOG(ERROR, "%s cannot be started: %s", words[0].c_str(), std::strerror(error));
+  return 0;
+}
+
+time_t secondsNow() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec;
+}
+
+// Reads once, and keeps the first bytes of all. False at the end of the stream.
+bool collect(int stream, std::string& output) {
+  char piece[4096];
+  const ssize_t count = read(stream, piece, sizeof piece);
+  if (count <= 0) return false;
+  output.append(piece, std::min(mostOutput - output.size(), static_cast<std::size_t>(count)));
+  return true;
+}
+
+// Collects the output until the program has ended and nothing more is there. False when it has not ended
+// after `seconds`.
+bool waitForEnd(int process, int stream, int seconds, std::string& output) {
+  const time_t end = secondsNow() + seconds;
+  pollfd watched[2] = {{stream, POLLIN, 0}, {process, POLLIN, 0}};
+  for (time_t left = seconds; left > 0; left = end - secondsNow()) {
+    poll(watched, 2, static_cast<int>(left) * 1000);
+    if (watched[0].revents != 0) {
+      if (!collect(stream, output)) watched[0].fd = -1;
+    } else if (watched[1].revents != 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+Ending runCommand(const std::vector<std::string>& words, const std::vector<std::string>& environment,
+                  const std::string& input, int seconds) {
+  Ending ending;
+  Descriptor given, giving, taking, taken;
+  if (!openPipe(given, giving) || !openPipe(taking, taken)) return ending;
+  // The pipe has room for all of the input, and a reader: ourselves.
+  if (write(giving.number(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) return ending;
+  giving.reset(-1);
+  const pid_t process = start(words, environment, given.number(), taken.number());
+  if (process == 0) return ending;
+  taken.reset(-1);
+  const Descriptor watched(pidfd_open(process, 0));
+  ending.timedOut = !waitForEnd(watched.number(), taking.number(), seconds, ending.output);
+  kill(-process, SIGKILL);
+  int status = 0;
+  waitpid(process, &status, 0);
+  ending.succeeded = !ending.timedOut && status == 0;
+  return ending;
+}
+
+}  // namespace Standalone

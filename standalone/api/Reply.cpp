@@ -1,0 +1,41 @@
+#include "standalone/api/Reply.h"
+
+#include <string_view>
+#include <vector>
+
+#include "support/Text.h"
+#include "veldctl/ShortMessage.h"
+
+namespace Standalone {
+
+namespace {
+
+constexpr unsigned mostMessages = 3;
+constexpr std::size_t mostCharacters = mostMessages * 153;  // of the GSM alphabet, in three parts
+
+// The first characters of `text`, each one that can be sent.
+std::vector<std::string> charactersOf(std::string_view text) {
+  std::vector<std::string> characters;
+  while (!text.empty() && characters.size() < mostCharacters) {
+    const std::size_t length = Orvel::Text::printableLength(text);
+    const bool isSent = length > 0 || text[0] == '\n';
+    characters.emplace_back(isSent ? text.substr(0, length > 0 ? length : 1) : "?");
+    text.remove_prefix(characters.back().size());
+  }
+  return characters;
+}
+
+}  // namespace
+
+std::string replyText(const std::string& output, bool succeeded) {
+  const std::string whole = Orvel::Text::trim(output);
+  if (whole.empty()) return succeeded ? "done" : "failed";
+  std::string reply;
+  for (const std::string& character : charactersOf(whole)) {
+    if (ShortMessage::shapeOf(reply + character).messages > mostMessages) break;
+    reply += character;
+  }
+  return reply;
+}
+
+}  // namespace Standalone

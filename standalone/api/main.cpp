@@ -1,0 +1,41 @@
+// The local API: answers the request on its standard input, a socket, and carries out the command in it.
+// Started by systemd for each connection: veld-api FOLDER, where FOLDER has the settings and the commands.
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "standalone/api/Answer.h"
+#include "standalone/api/Http.h"
+
+using namespace Standalone;
+
+namespace {
+
+constexpr unsigned requestSeconds = 10;
+
+// Ends the connection, so that the client does not wait for what the command does.
+void hangUp() {
+  shutdown(STDIN_FILENO, SHUT_RDWR);
+  close(STDIN_FILENO);
+  open("/dev/null", O_RDONLY);
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count != 2) {
+    std::cerr << "usage: veld-api FOLDER, with a connection as standard input\n";
+    return EXIT_FAILURE;
+  }
+  alarm(requestSeconds);  // ends the process: a client that sends no request must not hold it
+  const std::optional<HttpRequest> request = readRequest(STDIN_FILENO);
+  const Answer answer = request ? answerTo(*request, words[1]) : answerToNoRequest();
+  const bool told = writeAnswer(STDIN_FILENO, answer.code, answer.result);
+  alarm(0);
+  hangUp();
+  if (told && !answer.program.empty()) carryOut(answer, words[1]);
+  return EXIT_SUCCESS;
+}

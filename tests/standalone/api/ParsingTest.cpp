@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "standalone/api/CommandRequest.h"
+#include "standalone/api/Http.h"
+#include "standalone/api/Reply.h"
+#include "standalone/api/StrictJson.h"
+#include "tests/Rows.h"
+
+using namespace Standalone;
+
+struct HttpRow {
+  const char* name;
+  std::string received;
+  HttpState state;
+};
+const HttpRow httpRows[] = {
+    {"Plain", "GET /a HTTP/1.1\r\n\r\n", HttpState::Whole},
+    {"Body", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}", HttpState::Whole},
+    {"LengthInSmallLetters", "POST /a HTTP/1.1\r\ncontent-length:2\r\n\r\n{}", HttpState::Whole},
+    {"NoEndOfHead", "GET /a HTTP/1.1\r\n", HttpState::Incomplete},
+    {"HalfABody", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{", HttpState::Incomplete},
+    {"MoreThanTheBody", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}{", HttpState::Wrong},
+    {"TwoLengths", "POST /a HTTP/1.1\r\nContent-Length: 2\r\nContent-Length: 2\r\n\r\n{}", HttpState::Wrong},
+    {"NegativeLength", "POST /a HTTP/1.1\r\nContent-Length: -2\r\n\r\n{}", HttpState::Wrong},
+    {"HugeLength", "POST /a HTTP/1.1\r\nContent-Length: 9999999\r\n\r\n{}", HttpState::Wrong},
+    {"NoLength", "POST /a HTTP/1.1\r\nContent-Length:\r\n\r\n{}", HttpState::Wrong},
+    {"Chunks", "POST /a HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n", HttpState::Wrong},
+    {"HeaderWithoutColon", "GET /a HTTP/1.1\r\nHost\r\n\r\n", HttpState::Wrong},
+    {"OtherVersion", "GET /a HTTP/2\r\n\r\n", HttpState::Wrong},
+    {"FourWords", "GET /a HTTP/1.1 b\r\n\r\n", HttpState::Wrong},
+    {"NoPath", "GET a HTTP/1.1\r\n\r\n", HttpState::Wrong},
+    {"Endless", std::string((1 << 20) + 1, 'a'), HttpState::Wrong},
+};
+class Http : public testing::TestWithParam<HttpRow> {};
+TEST_P(Http, IsRead) {
+  HttpRequest request;
+  EXPECT_EQ(parseHttp(GetParam().received, request), GetParam().state);
+}
+INSTANTIATE_ROWS(Http, httpRows);
+
+struct BodyRow {
+  const char* name;
+  const char* body;
+  bool isTaken;
+};
+const BodyRow bodyRows[] = {
+    {"Plain", R"({"recipients": ["+49170"], "args": ["a", ""]})", true},
+    {"NoArguments", R"({"recipients": ["49170"], "args": []})", true},
+    {"ThirdMember", R"({"recipients": ["+49170"], "args": [], "c": 1})", false},
+    {"OneMember", R"({"recipients": ["+49170"]})", false},
+    {"OtherMember", R"({"recipients": ["+49170"], "message": []})", false},
+    {"MemberTwice", R"({"recipients": ["+49170"], "args": ["a"], "recipients": ["+49666"]})", false},
+    {"TwoRecipients", R"({"recipients": ["+49170", "+49666"], "args": []})", false},
+    {"NoRecipient", R"({"recipients": [], "args": []})", false},
+    {"RecipientIsText", R"({"recipients": "+49170", "args": []})", false},
+    {"RecipientIsNumber", R"({"recipients": [49170], "args": []})", false},
+    {"RecipientIsName", R"({"recipients": ["Pump"], "args": []})", false},
+    {"RecipientIsOption", R"({"recipients": ["--wait"], "args": []})", false},
+    {"ArgsIsText", R"({"recipients": ["+49170"], "args": "a"})", false},
+    {"ArgumentIsNumber", R"({"recipients": ["+49170"], "args": [1]})", false},
+    {"ArgumentHasNul", R"({"recipients": ["+49170"], "args": ["a\u0000b"]})", false},
+    {"Array", R"(["recipients", "args"])", false},
+    {"Comment", R"({"recipients": ["+49170"], "args": []} // a)", false},
+    {"MoreBehind", R"({"recipients": ["+49170"], "args": []} {})", false},
+    {"QuoteInArgument", R"({"recipients": ["+49170"], "args": ["a"b"]})", false},
+};
+class Command : public testing::TestWithParam<BodyRow> {};
+TEST_P(Command, IsTaken) { EXPECT_EQ(parseCommandRequest(GetParam().body).has_value(), GetParam().isTaken); }
+INSTANTIATE_ROWS(Command, bodyRows);
+
+TEST(Command, KeepsSenderAndArguments) {
+  const auto command = parseCommandRequest(R"({"recipients": ["+49170"], "args": ["a", ""]})");
+  EXPECT_EQ(command->sender, "+49170");
+  EXPECT_EQ(command->args, (std::vector<std::string>{"a", ""}));
+}
+
+TEST(StrictJson, SaysLineAndColumn) {
+  std::string fault;
+  EXPECT_FALSE(parseStrictJson("{\n  \"a\": 1,\n  b\n}", fault));
+  EXPECT_NE(fault.find("Line 3, Column 3"), std::string::npos) << fault;
+  EXPECT_EQ(fault.find('\n'), std::string::npos) << fault;
+}
+
+TEST(StrictJson, SurvivesDeepNesting) {
+  std::string fault;
+  EXPECT_FALSE(parseStrictJson(std::string(100'000, '['), fault));
+  EXPECT_NE(fault, "");
+}
+
+std::string times(std::size_t count, const std::string& text) {
+  std::string all;
+  while (count-- > 0) all += text;
+  return all;
+}
+
+struct ReplyRow {
+  const char* name;
+  std::string output;
+  bool succeeded;
+  std::string reply;
+};
+const ReplyRow replyRows[] = {
+    {"Output", " 3 answers\n", true, "3 answers"},
+    {"OutputOfAFailure", "no host\n", false, "no host"},
+    {"Nothing", "\n", true, "done"},
+    {"NothingAndFailed", "", false, "failed"},
+    {"LineFeed", "a\nb", true, "a\nb"},
+    {"ControlCharacter", "a\tb\x1b[0m", true, "a?b?[0m"},
+    {"NoUtf8", "a\xff\xc3", true, "a??"},
+    {"ThreeMessages", times(459, "a"), true, times(459, "a")},
+    {"MoreThanThree", times(460, "a"), true, times(459, "a")},
+    {"ExtensionTable", times(300, "€"), true, times(228, "€")},
+    {"Ucs2", times(300, "Ж"), true, times(201, "Ж")},
+    {"Emoji", times(300, "🙂"), true, times(99, "🙂")},
+};
+class Reply : public testing::TestWithParam<ReplyRow> {};
+TEST_P(Reply, IsAtMostThreeMessages) {
+  EXPECT_EQ(replyText(GetParam().output, GetParam().succeeded), GetParam().reply);
+}
+INSTANTIATE_ROWS(Reply, replyRows);

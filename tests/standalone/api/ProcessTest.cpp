@@ -1,0 +1,54 @@
+#include <gtest/gtest.h>
+
+#include "standalone/api/CommandProcess.h"
+#include "tests/Rows.h"
+
+using namespace Standalone;
+
+struct ProcessRow {
+  const char* name;
+  std::vector<std::string> words;
+  bool succeeded;
+  const char* output;
+};
+const ProcessRow processRows[] = {
+    {"Output", {"/bin/sh", "-c", "echo out; echo err >&2"}, true, "out\n"},
+    {"Failure", {"/bin/sh", "-c", "echo out; exit 3"}, false, "out\n"},
+    {"Signal", {"/bin/sh", "-c", "kill -9 $$"}, false, ""},
+    {"NoProgram", {"/nothing/here"}, false, ""},
+    {"Input", {"/bin/cat"}, true, "given"},
+    {"ArgumentsAsTheyAre", {"/usr/bin/printf", "%s|", "a b", "", "$(id)", "-e"}, true, "a b||$(id)|-e|"},
+    {"Environment", {"/usr/bin/env"}, true, "A=1\n"},
+    {"Folder", {"/bin/pwd"}, true, "/\n"},
+    {"LeadsItsGroup", {"/bin/sh", "-c", "[ $(ps -o pgid= $$) = $$ ] && echo yes"}, true, "yes\n"},
+    {"OthersHoldTheOutput", {"/bin/sh", "-c", "sleep 1000 & echo out"}, true, "out\n"},
+};
+class Process : public testing::TestWithParam<ProcessRow> {};
+TEST_P(Process, IsRun) {
+  const Ending ending = runCommand(GetParam().words, {"A=1"}, "given", 60);
+  EXPECT_EQ(ending.succeeded, GetParam().succeeded);
+  EXPECT_EQ(ending.output, GetParam().output);
+  EXPECT_FALSE(ending.timedOut);
+}
+INSTANTIATE_ROWS(Process, processRows);
+
+TEST(Process, IsKilledAtItsBoundWithItsGroup) {
+  const Ending ending = runCommand({"/bin/sh", "-c", "sleep 1001 & echo $!; sleep 1001"}, {}, "", 1);
+  EXPECT_TRUE(ending.timedOut);
+  EXPECT_FALSE(ending.succeeded);
+  const Ending wait = runCommand({"/bin/sh", "-c", "while pgrep -f '^sleep 1001'; do :; done"}, {}, "", 60);
+  EXPECT_TRUE(wait.succeeded) << "it is still there after a minute";
+}
+
+TEST(Process, GivesWhatIsInThePipeAtTheEnd) {
+  const Ending ending =
+      runCommand({"/bin/sh", "-c", "head -c 60000 /dev/zero"}, {"PATH=/bin:/usr/bin"}, "", 60);
+  EXPECT_EQ(ending.output.size(), 60'000U);
+}
+
+TEST(Process, GivesTheFirstOfALongOutput) {
+  const Ending ending =
+      runCommand({"/bin/sh", "-c", "yes | head -c 1000000"}, {"PATH=/bin:/usr/bin"}, "", 60);
+  EXPECT_TRUE(ending.succeeded);
+  EXPECT_EQ(ending.output.size(), 64U << 10);
+}
