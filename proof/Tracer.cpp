@@ -56,8 +56,12 @@ bool Tracer::attach(pid_t process, std::vector<std::string> options) {
 
 void Tracer::detach() {
   if (strace_ == 0) return;
-  kill(strace_, SIGTERM);
-  waitpid(strace_, nullptr, 0);  // fails when it has ended with the daemon, and was reaped with the orphans
+  // A signal that comes just before strace waits is not seen. Another may have reaped it, which ends this,
+  // too.
+  while (waitpid(strace_, nullptr, WNOHANG) == 0) {
+    kill(strace_, SIGTERM);
+    Simulator::sleepAMoment();
+  }
   strace_ = 0;
 }
 
