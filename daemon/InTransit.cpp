@@ -11,17 +11,20 @@
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
-#include "support/Watchdog.h"
 
 namespace {
 constexpr char journalOfOldVersions[] = "/journal";
 }
 
 InTransit::InTransit(const std::string& root, const std::string& staging)
-    : spool(root), root_(root), staging_(staging) {}
+    : spool(root), root_(root), staging_(staging) {
+  const std::string journal = root + journalOfOldVersions;
+  if (access(journal.c_str(), F_OK) == 0)
+    ORVEL_LOG(WARNING, "Journal [%s] of an earlier version is not read and stays where it is",
+              journal.c_str());
+}
 
 void InTransit::begin(const Spool::Pass& pass) {
-  if (!std::exchange(tookStock_, true)) takeStock(pass);
   if (!pass.numbers.empty()) FolderCollectionStorage::makeMissingFolders(root_, staging_);
 }
 
@@ -40,7 +43,6 @@ std::string InTransit::fileOf(const Json::Value& record, int status) const {
 }
 
 bool InTransit::isTaken(const std::string& guid) const {
-  if (waiting.count(guid) != 0) return true;
   Json::Value record(Json::objectValue);
   record[MessageRecord::Key::Guid] = guid;
   struct stat status;
@@ -64,19 +66,4 @@ void InTransit::aboutToSend() {
 
 void InTransit::answered(bool sent) {
   if (sendInProgress != nullptr) sendInProgress->answer(sent);
-}
-
-// At the start of a daemon.
-void InTransit::takeStock(const Spool::Pass& pass) {
-  for (const unsigned number : pass.numbers) {
-    Orvel::Watchdog::feed();
-    const std::optional<SpoolEntry> entry = read(number);
-    if (!entry) continue;
-    if (const auto* const batch = std::get_if<ReceivedBatch>(&*entry))
-      for (const Json::Value& record : batch->records) waiting.insert(MessageRecord::guid(record));
-  }
-  const std::string journal = root_ + journalOfOldVersions;
-  if (access(journal.c_str(), F_OK) == 0)
-    ORVEL_LOG(WARNING, "Journal [%s] of an earlier version is not read and stays where it is",
-              journal.c_str());
 }

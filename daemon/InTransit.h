@@ -15,8 +15,7 @@ class SendInProgress;
 /// modem announces what cannot be undone; Inbox and Outbox take it from there.
 class InTransit final : public ModemEvents, private Orvel::NonCopyable {
  public:
-  /// `root` is the folder above the message folders, `staging` the folder where their files are written
-  /// first.
+  /// `root` is the folder above the message folders, `staging` the one where their files are written first.
   InTransit(const std::string& root, const std::string& staging);
 
   /// Prepares for what earlier passes left, if anything: message folders that are missing are made again.
@@ -32,7 +31,6 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;
 
   Spool spool;
-  std::set<std::string> waiting;             ///< guids of received messages that earlier passes left
   std::set<std::string> interrupted;         ///< guids of messages whose sending ended a daemon
   unsigned turn = 0;                         ///< with which of several answered sends a pass begins
   SendInProgress* sendInProgress = nullptr;  ///< is told what the modem announces
@@ -43,10 +41,8 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   void aboutToDelete(const std::vector<Json::Value>& records) override;
   void aboutToSend() override;
   void answered(bool sent) override;
-  void takeStock(const Spool::Pass& pass);
 
   const std::string root_;
   const std::string staging_;
   unsigned received_ = 0;
-  bool tookStock_ = false;
 };

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "storage/Flush.h"
-#include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 
 NotedBatch::NotedBatch(InTransit& inTransit, unsigned number, Kind batchKind, Batch batch)
@@ -31,7 +30,6 @@ void NotedBatch::setObeyed(std::size_t place) {
 
 void NotedBatch::setFiled(std::size_t place) {
   isFiled_[place] = true;
-  inTransit_.waiting.erase(MessageRecord::guid(records[place]));
   while (counts_.filed < records.size() && isFiled_[counts_.filed]) ++counts_.filed;
   if (counts_.filed > counts_.offered) counts_.obeying = false;
   counts_.offered = std::max(counts_.offered, counts_.filed);
@@ -51,11 +49,8 @@ bool NotedBatch::settle() {
 void NotedBatch::noteRest() {
   if (!flushFiled()) return;
   std::vector<Json::Value> rest;
-  for (std::size_t place = 0; place < records.size(); ++place) {
-    if (isFiled_[place]) continue;
-    inTransit_.waiting.insert(MessageRecord::guid(records[place]));
-    rest.push_back(std::move(records[place]));
-  }
+  for (std::size_t place = 0; place < records.size(); ++place)
+    if (!isFiled_[place]) rest.push_back(std::move(records[place]));
   if (const std::optional<std::string> text = textOf(rest))
     number_ = inTransit_.spool.replace(number_, {stage({{}, 0, rest.size()}), *text});
 }
