@@ -25,6 +25,7 @@ InTransit::InTransit(const std::string& root, const std::string& staging)
 }
 
 void InTransit::begin(const Spool::Pass& pass) {
+  received_ = 0;  // what a pass that broke off has noted is among those that it left
   if (!pass.numbers.empty()) FolderCollectionStorage::makeMissingFolders(root_, staging_);
 }
 

@@ -11,7 +11,6 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <memory>
 
 #include "storage/NoteFile.h"
@@ -64,14 +63,13 @@ std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
 Spool::Spool(const std::string& root) : path_(root + spoolFolder) {}
 
 Spool::Pass Spool::open() {
-  for (auto slot = slots_.begin(); slot != slots_.end();)
-    slot = slot->second.unwritten ? std::next(slot) : slots_.erase(slot);
-  last_ = slots_.empty() ? 0 : slots_.rbegin()->first;
-  if (acquire() && takeIn()) {
-    keepReserve();
-    for (auto& [number, slot] : slots_)
-      if (slot.unwritten && write(number, {slot.stage, *slot.unwritten})) slot.unwritten.reset();
-  }
+  std::vector<Note> unwritten;
+  for (auto& [number, slot] : slots_)
+    if (slot.unwritten) unwritten.push_back({slot.stage, *slot.unwritten});
+  slots_.clear();
+  last_ = 0;
+  if (acquire() && takeIn()) keepReserve();
+  for (const Note& note : unwritten) add(note);  // under new numbers: the old ones may be in use on the disk
   std::vector<unsigned> numbers;
   for (const auto& [number, slot] : slots_) numbers.push_back(number);
   return {*this, std::move(numbers)};

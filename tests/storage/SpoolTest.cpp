@@ -203,9 +203,11 @@ TEST_F(SpoolTest, WritesLaterWhatItCouldNotWrite) {
   }
   EXPECT_EQ(log_.text(), "[ERROR] Cannot open spool [" + folder_ + "]: [20][Not a directory]\n");
   std::filesystem::remove(folder_);
+  writeFile(folder_ + "/1.a", NoteFile::framed("of another daemon"));
   const Spool::Pass pass = spool_.open();
-  EXPECT_THAT(pass.numbers, ElementsAre(1));
-  EXPECT_EQ(readFile(folder_ + "/1.b"), NoteFile::framed("text"));
+  EXPECT_THAT(pass.numbers, ElementsAre(1, 2));
+  EXPECT_EQ(readFile(folder_ + "/1.a"), NoteFile::framed("of another daemon"));
+  EXPECT_EQ(readFile(folder_ + "/2.b"), NoteFile::framed("text"));
 }
 
 TEST_F(SpoolTest, IsMadeAnewWhereItsFolderWasRemoved) {
