@@ -62,7 +62,8 @@ void ModemStatus::report(Report& report) {
   const Json::Value answer = ask();
   const std::string problem = textOf(answer, "problem");
   const bool isWell = answer.isObject() && problem.empty();
-  const std::string text = answer.isNull() ? noAnswer : isWell ? describe(answer) : "the modem: " + problem;
+  std::string text = isWell ? describe(answer) : "the modem: " + problem;
+  if (answer.isNull()) text = noAnswer;
   Json::Value more(Json::objectValue);
   more["modem"] = answer;
   report.add(isWell ? Well : Ill, text, {"modem_well", isWell ? 1 : 0, {}}, more);

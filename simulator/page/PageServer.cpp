@@ -68,7 +68,10 @@ bool PageServer::listen(int port) {
   server_.set_payload_max_length(largestCommand);
   server_.set_default_headers(defaultHeaders);
   addHandlers();
-  port_ = port == 0 ? server_.bind_to_any_port(loopback) : server_.bind_to_port(loopback, port) ? port : -1;
+  if (port == 0)
+    port_ = server_.bind_to_any_port(loopback);
+  else
+    port_ = server_.bind_to_port(loopback, port) ? port : -1;
   if (port_ < 0) return false;
   watcher_ = std::thread([this] { watch(); });
   listener_ = std::thread([this] { server_.listen_after_bind(); });
