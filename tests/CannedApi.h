@@ -4,6 +4,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -22,6 +23,8 @@ class CannedApi {
     EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     listen(socket_, 1);
     thread_ = std::thread([this, answer] { serve(answer); });
+    // A fork while a thread begins could copy a lock of the sanitizer's allocator that nobody opens again.
+    while (!accepts_) std::this_thread::yield();
   }
   ~CannedApi() { request(); }
   CannedApi(const CannedApi&) = delete;
@@ -45,6 +48,7 @@ class CannedApi {
 
  private:
   void serve(const std::string& answer) {
+    accepts_ = true;
     const int connection = accept(socket_, nullptr, nullptr);
     char bytes[4096];
     while (connection >= 0 && !complete()) {
@@ -67,5 +71,6 @@ class CannedApi {
 
   int socket_;
   std::string request_;
+  std::atomic<bool> accepts_ = false;
   std::thread thread_;
 };

@@ -13,7 +13,7 @@ constexpr char notFound[] = "org.freedesktop.ModemManager1.Error.Core.NotFound";
 constexpr std::chrono::milliseconds beforeRetry(100);
 
 struct Error {
-  sd_bus_error of = SD_BUS_ERROR_NULL;
+  sd_bus_error of{};
   ~Error() { sd_bus_error_free(&of); }
   bool is(const char* name) const { return sd_bus_error_has_name(&of, name) != 0; }
 };
