@@ -12,9 +12,9 @@
 namespace {
 
 constexpr unsigned limit = 1000;
-constexpr char logs[] = "/run/modem/logs";  // of the daemons whose power was cut, where they outlive it
+constexpr char logs[] = "/run/modem/logs";  // logs of the daemons whose power was cut
 
-// What is on its way when the daemon is started.
+// The messages on their way when the daemon starts.
 struct Situation {
   unsigned incoming, outgoing, parts;
 };
@@ -23,7 +23,7 @@ const std::map<std::string, Situation> situations = {
     {"sending", {0, 20, 1}},   {"tool", {5, 3, 1}},
 };
 
-// Enters the messages. `really`: they also come in, but for their last parts, or are queued.
+// Enters the messages. `really`: also delivers them, without their last parts, or queues them.
 void enter(World& world, const Situation& situation, bool really) {
   for (unsigned i = 0; i < situation.incoming; ++i) {
     const unsigned message =
@@ -61,12 +61,12 @@ bool run(const World::Programs& programs) {
   return pause() == 0;
 }
 
-// A stage after the tool has done its work begins where that work does, and the tool is not let go on.
+// For the stages after the tool's work, the tool hangs before it, and the test does that work itself.
 bool runTo(const World::Programs& programs, const std::string& stage, const std::string& image) {
   const std::string operation = stage == "deleted" ? "delete" : stage == "sent" ? "send" : stage;
   World world(programs, limit, false);
   Simulator::Modem& modem = world.gateway().modem;
-  modem.setHanging("");  // a tool whose power was cut said so
+  modem.setHanging("");  // clears the mark of a tool whose power was cut
   modem.setFault(operation, Simulator::ToolFault::Hang, 1);
   if (!world.daemon().start().empty()) return false;
   const bool hangs = world.awaitHang([&] { return modem.hangingOperation() == operation; });
@@ -75,7 +75,7 @@ bool runTo(const World::Programs& programs, const std::string& stage, const std:
   if (hangs && stage == "sent") modem.send(World::other, Simulator::readFile("/tmp/sms/sms-tmp"));
   for (const auto& line : world.gateway().syslog.lines()) Simulator::appendFile(logs, line.text + "\n");
   std::filesystem::copy_file(image, image + ".cut", std::filesystem::copy_options::overwrite_existing);
-  _exit(EXIT_SUCCESS);  // nothing goes on: the power is gone
+  _exit(EXIT_SUCCESS);  // without cleanup: the power is gone
 }
 
 bool look(const World::Programs& programs, const std::string& name) {

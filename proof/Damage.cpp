@@ -19,7 +19,7 @@ const fs::path store = MessageFolders::root, modem = Simulator::Modem::storeFold
 const fs::path keptStore = "/var/config/kept", keptModem = "/run/kept";
 constexpr char aside[] = ".damaged";
 
-// One bit of a file is turned, or the file ends there.
+// A place at which one bit of a file is flipped, or the file is truncated.
 struct Point {
   std::string path;
   std::size_t at;
@@ -36,7 +36,7 @@ void setReadOnly(const std::string& box, bool readOnly) {
   if (!good) std::abort();
 }
 
-// Leaves in the store one message of each kind that can be on its way.
+// Leaves one message of each kind on its way in the store.
 bool prepare(World& world) {
   if (!world.start()) return false;
   const unsigned parts = world.enter("came in two parts", World::other, 2);
@@ -78,7 +78,7 @@ class Runner {
   }
 
  private:
-  // The messages are kept as hard links, so that they stay the same files for the daemon.
+  // Keeps the messages as hard links, so that the restored files keep their inodes.
   void keep() {
     for (const std::string& path : World::ownFiles()) kept_.emplace_back(path, Simulator::readFile(path));
     fs::copy(store, keptStore, fs::copy_options::recursive | fs::copy_options::create_hard_links);
@@ -95,7 +95,7 @@ class Runner {
     world_.ledger = ledger_;
   }
 
-  // Not by Simulator::writeFile, which would leave another name in the folder if it failed.
+  // Not Simulator::writeFile(), which leaves a temporary file in the folder if it fails.
   static void write(const std::string& path, const std::string& content) {
     fs::remove(path);
     std::ofstream(path, std::ios::binary) << content;

@@ -20,14 +20,14 @@ using Simulator::ToolFault;
 
 constexpr const char* root = Simulator::MessageFolders::root;
 
-// Ends a disturbance whose passes are over, or are to come to their end now that it is repaired.
+// Repairs the gateway and ends a disturbance, also in a pass that has not ended yet.
 bool repaired(World& world) {
   const bool good = world.gateway().repair() && world.awaitSleep();
   world.faults = Fault::None;
   return good;
 }
 
-// Lets a fault be at work for some passes.
+// Keeps a fault active for some passes.
 bool during(World& world, unsigned fault) {
   world.faults = fault;
   const bool passed = world.pass(1 + world.below(3));
@@ -78,7 +78,7 @@ bool freeze(World& world, const char*) {
   return umount2(root, MNT_DETACH) == 0 && passed && world.pass();
 }
 
-// The same second comes again, and with it the same guid.
+// Repeats a second, and with it a guid.
 bool setClockBack(World& world, const char*) {
   const std::time_t now = world.gateway().clock.now();
   for (unsigned i = 0; i < 3; ++i) {
@@ -110,7 +110,7 @@ bool terminateAt(World& world, const char* operation) {
   return world.stop() && world.start();
 }
 
-// The disk fills up while the tool is busy, and the daemon is asked to end before there is room again.
+// Fills the disk while the tool is busy, and sends SIGTERM before there is room again.
 bool fillAt(World& world, const char* operation) {
   world.faults = Fault::DiskFull;
   world.reach(operation);
@@ -122,7 +122,7 @@ bool fillAt(World& world, const char* operation) {
   return ended && world.start();
 }
 
-// Somebody removes what the daemon has noted. What comes later must be noted again.
+// Removes the spool files. The daemon must note later messages again.
 bool removeNotes(World& world, const char*) {
   if (world.reach("delete")) std::filesystem::remove_all(World::spool);
   if (!repaired(world)) return false;
@@ -130,7 +130,7 @@ bool removeNotes(World& world, const char*) {
   return world.kill() && world.start();
 }
 
-// For one daemon, since it reads the whitelist when it starts.
+// Restarts the daemon, because it reads the whitelist only when it starts.
 bool spoilWhitelist(World& world, const char*) {
   Simulator::Settings& settings = world.gateway().settings;
   const Json::Value numbers = settings.value()["smsCommands"]["whitelist"]["numbers"];

@@ -2,11 +2,11 @@
 
 #include "proof/World.h"
 
-/// One way in which a gateway goes wrong for a pass or a few. The world is whole again afterwards.
+/// A fault of the gateway that lasts for one or more passes. The world is repaired afterwards.
 struct Disturbance {
   const char* name;
-  bool lethal;                                  ///< the daemon ends, and is started again
-  bool (*happens)(World&, const char* detail);  ///< false when the daemon ends or hangs against its duty
-  const char* detail = "";                      ///< of the tool: the operation that is hit
+  bool lethal;                                  ///< the daemon ends, and is restarted
+  bool (*happens)(World&, const char* detail);  ///< false when the daemon ends or hangs and must not
+  const char* detail = "";                      ///< the operation of the tool that fails
 };
 extern const std::vector<Disturbance> disturbances;

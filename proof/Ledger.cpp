@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr char unanswered[] = "was begun and never answered";  // of a line of the daemon's log
-constexpr char unobeyed[] = "SMS command in message";          // the same: it is not obeyed, or may not be
+constexpr char unanswered[] = "was begun and never answered";  // part of a log line of the daemon
+constexpr char unobeyed[] = "SMS command in message";          // the same: not obeyed, or perhaps not obeyed
 
 std::string textOf(const Json::Value& value) { return value.isString() ? value.asString() : ""; }
 
-// The first argument of a command, by which its request is found again.
+// The first argument of a command, which identifies its request.
 std::string argumentOf(const std::string& command) {
   const std::size_t begin = command.find(' ', command.find('#')) + 1;
   return command.substr(begin, command.find(' ', begin) - begin);
@@ -118,7 +118,7 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
     message.places.erase(place);
     message.gone = faults;
   }
-  std::size_t merged = 0;  // parts; each is a save that may displace a message
+  std::size_t merged = 0;  // number of parts; each save may displace a message
   for (const std::string& place : changes.came) merged += appear(place, faults);
   const std::set<std::string> displaced = changes.displaced(merged + waiting(&shelf == &inbox_));
   for (const auto& [place, file] : gone) {
@@ -130,7 +130,7 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
   }
 }
 
-// How many messages are taken off the modem, or out of the outbox, and not filed.
+// The number of messages that were taken off the modem, or out of the outbox, and are not filed.
 std::size_t Ledger::waiting(bool incoming) const {
   std::size_t count = incoming ? repeated_ : 0;
   for (const unsigned number : active_) {
@@ -143,7 +143,7 @@ std::size_t Ledger::waiting(bool incoming) const {
   return count;
 }
 
-// Which message a file holds, whole or in parts.
+// Determines which message a file holds, whole or in parts.
 Ledger::File Ledger::read(const std::string& content) const {
   File file;
   Json::Value record;
@@ -170,7 +170,7 @@ Ledger::File Ledger::read(const std::string& content) const {
   return file;
 }
 
-// Gives the number of parts of a long message that were not filed before.
+// Returns the number of parts of a concatenated message that were not filed before.
 std::size_t Ledger::appear(const std::string& place, unsigned faults) {
   File& file = files_[place] = read(Simulator::readFile(Shelf::pathOf(place)));
   file.faults = faults;
@@ -250,7 +250,7 @@ std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent
   return findings;
 }
 
-// What the tool had printed of a message when it died is filed as if it were whole.
+// When the tool dies, the daemon files the printed part of a message as a whole message.
 Ledger::Finding Ledger::stray(const std::string& place, const File& file) {
   return {"stray: " + place + ": " + file.content, windowOf(Harm::Lost, file.faults), -1};
 }

@@ -11,50 +11,49 @@
 #include "proof/Shelf.h"
 #include "proof/Windows.h"
 
-/// Knows every message of a world and says what became of it. It looks at the modem, at the message folders
-/// and at the log, never into the daemon.
-///
-/// A message is told apart by its whole text, a part by the text of the part: each text is used once. A
+/// Records every message of a world and reports what happened to it. It reads the modem, the message folders
+/// and the log, and nothing inside the daemon.
+/// The whole text identifies a message, and the text of a part identifies the part: each text is used once. A
 /// message is on its way from its arrival until it is filed for good, and meets every fault of that time.
 class Ledger {
  public:
-  /// `limit`: how many messages the inbox keeps, and the outbox. Only as many may vanish as it displaces.
+  /// `limit`: the number of messages that the inbox and the outbox each keep. Only displaced ones may vanish.
   explicit Ledger(unsigned limit)
       : inbox_{{"received"}, limit}, outbox_{{"sending", "sent", "failed"}, limit} {}
 
-  /// Enters a message that will come in, with the user data and the text of each part. Gives its number.
+  /// Enters a message that will arrive, with the user data and the text of each part. Returns its number.
   unsigned enterIncoming(const std::string& text, unsigned kind,
                          const std::vector<std::pair<std::string, std::string>>& parts);
-  /// A part is on the modem from now on.
+  /// Records that a part is on the modem.
   void arrived(unsigned message, std::size_t part);
-  /// Enters a message that another program has queued.
+  /// Enters a message that another program queued.
   void enterQueued(const std::string& text, const std::string& recipient, bool refused);
-  /// The modem refuses no number any more.
+  /// Records that the modem accepts all numbers from now on.
   void accept();
 
-  /// What happened since the last look.
+  /// What happened since the last observation.
   struct News {
-    unsigned faults = 0;             ///< Fault: those at work
+    unsigned faults = 0;             ///< Fault: the active ones
     std::vector<std::string> lines;  ///< of the log
     std::vector<std::string> posts;  ///< bodies of the requests that were posted
     std::string note;                ///< for tell()
   };
-  /// Looks at everything.
+  /// Reads the modem, the folders and the log.
   void observe(const News& news);
-  /// The daemon was killed: whatever is on its way has met that.
+  /// Records that the daemon was killed: every message on its way has met that fault.
   void died();
-  /// All messages so far, or those whose text is part of `within`, have met `faults`.
+  /// Records that all messages so far, or those whose text is part of `within`, have met `faults`.
   void met(unsigned faults, const std::string* within = nullptr);
 
   struct Finding {
     std::string text;      ///< begins with the kind of harm
-    const Window* window;  ///< null: nothing explains it
+    const Window* window;  ///< null: no window explains it
     int message;           ///< -1: none
   };
-  /// What is wrong in the end, when the modem has sent `sent`.
+  /// Returns every harm, at the end, when the modem has sent `sent`.
   std::vector<Finding> settle(const std::vector<Json::Value>& sent) const;
 
-  /// Writes what happened to a message, and every look from its arrival to its end.
+  /// Writes the history of a message, and every observation from its arrival to its end.
   void tell(std::ostream& out, unsigned message) const;
   /// Counts the messages that met the fault of a window.
   unsigned exposedTo(const Window& window) const;
@@ -77,14 +76,14 @@ class Ledger {
     std::size_t first = 0, last = 0;    // looks
     std::set<std::string> names = {};   // of the files that hold it or held it
     std::set<std::string> places = {};  // where files hold it now
-    unsigned gone = 0;                  // Fault: those at work when a file no longer held it
+    unsigned gone = 0;                  // Fault: those active when a file no longer held it
     bool whole = false, displaced = false, retries = false;
     std::string history = {};
     [[nodiscard]] bool isIn(const std::string& box) const;
     [[nodiscard]] bool isDone() const;
   };
   struct File {
-    int message = -1;  // that it holds, whole or in parts
+    int message = -1;  // the message in the file, whole or in parts
     std::set<std::size_t> parts = {};
     bool whole = false, retries = false;
     std::string content = {};
@@ -109,7 +108,7 @@ class Ledger {
   std::vector<Message> messages_;
   std::map<std::string, unsigned> byText_;                          // of whole messages
   std::map<std::string, std::pair<unsigned, std::size_t>> byPart_;  // of parts
-  std::map<std::string, unsigned> said_;      // faults that the log tells, by the guid of the message
+  std::map<std::string, unsigned> said_;      // faults reported by the log, by the guid of the message
   std::map<std::string, std::size_t> posts_;  // by first argument
   std::set<unsigned> active_;
   std::size_t repeated_ = 0;  // parts that were taken since the last look, and filed before it

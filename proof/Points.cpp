@@ -12,12 +12,12 @@ namespace {
 
 using Findings = std::vector<Ledger::Finding>;
 
-constexpr unsigned settlingPasses = 4;  // enough for a retry after a new start
+constexpr unsigned settlingPasses = 4;  // enough for a retry after a restart
 const std::string writingOpen = "openat for writing";
 
-// The errors that each call may meet on a gateway. Left out are calls that cannot fail here (rt_sigprocmask,
-// umask, fcntl, ...) and those that strace cannot let fail as the kernel does: close and munmap would not be
-// made at all, and brk reports a failure by an address.
+// The errors that each call may return on a gateway. Not listed are calls that cannot fail here
+// (rt_sigprocmask, umask, fcntl, ...) and calls whose failure strace cannot simulate: it would skip close and
+// munmap entirely, and brk reports a failure by an address.
 const std::map<std::string, std::vector<std::string>> plausibleErrors = {
     {"openat", {"EMFILE", "ENFILE", "ENOMEM", "EIO"}},
     {writingOpen, {"EMFILE", "ENFILE", "ENOMEM", "EIO", "ENOSPC", "EROFS"}},
@@ -68,7 +68,7 @@ struct Point {
   }
 };
 
-// The calls of the library that runs the clock belong to no pass.
+// The calls of the simulated clock's library are not the daemon's.
 bool isClock(const Tracer::Call& call) {
   return call.name == "ppoll" || call.name == "futex" ||
          call.text.find("/run/gateway/") != std::string::npos ||
@@ -140,7 +140,7 @@ class Runner {
   static Findings ending(const std::string& text) { return {{text, nullptr, -1}}; }
 
   static Findings crash(World& world, Tracer& tracer) {
-    // The daemon survives where the number of such calls depends on how quickly others answer.
+    // The daemon may survive: the number of some calls depends on how fast other processes answer.
     const bool survived = world.awaitSleep();
     if (!survived && !world.awaitEnd()) return ending("hang: in the pass");
     tracer.detach();
@@ -154,7 +154,7 @@ class Runner {
     tracer.detach();
     Simulator::DaemonProcess& daemon = world.daemon();
     if (!slept && daemon.running()) return ending("hang: in the pass");
-    world.ledger.died();  // what the modem still has may come twice
+    world.ledger.died();  // messages still on the modem may come twice
     world.ledger.met(Fault::Unanswered | Fault::ApiFault);
     if (!daemon.running()) {
       const std::string status = daemon.ending();

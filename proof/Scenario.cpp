@@ -11,7 +11,7 @@ void mustPass(World& world) {
   if (!world.pass()) std::abort();
 }
 
-// The daemon is killed while the modem deletes what it has not filed, a command among it.
+// Kills the daemon while the modem deletes messages that are not filed yet, among them a command.
 void killWhileDeleting(World& world) {
   world.receive("not filed yet");
   world.receive("p secret #ping 8.8.4.4", World::friendly);
@@ -66,7 +66,7 @@ const std::vector<Scenario> scenarios = {
      [](World& world) {
        world.receive("waits on the modem");
        world.queue("waits in the queue");
-       world.gateway().clock.set(world.gateway().clock.now() + 60);  // no second with two guids
+       world.gateway().clock.set(world.gateway().clock.now() + 60);  // avoids equal guids
      },
      100, true},
     {"catching up", killWhileDeleting, [](World& world) { world.receive("comes later"); }, 100, true},

@@ -6,20 +6,20 @@
 #include "proof/Tracer.h"
 #include "proof/World.h"
 
-/// A pass of the daemon with something to do.
+/// A pass of the daemon with messages to process.
 struct Scenario {
   const char* name;
-  void (*before)(World&);  ///< the daemon runs and sleeps; null: it has never run
-  void (*arrive)(World&);  ///< what the pass then meets
+  void (*before)(World&);  ///< with the daemon asleep; null: it has never run
+  void (*arrive)(World&);  ///< adds the messages of the pass
   unsigned limit = 100;    ///< of inbox and outbox
-  bool atStart = false;    ///< the daemon does not run yet; traced is its start, to the end of its first pass
+  bool atStart = false;    ///< traces the daemon's start, to the end of its first pass
 };
 
-/// All of them, in the order of proof/undisturbed.txt.
+/// All scenarios, in the order of proof/undisturbed.txt.
 extern const std::vector<Scenario> scenarios;
 
-/// Brings a world to where the pass begins.
+/// Brings a world to the beginning of the pass.
 World prepare(const Scenario& scenario, World::Programs programs);
-/// Lets the pass, or the start, begin under strace with these options; false when it cannot be traced.
+/// Begins the pass, or the start, under strace with these options; false when it cannot be traced.
 [[nodiscard]] bool begin(const Scenario& scenario, World& world, Tracer& tracer,
                          const std::vector<std::string>& options);

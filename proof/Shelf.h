@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-/// The message folders that share one limit: that of the inbox, or those of the outbox.
+/// The message folders that share one limit: the inbox folder, or those of the outbox.
 class Shelf {
  public:
   Shelf(std::vector<std::string> boxes, std::size_t limit) : boxes_(std::move(boxes)), limit_(limit) {}
 
-  /// What changed between two looks. A place is a box, a slash and the name of a file.
+  /// The changes between two observations. A place is a box, a slash and a file name.
   struct Changes {
     std::vector<std::string> gone;  ///< places whose file is gone or replaced
     std::vector<std::string> came;  ///< places whose file is new
-    std::set<std::string> before;   ///< names of the look before
+    std::set<std::string> before;   ///< names at the previous observation
     std::size_t limit;
 
-    /// The names that the limit may have displaced since: the smallest, one for each message for which there
-    /// was no room. `more`: how many came beside the files that are new.
+    /// The names that the limit may have displaced since: the smallest, one for each message above the limit.
+    /// `more`: messages that arrived in addition to the new files.
     std::set<std::string> displaced(std::size_t more) const;
   };
   Changes look();

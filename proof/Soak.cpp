@@ -8,7 +8,7 @@
 namespace {
 
 constexpr unsigned limit = 150;           // messages kept in each of inbox and outbox
-constexpr unsigned settlingPasses = 500;  // after them, memory no longer grows
+constexpr unsigned settlingPasses = 500;  // afterwards memory must not grow
 constexpr std::size_t growthKilobytes = 256;
 
 // Random messages, in and out.
@@ -16,7 +16,7 @@ class Load {
  public:
   explicit Load(World& world) : world_(world) {}
 
-  // What happens before a pass: up to two messages come in, whole or in parts, and one may be queued.
+  // Before a pass: receives up to two messages, whole or in parts, and may queue one.
   void add() {
     for (unsigned left = world_.below(3); left > 0; --left) {
       const unsigned kind = world_.below(10);
@@ -33,7 +33,7 @@ class Load {
     deliver(false);
   }
 
-  // The parts come in that have waited long enough, or all of them.
+  // Delivers the parts that have waited long enough, or all of them.
   void deliver(bool all) {
     const auto waits = std::stable_partition(late_.begin(), late_.end(),
                                              [all](const Late& late) { return all || late.passes == 0; });
@@ -47,12 +47,12 @@ class Load {
   struct Late {
     unsigned message;
     std::size_t part;
-    unsigned passes;  // that it still waits
+    unsigned passes;  // to wait
   };
 
   std::string text(const std::string& what) { return what + " =" + std::to_string(++texts_) + "="; }
 
-  // The parts are of the same length, so that each is known; they come in any order.
+  // All parts have the same length, so that each text is known; they arrive in any order.
   void receiveParts() {
     const unsigned count = 2 + world_.below(3);
     const std::string number = std::to_string(100'000 + ++texts_);
@@ -129,7 +129,7 @@ class Soak {
     return true;
   }
 
-  // What waits is filed. The log line of a message opens syslog again where it was gone.
+  // Files the waiting messages. The log line of a message reconnects a syslog that was gone.
   bool settle() {
     world_.receive("the message after pass " + std::to_string(world_.ledger.entered()));
     return world_.pass(2);
@@ -144,7 +144,7 @@ class Soak {
 
   World world_;
   Load load_{world_};
-  bool leftOver_ = false;  // by the one life
+  bool leftOver_ = false;  // after the life of the one daemon
 };
 
 }  // namespace

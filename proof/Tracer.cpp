@@ -27,8 +27,8 @@ std::string statusOf(pid_t process, const std::string& key) {
   return "";
 }
 
-// Runs in the child of a program with threads, one of which may hold the allocator's lock: nothing is
-// allocated here.
+// Runs in the child of a process with threads, one of which may hold the allocator's lock: must not
+// allocate memory.
 [[noreturn]] void run(char* const* command) {
   dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
   execvp(command[0], command);
@@ -56,8 +56,8 @@ bool Tracer::attach(pid_t process, std::vector<std::string> options) {
 
 void Tracer::detach() {
   if (strace_ == 0) return;
-  // A signal that comes just before strace waits is not seen. Another may have reaped it, which ends this,
-  // too.
+  // Repeats SIGTERM, because strace misses one that arrives just before it waits. waitpid() fails, which also
+  // ends the loop, if strace was already reaped.
   while (waitpid(strace_, nullptr, WNOHANG) == 0) {
     kill(strace_, SIGTERM);
     Simulator::sleepAMoment();
@@ -70,9 +70,9 @@ std::vector<Tracer::Call> Tracer::calls() {
   std::map<std::string, unsigned> counts;
   std::istringstream lines(Simulator::readFile(traceFile));
   for (std::string line; std::getline(lines, line);) {
-    line.erase(0, line.find_first_not_of("0123456789 "));  // the process, where others are traced too
+    line.erase(0, line.find_first_not_of("0123456789 "));  // the process id, if several processes are traced
     const std::size_t end = line.find('(');
-    if (end == std::string::npos || line.find_first_of(" -+<") < end) continue;  // a signal, an end
+    if (end == std::string::npos || line.find_first_of(" -+<") < end) continue;  // a signal or an exit
     const std::string name = line.substr(0, end);
     calls.push_back({static_cast<unsigned>(calls.size()) + 1, name, ++counts[name], line});
   }
@@ -87,7 +87,7 @@ bool Tracer::struck() {
 std::string Tracer::stoppable(const std::string& daemon, const std::string& preloaded) {
   std::filesystem::create_directories(stoppableFolder);
   const std::string program = stoppableFolder / std::filesystem::path(daemon).filename();
-  // What the new process does first is setting its umask.
+  // umask is the first call of the new process.
   const bool written = Simulator::writeFile(
       program, "#!/bin/sh\npreload=" + preloaded + " daemon=" + daemon + "\n" +
                    "rm \"${0%/*}/stop\" 2>/dev/null || exec env LD_PRELOAD=$preload $daemon\n"
@@ -106,7 +106,7 @@ bool Tracer::awaitStop(pid_t process) {
     return Simulator::readFile(stoppableFolder / "trace").find("stopped by SIGSTOP") != std::string::npos;
   };
   if (!Simulator::waitUntil(traceSeconds, stopped)) return false;
-  // By SIGKILL: that other signals are held back it inherits from the one who starts the daemon.
+  // SIGKILL, because the process inherits blocked signals from the one that starts the daemon.
   kill(static_cast<pid_t>(std::stoi(statusOf(process, "TracerPid"))), SIGKILL);
   return Simulator::waitUntil(traceSeconds, [&] { return statusOf(process, "TracerPid") == "0"; });
 }

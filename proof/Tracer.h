@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-/// Runs strace on the daemon. What the daemon starts is not traced, unless an option says so.
+/// Runs strace on the daemon. Its child processes are traced only if an option says so.
 class Tracer {
  public:
   struct Call {
-    unsigned number = 0;  ///< in the trace, from 1
+    unsigned number = 0;  ///< position in the trace, from 1
     std::string name;
-    unsigned nth = 0;  ///< among those of the name, from 1
+    unsigned nth = 0;  ///< position among the calls with this name, from 1
     std::string text;  ///< as strace prints it
   };
 
@@ -20,19 +20,19 @@ class Tracer {
   Tracer(const Tracer&) = delete;
   Tracer& operator=(const Tracer&) = delete;
 
-  /// Traces a process until it ends or detach(), with further options of strace. False when it cannot.
+  /// Traces a process until it ends or detach(), with further options of strace. False when strace fails.
   [[nodiscard]] bool attach(pid_t process, std::vector<std::string> options);
   void detach();
-  /// What was traced since attach(); to be called after detach().
+  /// The calls traced since attach(); call it after detach().
   static std::vector<Call> calls();
   /// Whether strace has injected its fault.
   static bool struck();
 
-  /// Makes a program with the name of `daemon` that starts it, unchanged, with `preloaded`. Gives its path.
+  /// Creates a program named like `daemon` that starts it, unchanged, with `preloaded`. Returns its path.
   static std::string stoppable(const std::string& daemon, const std::string& preloaded);
-  /// Lets the next daemon that such a program starts stop as soon as it has a process of its own.
+  /// Makes the next daemon that such a program starts stop as soon as it has forked.
   static bool stopNext();
-  /// Waits until a daemon that was started so has stopped; false when it does not.
+  /// Waits until the daemon of such a program has stopped; false when it does not.
   static bool awaitStop(pid_t process);
 
  private:

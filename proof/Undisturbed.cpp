@@ -8,7 +8,7 @@
 
 namespace {
 
-// Replaces what is another in each run: guids by numbers in the order in which they appear, times by a word.
+// Replaces values that differ between runs: guids by numbers in order of appearance, times by a word.
 class Dates {
  public:
   std::string replace(std::string text) {
@@ -26,7 +26,7 @@ class Dates {
   std::map<std::string, unsigned> guids_;
 };
 
-// What others see of a call; empty when it is nothing.
+// The effect of a call that other processes see; empty without one.
 std::string shown(const Tracer::Call& call) {
   static const std::regex command(R"re(execve\("/bin/sh", \["sh", "-c", (?:"--", )?"(.*)"\], )re");
   static const std::regex line(R"re(sendto\(\d+, "<(\d)>\w+ [ \d]\d [:\d]+ (.*)", \d+, )re");
@@ -42,7 +42,7 @@ std::string shown(const Tracer::Call& call) {
 
 bool showUndisturbed(const World::Programs& programs, const Words&) {
   for (const Scenario& scenario : scenarios) {
-    if (scenario.atStart && scenario.before != nullptr) continue;  // the daemon before was disturbed
+    if (scenario.atStart && scenario.before != nullptr) continue;  // the daemon before it was disturbed
     World world = prepare(scenario, programs);
     Tracer tracer;
     if (!begin(scenario, world, tracer, {"-f", "-s", "1000", "-e", "trace=execve,sendto"}) ||

@@ -22,9 +22,9 @@ using Simulator::Gateway;
 using Simulator::MessageFolders;
 
 constexpr double hangSeconds = 120;  // an emulated machine is slow
-constexpr unsigned headerSize = 28;  // of a part: seven octets, printed as \xHH
+constexpr unsigned headerSize = 28;  // of the header of a part: seven octets, printed as \xHH
 
-// Removes what an earlier world may have left, but not the folders that are mounts.
+// Removes the files of an earlier world, but not folders that are mount points.
 std::unique_ptr<Gateway> makeGateway(const World::Programs& programs, bool fresh) {
   for (const std::string folder : {"/var/config", "/var/log", "/run/modem", "/run/gateway", "/tmp/sms"})
     if (fresh && fs::exists(folder))

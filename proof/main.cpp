@@ -1,22 +1,20 @@
-// proof: looks whether the daemon loses, repeats or spoils a message, whatever disturbs it. To be run by
-// scripts/proof in a private gateway; the status is 0 when nothing is wrong.
+// proof: checks that the daemon does not lose, repeat or damage a message under faults. scripts/proof runs it
+// in a private gateway; the status is 0 when nothing is wrong.
 //
-// The vocabulary:
-//   world     a simulated gateway with the daemon in it (World)
-//   ledger    knows every message of a world by its text, looks at the modem, the files and the log, and says
-//   in
-//             the end which are lost, twice, stray (a text that nobody wrote) or left over (Ledger)
-//   fault     what went wrong in a pass; a message meets the faults of the passes that it is on its way in
-//   (Fault) window    a harm that a certain fault may do to a message that meets it; docs/reliability.md
-//   names them all.
-//             A harm outside of every window is a failure (Windows)
-//   scenario  a certain pass with something to do (Scenario)
-// and the ways to disturb a pass:
-//   undisturbed  not at all: what others see of it is compared with proof/undisturbed.txt (Undisturbed)
-//   crash        SIGKILL at one system call of the daemon; fail: one such call fails (Points, by strace:
-//   Tracer) accidents    kills, full and read-only disks, a clock set back, a spool removed (Accidents) soak
-//   random faults over many passes (Soak) damage       one bit of what the daemon keeps for itself (Damage)
-//   cut          the power is cut (Cut)
+// The terms:
+//   world: a simulated gateway with the daemon in it (World)
+//   ledger: records every message of a world by its text, reads the modem, the files and the log, and reports
+//     lost, repeated, stray (a text that nobody sent) and left-over ones at the end (Ledger)
+//   fault: what went wrong in a pass; a message on its way meets the faults of each pass (Fault)
+//   window: a harm that a known fault can do to a message; any other harm is a failure (Windows)
+//   scenario: a particular pass with messages to process (Scenario)
+// The proofs, which fail calls by strace (Tracer):
+//   undisturbed: compares the trace of passes without faults with proof/undisturbed.txt (Undisturbed)
+//   crash, calls: SIGKILL at each system call of the daemon; an error from each (Points)
+//   disturb: kills, full and read-only disks, a clock set back, a removed spool (Disturbances)
+//   soak: random faults over many passes (Soak)
+//   damage: flips each bit of the spool files, and truncates them (Damage)
+//   cut: cuts the power (Cut)
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>

@@ -1,5 +1,5 @@
-"""veld beside gammu-smsd and smstools on the same virtual modem: compare.py VELD SMS. scripts/compare-peers runs it.
-Times are seconds of the wall, processor times of all processes, memory is PSS."""
+"""Compares veld with gammu-smsd and smstools on one virtual modem: compare.py VELD SMS. scripts/compare-peers runs it.
+Prints wall times in seconds, the processor time of all processes, and memory as PSS."""
 import json
 import os
 import pathlib
@@ -67,7 +67,7 @@ def processes(name):
 
 
 def processor_time(name):
-    """(of the processes themselves, of their children that have ended), in milliseconds."""
+    """Processor time in milliseconds: (of the processes, of their children that have ended)."""
     fields = [process.joinpath("stat").read_text().rsplit(")", 1)[1].split() for process in processes(name)]
     return (sum(int(f[11]) + int(f[12]) for f in fields) * 1000 / TICK,
             sum(int(f[13]) + int(f[14]) for f in fields) * 1000 / TICK)
@@ -167,7 +167,7 @@ def main():
         for file in [*Veld.inbox.glob("*"), *Gammu.inbox.glob("*")]:
             file.unlink()
         if peer == "manager":
-            name = "compared-" + secrets.token_hex(8)  # abstract names are the whole machine's
+            name = "compared-" + secrets.token_hex(8)  # abstract names are global to the machine
             modem.plug_into_socket(name)
             manager = Manager(name)
             begin = time.monotonic()

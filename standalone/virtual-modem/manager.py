@@ -1,4 +1,4 @@
-"""A ModemManager of one's own with a virtual modem: a private system bus, the daemon, and a port profile for tests."""
+"""Runs a separate ModemManager with a virtual modem: on a private system bus, with a test profile for its port."""
 import os
 import pathlib
 import subprocess
@@ -21,7 +21,7 @@ def wait_for(what, condition, bound=30):
 
 
 class Manager:
-    """The socket of the modem is named `socket`. Everything lies under /run: run it in a private gateway."""
+    """`socket` names the modem's socket. All files are under /run: use it in a private gateway."""
 
     def __init__(self, socket, log="/run/ModemManager.log"):
         self.socket, self.log, self.daemon = socket, log, None
@@ -33,7 +33,7 @@ class Manager:
         wait_for("the bus", pathlib.Path("/run/dbus/system_bus_socket").exists)
 
     def ask(self, *words):
-        """A call by dbus-send; its output, or None when it fails."""
+        """Calls a method with dbus-send. Returns its output, or None when it fails."""
         call = subprocess.run(["dbus-send", "--system", "--print-reply", "--dest=" + NAME, *words],
                               env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         return call.stdout if call.returncode == 0 else None
@@ -46,7 +46,7 @@ class Manager:
         self.show_modem()
 
     def show_modem(self):
-        """Tells it of the modem, as udev would of one that is plugged in."""
+        """Announces the modem to ModemManager, as udev does when one is plugged in."""
         assert self.ask("/org/freedesktop/ModemManager1", NAME + ".Test.SetProfile", "string:virtual", "string:generic",
                         "array:string:abstract:" + self.socket) is not None
 

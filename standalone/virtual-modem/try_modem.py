@@ -1,4 +1,4 @@
-"""Messages under faults, and a ledger: try_modem.py GATEWAY SMS MESSAGES SEED. scripts/try-modem runs it."""
+"""Sends messages under faults and keeps a ledger: try_modem.py GATEWAY SMS MESSAGES SEED. scripts/try-modem runs it."""
 import collections
 import json
 import os
@@ -20,9 +20,9 @@ from manager import Manager, wait_for  # noqa: E402
 from virtual_modem import VirtualModem  # noqa: E402
 
 CONFIG, STATE, PORT = pathlib.Path("/run/smsconfig"), pathlib.Path("/run/veld-sms/state"), "/run/port"
-SOCKET = "tried-" + secrets.token_hex(8)  # abstract names are the whole machine's
-# Faults that may file a message twice: the tool or ModemManager forgets between the listing and the deletion that the
-# daemon has a message, or cannot tell it from one that has just come.
+SOCKET = "tried-" + secrets.token_hex(8)  # abstract names are global to the machine
+# Faults that may file a message twice: between listing and deletion the tool or ModemManager loses the information that
+# the daemon has the message, or cannot distinguish it from a new one.
 MAY_REPEAT = {"the tool killed", "ModemManager killed", "the modem unplugged", "a deletion refused"}
 
 
@@ -44,10 +44,10 @@ class Trial:
         else:
             self.modem.plug_into_port(PORT)
 
-    # The faults; each is over when it returns, or ends with the pass.
+    # The faults. Each ends before it returns, or with the pass.
 
     def kill_tool(self):
-        """At any moment of the next pass."""
+        """Kills the tool at a random moment of the next pass."""
         def kill(after):
             time.sleep(after)
             for process in pathlib.Path("/proc").glob("[0-9]*"):
@@ -102,7 +102,7 @@ class Trial:
             self.modem.receive(message)
 
     def collect(self):
-        """Takes what was filed whole out of the daemon's folder, which would drop the oldest."""
+        """Removes complete messages from the daemon's folder, whose limit would discard the oldest."""
         for file in (BOXES / "inbox/received").iterdir():
             record = json.loads(file.read_text())
             if "part-id" not in record:
@@ -110,7 +110,7 @@ class Trial:
                 file.unlink()
 
     def time_passes(self):
-        """As much as the tool waits for before it makes ModemManager look again."""
+        """Backdates the tool's last look, so that the tool makes ModemManager fetch messages again."""
         if STATE.exists():
             text = STATE.read_text()
             STATE.write_text(re.sub("^looked .*", f"looked {round(time.clock_gettime(time.CLOCK_BOOTTIME)) - 61} 1", text,
@@ -120,7 +120,7 @@ class Trial:
         fault = self.chance.choice(list(self.faults()))
         for _ in range(self.chance.randint(1, 4)):
             self.receive(fault)
-        for text in self.on_its_way():  # it, too, meets this fault
+        for text in self.on_its_way():  # which also meets this fault
             self.sent[text] = fault if fault != "none" else self.sent[text]
         self.faults()[fault]()
         self.gateway.run("pass")

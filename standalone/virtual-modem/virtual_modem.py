@@ -1,4 +1,4 @@
-"""A modem that is a program: AT commands (3GPP TS 27.005 in PDU mode, TS 27.007) on an abstract UNIX socket, where
+"""A simulated modem: answers AT commands (3GPP TS 27.005 in PDU mode, TS 27.007) on an abstract UNIX socket, where
 ModemManager's test profile finds it, and on a pseudo terminal, as a serial port."""
 import os
 import pty
@@ -10,7 +10,7 @@ import time
 import tty
 
 CTRL_Z, ESCAPE = b"\x1a", b"\x1b"
-FIXED = {  # the answers that never change
+FIXED = {  # the constant answers
     "+CGMI": "Virtual", "+GMI": "Virtual", "+CGMM": "Modem", "+GMM": "Modem", "+CGMR": "1", "+GMR": "1",
     "+CGSN": "490154203237518", "+GSN": "490154203237518", "+CIMI": "001010123456789", "+GCAP": "+GCAP: +CGSM",
     "+CREG=?": "+CREG: (0-2)", "+CGREG=?": "+CGREG: (0-2)", "+CEREG=?": "+CEREG: (0-2)", "+CSQ": "+CSQ: 23,99",
@@ -29,7 +29,7 @@ class Memory:
         self.messages = {}  # place: [0 unread, 1 read, 2 draft, 3 sent; PDU]
 
     def put(self, pdu, kind=0):
-        """The place; None when there is none."""
+        """Stores a message. Returns its place, or None when the memory is full."""
         place = next((i for i in range(1, self.places + 1) if i not in self.messages), None)
         if place is not None:
             self.messages[place] = [kind, pdu]
@@ -37,7 +37,7 @@ class Memory:
 
 
 class Connection:
-    """Whoever has opened the modem: the answers are written by one thread, the notices by another."""
+    """A program that has opened the modem. One thread writes the answers, another the unsolicited lines."""
 
     def __init__(self, modem, read, write, stop, close):
         self.modem, self.read, self.write_bytes, self.stop, self.close = modem, read, write, stop, close
@@ -101,15 +101,15 @@ class VirtualModem:
         self.listed, self.received = "ME", "ME"
         self.connections, self.sent, self.waiting, self.log = set(), [], [], []
         self.delay = 0              # seconds before each answer
-        self.pin, self.pins = None, []  # that the SIM wants; that it was given
+        self.pin, self.pins = None, []  # the PIN that the SIM requires; the PINs that it was given
         self.has_sim, self.registration = True, 1
         self.refuses_deletion, self.refusal_to_send = False, None
         self.listener = self.link = None
 
-    # What the network does.
+    # The network's side.
 
     def receive(self, pdu):
-        """A message comes; one that finds no place waits in the network."""
+        """Delivers a message; when the memory is full, the message waits in the network."""
         with self.lock:
             self.waiting.append(pdu)
             self.take_waiting()
@@ -133,7 +133,7 @@ class VirtualModem:
     def held(self):
         return sum(len(memory.messages) for memory in self.memories.values())
 
-    # What the commands do.
+    # The commands.
 
     def command(self, text):
         self.log.append(text)
@@ -210,10 +210,10 @@ class VirtualModem:
         self.take_waiting()
         return "OK"
 
-    # How it is plugged in.
+    # The connections.
 
     def plug_into_socket(self, name):
-        """Listens at an abstract UNIX socket. ModemManager takes the word before the colon for a part of its name."""
+        """Listens on an abstract UNIX socket. ModemManager takes the word before the colon for a part of its name."""
         self.listener = socket.socket(socket.AF_UNIX)
         self.listener.bind("\0abstract:" + name)
         self.listener.listen()
@@ -229,7 +229,7 @@ class VirtualModem:
                                             lambda peer=peer: peer.shutdown(socket.SHUT_RDWR), peer.close))
 
     def plug_into_port(self, link):
-        """Makes `link` a serial port. The modem itself keeps it open: else a program that ends would hang it up."""
+        """Makes `link` a serial port. The modem keeps it open too: otherwise a program that ends would hang it up."""
         master, slave = pty.openpty()
         tty.setraw(slave)
         os.symlink(os.ttyname(slave), link)
@@ -247,7 +247,7 @@ class VirtualModem:
                                         close))
 
     def unplug(self):
-        """Whoever has opened the modem is cut off when it returns."""
+        """Disconnects every program that has opened the modem before it returns."""
         if self.listener:
             self.listener.shutdown(socket.SHUT_RDWR)
             self.listener.close()
@@ -258,5 +258,5 @@ class VirtualModem:
             try:
                 connection.stop()
             except OSError:
-                pass  # the other side has gone before
+                pass  # the other side has already closed
             connection.thread.join()

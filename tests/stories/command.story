@@ -1,4 +1,4 @@
-# A command in two parts, received in two passes, is executed once it is complete.
+# A command whose two parts arrive in two passes is executed when it is complete.
 start
 receive +4917012345 "p secret #reboot" --parts 2 --hold 2
 pass
@@ -10,7 +10,7 @@ requests
 expect-count 1
 expect "path":"/api/command/sms_restart"
 
-# Changed settings take effect at the next start: another number is permitted, the password is off, one command is off.
+# Changed settings take effect at the next start: another permitted number, no password, one command disabled.
 whitelist +4917099999
 password off
 settings smsCommands.radioEnabled false

@@ -1,4 +1,4 @@
-# Beyond January 2038, where 32 bits of seconds end, a message is filed under its right date.
+# After January 2038, when 32-bit times overflow, a message is filed with the correct date.
 start
 date 2045-06-15
 receive +4917099999 "from the future"

@@ -1,4 +1,4 @@
-# The API goes away: the message is filed, the daemon goes on.
+# The API is gone: the message is filed, and the daemon continues.
 start
 receive +4917012345 "p secret #wan"
 fault api gone
@@ -7,7 +7,7 @@ log --new
 expect curl_easy_perform failed
 repair
 
-# The tool fails to delete: the messages are listed again.
+# The tool fails to delete: it lists the messages again.
 receive +4917099999 "twice"
 fault tool delete fail 1
 pass
@@ -17,7 +17,7 @@ pass
 records received
 expect-count 3
 
-# The tool is killed, prints nothing, is gone.
+# The tool is killed, prints nothing, is missing.
 queue +4917011111 "killed" --retries 1
 fault tool send kill 1
 pass
@@ -44,7 +44,7 @@ pass
 records received
 expect-count 5
 
-# Syslog goes away and comes back.
+# Syslog stops and restarts.
 fault syslog gone
 receive +4917099999 "unseen"
 pass
@@ -58,7 +58,7 @@ expect-not unseen
 stop
 expect-exit 0
 
-# Without syslog from the start.
+# Syslog does not run when the daemon starts.
 fault syslog gone
 start
 receive +4917099999 "not logged"

@@ -1,4 +1,4 @@
-# A listing of three hundred messages is taken whole, the newest are kept, and the modem is empty.
+# The daemon reads a listing of three hundred messages completely, keeps the newest, and empties the modem.
 settings receivedLimit 20
 start
 receive +4917099999 "one of many" --times 300

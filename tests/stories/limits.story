@@ -1,4 +1,4 @@
-# The inbox and the outbox have a limit each. At the limit the oldest message is discarded for a new one.
+# The inbox and the outbox have a limit each. At the limit a new message displaces the oldest one.
 settings receivedLimit 1
 settings sentLimit 2
 start

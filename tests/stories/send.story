@@ -1,4 +1,4 @@
-# The modem refuses a number: the message is filed as failed, and sent again when its interval has passed.
+# The modem refuses a number: the message is filed as failed, and sent again when the back-off interval has passed.
 timings [30,60]
 start
 refuse +4917022222

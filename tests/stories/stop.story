@@ -3,7 +3,7 @@ start
 kill TERM
 expect-exit 0
 
-# In a pass it lets the pass end, wherever that is.
+# During a pass the daemon finishes the pass, at whatever step.
 # While the listing is read: the message is not lost.
 start
 receive +4917099999 "first"

@@ -37,7 +37,7 @@ veldctl check
 expect look  the daemon says: [WARNING] VELD: The value of timings-sms is too long.
 timings [30,60]
 
-# Send one now; the last ones.
+# Send one now. List the last ones.
 veldctl send +4917011111 "The tank is full"
 pass
 receive +4917099999 "hello there"
@@ -75,7 +75,7 @@ expect veldctl: "sentLimit" is reached: 1 that wait can be discarded unsent
 repair tool
 await pass
 
-# A command that the API does not answer: what waits, and since when.
+# The API does not answer a command: veldctl shows what waits, and since when.
 fault api silent
 receive +4917012345 "p secret #ping 8.8.8.8"
 pass --no-wait
@@ -98,7 +98,7 @@ veldctl status
 expect look  "sentLimit" is 0: no message is kept
 settings sentLimit 1
 
-# The API is gone: the daemon goes on, commands are not carried out.
+# The API is gone: the daemon continues, but executes no commands.
 fault api gone
 veldctl status
 expect ILL   the local API does not answer: /var/run/api/http.sock:
