@@ -44,7 +44,7 @@ bool InTransit::isTaken(const std::string& guid) const {
   Json::Value record(Json::objectValue);
   record[MessageRecord::Key::Guid] = guid;
   struct stat status;
-  // A look may fail once; a file that is there must not be replaced.
+  // lstat() may fail once; an existing file must not be replaced.
   const std::string file = fileOf(record, MessageStatus::Received);
   for (int tries = 0; tries < 2; ++tries) {
     if (lstat(file.c_str(), &status) == 0) return true;
@@ -66,7 +66,7 @@ void InTransit::answered(bool sent) {
   if (sendInProgress != nullptr) sendInProgress->answer(sent);
 }
 
-// At the start of a daemon.
+// Runs once, in the first pass of a daemon.
 void InTransit::takeStock(const Spool::Pass& pass) {
   for (const unsigned number : pass.numbers) {
     Orvel::Watchdog::feed();
