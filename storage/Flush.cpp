@@ -13,9 +13,9 @@ namespace {
 
 using Orvel::FileDescriptor;
 
-constexpr std::size_t openAtOnce = 64;  // descriptors that one step holds
+constexpr std::size_t openAtOnce = 64;  // files that one step opens
 
-// Begins to write all files before it waits for the first, so that the disk can write them in one go.
+// Starts the write-back of all files before it waits for the first, so that the disk can merge the writes.
 bool flushSome(std::vector<std::string>::const_iterator path, std::vector<std::string>::const_iterator end) {
   std::list<FileDescriptor> files;
   for (; path != end; ++path) {
