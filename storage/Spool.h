@@ -13,8 +13,8 @@
 /// they outlive the daemon. A note is one file in the folder `spool` beside the message folders (mode 700).
 /// Its content never changes; its name holds its number and its stage:
 ///
-// / spool/7.received-2-3 NUMBER.STAGE; the stages are those of SpoolEntry.h / spool/reserve space for notes
-// if the disk is full
+///     spool/7.received-2-3    NUMBER.STAGE; the stages are those of SpoolEntry.h
+///     spool/reserve           space that a full disk leaves for notes
 ///
 ///     File                  Written by      Gone after   After a kill or a power cut
 ///     NUMBER.STAGE.new      add, replace    its rename   removed by the next open
