@@ -1,4 +1,4 @@
-// The input is what the local API answers, to the request for the settings and to a command.
+// The input is the answer of the local API, to the request for the settings and to a command.
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// What `call` says; nothing when it throws the JSON library's exception, the only one that may come.
+// The result of `call`; nullopt if it throws the JSON library's exception. No other may occur.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
   try {
@@ -42,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool executed = executor.execute("1", std::vector<std::string>());  // throws for no answer
   property(executed == (loaded == true), "both requests call the same answers good");
 
-  if (loaded == true && answer.find('\0') == std::string::npos) {  // a NUL ends the text for the JSON library
+  if (loaded == true &&
+      answer.find('\0') == std::string::npos) {  // for the JSON library, a NUL ends the text
     property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
     property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "an answer cut short is none");
   }

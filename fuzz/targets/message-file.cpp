@@ -2,7 +2,7 @@
 // reads it, with a new part of a concatenated message from the modem and a modem that sends only for an even
 // first byte.
 //
-// Nothing is stored on disk here: the input chooses the "guid", and thereby the path and the shell command.
+// Stores nothing on disk: the input chooses the "guid", and thereby the path and the shell command.
 
 #include <cstdint>
 #include <cstdlib>
@@ -21,7 +21,7 @@
 
 namespace {
 
-// The input's folder for one status, empty ones for the others; what is saved or removed is kept.
+// Holds the input under one status; the others are empty. Records what is saved or removed.
 class OneFolder final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override { saved[status].push_back(record); }
@@ -82,7 +82,7 @@ void checkReceived(const OneFolder& store) {
   property(found, "the new part is filed, alone or merged");
 }
 
-// `record` was the only one under Sending or Failed, and was offered to the modem.
+// Checks the store after `record`, the only one under Sending or Failed, was offered to the modem.
 void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) {
   const auto& target = store.saved[wasSent ? MessageStatus::Sent : MessageStatus::Failed];
   property(target.size() == 1, "a message that was offered to the modem is filed once");

@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const char* const key : {"receivedLimit", "sentLimit"}) settings[key].asUInt();
     checkConfig(settings["smsCommands"]);
   } catch (const Json::Exception&) {
-    return 0;  // a value of the wrong type ends the daemon's start with the JSON library's exception
+    return 0;  // a value of the wrong type ends the start with the JSON library's exception
   }
   return 0;
 }
