@@ -23,8 +23,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// Which call fails with EPERM. "none" for none. While it is set, fork() makes no process and returns as in
-/// the child.
+/// The call that fails with EPERM, or "none". While a name is set, fork() creates no process and returns 0.
 std::string failing;
 
 bool fails(const char* call) {
@@ -69,7 +68,7 @@ int sigaction(int signal, const struct sigaction* action, struct sigaction* befo
 
 }  // extern "C"
 
-/// The `main` of the daemon, under another name in this program.
+/// The `main` of the daemon, renamed in this program.
 int daemonMain();
 
 struct CheckRow {
@@ -118,8 +117,8 @@ std::string answer(const char* change) {
   return CannedApi::ok(envelope.toStyledString());
 }
 
-/// Runs the daemon in a child that has seen SIGTERM already, so that it runs no pass. A call fails there.
-/// Gives the exit status, or a signal as a number below 0.
+/// Runs the daemon in a child that has received SIGTERM, so that it runs no pass, and in which a call fails.
+/// Returns the exit status, or a signal as a negative number.
 int runDaemon(const std::string& failingCall) {
   smsTimings.clear();
   std::filesystem::remove(timingsFile);
@@ -198,13 +197,13 @@ TEST(StartUp, InstallsTheHandlerBeforeItAsksForTheSettings) {
   EXPECT_THAT(receiveAll(syslog), testing::EndsWith("Error reading sms timings\n"));
 }
 
-TEST(StartUp, LogsToTheTerminalThatThereIsNoSyslog) {
+TEST(StartUp, LogsAMissingSyslogToTheTerminal) {
   LogCapture log;
   EXPECT_EQ(runDaemon("fork"), 1);
   EXPECT_EQ(log.text(), "[WARNING] unable to log to syslog\n");
 }
 
-TEST(Main, MakesTheFoldersInTheirOrder) {
+TEST(Main, CreatesTheFoldersInOrder) {
   const TemporaryFolder folder({{"mkdir", "#!/bin/sh\necho \"$@\" >>/tmp/made\n"}});
   std::filesystem::permissions(folder.path + "/mkdir", std::filesystem::perms{0755});
   const CannedApi api(answer("{}"));
@@ -221,7 +220,7 @@ TEST(Main, MakesTheFoldersInTheirOrder) {
 
 namespace {
 
-/// The state of this process, a line each. `inherited` is a descriptor that its starter left open.
+/// The state of this process, one item a line. `inherited` is a file descriptor that it has inherited.
 std::string describeProcess(int inherited) {
   std::string text = "folder " + std::filesystem::current_path().string();
   text += getsid(0) == getpid() ? ", session its own" : ", session of its starter";
@@ -235,12 +234,11 @@ std::string describeProcess(int inherited) {
   std::istringstream status(readFile("/proc/self/status"));
   for (std::string line; std::getline(status, line);)
     if (line.find("SigBlk") == 0 || line.find("SigIgn") == 0 || line.find("SigCgt") == 0)
-      text +=
-          line.erase(7, line.size() - 14) + "\n";  // signals 1 to 28: the C library catches two of its own
+      text += line.erase(7, line.size() - 14) + "\n";  // signals 1 to 28: the C library catches two more
   return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
 }
 
-/// Starts the daemon with everything changed that a starter can change, and writes its state to `report`.
+/// Starts the daemon with an unusual inherited state, and writes its own state to `report`.
 [[noreturn]] void startUnkindly(int report) {
   umask(077);
   (void)!chdir("/tmp");
@@ -255,7 +253,7 @@ std::string describeProcess(int inherited) {
 
 }  // namespace
 
-TEST(StartUp, RunsAlikeWhateverTheStarterDid) {
+TEST(StartUp, DoesNotDependOnInheritedState) {
   const CannedApi api(answer("{}"));
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
@@ -275,7 +273,7 @@ TEST(StartUp, RunsAlikeWhateverTheStarterDid) {
             "SigBlk:0000000\nSigIgn:0000000\nSigCgt:0004000\nclosed for tools\n");
 }
 
-TEST(TerminationHandler, InterruptsCallsAndStays) {
+TEST(TerminationHandler, InterruptsCallsAndStaysInstalled) {
   ASSERT_TRUE(installTerminationHandler());
   struct sigaction action;
   sigaction(SIGTERM, nullptr, &action);
@@ -292,7 +290,7 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
   std::signal(SIGTERM, SIG_DFL);
 }
 
-TEST(TerminationHandler, IsNamedOnStandardErrorWhereItCannotBeInstalled) {
+TEST(TerminationHandler, ReportsAFailedSigactionOnStandardError) {
   LogCapture log;
   failing = "sigaction";
   EXPECT_FALSE(installTerminationHandler());
