@@ -36,16 +36,15 @@ std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSiz
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string answer(data, data + size);
   const auto loaded = settingsLoad(answer, size + 1);
-  property(settingsLoad(answer, 1) == loaded, "the pieces that an answer comes in say nothing");
+  property(settingsLoad(answer, 1) == loaded, "the split of an answer into pieces changes nothing");
 
   SMSCommandExecutor executor("http://localhost/api/command/sms_restart");
   const bool executed = executor.execute("1", std::vector<std::string>());  // throws for no answer
-  property(executed == (loaded == true), "both requests call the same answers good");
+  property(executed == (loaded == true), "both requests accept the same answers");
 
-  if (loaded == true &&
-      answer.find('\0') == std::string::npos) {  // for the JSON library, a NUL ends the text
+  if (loaded == true && answer.find('\0') == std::string::npos) {  // the JSON library stops at a NUL
     property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
-    property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "an answer cut short is none");
+    property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "a truncated answer is refused");
   }
   FakeCurl::requests.clear();
   return 0;

@@ -118,7 +118,7 @@ class MemoryInbox final : public ICollectionStorage {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Case input(std::string(data, data + size));
   SMSCommand commands(input.configuration());
-  property(commands.loadConfig(), "a whole configuration is taken");
+  property(commands.loadConfig(), "a complete configuration is accepted");
 
   Json::Value record;
   record["guid"] = "2026010100000000";
@@ -136,7 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const std::optional<FakeCurl::Request> permitted = permittedRequest(input);
   property(FakeCurl::requests.size() <= (permitted ? 1U : 0U), "a stranger causes no request");
-  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "who may command is obeyed");
+  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "a permitted sender is obeyed");
   if (permitted) {
     property(FakeCurl::requests[0].url == permitted->url, "the keyword chooses the path");
     property(FakeCurl::requests[0].body == permitted->body, "the body names the sender and the words");

@@ -117,8 +117,7 @@ std::multiset<std::string> texts(const Records& records) {
   return found;
 }
 
-// The content of the store after the first half of `records` came in one pass and the second half in the
-// next.
+// The content of the store after the two halves of `records` came in one pass each.
 Records filedInTwoPasses(const Records& records) {
   const auto half = records.begin() + static_cast<std::ptrdiff_t>(records.size() / 2);
   Records filed = joinMultipartMessages(Records(records.begin(), half));
@@ -148,7 +147,7 @@ void checkRecords(const Records& records, const std::vector<Message>& expected) 
              "the text is that of the first user-data: line, decoded");
     guids.insert((*record++)["guid"].asString());
   }
-  property(record == records.end(), "nothing is made up");
+  property(record == records.end(), "no record is invented");
   property(guids.size() == records.size(), "guids differ");
 }
 

@@ -75,7 +75,7 @@ Json::Value withoutStatus(Json::Value record) {
 
 void checkReceived(const OneFolder& store) {
   const auto& saved = store.saved[MessageStatus::Received];
-  property(!saved.empty(), "nothing in the store stands in the way of a new message");
+  property(!saved.empty(), "no stored record blocks a new message");
   bool found = false;
   for (const Json::Value& record : saved)
     found = found || record["message"].asString().find("new") != std::string::npos;
@@ -89,7 +89,7 @@ void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) 
   Json::Value expected = withoutStatus(record);
   if (!wasSent && store.filled == MessageStatus::Failed) expected["retries"] = record["retries"].asUInt() - 1;
   property(withoutStatus(target[0]) == expected, "filing changes the status and the retries only");
-  property(store.removed[store.filled].size() >= 1, "what is filed anew leaves its folder");
+  property(store.removed[store.filled].size() >= 1, "a record that is filed again leaves its folder");
 }
 
 }  // namespace
@@ -100,7 +100,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static FolderStorage folder(input.path);
   std::ofstream(std::string(input.path) + "/record") << std::string(data + 1, data + size);
   const Json::Value records = folder.load(Json::nullValue);
-  property(records.size() <= 1, "a file is one record at the most");
+  property(records.size() <= 1, "a file holds at most one record");
   if (records.size() == 1 && records[0].isObject())
     property(folder.load(records[0]) == records, "a record matches itself");
 

@@ -104,8 +104,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RetryState retry;
   InTransit inTransit(root.path, root.path);
   runPass(modem, storage, commands, inTransit, {}, retry);
-  property(modem.wasAsked, "no note keeps the modem from being asked");
+  property(modem.wasAsked, "no note stops the modem from being asked");
   property(!modem.hasSent, "nothing is sent from a note");
-  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "what is not filed is filed once");
+  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "each unfiled record is filed once");
   return 0;
 }
