@@ -19,8 +19,8 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   /// first.
   InTransit(const std::string& root, const std::string& staging);
 
-  /// If earlier passes left notes, creates missing message folders again. The first call also reads the guids
-  /// of all messages left.
+  /// If earlier passes left notes, creates missing message folders again. The first call reads all guids
+  /// left.
   void begin(const Spool::Pass& pass);
 
   /// Reads a note as an entry; nullopt if that fails. Sets a note with an invalid text aside.
