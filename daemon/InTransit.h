@@ -35,7 +35,7 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
 
   Spool spool;
   std::set<std::string> waiting;             ///< guids of received messages that earlier passes left
-  std::set<std::string> interrupted;         ///< guids of messages that a daemon ended while sending
+  std::set<std::string> interrupted;         ///< guids of messages during whose send a daemon ended
   unsigned turn = 0;                         ///< selects the answered send that a pass files first
   SendInProgress* sendInProgress = nullptr;  ///< receives the modem's announcements; may be null
 
