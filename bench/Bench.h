@@ -8,14 +8,14 @@
 
 #include "storage/MessageStore.h"
 
-/// What the benchmarks share. They are to be run in a private gateway, whose /tmp is theirs.
+/// Shared code of the benchmarks. Run them in a private gateway, which has its own /tmp.
 
 constexpr char storeFolder[] = "/tmp/store";    ///< root of the message store
-constexpr char listingFile[] = "/tmp/listing";  ///< what the stand-in of the `sms` tool lists
+constexpr char listingFile[] = "/tmp/listing";  ///< listing of the stand-in for the `sms` tool
 constexpr char inboxFolder[] = "/tmp/store/inbox/received";
 
-/// Runs `ours` and `floor` in turn, each once in an iteration, and puts the medians of their processor times,
-/// that of their children included, into the counters "us" and "floor_us", in microseconds.
+/// Runs `ours` and `floor` once in each iteration. Stores the medians of their CPU times, children included,
+/// in the counters "us" and "floor_us", in microseconds.
 void runBesideFloor(benchmark::State& state, const std::function<void()>& ours,
                     const std::function<void()>& floor);
 
@@ -23,7 +23,7 @@ void runBesideFloor(benchmark::State& state, const std::function<void()>& ours,
 void runAlone(benchmark::State& state, const std::function<void()>& before,
               const std::function<void()>& ours);
 
-/// A received record; its guid is made from `number`, so that records are as old as their numbers are low.
+/// A received record whose guid is made from `number`: a lower number means an older record.
 Json::Value recordOf(unsigned number);
 
 /// Empties the store and files records 0 to `count` - 1 under Received.

@@ -38,7 +38,7 @@ std::string rounded(double value, int digits) {
 struct Row {
   const char* what;
   std::string measured, floor;
-  double value;  ///< what is wanted of it
+  double value;  ///< compared with `bound`
   double bound;
   bool isAtMost;
 

@@ -6,14 +6,14 @@
 #include <ostream>
 #include <string>
 
-/// Prints the benchmarks as they are done, keeps their figures, and judges them.
+/// Prints each benchmark when it is done, keeps its figures, and compares them with their targets.
 class Report : public benchmark::ConsoleReporter {
  public:
   Report() : ConsoleReporter(OO_Tabular) {}
 
   void ReportRuns(const std::vector<Run>& runs) override;
 
-  /// Writes the table of the wanted figures, the machine and the date; false when one is missed.
+  /// Writes the table of figures and targets, the machine and the date; false if a target is missed.
   bool write(std::ostream& page) const;
 
   /// Writes the points of the benchmark `name` to `points`: argument and milliseconds, a line each.

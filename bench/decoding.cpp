@@ -1,4 +1,4 @@
-// User data as the tool prints it, to text: header, escapes, alphabet.
+// Decodes user data, as the tool prints it, to text: header, escapes, alphabet.
 
 #include <string>
 

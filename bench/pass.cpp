@@ -24,7 +24,7 @@ Json::Value commandSettings() {
   return settings;
 }
 
-// A daemon without its process.
+// The objects of a daemon, without its process.
 class Loop {
  public:
   explicit Loop(unsigned limit)
@@ -100,7 +100,7 @@ BENCHMARK(passWithNew)
     ->Iterations(3)
     ->Unit(benchmark::kMillisecond);
 
-// The store is empty and holds them all: each is filed beside those that came before it.
+// The store starts empty and keeps every message: each is filed beside all earlier ones.
 void passIntoEmptyStore(benchmark::State& state) {
   const auto count = static_cast<unsigned>(state.range(0));
   listNewMessages(count);

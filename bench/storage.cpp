@@ -1,4 +1,4 @@
-// The store beside the same calls of the libraries and the shell in a bare loop.
+// Compares the store with a bare loop of the same library calls and shell commands.
 
 #include <dirent.h>
 #include <sys/stat.h>

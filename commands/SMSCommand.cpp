@@ -35,12 +35,12 @@ std::vector<SMSCommandEntry> makeCommandTable(std::array<SMSCommandExecutor, siz
   return table;
 }
 
-// Cuts the command word "#KEYWORD" to its lowered keyword; empty for a word without "#".
+// The keyword of the command word "#KEYWORD", in lower case; empty for a word without "#".
 std::string keywordOf(const std::string& word) {
   return !word.empty() && word[0] == '#' ? Orvel::Text::toLowerCase(word.substr(1)) : "";
 }
 
-// Takes the password and the command word off the front of `command.args`. False when there is none.
+// Removes the password and the command word from the front of `command.args`. False when there is none.
 bool takeCommandWord(ParsedSMSCommand& command, std::string& keyword) {
   std::vector<std::string>& words = command.args;
   std::size_t commandWord = 0;

@@ -29,8 +29,8 @@ struct SMSCommandEntry {
 ///
 ///     [p PASSWORD] #KEYWORD [ARGUMENT...]
 ///
-/// The words are separated by single spaces; the marker may be "P", and the keyword is of either case. Every
-/// refusal is false and one line in the log. Nothing is kept between messages.
+/// The words are separated by single spaces; "p" and the keyword may be in either case. A function that
+/// refuses a message returns false and logs one line. No state is kept between messages.
 class SMSCommand : private Orvel::NonCopyable {
  public:
   /// Keeps a copy of `config`, the "smsCommands" object of the settings, for loadConfig.
@@ -43,15 +43,15 @@ class SMSCommand : private Orvel::NonCopyable {
   /// Whether commands are accepted at all.
   bool isEnabled() const;
 
-  /// Fills `command` from `message`; false when it is no known command, and `command` may then be half
-  /// filled. The password is logged at INFO.
+  /// Fills `command` from `message`; false if it is not a known command; `command` is then partly filled. The
+  /// password is logged at INFO.
   bool parseCommand(const std::string& message, ParsedSMSCommand& command) const;
 
   /// Whether `password` equals the configured one, byte for byte.
   bool passwordGood(const std::string& password) const;
 
-  /// Whether `phoneNumber` is on the whitelist, byte for byte: no prefix is added or taken off. Throws the
-  /// JSON library's exception for an entry that has no text form.
+  /// Whether `phoneNumber` is on the whitelist, byte for byte: no prefix is added or removed. Throws the JSON
+  /// library's exception for an entry that has no text form.
   bool whiteListGood(const std::string& phoneNumber) const;
 
   /// Whether `phoneNumber` may send the command that `message` holds. Does not check the flag

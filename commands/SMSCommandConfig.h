@@ -14,18 +14,18 @@ class SMSCommandConfig : private Orvel::NonCopyable {
   virtual ~SMSCommandConfig() = default;
 
   /// Reads the configuration. False when "enabled", "whitelist", "password", "checkinEnabled" or
-  /// "rebootEnabled" is missing, or a member of "whitelist" or "password"; the fault is logged, and the
-  /// values read before it stay. A per-command flag that is missing is false. A value of the wrong type
-  /// throws the JSON library's exception.
+  /// "rebootEnabled" is missing, or a member of "whitelist" or "password"; the fault is logged, and values
+  /// read before it are kept. A missing flag of a command is false. A value of the wrong type throws the JSON
+  /// library's exception.
   bool setConfig(const Json::Value& config);
 
-  /// The flag of a command; false for SMSCMD_UNKNOWN and for any number that is no SMSCMD. `enabled` plays no
-  /// part.
+  /// The flag of a command; false for SMSCMD_UNKNOWN and for any number that is not an SMSCMD. Does not
+  /// consider `enabled`.
   bool isCommandEnabled(int command) const;
 
-  Json::Value config;             ///< the object that setConfig was last given
+  Json::Value config;             ///< the object last given to setConfig
   bool whitelistEnabled = false;  ///< only `numbers` may send commands
-  Json::Value numbers;            ///< array of strings or integers, as it was given
+  Json::Value numbers;            ///< array of strings or integers, unchanged
   bool passwordEnabled = false;   ///< a command must carry the password
   std::string password;           ///< never logged by this class
   bool checkinEnabled = false;

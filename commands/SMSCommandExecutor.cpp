@@ -49,7 +49,7 @@ bool post(const std::string& url, const std::string& body, std::string& answer) 
          set(curl, CURLOPT_WRITEDATA, &answer, "the WRITEDATA buffer") && perform(curl);
 }
 
-// The "code" of an answer; 0 when it has none that is a number of an int's range.
+// The "code" of an answer; 0 if it has none that fits an int.
 int codeOf(const Json::Value& answer) {
   const Json::Value code = answer.isObject() ? answer["code"] : Json::Value();
   return code.isConvertibleTo(Json::intValue) ? code.asInt() : 0;

@@ -21,8 +21,8 @@ class SMSCommandExecutor : private Orvel::NonCopyable {
   /// Sends {"recipients": [recipient], "args": [args...]}.
   virtual bool execute(const std::string& recipient, const std::vector<std::string>& args);
 
-  /// Posts `body` and judges the answer: true when its "code" is 200, whatever the HTTP status; one that
-  /// cannot be read as an int counts as 0. The answer is echoed to standard output.
+  /// Posts `body`. True if the "code" of the answer is 200; the HTTP status is ignored. A "code" that cannot
+  /// be read as an int counts as 0. Prints the answer to standard output.
   bool sendCommand(const std::string& url, const std::string& body);
 
  private:

@@ -11,29 +11,30 @@
 
 class SendInProgress;
 
-/// Owns what is on its way between the modem and the message folders. It notes that in the spool when the
-/// modem announces what cannot be undone; Inbox and Outbox take it from there.
+/// Owns the messages on their way between the modem and the message folders. Writes a note to the spool when
+/// the modem announces a step that cannot be undone; Inbox and Outbox file what the notes hold.
 class InTransit final : public ModemEvents, private Orvel::NonCopyable {
  public:
   /// `root` is the folder above the message folders, `staging` the one where their files are written first.
   InTransit(const std::string& root, const std::string& staging);
 
-  /// Prepares for what earlier passes left, if anything: message folders that are missing are made again.
+  /// If earlier passes left notes, creates missing message folders again.
   void begin(const Spool::Pass& pass);
 
-  /// Reads a note as an entry. One that makes no sense is set aside.
+  /// Reads a note as an entry; nullopt if that fails. Sets a note with an invalid text aside.
   std::optional<SpoolEntry> read(unsigned number);
 
-  /// The note of the messages that the modem gave last; 0 when there is none, or it was taken already.
+  /// The number of the note with the messages received last. 0 if there is none; a second call returns 0,
+  /// too.
   unsigned takeReceived();
 
   /// The file of a record under a status.
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;
 
   Spool spool;
-  std::set<std::string> interrupted;         ///< guids of messages whose sending ended a daemon
-  unsigned turn = 0;                         ///< with which of several answered sends a pass begins
-  SendInProgress* sendInProgress = nullptr;  ///< is told what the modem announces
+  std::set<std::string> interrupted;         ///< guids of messages during whose send a daemon ended
+  unsigned turn = 0;                         ///< selects the answered send that a pass files first
+  SendInProgress* sendInProgress = nullptr;  ///< receives the modem's announcements; may be null
 
   [[nodiscard]] bool isTaken(const std::string& guid) const override;
 

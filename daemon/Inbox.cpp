@@ -31,12 +31,12 @@ std::string freeGuid(const InTransit& inTransit, const std::string& guid) {
   return free;
 }
 
-// The stored parts; none when one of them may be in a file that could not be read.
+// The stored parts; nullopt if a file that may hold one could not be read.
 std::optional<std::vector<Json::Value>> loadStoredParts(CheckedStorage& storage, bool mustBeComplete) {
   bool complete = true;
   std::vector<Json::Value> parts = collectStoredParts(storage.load(MessageStatus::Received, &complete));
   if (mustBeComplete && !complete) return std::nullopt;
-  // Nothing could file a filled record that the spool does not take.
+  // The spool could not hold a message that is merged into such a record.
   const auto isStrange = [](const Json::Value& record) { return !isNotable(record); };
   parts.erase(std::remove_if(parts.begin(), parts.end(), isStrange), parts.end());
   return parts;
@@ -70,7 +70,7 @@ void Inbox::file(std::vector<Json::Value> records) {
   if (!batch.settle()) batch.noteRest();
 }
 
-// One by one, since two parts of the same message may be among them.
+// Files one record at a time: two of them may be parts of the same message.
 void Inbox::fileLeftBatch(NotedBatch& batch) {
   for (std::size_t place = batch.filed(); place < batch.records.size() && !waits_; ++place) {
     Json::Value& record = batch.records[place];
@@ -79,7 +79,7 @@ void Inbox::fileLeftBatch(NotedBatch& batch) {
       batch.setFiled(place);
       continue;
     }
-    // Another message may have come under the guid while the note could not be read.
+    // Another message may have taken the guid while the note could not be read.
     if (batch.kind == NotedBatch::Kind::Received && exists(file))
       record[Key::Guid] = freeGuid(inTransit_, MessageRecord::guid(record));
     fileRange(batch, place, place + 1, Turn::Later);
@@ -88,15 +88,15 @@ void Inbox::fileLeftBatch(NotedBatch& batch) {
 }
 
 void Inbox::fileRange(NotedBatch& batch, std::size_t begin, std::size_t end, Turn turn) {
-  std::optional<std::vector<Json::Value>> storedParts;  // read once, when the first part comes
+  std::optional<std::vector<Json::Value>> storedParts;  // read once, for the first part
   std::vector<Json::Value> updatedMultiparts;
   std::vector<std::size_t> mergedPlaces;
   for (std::size_t place = begin; place < end; ++place) {
-    Orvel::Watchdog::feed();  // for each message, so that many are no hang
+    Orvel::Watchdog::feed();  // for each message: a large batch is no hang
     Json::Value& record = batch.records[place];
     if (isPartOfMultipart(record) && !waits_) {
       if (!storedParts) storedParts = loadStoredParts(storage_, turn == Turn::First);
-      if (!storedParts) continue;  // it waits for one pass, and for no longer
+      if (!storedParts) continue;  // the part waits for one pass, no longer
       if (mergeWithStoredParts(updatedMultiparts, record, *storedParts)) {
         mergedPlaces.push_back(place);
         continue;
@@ -109,7 +109,7 @@ void Inbox::fileRange(NotedBatch& batch, std::size_t begin, std::size_t end, Tur
     fileMerged(std::move(updatedMultiparts), batch, mergedPlaces, turn);
 }
 
-// The filled messages are noted before the note of their parts goes, and only then replace what is stored.
+// Notes the merged messages, then removes the note of their parts, and only then replaces the stored files.
 void Inbox::fileMerged(std::vector<Json::Value> records, NotedBatch& parts,
                        const std::vector<std::size_t>& places, Turn turn) {
   for (Json::Value& record : records) joinParts(record);
@@ -121,7 +121,7 @@ void Inbox::fileMerged(std::vector<Json::Value> records, NotedBatch& parts,
   parts.settle();
   for (std::size_t place = 0; place < batch.records.size(); ++place) {
     Orvel::Watchdog::feed();
-    // A command that came in parts is obeyed, but its record is not marked.
+    // A command in a concatenated message is obeyed, but its record is not marked.
     if (!MessageRecord::has(batch.records[place], Key::Parts)) obey(batch, place, turn);
     if (save(batch.records[place])) batch.setFiled(place);
   }
@@ -134,7 +134,7 @@ bool Inbox::obey(NotedBatch& batch, std::size_t place, Turn turn) {
   return false;
 }
 
-// Obeys a complete message if it is a command from someone who may send it. True when a command was executed.
+// Obeys a complete message if it is a command from a permitted sender. True when a command was executed.
 bool Inbox::obeyNow(NotedBatch& batch, std::size_t place) {
   const Json::Value& record = batch.records[place];
   if (!commands_.isEnabled()) {

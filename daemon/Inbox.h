@@ -10,24 +10,23 @@
 #include "daemon/NotedBatch.h"
 #include "storage/CheckedStorage.h"
 
-/// Files received messages in one pass of the loop: merges parts with those that are stored, and obeys
-/// commands.
+/// Files received messages in one pass of the loop: merges parts with stored ones, and obeys commands.
 ///
-/// When a record cannot be filed, all that come after it wait with it for the next pass, so that they keep
-/// their order: under a limit the newest stay.
+/// If a record cannot be filed, it and all later ones wait for the next pass. So they keep their order, and a
+/// limit discards the oldest.
 class Inbox : private Orvel::NonCopyable {
  public:
   Inbox(CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit);
 
-  /// Files what earlier passes left. None of it is obeyed, since a reboot that came back with each boot would
-  /// never end; a WARNING names each command that was not obeyed in its own pass either.
+  /// Files what earlier passes left, but obeys none of it: a reboot command could otherwise reboot the
+  /// gateway for ever. A WARNING names each command that its own pass did not obey either.
   void fileLeft(const Spool::Pass& pass);
 
-  /// Obeys and files what the modem gave in this pass.
+  /// Obeys and files the messages received in this pass.
   void file(std::vector<Json::Value> records);
 
  private:
-  enum class Turn { First, Later };  ///< the pass in which a record came, or one after it
+  enum class Turn { First, Later };  ///< the pass that received a record, or a later one
 
   void fileLeftBatch(NotedBatch& batch);
   void fileRange(NotedBatch& batch, std::size_t begin, std::size_t end, Turn turn);

@@ -55,6 +55,6 @@ bool parseJson(std::string text, Json::Value* value) {
   try {
     return Json::parseFromStream(builder, stream, value, nullptr);
   } catch (const Json::Exception&) {
-    return false;  // nesting that is too deep is the one fault that the parser throws
+    return false;  // the parser throws only if the nesting is too deep
   }
 }

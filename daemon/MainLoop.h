@@ -14,12 +14,12 @@
 /// The seconds between two passes.
 constexpr unsigned passInterval = 5;
 
-/// Runs passes, with a sleep of `passInterval` behind each, until SIGTERM was seen. SIGTERM cuts the sleep
-/// short, but never a pass.
+/// Runs a pass, sleeps for `passInterval`, and repeats this until SIGTERM arrives. SIGTERM ends a sleep
+/// early, but never a pass.
 void runMainLoop(SmsProvider& provider, CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit);
 
 /// One pass, without the sleep: files what an earlier pass left; receives, merges parts, obeys commands and
-/// files; sends failed messages again when it is their time; sends what is queued. Anything thrown on the way
+/// files; sends failed messages again when their interval has passed; sends queued messages. An exception
 /// ends the pass and is logged.
 void runPass(SmsProvider& provider, CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit,
              const std::vector<std::uint32_t>& timings, RetryState& retry,

@@ -6,23 +6,23 @@
 
 #include "daemon/InTransit.h"
 
-/// Received records that are filed one after the other, with their note in the spool, which says how far that
-/// is.
+/// A batch of received records that are filed one after the other, and its note in the spool. The stage of
+/// the note holds the progress.
 class NotedBatch : private Orvel::NonCopyable {
  public:
   enum class Kind {
-    Received,  ///< as the modem gave them
-    Merged     ///< stored messages that received parts have filled; each replaces its file
+    Received,  ///< as received
+    Merged     ///< stored messages with received parts merged in; each replaces its file
   };
 
-  /// `number` is that of the note; 0 when the records could not be noted.
+  /// `number` is the number of the note; 0 if the records could not be noted.
   NotedBatch(InTransit& inTransit, unsigned number, Kind batchKind, Batch batch);
 
-  /// The command in the record at `place` is about to be obeyed; then, it was.
+  /// Call these before and after obeying the command in the record at `place`.
   void setObeying(std::size_t place);
   void setObeyed(std::size_t place);
 
-  /// The record at `place` is filed.
+  /// Call this after filing the record at `place`.
   void setFiled(std::size_t place);
 
   [[nodiscard]] bool wasOffered(std::size_t place) const { return place < counts_.offered; }
@@ -30,12 +30,12 @@ class NotedBatch : private Orvel::NonCopyable {
   /// Whether an earlier pass was cut off while it obeyed the record at `place`.
   [[nodiscard]] bool wasBeingObeyed(std::size_t place) const;
 
-  [[nodiscard]] std::size_t filed() const { return counts_.filed; }  ///< so many at the front are filed
+  [[nodiscard]] std::size_t filed() const { return counts_.filed; }  ///< number of filed records at the front
 
-  /// When all are filed: brings them to the disk and removes the note. False when some are left.
+  /// If all records are filed, flushes them to the disk and removes the note. False if some are left.
   bool settle();
 
-  /// Notes the records that are left, as they are now, in place of all. They have been offered to the
+  /// Replaces the note by one with only the records left, as they are now. They count as offered to the
   /// commands.
   void noteRest();
 

@@ -24,7 +24,7 @@ Json::Value afterFailedRetry(Json::Value record) {
   return record;
 }
 
-// The record as it is to be filed.
+// The record to file after the answer.
 Json::Value recordAfter(const AnsweredSend& send) {
   const bool isRetry = send.from == MessageStatus::Failed;
   Json::Value record = isRetry && !send.sent ? afterFailedRetry(send.record) : send.record;
@@ -41,7 +41,7 @@ void Outbox::fileLeft(const Spool::Pass& pass) {
   for (const unsigned number : pass.numbers)
     if (std::optional<SpoolEntry> entry = inTransit_.read(number)) takeIn(number, std::move(*entry));
   if (answered_.empty()) return;
-  // One record that cannot be filed must not keep the others waiting, so each pass begins with another one.
+  // Each pass begins with another record, so that one that cannot be filed does not block the others.
   std::rotate(answered_.begin(), answered_.begin() + inTransit_.turn++ % answered_.size(), answered_.end());
   std::set<int> unusable;
   for (Answered& answered : answered_) {

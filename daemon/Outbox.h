@@ -6,26 +6,26 @@
 #include "provider/SmsProvider.h"
 #include "storage/CheckedStorage.h"
 
-/// Sends messages in one pass of the loop, and files what came of it.
+/// Sends messages in one pass of the loop, and files them.
 class Outbox : private Orvel::NonCopyable {
  public:
   Outbox(SmsProvider& provider, CheckedStorage& storage, InTransit& inTransit);
 
-  /// Files what earlier passes have sent and could not file, or did not live to file. Nothing is sent. A send
-  /// that was begun and never answered counts as failed, with a WARNING.
+  /// Files messages that earlier passes sent but did not file. Sends nothing. A send that got no answer
+  /// counts as failed, with a WARNING.
   void fileLeft(const Spool::Pass& pass);
 
-  /// Sends a record of Sending or Failed and files it: under Sent; or under Failed, where a failed retry
-  /// costs one of its retries. True when it was sent.
+  /// Sends a record of Sending or Failed, and files it under Sent or Failed. A failed retry uses up one of
+  /// its retries. True if it was sent.
   bool send(const Json::Value& record, int from);
 
-  /// Whether the file of `record` under `from` is one that was sent before and could not be moved.
+  /// Whether `record` under `from` was sent before, but its file could not be moved.
   [[nodiscard]] bool isAnswered(const Json::Value& record, int from) const;
 
-  /// Whether an earlier daemon ended while it sent `record`, so that it goes behind the others.
+  /// Whether an earlier daemon ended while it sent `record`; such a record is retried after the others.
   [[nodiscard]] bool wasInterrupted(const Json::Value& record) const;
 
-  /// Lets go of what is filed, once that is on the disk.
+  /// Flushes what is filed to the disk, and then removes its notes.
   void settle();
 
  private:

@@ -8,8 +8,8 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-// Whatever lies in the store must not stand in the way of a new message, so a stored "part-id" that is no
-// number matches nothing, and stored "parts" that are no array, or hold what has no text form, have no gaps.
+// An invalid stored record must not block a new message: a "part-id" that is not a number matches nothing,
+// and "parts" that are not an array of values with a text form have no gaps.
 bool hasPartId(const Json::Value& stored, int partId) {
   return stored[Key::PartId].isConvertibleTo(Json::intValue) && stored[Key::PartId].asInt() == partId;
 }
@@ -20,7 +20,7 @@ bool isJoinable(const Json::Value& parts) {
          });
 }
 
-// Fills the gaps of `parts` from `newParts`; false when there was nothing to fill.
+// Fills the gaps of `parts` from `newParts`; false if it filled none.
 bool fillGaps(Json::Value& parts, const Json::Value& newParts) {
   bool filled = false;
   if (!isJoinable(parts)) return filled;

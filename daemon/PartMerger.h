@@ -10,10 +10,10 @@
 /// Whether `record` is a part of a concatenated message.
 bool isPartOfMultipart(const Json::Value& record);
 
-/// Those of an array of records that are parts, in the same order.
+/// The records of an array that are parts, in the same order.
 std::vector<Json::Value> collectStoredParts(const Json::Value& records);
 
-/// Fills gaps in the "parts" of the stored records of the same "part-id" with those of `record`, and appends
-/// a copy of each stored record that changed to `updatedMultiparts`. False when none did.
+/// Fills gaps in the stored records of the same "part-id" with the "parts" of `record`. Appends a copy of
+/// each changed record to `updatedMultiparts`; false if none changed.
 bool mergeWithStoredParts(std::vector<Json::Value>& updatedMultiparts, const Json::Value& record,
                           const std::vector<Json::Value>& storedParts);

@@ -7,8 +7,8 @@
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
 
-// By the JSON library's order of values, which puts every unsigned number, and text, behind every signed one.
-// An unsigned 0 is what a last failed retry leaves.
+// Compares by the JSON library's order of values, where unsigned numbers and text are greater than any signed
+// number. The last failed retry leaves an unsigned 0.
 bool mayRetry(const Json::Value& record) {
   const Json::Value& retries = MessageRecord::member(record, MessageRecord::Key::Retries);
   return retries > Json::Value(0) && retries != Json::Value(0u);

@@ -13,8 +13,8 @@ using MonotonicClock = std::function<std::uint32_t()>;
 /// The system's monotonic clock; 0, and a line in the log, when it cannot be read.
 std::uint32_t monotonicSeconds();
 
-/// What the retry step knows from one pass to the next. Times are in seconds. The attempts and their
-/// intervals are shared by all failed messages.
+/// The state of the retry step between passes. Times are in seconds. All failed messages share the attempts
+/// and their intervals.
 struct RetryState {
   bool timerStarted = false;              ///< the failure timer runs
   std::uint32_t lastTime = 0;             ///< when time was last added up
@@ -27,14 +27,14 @@ struct RetryState {
 /// Whether a failed record has "retries" left.
 bool mayRetry(const Json::Value& record);
 
-/// Starts the failure timer, unless it runs; only then is the clock read.
+/// Starts the failure timer unless it runs. Reads the clock only then.
 void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 
-/// Once per pass: adds up the time since the last one, and when it reaches the interval of the current dial
-/// attempt, sends every failed message that has "retries" left. A message that is sent is moved to Sent; one
-/// that is not stays under Failed with one retry less. Without a message to try, the schedule starts anew.
+/// Call it once per pass. Adds up the time since the last dial attempt; when it reaches the current interval,
+/// sends every failed message that has "retries" left. A sent message moves to Sent; any other stays under
+/// Failed with one retry less. If no message has retries left, the schedule restarts.
 ///
-/// `timings` are the intervals in seconds: the first dial attempt waits the first, and so on; from the last
-/// one on all wait the last. When there are none, nothing is ever tried.
+/// `timings` holds the intervals in seconds, one for each dial attempt; the last one repeats. If it is empty,
+/// nothing is ever sent again.
 void retryFailedMessages(Outbox& outbox, CheckedStorage& storage, const std::vector<std::uint32_t>& timings,
                          RetryState& state, const MonotonicClock& clock = monotonicSeconds);

@@ -4,27 +4,28 @@
 
 #include "daemon/InTransit.h"
 
-/// One message while it is sent: its note in the spool, from right before the modem is asked until the answer
-/// is known.
+/// A message that is being sent, and its note in the spool. The note is written right before the modem is
+/// asked, and renamed when it answers.
 ///
-/// A record whose file does not bear its guid's name, or holds something else, is not noted: nothing could
-/// file it.
+/// A record is not noted if the file of its guid is missing or holds something else: it could not be filed
+/// later.
 class SendInProgress : private Orvel::NonCopyable {
  public:
-  /// `record` lies under `from`. Nothing is written yet.
+  /// `from` is the status of `record`. Writes nothing yet.
   SendInProgress(InTransit& inTransit, const Json::Value& record, int from);
 
-  /// Drops the note of a send that an exception broke off before the modem answered.
+  /// Removes the note if an exception ended the send before the modem answered.
   ~SendInProgress();
 
-  /// The modem is about to be asked. Flushed.
+  /// Call this right before the modem is asked. Writes the note, flushed.
   void begin();
 
-  /// The modem has answered, or was not asked at all. Flushed. Only the first call counts.
+  /// Call this after the answer, or if the modem was not asked. Changes the note, flushed. Only the first
+  /// call counts.
   void answer(bool sent);
 
-  /// The number of the note, which is the caller's from then on; 0 when there is none: the record could not
-  /// be noted, or its file was taken away while it was sent.
+  /// Hands the note over to the caller and returns its number. 0 if there is none: the record could not be
+  /// noted, or its file was removed during the send.
   unsigned release();
 
   [[nodiscard]] const Send& send() const { return send_; }
@@ -38,6 +39,6 @@ class SendInProgress : private Orvel::NonCopyable {
   bool answered_ = false;
 };
 
-/// Which file `path` is: its inode and time. A file that replaces another of the same name and content is a
-/// different one. Empty when there is none.
+/// Identifies the file at `path` by its inode and modification time; a replacement with the same content
+/// differs. Empty if there is no file.
 std::string identityOf(const std::string& path);

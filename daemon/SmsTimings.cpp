@@ -18,8 +18,8 @@ constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
 constexpr char timingsKey[] = "timings-sms";
 constexpr char timingsSeparators[] = "[,]";
 
-// Reads the number at the start of `text` into `number`, clamped to the range of its type. Without a number
-// there, `number` keeps its value.
+// Reads the number at the start of `text` into `number`, clamped to the range of its type. If there is none,
+// `number` keeps its value.
 void readNumber(const char* text, std::int32_t& number) {
   char* end = nullptr;
   const long long read = std::strtoll(text, &end, 10);
@@ -28,7 +28,7 @@ void readNumber(const char* text, std::int32_t& number) {
     number = static_cast<std::int32_t>(std::clamp<long long>(read, Limits::min(), Limits::max()));
 }
 
-// Copies `text` into `value`. A text that does not fit is cut behind its last whole number; false then.
+// Copies `text` into `value`. If it does not fit, cuts it after its last whole number and returns false.
 bool copyValue(const std::string& text, char* value) {
   const bool fits = text.size() < configValueSize;
   const std::size_t end = fits ? text.size() : text.find_last_of(timingsSeparators, configValueSize - 1);

@@ -10,18 +10,17 @@
 /// messages are never sent again. A negative number in the file is a huge interval here.
 extern std::vector<std::uint32_t> smsTimings;
 
-/// Reads `smsTimings` from the timers file. True on FAILURE: the file, its key or every number is missing. A
-/// piece that is no number repeats the one before it, or counts as 0.
+/// Reads `smsTimings` from the timers file. True on FAILURE: the file, its key or every number is missing. An
+/// element that is not a number repeats the one before it; the first one counts as 0.
 bool readSmsTimings();
 
 /// Size in bytes of readConfigValue's buffer, the terminator included.
 constexpr std::size_t configValueSize = 128;
 
-/// Copies the value of `key` from the key=value file at `path` into `value`. The last line with the key
-/// counts. A value that does not fit is cut behind its last whole number, and one line is logged. The last
-/// character of the file is lost when it is no line feed, and a line of more than 1023 characters counts as
-/// several.
+/// Copies the value of `key` from the key=value file at `path` into `value`. The last line with the key wins.
+/// A value that does not fit is cut after its last whole number, and one line is logged. If the file does not
+/// end with a line feed, its last character is lost. A line of more than 1023 characters counts as several.
 ///
-/// Returns -1 when an argument is null, `flag` is negative or the file cannot be opened. Otherwise 1; without
-/// the key `value` keeps its content. `flag` has no other effect.
+/// Returns -1 when an argument is null, `flag` is negative or the file cannot be opened. Otherwise 1; if the
+/// key is missing, `value` is unchanged. `flag` has no other effect.
 int readConfigValue(const char* path, int flag, const char* key, char* value);

@@ -26,7 +26,7 @@ constexpr char syslogIdent[] = "VELD";
 constexpr char nullDevice[] = "/dev/null";
 constexpr char ownDescriptors[] = "/proc/self/fd";  // one entry for each open file descriptor
 
-// Marks the file descriptors that the starter left open close-on-exec, so that no tool inherits one.
+// Sets close-on-exec on every inherited file descriptor above 2, so that no tool inherits it.
 void keepDescriptorsFromTools() {
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(ownDescriptors), closedir);
   if (directory == nullptr) return;
@@ -36,8 +36,8 @@ void keepDescriptorsFromTools() {
   }
 }
 
-// Gives every signal its default action: an ignored one would stay ignored. If SIGCHLD is ignored, system()
-// loses the exit status of its child.
+// Gives every signal its default disposition: an ignored signal stays ignored across exec. If SIGCHLD is
+// ignored, system() loses the exit status of its child.
 void resetSignals() {
   for (int signal = 1; signal <= SIGRTMAX; ++signal) std::signal(signal, SIG_DFL);
 }
@@ -59,7 +59,7 @@ void setUpLogging() {
   std::abort();
 }
 
-// Ends the process and continues in a child that leads a session of its own.
+// Forks. The parent exits; the child continues as the leader of a new session.
 void detach() {
   const pid_t child = fork();
   if (child < 0) std::exit(EXIT_FAILURE);

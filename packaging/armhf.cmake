@@ -1,5 +1,5 @@
 # Toolchain of the gateway: 32-bit ARM with hardware floating point, Debian's armhf. Debian's cross compiler
-# brings the C and C++ libraries; scripts/armhf-sysroot has fetched the others.
+# provides the C and C++ libraries; scripts/armhf-sysroot fetches the others.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
@@ -21,10 +21,10 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
 set(CMAKE_EXE_LINKER_FLAGS_INIT
   "-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf")
 
-# Nothing runs from here with the sysroot's path in it, not even as the hole that its removal leaves.
+# Binaries must not contain the path of the sysroot, not even as padding after its removal.
 set(CMAKE_SKIP_RPATH ON)
 
-# In GCC 7.1 the passing of some arguments changed; nothing as old is linked. Some headers are those of a processor.
+# psABI: GCC 7.1 changed the passing of some arguments; nothing older is linked. Some headers depend on the processor.
 set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi -idirafter ${sysroot}/usr/include/arm-linux-gnueabihf")
 
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${sysroot})

@@ -21,7 +21,7 @@ constexpr std::size_t recordsBeforeFirstMessage = 99;
 
 bool contains(const std::string& line, const char* marker) { return line.find(marker) != std::string::npos; }
 
-// The rest of `line` behind `marker`, which begins at `at`, and one separating blank.
+// The rest of `line` after `marker`, which begins at `at`, and after one separating blank.
 std::string valueBehind(const std::string& line, std::size_t at, const char* marker) {
   const std::size_t begin = at + std::strlen(marker) + 1;
   return begin < line.size() ? Orvel::Text::trim(line.substr(begin)) : "";

@@ -9,18 +9,18 @@
 /// The messages in the listing that the tool prints.
 struct Listing {
   std::vector<Json::Value> records;  ///< one per message that has a sender, in the listing's order
-  bool foundMessage = false;         ///< whether there was any message, with a sender or without
+  bool foundMessage = false;         ///< whether there was a message, even one without a sender
 };
 
 /// Parses `lines`, each a line of the listing or a piece of an over-long one, with or without its line feed.
 ///
 /// A line that holds "index" begins a message, which ends at the next such line. In it, the first line with
 /// "addr:" but not "smsc-addr:" gives the sender, and the first with "user-data:" the text (see UserData.h).
-/// The markers are found anywhere in a line, and case-sensitively. A message without a sender is logged and
-/// left out; one without "user-data:" has no "message".
+/// A marker matches anywhere in a line, case-sensitively. A message without a sender is logged and skipped;
+/// one without "user-data:" has no "message".
 ///
-/// "guid" is the second in which a message is parsed and its ordinal in the listing, from 00; an ordinal is
-/// skipped when `isTaken` says that another message has the guid.
+/// The "guid" is the time of parsing, in seconds, and the ordinal of the message in the listing, from 00. An
+/// ordinal is skipped if `isTaken` returns true for its guid.
 Listing parseListing(
     const std::vector<std::string>& lines,
     const std::function<bool(const std::string& guid)>& isTaken = [](const std::string&) { return false; });

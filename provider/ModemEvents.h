@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-/// What a provider announces, so that whoever keeps messages safe can act before the modem does what cannot
-/// be undone.
+/// The events that a provider announces. The receiver can save messages before the modem takes a step that
+/// cannot be undone.
 class ModemEvents {
  public:
-  /// Whether a received message of that guid exists already: a new one then gets another.
+  /// Whether a received message has this guid already. A new message then gets another guid.
   [[nodiscard]] virtual bool isTaken(const std::string& guid) const = 0;
 
   /// The modem is about to delete its only copy of `records`.

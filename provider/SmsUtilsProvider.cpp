@@ -31,7 +31,7 @@ std::vector<std::string> readLines(std::FILE* pipe) {
   char piece[pieceSize];
   while (std::fgets(piece, sizeof(piece), pipe) != nullptr) lines.emplace_back(piece);
   if (std::ferror(pipe) == 0) return lines;
-  // What was not read would be deleted with the rest: the next pass reads it all.
+  // Drops all lines: an unread message would be deleted with the others. The next pass reads them again.
   logPipeError();
   return {};
 }
@@ -76,8 +76,7 @@ SmsUtilsProvider::SmsUtilsProvider(ModemEvents* events) : events_(events) {
 }
 
 std::vector<Json::Value> SmsUtilsProvider::receiveMessages() {
-  // The tool marks the messages that it lists as read, so that the listing below holds new and old ones
-  // alike.
+  // This marks all messages as read, so that the listing below holds both new and old ones.
   [[maybe_unused]] const int ignored = std::system((tool + "list unread > /dev/null").c_str());
   Listing listing = parseListing(listMessages(), [this](const std::string& guid) {
     return events_ != nullptr && events_->isTaken(guid);

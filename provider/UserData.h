@@ -15,24 +15,24 @@
 /// 0 to 15 for a hexadecimal digit of either case, -1 for any other character.
 int hexDigitValue(char c);
 
-/// Reads the octet at `cursor`, plain or escaped, and moves the cursor behind it: 0 to 255, -1 for an escape
-/// that encodes none, 0 at and past the end of the text.
+/// Reads the octet at `cursor`, plain or escaped, and moves the cursor past it: 0 to 255, -1 for an escape
+/// that encodes no octet, 0 at or past the end of the text.
 int readEscapedByte(std::size_t& cursor, const std::string& text);
 
-/// Takes the user data header of a part of a concatenated message (3GPP TS 23.040, information elements 0x00
-/// and 0x08: an 8-bit or a 16-bit reference) off the front of `text`, and sets "part-id", "part-index" (from
-/// 0) and "part-count" in `record`. Any other header, or none, leaves both as they are. A header whose part
-/// number is 0 or above its count is taken off, but sets nothing.
+/// Removes the user data header of a part of a concatenated message (3GPP TS 23.040, information elements
+/// 0x00 and 0x08: an 8-bit or a 16-bit reference) from the front of `text`, and sets "part-id", "part-index"
+/// (from 0) and "part-count" in `record`. Any other header, or none, leaves both as they are. A header whose
+/// part number is 0 or above its count is removed, but sets nothing.
 void parseUserDataHeader(Json::Value& record, std::string& text);
 
 /// Resolves the escapes of the double quote, the backslash, "n", "r" and "t". All others stay, notably "\x".
 void unescapeText(std::string& text);
 
-/// Replaces hex escapes by the text of their octet in the GSM 7-bit default alphabet (see GsmAlphabet.h), and
-/// the escape code 0x1B together with the character behind it by one of the extension table, or by nothing
-/// when that character is not in the alphabet or missing. The first escape whose first digit is not 0 to 9 or
-/// "a" ends the decoding: it stays in the text with all that follow. The text never grows.
+/// Replaces each hex escape by the text of its octet in the GSM 7-bit default alphabet (see GsmAlphabet.h).
+/// Replaces the escape code 0x1B and the character after it by a character of the extension table, or by
+/// nothing if that character is missing or not in the alphabet. Decoding ends at the first escape whose first
+/// digit is not 0 to 9 or "a"; it stays, as do all later ones. The text never grows.
 void decodeGsmEscapes(std::vector<char>& bytes);
 
-/// Applies the three functions above in their order: returns the text, and writes its header into `record`.
+/// Applies the three functions above in order: writes the header into `record` and returns the text.
 std::string decodeUserData(std::string text, Json::Value& record);

@@ -3,9 +3,9 @@
 #include "storage/ICollectionStorage.h"
 #include "storage/StorageFaults.h"
 
-/// The message store as the loop uses it: an ICollectionStorage whose calls tell whether they succeeded.
+/// The message store as the loop uses it: an ICollectionStorage whose calls report success.
 ///
-/// A record that a limit of 0 keeps nowhere counts as saved. Both objects must outlive this one.
+/// A record that a limit of 0 discards counts as saved. Both objects must outlive this one.
 class CheckedStorage {
  public:
   CheckedStorage(ICollectionStorage& storage, const StorageFaults& faults);
@@ -18,7 +18,7 @@ class CheckedStorage {
   /// All records of `status`. `complete`, if given, is false when a file, or the folder, could not be read.
   [[nodiscard]] Json::Value load(int status, bool* complete = nullptr);
 
-  /// False when a record did not reach `to`, or may not have been found under `from`.
+  /// False if a record did not reach `to`, or if a failed read may have hidden one under `from`.
   [[nodiscard]] bool move(const Json::Value& filter, int from, int to);
 
  private:

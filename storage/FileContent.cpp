@@ -10,8 +10,7 @@
 
 namespace {
 
-constexpr std::size_t longestMessage =
-    4 * 1024 * 1024;  // 255 parts, each character an escape of JSON, and more
+constexpr std::size_t longestMessage = 4 * 1024 * 1024;  // more than 255 parts, all characters escaped
 
 int readAll(int file, std::string& text) {
   char piece[4096];

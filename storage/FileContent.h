@@ -2,13 +2,12 @@
 
 #include <string>
 
-/// What a file holds.
+/// The content of a file, or the errno of the call that failed.
 struct FileContent {
   std::string text;
-  int openError =
-      0;  ///< the errno of an open that failed; ENXIO for a FIFO, a socket or a device, which is not read
-  int readError = 0;  ///< the errno of a read that failed; EFBIG for a file that is longer than any message
+  int openError = 0;  ///< of a failed open; ENXIO for a FIFO, a socket or a device, which is not read
+  int readError = 0;  ///< of a failed read; EFBIG for a file that is longer than any message
 
-  /// Reads the file at `path`. Waits for no other process.
+  /// Reads the file at `path`. Does not block on another process.
   static FileContent read(const std::string& path);
 };

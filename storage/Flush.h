@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-/// Brings the files at `paths`, and the entries of their folders, to the disk. A file that does not exist is
-/// left out: its removal is brought to the disk instead. Blocks. False, with errno, when the disk reports a
-/// fault.
+/// Flushes the files at `paths` and their folder entries to the disk with fsync. If a file does not exist,
+/// its removal is flushed. Blocks. False, with errno set, if a file cannot be opened or flushed.
 [[nodiscard]] bool flushFiles(const std::vector<std::string>& paths);

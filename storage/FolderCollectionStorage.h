@@ -13,20 +13,20 @@
 ///     root/inbox/received   root/outbox/sending   root/outbox/sent   root/outbox/failed
 class FolderCollectionStorage final : public ICollectionStorage {
  public:
-  /// Creates the four folders and the staging folder that they share; a failure is logged.
+  /// Creates the four folders and their common staging folder; logs a failure.
   FolderCollectionStorage(const std::string& root, const std::string& tempPath);
 
-  /// Creates those folders that are missing; a failure is logged.
+  /// Creates those folders that are missing; logs a failure.
   static void makeMissingFolders(const std::string& root, const std::string& tempPath);
 
-  /// What failed since the object was made.
+  /// Counts the failures since construction.
   [[nodiscard]] const StorageFaults& faults() const { return faults_; }
 
   void save(const Json::Value& record, int status) override;
   void remove(const Json::Value& filter, int status) override;
   Json::Value load(const Json::Value& filter, int status) override;
 
-  /// Moves nothing: StatusCollectionStorageDecorator carries moves out, by load, remove and save.
+  /// Moves nothing: StatusCollectionStorageDecorator implements moves by load, remove and save.
   void move(const Json::Value& filter, int from, int to) override;
 
  private:

@@ -21,8 +21,8 @@ void logRemoveFailure(const std::string& file) {
   ORVEL_LOG(ERROR, "Cannot remove file %s: [%d][%s]", file.c_str(), errno, std::strerror(errno));
 }
 
-// `name` is looked up in the working directory, which is "/" in the daemon, and not in the storage's folder:
-// this leaves out "." and "..", and little else.
+// Looks `name` up in the working directory ("/" in the daemon), not in the storage's folder. It thus excludes
+// "." and "..", and little else.
 bool isDirectory(const char* name) {
   struct stat status;
   return stat(name, &status) == 0 && S_ISDIR(status.st_mode);
@@ -31,7 +31,7 @@ bool isDirectory(const char* name) {
 bool matches(const Json::Value& record, const Json::Value& filter) {
   if (filter.isNull()) return true;
   if (!filter.isObject()) return false;
-  for (const std::string& key : filter.getMemberNames())  // any key, one that holds a NUL too
+  for (const std::string& key : filter.getMemberNames())  // a key may hold a NUL
     if (!record.isObject() || !record.isMember(key) || record[key] != filter[key]) return false;
   return true;
 }

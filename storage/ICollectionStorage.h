@@ -7,13 +7,13 @@
 /// Owned through a shared pointer made from the concrete type.
 class ICollectionStorage {
  public:
-  /// Stores `record` under `status`; nothing happens for a status that has no folder.
+  /// Stores `record` under `status`; does nothing for a status without a folder.
   virtual void save(const Json::Value& record, int status) = 0;
 
-  /// Deletes from `status` what the filter selects.
+  /// Deletes the records of `status` that the filter selects.
   virtual void remove(const Json::Value& filter, int status) = 0;
 
-  /// A JSON array of the matching records of `status`; JSON null for a status that has no folder.
+  /// A JSON array of the matching records of `status`; JSON null for a status without a folder.
   virtual Json::Value load(const Json::Value& filter, int status) = 0;
 
   /// Moves the matching records from one status to another.

@@ -6,9 +6,9 @@
 #include "storage/ICollectionStorage.h"
 
 /// Makes room before a save: when the limit is reached, discards the record with the smallest "guid",
-/// compared byte by byte. That is the oldest one, by the form of the daemon's guids. Each save discards at
-/// most one record, so a lowered limit does not shrink the store. The three outbox statuses share
-/// `sentLimit`. A limit of 0 discards nothing here. All other calls go to the inner storage.
+/// compared byte by byte. The format of the daemon's guids makes that the oldest. Each save discards at most
+/// one record, so a lowered limit does not shrink the store. The three outbox statuses share `sentLimit`. A
+/// limit of 0 discards nothing here. All other calls go to the inner storage.
 class LimitCollectionStorageDecorator final : public ICollectionStorage {
  public:
   LimitCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner, std::uint32_t receivedLimit,
@@ -20,8 +20,8 @@ class LimitCollectionStorageDecorator final : public ICollectionStorage {
   void move(const Json::Value& filter, int from, int to) override;
 
  private:
-  /// A received record without "guid" counts as one with an empty guid. It is the smallest, but stays: no
-  /// file has that name.
+  /// A received record without "guid" counts as one with an empty guid. It is the smallest, but is not
+  /// removed: no file has that name.
   void makeRoomInInbox();
 
   /// A record without "guid" is counted here but never discarded.

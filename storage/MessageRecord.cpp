@@ -33,7 +33,7 @@ std::uint32_t retriesAfterFailure(const Json::Value& record) {
   return isNumber && retries.asUInt() > 0 ? retries.asUInt() - 1 : 0;
 }
 
-// The parser reports most faults through its result, but nesting that is too deep by an exception.
+// The parser returns false for most faults, but throws if the nesting is too deep.
 bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
   static const Json::CharReaderBuilder reader;
   try {
@@ -47,7 +47,7 @@ bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
 bool isInFile(const Json::Value& record, const std::string& path) {
   FileContent content = FileContent::read(path);
   const bool failed = content.readError != 0 || (content.openError != 0 && content.openError != ENOENT);
-  if (failed) content = FileContent::read(path);  // it may go well the second time
+  if (failed) content = FileContent::read(path);  // the second try may succeed
   std::istringstream stream(content.text);
   Json::Value inFile;
   std::string errors;

@@ -6,8 +6,8 @@
 #include <istream>
 #include <string>
 
-/// The message record: one JSON object per SMS, whose "guid" is also the name of its file. Whatever lies in a
-/// status folder counts as a record, so the calls below take any JSON value, and none of them changes it.
+/// The message record: one JSON object per SMS, whose "guid" is also the name of its file. Every file in a
+/// status folder counts as a record, so the functions below accept any JSON value and never change it.
 namespace MessageRecord {
 
 /// The keys of a record that the daemon reads or writes.
@@ -29,20 +29,19 @@ constexpr char IsSMSCommand[] = "isSMSCommand";  ///< boolean; true when the mes
 /// Whether `record` is an object that has `key`.
 bool has(const Json::Value& record, const char* key);
 
-/// The member of `record` under `key`; JSON null when there is none or `record` is no object.
+/// The member of `record` under `key`; JSON null if there is none or `record` is not an object.
 const Json::Value& member(const Json::Value& record, const char* key);
 
-/// The "guid" as text; empty when there is none or it is an array or an object, which have no text form.
+/// The "guid" as text; empty if there is none or if it is an array or an object.
 std::string guid(const Json::Value& record);
 
-/// What is left of "retries" after one more send that failed; 0 when it is no number, or less than 1 before.
+/// The value of "retries" after one more failed send; 0 if it was not a number, or less than 1.
 std::uint32_t retriesAfterFailure(const Json::Value& record);
 
-/// Reads the content of a file; false, with a text in `errors`, when it is no JSON or is nested too deep.
+/// Parses the content of a file. False, with a text in `errors`, if it is not JSON or is nested too deep.
 bool parse(std::istream& stream, Json::Value& record, std::string& errors);
 
-/// Whether the file at `path` holds the message of `record`, whatever its status and whether it acted as a
-/// command.
+/// Whether the file at `path` holds `record`; "status" and "isSMSCommand" are not compared.
 bool isInFile(const Json::Value& record, const std::string& path);
 
 }  // namespace MessageRecord

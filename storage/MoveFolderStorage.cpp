@@ -17,8 +17,8 @@ namespace {
 
 using Orvel::FileDescriptor;
 
-// Removes the staged file of an earlier save, which must not be moved in place of this one. errno stays as it
-// is: it is logged when the move fails, and a missing file is no fault.
+// Removes the staged file of an earlier save, so that it is never moved instead of this one. Preserves errno,
+// which is logged if the move fails: a missing file is no fault.
 void removeLeftover(const std::string& staged) {
   const int before = errno;
   unlink(staged.c_str());
@@ -37,8 +37,7 @@ int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
   return written == static_cast<ssize_t>(content.size()) ? 0 : errno;
 }
 
-// Whether `file` holds `record` after a failed move, which may have succeeded all the same. Removes a torn
-// file.
+// Whether `file` holds `record` although mv has failed. Removes a torn file.
 bool isMoved(const Json::Value& record, const std::string& file) {
   std::ostringstream text;
   text << record;

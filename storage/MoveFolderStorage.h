@@ -11,9 +11,9 @@ class MoveFolderStorage final : public FolderStorage {
   /// Creates both folders, `path` first. For `faults`, see FolderStorage.
   MoveFolderStorage(const std::string& path, const std::string& tempPath, StorageFaults* faults = nullptr);
 
-  /// False for a record without "guid", when it cannot be staged whole, and when the move fails. A staged
-  /// file that could not be moved is left behind, and the next save of the same guid overwrites it; a file
-  /// that the move tore is removed.
+  /// False for a record without "guid", if it cannot be staged completely, and if the move fails. A staged
+  /// file that could not be moved stays until the next save of the same guid replaces it. A torn file in
+  /// `path` is removed.
   bool save(const Json::Value& record) override;
 
  private:

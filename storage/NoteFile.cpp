@@ -30,7 +30,7 @@ bool writeWhole(int file, const std::string& content) {
   return true;
 }
 
-// Bytes that a file system which compresses cannot make smaller.
+// Pseudo-random bytes, which a compressing file system cannot shrink.
 std::string incompressible(std::size_t size) {
   std::minstd_rand random;
   std::string bytes(size, '\0');
@@ -68,7 +68,7 @@ std::optional<std::string> unframed(const std::string& content) {
   return text;
 }
 
-// A file that is no regular one, such as a FIFO or a symbolic link, is damaged, and is not waited for.
+// Treats a file that is not regular, such as a FIFO or a symbolic link, as damaged. Does not block on it.
 Reading read(int folder, const std::string& name, std::string& text) {
   const FileDescriptor file(openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file.isOpen()) return errno == ELOOP || errno == ENXIO ? Reading::Damaged : Reading::Failed;

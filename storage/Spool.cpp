@@ -31,7 +31,7 @@ bool isSetAside(const std::string& name) {
   return name.size() >= length && name.compare(name.size() - length, length, damaged) == 0;
 }
 
-// "7.sent" is number 7 in stage "sent"; number 0 for a name that is no note's.
+// Splits "7.sent" into the number 7 and the stage "sent". The number is 0 if `name` is not that of a note.
 std::pair<unsigned, std::string> parseName(const std::string& name) {
   unsigned number = 0;
   const char* const end = name.data() + name.size();
@@ -40,7 +40,7 @@ std::pair<unsigned, std::string> parseName(const std::string& name) {
   return {number, std::string(point + 1, end)};
 }
 
-// None when the folder cannot be listed whole.
+// The names in the folder; nullopt if it cannot be listed completely.
 std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
   FileDescriptor again(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(again.get()), closedir);
@@ -163,7 +163,7 @@ Spool::Survey Spool::survey(const std::string& root) {
   return survey;
 }
 
-// The folder is opened anew for each pass: it may have been removed, or be another one by now.
+// Opens the folder anew for each pass, since it may have been removed or replaced.
 bool Spool::acquire() {
   if (mkdir(path_.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
     complain("make");
@@ -182,8 +182,7 @@ bool Spool::acquire() {
   return false;
 }
 
-// A note that was not seen must not share its number with a new one, so nothing is written without a whole
-// list.
+// Nothing is written without a complete list: a new note could get the number of an unseen one.
 bool Spool::takeIn() {
   const std::optional<std::vector<std::string>> names = namesIn(folder_);
   if (!names) {
@@ -210,7 +209,7 @@ void Spool::takeIn(const std::string& name) {
     moveAside(name);
 }
 
-// Kept where there is as much room again, so that a disk that fills up is not written to with each pass.
+// Writes the reserve only if twice its size is free. A nearly full disk is thus not written to in each pass.
 void Spool::keepReserve() {
   struct statvfs disk;
   if (faccessat(folder_.get(), reserveName, F_OK, 0) == 0 || fstatvfs(folder_.get(), &disk) != 0) return;
@@ -229,8 +228,8 @@ bool Spool::write(unsigned number, const Note& note) {
   return written;
 }
 
-// Whether another try may succeed after a write has failed: on a full disk the reserve makes room, and a
-// folder that was removed is made again.
+// Prepares a second try after a failed write: on a full disk, removes the reserve; makes a removed folder
+// again. True if the second try may succeed.
 bool Spool::makeRoom() {
   if (errno == ENOENT) return acquire();
   const int error = errno;

@@ -9,12 +9,12 @@
 #include "support/FileDescriptor.h"
 #include "support/NonCopyable.h"
 
-/// Notes of what is on its way between the modem and the message folders, on the disk so that they outlive
-/// the daemon. A note is one file in the folder `spool` beside the message folders (mode 700). Its content
-/// never changes; its name says how far it is:
+/// Notes of the messages on their way between the modem and the message folders, kept on the disk so that
+/// they outlive the daemon. A note is one file in the folder `spool` beside the message folders (mode 700).
+/// Its content never changes; its name holds its number and its stage:
 ///
 ///     spool/7.received-2-3    NUMBER.STAGE; the stages are those of SpoolEntry.h
-///     spool/reserve           room that a full disk leaves for notes
+///     spool/reserve           space that a full disk leaves for notes
 ///
 ///     File                  Written by      Gone after   After a kill or a power cut
 ///     NUMBER.STAGE.new      add, replace    its rename   removed by the next open
@@ -22,16 +22,15 @@
 ///     NUMBER.STAGE.damaged  read, setAside  never        stays, for a person to look at
 ///     reserve               open            a full disk  stays
 ///
-/// "Flushed" means on the disk before the call returns. What is not flushed outlives the daemon, but no power
-/// cut: a rename may then be undone. A note is renamed before it is flushed, so that one transaction of the
-/// file system carries both; a file that a power cut left torn shows by its checksum, and nothing depends on
-/// it yet.
+/// "Flushed" means durable before the call returns. A change that is not flushed survives the end of the
+/// daemon, but a power cut may undo it. A note is renamed before it is flushed, so that one file-system
+/// transaction carries both. A power cut can thus leave a torn note; its checksum reveals it, and nothing
+/// depends on it yet.
 ///
-/// Where the folder cannot be written, one line of the log says so and the notes live in memory; each open()
-/// tries again. Of two daemons on one folder the second does the same. No call throws or blocks on what lies
-/// in the folder.
+/// If the folder cannot be written, one log line says so and notes stay in memory; each open() tries again. A
+/// second daemon on the folder does the same. No content of the folder makes a call throw or block.
 ///
-/// Not taken: one journal of changes (a torn line takes its neighbours along, and a reader replays), and a
+/// Rejected: a journal of changes (a torn line damages its neighbours, and every reader replays it) and a
 /// database (its library is larger than the daemon).
 class Spool : private Orvel::NonCopyable {
  public:
@@ -40,46 +39,45 @@ class Spool : private Orvel::NonCopyable {
     std::string text;
   };
 
-  /// `root` is the folder above the message folders. Nothing is touched before open().
+  /// `root` is the folder above the message folders. Only open() and later calls touch the disk.
   explicit Spool(const std::string& root);
 
-  /// One pass's use of the folder, which is open and locked until the object ends.
+  /// Keeps the folder open and locked for one pass.
   class Pass : private Orvel::NonCopyable {
    public:
     Pass(Spool& spool, std::vector<unsigned> noteNumbers) : numbers(std::move(noteNumbers)), spool_(spool) {}
     ~Pass() { spool_.folder_.reset(); }
 
-    const std::vector<unsigned>
-        numbers;  ///< of the notes that earlier passes left, in the order of their adding
+    const std::vector<unsigned> numbers;  ///< the notes that earlier passes left, oldest first
 
    private:
     Spool& spool_;
   };
 
-  /// Begins a pass: makes the folder if it is missing, locks out other daemons, and reads what lies there.
+  /// Begins a pass: creates the folder if it is missing, locks it against other daemons, and lists its notes.
   [[nodiscard]] Pass open();
 
-  /// None when the note is gone, cannot be read now (the next pass tries again), or is damaged: it is then
-  /// set aside.
+  /// Reads a note. Nullopt if it is gone, cannot be read now (the next pass tries again), or is damaged; a
+  /// damaged note is set aside.
   std::optional<Note> read(unsigned number);
 
-  /// Adds a note; flushed. Its number is above that of every other.
+  /// Adds a note, flushed. Returns its number, which is higher than all others.
   unsigned add(const Note& note);
 
-  /// Adds a note in place of another; flushed. Its number; that of the old one, which stays, when it cannot
-  /// be written.
+  /// Replaces a note by a new one, flushed, and returns the new number. If the new one cannot be written,
+  /// keeps the old one on the disk and returns its number.
   unsigned replace(unsigned number, const Note& note);
 
-  /// Gives a note another stage. False when that, or the flush if one is asked for, did not succeed.
+  /// Changes the stage of a note. False if the rename, or the flush if requested, fails.
   bool rename(unsigned number, const std::string& stage, bool flushed);
 
   /// Removes a note; not flushed.
   void remove(unsigned number);
 
-  /// Keeps a note whose text makes no sense out of the way, with a line in the log.
+  /// Sets aside a note whose text is invalid: renames it to NUMBER.STAGE.damaged and logs that.
   void setAside(unsigned number);
 
-  /// What a spool holds, for a program that only looks.
+  /// The content of a spool, for a program that only reads it.
   struct Survey {
     bool readable = true;
     unsigned damaged = 0;  ///< notes that were set aside, or would be
@@ -107,5 +105,5 @@ class Spool : private Orvel::NonCopyable {
   Orvel::FileDescriptor folder_;
   std::map<unsigned, Slot> slots_;
   unsigned last_ = 0;        ///< the highest number in use
-  bool complained_ = false;  ///< once, until the folder can be written again
+  bool complained_ = false;  ///< a failure was logged; no write has succeeded since
 };

@@ -26,14 +26,14 @@ constexpr char From[] = "from";
 constexpr char Identity[] = "identity";
 }  // namespace Key
 
-// One level more than a record that MessageRecord::parse takes can add here.
+// Enough for every record that MessageRecord::parse accepts, and the levels around it.
 constexpr int deepestNesting = 1100;
 
 std::string toText(const Json::Value& value) {
   Json::StreamWriterBuilder writer;
   writer["indentation"] = "";
   writer["commentStyle"] = "None";
-  writer["emitUTF8"] = true;  // bytes that are no UTF-8 stay as they are
+  writer["emitUTF8"] = true;  // keeps bytes that are not UTF-8
   return Json::writeString(writer, value);
 }
 
@@ -45,11 +45,11 @@ bool fromText(const std::string& text, Json::Value& value) {
   try {
     return Json::parseFromStream(reader, stream, &value, nullptr);
   } catch (const Json::Exception&) {
-    return false;  // nesting that is too deep
+    return false;  // the nesting is too deep
   }
 }
 
-// Guids go into shell commands as they are, so no command could file a record with another guid.
+// Guids go into shell commands unquoted, so a record with any other guid could not be filed.
 bool isFileName(const std::string& guid) {
   const auto isPlain = [](char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
@@ -65,7 +65,7 @@ bool isSend(const Send& send) {
          (send.from == MessageStatus::Sending || send.from == MessageStatus::Failed);
 }
 
-// Reads "-3" off the front of `text`.
+// Removes a number such as "-3" from the front of `text` and reads it into `count`.
 bool readCount(std::string& text, std::size_t& count) {
   if (text.empty() || text[0] != '-') return false;
   const char* const end = text.data() + text.size();
@@ -105,7 +105,7 @@ std::string countsOf(const Batch& batch) {
   return batch.obeying ? counts + obeyingSuffix : counts;
 }
 
-// What stands behind `kind` in the stage; none when the stage is of another kind.
+// The rest of the stage after `kind`; nullopt for a stage of another kind.
 std::optional<std::string> behind(const std::string& stage, const std::string& kind) {
   if (stage.compare(0, kind.size(), kind) != 0) return std::nullopt;
   return stage.substr(kind.size());

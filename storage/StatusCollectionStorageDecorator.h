@@ -14,8 +14,8 @@ class StatusCollectionStorageDecorator final : public ICollectionStorage {
   Json::Value load(const Json::Value& filter, int status) override;
 
   /// For each record that matches: removes by the filter (not by the record) from `from`, and saves a copy
-  /// with its "status" under `to`. A copy that goes to Received has no "status". With a null filter the first
-  /// removal thus empties `from`; the later ones fail and are logged, and every record is saved all the same.
+  /// with its "status" under `to`. A copy that goes to Received has no "status". With a null filter, the
+  /// first removal thus empties `from`. The later removals fail and are logged, but every record is saved.
   void move(const Json::Value& filter, int from, int to) override;
 
  private:

@@ -11,17 +11,17 @@ namespace Orvel {
 /// Owns a file descriptor and closes it.
 class FileDescriptor : private NonCopyable {
  public:
-  /// Takes over `descriptor`; a negative one, as a failed open() gives, is none.
+  /// Takes ownership of `descriptor`. A negative value, as from a failed open(), means none.
   explicit FileDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
   ~FileDescriptor() { reset(); }
 
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
   [[nodiscard]] int get() const { return descriptor_; }
 
-  /// Gives the descriptor away, open as it is.
+  /// Releases ownership of the descriptor without closing it.
   [[nodiscard]] int release() { return std::exchange(descriptor_, -1); }
 
-  /// Closes the descriptor, and takes over another.
+  /// Closes the descriptor and takes ownership of another.
   void reset(int descriptor = -1) {
     const int old = std::exchange(descriptor_, descriptor);
     if (old >= 0) close(old);

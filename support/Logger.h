@@ -23,22 +23,22 @@ class Logger {
     static constexpr char FATAL_LABEL[] = "FATAL";
   };
 
-  /// Where lines go; standard error until a set-up has succeeded.
+  /// The destination of lines; standard error until a set-up has succeeded.
   enum class PrintMode { StandardError = 1, Syslog = 3 };
 
-  /// Selects `mode`. For syslog, opens it under `ident` with openlog's `option` and `facility`; false when
-  /// `ident` is empty or nothing listens on the syslog socket, and the mode is then as it was.
+  /// Selects `mode`. For syslog, opens it under `ident` with openlog's `option` and `facility`; false, with
+  /// the mode unchanged, if `ident` is empty or nothing listens on the syslog socket.
   static bool setup(const PrintMode& mode, const std::string& ident, const int& option, const int& facility);
 
-  /// Selects a mode that needs no ident; false for syslog, and the mode is then as it was.
+  /// Selects a mode that needs no ident; false, with the mode unchanged, for syslog.
   static bool setup(const PrintMode& mode);
 
   /// Whether lines of `level` are written: those at VELD_LOG_LEVEL, a build setting, and above.
   static bool isPrintable(int level);
 
-  /// Writes one line, whole, whatever its length: "[label] " and the formatted text. Each byte of
-  /// a control character, and each that is no UTF-8, is written as "#" and three octal digits: no message
-  /// text can forge a line of its own, and the system's journal takes none for binary data.
+  /// Writes one complete line of any length: "[label] " and the formatted text. Writes each byte of a control
+  /// character or of invalid UTF-8 as "#" and three octal digits. So no message text can forge a log line,
+  /// and the system's journal does not take a line for binary data.
   static void printfGeneric(int level, const char* label, const char* format, ...)
       __attribute__((format(printf, 3, 4)));
 };

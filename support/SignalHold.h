@@ -9,7 +9,7 @@ namespace Orvel {
 /// Blocks SIGTERM while the object lives. A SIGTERM that arrives meanwhile is delivered at its end.
 ///
 /// The handler does not restart system calls: SIGTERM makes a read fail with EINTR, which looks like the end
-/// of the data. Start no process meanwhile: it would inherit the blocked signal.
+/// of the data. Start no process while the object lives: it would inherit the blocked signal.
 class SignalHold : private NonCopyable {
  public:
   SignalHold();

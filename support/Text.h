@@ -6,9 +6,9 @@
 
 namespace Orvel::Text {
 
-/// The pieces of `text` between characters of `separators`, at most `limit` of them. Two separators in a row
-/// give an empty piece, as does one at the start or the end. When there are more pieces than `limit`, the
-/// last one holds the rest as it stands. A `limit` below 1 gives none.
+/// Splits `text` at every character of `separators` into at most `limit` pieces. Adjacent, leading and
+/// trailing separators give empty pieces. If `limit` is reached, the last piece holds the rest unsplit. A
+/// `limit` below 1 gives no pieces.
 std::vector<std::string> split(const std::string& text, const std::string& separators, int limit);
 
 /// `text` without blanks, tabs, line feeds, carriage returns, vertical tabs and form feeds at either end.
@@ -17,11 +17,11 @@ std::string trim(const std::string& text);
 /// `text` with A to Z lowered; every other byte, those of UTF-8 included, stays as it is.
 std::string toLowerCase(const std::string& text);
 
-/// The bytes of the UTF-8 character that `text` begins with; 0 when it is a control character (U+0000 to
-/// U+001F, U+007F to U+009F) or no UTF-8.
+/// The length in bytes of the UTF-8 character at the start of `text`; 0 for a control character (U+0000 to
+/// U+001F, U+007F to U+009F) and for invalid UTF-8.
 std::size_t printableLength(std::string_view text);
 
-/// `text` with each byte of a control character, and each that is no UTF-8, as "#" and three octal digits.
+/// `text` with each byte of a control character or of invalid UTF-8 as "#" and three octal digits.
 std::string printable(std::string_view text);
 
 }  // namespace Orvel::Text

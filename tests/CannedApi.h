@@ -11,7 +11,7 @@
 
 #include "daemon/LocalApi.h"
 
-/// A local API that accepts one connection, keeps the request, answers with the given bytes and closes.
+/// A local API that accepts one connection, records the request, answers with the given bytes and closes.
 class CannedApi {
  public:
   explicit CannedApi(const std::string& answer) : socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {
@@ -35,7 +35,7 @@ class CannedApi {
     return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
   }
 
-  /// Waits for the request and returns its head and body; empty when none came. Ends the API.
+  /// Waits for the request and returns its head and body; empty if none arrived. Ends the API.
   const std::string& request() {
     if (thread_.joinable()) {
       shutdown(socket_, SHUT_RDWR);

@@ -6,8 +6,8 @@
 #include <cstdarg>
 #include <string>
 
-/// Replaces functions of libcurl in a test program that includes it: notes the options that are set and the
-/// objects that are released, in their order.
+/// Replaces functions of libcurl in a test program that includes it: records, in order, the options that are
+/// set and the objects that are released.
 inline std::string curlCalls;
 
 template <typename Function>

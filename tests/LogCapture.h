@@ -4,8 +4,7 @@
 
 #include <string>
 
-/// Collects what is logged and what goes to standard output, from its construction to the first call of
-/// text() or echo().
+/// Collects log lines and standard output, from its construction to the first call of text() or echo().
 class LogCapture {
  public:
   LogCapture() {

@@ -13,13 +13,13 @@ inline void writeFile(const std::string& path, const std::string& content) {
   std::ofstream(path) << content;
 }
 
-/// The content of a file; empty when there is none.
+/// The content of a file; empty if there is none.
 inline std::string readFile(const std::string& path) {
   std::ifstream stream(path);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A folder of its own, filled in one statement and gone at the end of the test.
+/// A temporary folder, filled in one statement and removed at the end of the test.
 class TemporaryFolder {
  public:
   TemporaryFolder(std::initializer_list<std::pair<const char*, std::string>> files = {}) {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Takes the place of libcurl in a fuzz target: no request leaves the process. Every transfer succeeds, is
-/// kept, and is answered with a text that the target sets.
+/// Replaces libcurl in a fuzz target: no request leaves the process. Every transfer succeeds, is recorded,
+/// and gets an answer that the target sets.
 namespace FakeCurl {
 
 struct Request {
@@ -13,8 +13,8 @@ struct Request {
   std::string body;  ///< empty for a GET
 };
 
-extern std::vector<Request> requests;  ///< in their order; the target clears it
+extern std::vector<Request> requests;  ///< in order; the target clears them
 extern std::string answer;
-extern std::size_t pieceSize;  ///< bytes of the answer that the write callback is given at once
+extern std::size_t pieceSize;  ///< bytes of the answer in one call of the write callback
 
 }  // namespace FakeCurl

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the run, and with it keeps the input, when `statement` does not hold of it.
+/// Aborts the run if `statement` does not hold, so that the fuzzer keeps the input.
 inline void property(bool holds, const char* statement) {
   if (holds) return;
   std::fprintf(stderr, "This does not hold: %s\n", statement);

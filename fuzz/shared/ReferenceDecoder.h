@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// The decoding of user data written down step by step, with a search, an erasure and an insertion for every
-/// escape: slow, and plain enough to be seen right. The fuzz targets hold the daemon's against it.
+/// Decodes user data step by step, with a search, an erasure and an insertion for every escape. It is slow,
+/// but obviously correct. The fuzz targets compare the daemon's decoder with it.
 namespace ReferenceDecoder {
 
 /// What parseUserDataHeader does.

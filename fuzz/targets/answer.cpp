@@ -1,4 +1,4 @@
-// The input is what the local API answers, to the request for the settings and to a command.
+// The input is the answer of the local API, to the request for the settings and to a command.
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// What `call` says; nothing when it throws the JSON library's exception, the only one that may come.
+// The result of `call`; nullopt if it throws the JSON library's exception. No other may occur.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
   try {
@@ -36,15 +36,15 @@ std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSiz
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string answer(data, data + size);
   const auto loaded = settingsLoad(answer, size + 1);
-  property(settingsLoad(answer, 1) == loaded, "the pieces that an answer comes in say nothing");
+  property(settingsLoad(answer, 1) == loaded, "the split of an answer into pieces changes nothing");
 
   SMSCommandExecutor executor("http://localhost/api/command/sms_restart");
   const bool executed = executor.execute("1", std::vector<std::string>());  // throws for no answer
-  property(executed == (loaded == true), "both requests call the same answers good");
+  property(executed == (loaded == true), "both requests accept the same answers");
 
-  if (loaded == true && answer.find('\0') == std::string::npos) {  // a NUL ends the text for the JSON library
+  if (loaded == true && answer.find('\0') == std::string::npos) {  // the JSON library stops at a NUL
     property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
-    property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "an answer cut short is none");
+    property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "a truncated answer is refused");
   }
   FakeCurl::requests.clear();
   return 0;

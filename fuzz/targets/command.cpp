@@ -1,5 +1,5 @@
-// The input is who sends what to whom: the configuration in the first three lines (letters for what is on,
-// the password, the whitelist), the sender in the fourth, and the text of the message in the rest.
+// The input is a configuration and a message. Its lines are: letters for the enabled settings, the password,
+// the whitelist, the sender; the rest is the text of the message.
 
 #include <algorithm>
 #include <cctype>
@@ -25,7 +25,7 @@ std::vector<std::string> parted(const std::string& text, char separator) {
   return pieces;
 }
 
-// The flags are A, B, C and so on, by their identifiers.
+// The flags have the letters A, B, C and so on, in the order of their identifiers.
 char letter(const CommandRow& row) { return static_cast<char>('A' + row.id - 1); }
 
 struct Case {
@@ -59,8 +59,8 @@ struct Case {
   std::vector<std::string> numbers;
 };
 
-// The request that `input` may cause: none unless commands are on, the sender is no stranger, gives the
-// password, and asks for a command that is permitted.
+// The request that `input` may cause: none unless commands are enabled, the sender is permitted, the password
+// matches, and the command is permitted.
 std::optional<FakeCurl::Request> permittedRequest(const Case& input) {
   const bool isListed =
       std::find(input.numbers.begin(), input.numbers.end(), input.sender) != input.numbers.end();
@@ -118,7 +118,7 @@ class MemoryInbox final : public ICollectionStorage {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Case input(std::string(data, data + size));
   SMSCommand commands(input.configuration());
-  property(commands.loadConfig(), "a whole configuration is taken");
+  property(commands.loadConfig(), "a complete configuration is accepted");
 
   Json::Value record;
   record["guid"] = "2026010100000000";
@@ -136,7 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const std::optional<FakeCurl::Request> permitted = permittedRequest(input);
   property(FakeCurl::requests.size() <= (permitted ? 1U : 0U), "a stranger causes no request");
-  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "who may command is obeyed");
+  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "a permitted sender is obeyed");
   if (permitted) {
     property(FakeCurl::requests[0].url == permitted->url, "the keyword chooses the path");
     property(FakeCurl::requests[0].body == permitted->body, "the body names the sender and the words");

@@ -1,4 +1,4 @@
-// The input is what `sms list read` prints: from the pipe to the records that the loop is given.
+// The input is the output of `sms list read`. Tests the way from the pipe to the records for the loop.
 
 #include "provider/Listing.h"
 
@@ -21,14 +21,14 @@ namespace {
 
 using Records = std::vector<Json::Value>;
 
-std::string printed;  // by the tool
+std::string printed;  // output of the tool
 int deletions = 0;
 
 struct Message {
   std::optional<std::string> sender, text;
 };
 
-// The pieces that the listing is read in: lines of up to 1023 bytes, each up to its first NUL.
+// The pieces in which the listing is read: lines of up to 1023 bytes, each up to its first NUL.
 std::vector<std::string> pieces() {
   std::vector<std::string> found;
   std::size_t begin = 0;
@@ -92,8 +92,8 @@ void checkDecoding(const std::string& line) {
   property(bytes.size() <= text.size(), "decoding never makes a text longer");
 }
 
-// Whether the order in which the parts arrive says nothing: no part comes twice, and the parts of a message
-// agree on their number.
+// Whether the parts may arrive in any order: no part comes twice, and the parts of a message agree on their
+// number.
 bool isOrderFree(const Records& records) {
   std::set<std::pair<int, int>> seen;
   std::set<std::pair<int, int>> counts;
@@ -108,7 +108,7 @@ bool isOrderFree(const Records& records) {
   return counts.size() == references.size();
 }
 
-// What arrived, whatever its order.
+// The texts that arrived, in any order.
 std::multiset<std::string> texts(const Records& records) {
   std::multiset<std::string> found;
   for (const Json::Value& record : records)
@@ -117,7 +117,7 @@ std::multiset<std::string> texts(const Records& records) {
   return found;
 }
 
-// What the store holds after the first half of `records` came in one pass and the second in the next.
+// The content of the store after the two halves of `records` came in one pass each.
 Records filedInTwoPasses(const Records& records) {
   const auto half = records.begin() + static_cast<std::ptrdiff_t>(records.size() / 2);
   Records filed = joinMultipartMessages(Records(records.begin(), half));
@@ -147,7 +147,7 @@ void checkRecords(const Records& records, const std::vector<Message>& expected) 
              "the text is that of the first user-data: line, decoded");
     guids.insert((*record++)["guid"].asString());
   }
-  property(record == records.end(), "nothing is made up");
+  property(record == records.end(), "no record is invented");
   property(guids.size() == records.size(), "guids differ");
 }
 

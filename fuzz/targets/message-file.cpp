@@ -2,7 +2,7 @@
 // reads it, with a new part of a concatenated message from the modem and a modem that sends only for an even
 // first byte.
 //
-// Nothing is stored on disk here: the input chooses the "guid", and thereby the path and the shell command.
+// Stores nothing on disk: the input chooses the "guid", and thereby the path and the shell command.
 
 #include <cstdint>
 #include <cstdlib>
@@ -21,7 +21,7 @@
 
 namespace {
 
-// The input's folder for one status, empty ones for the others; what is saved or removed is kept.
+// Holds the input under one status; the others are empty. Records what is saved or removed.
 class OneFolder final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override { saved[status].push_back(record); }
@@ -75,21 +75,21 @@ Json::Value withoutStatus(Json::Value record) {
 
 void checkReceived(const OneFolder& store) {
   const auto& saved = store.saved[MessageStatus::Received];
-  property(!saved.empty(), "nothing in the store stands in the way of a new message");
+  property(!saved.empty(), "no stored record blocks a new message");
   bool found = false;
   for (const Json::Value& record : saved)
     found = found || record["message"].asString().find("new") != std::string::npos;
   property(found, "the new part is filed, alone or merged");
 }
 
-// `record` was the only one under Sending or Failed, and was offered to the modem.
+// Checks the store after `record`, the only one under Sending or Failed, was offered to the modem.
 void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) {
   const auto& target = store.saved[wasSent ? MessageStatus::Sent : MessageStatus::Failed];
   property(target.size() == 1, "a message that was offered to the modem is filed once");
   Json::Value expected = withoutStatus(record);
   if (!wasSent && store.filled == MessageStatus::Failed) expected["retries"] = record["retries"].asUInt() - 1;
   property(withoutStatus(target[0]) == expected, "filing changes the status and the retries only");
-  property(store.removed[store.filled].size() >= 1, "what is filed anew leaves its folder");
+  property(store.removed[store.filled].size() >= 1, "a record that is filed again leaves its folder");
 }
 
 }  // namespace
@@ -100,7 +100,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static FolderStorage folder(input.path);
   std::ofstream(std::string(input.path) + "/record") << std::string(data + 1, data + size);
   const Json::Value records = folder.load(Json::nullValue);
-  property(records.size() <= 1, "a file is one record at the most");
+  property(records.size() <= 1, "a file holds at most one record");
   if (records.size() == 1 && records[0].isObject())
     property(folder.load(records[0]) == records, "a record matches itself");
 

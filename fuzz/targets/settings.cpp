@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!parseJson(std::string(data, data + size), &settings) || !settings.isObject()) return 0;
   const std::optional<int> status = checkSettings(settings);
   const Json::Value enabled = settings.get("enabled", Json::nullValue);
-  property((status == 0) == (enabled == Json::Value(false)), "SMS is switched off by the boolean alone");
+  property((status == 0) == (enabled == Json::Value(false)), "only the boolean switches SMS off");
   const bool isWhole = hasAll(settings, {"enabled", "sentLimit", "receivedLimit", "smsCommands"});
   property(!status == (isWhole && enabled == Json::Value(true)),
            "the daemon runs when it is switched on and nothing is missing");
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const char* const key : {"receivedLimit", "sentLimit"}) settings[key].asUInt();
     checkConfig(settings["smsCommands"]);
   } catch (const Json::Exception&) {
-    return 0;  // a value of the wrong type ends the daemon's start with the JSON library's exception
+    return 0;  // a value of the wrong type ends the start with the JSON library's exception
   }
   return 0;
 }

@@ -1,5 +1,5 @@
 // The input is a note of the spool as an earlier daemon may have left it: its stage in the first line, then
-// its text. The next daemon's pass takes it up.
+// its text. The first pass of the next daemon reads it.
 
 #include <algorithm>
 #include <cstdint>
@@ -46,7 +46,7 @@ struct Root {
   char path[32] = "/tmp/veld-fuzz-XXXXXX";
 };
 
-// What the entry's own functions make of it again.
+// The note that stageOf and textOf make of the entry.
 Spool::Note noteOf(const SpoolEntry& entry) {
   return std::visit(
       [](const auto& kind) {
@@ -58,7 +58,7 @@ Spool::Note noteOf(const SpoolEntry& entry) {
       entry);
 }
 
-// How many records a pass is to file.
+// The number of records that a pass has to file.
 std::size_t unfiled(const SpoolEntry& entry) {
   if (const auto* const received = std::get_if<ReceivedBatch>(&entry))
     return received->records.size() - received->filed;
@@ -104,8 +104,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RetryState retry;
   InTransit inTransit(root.path, root.path);
   runPass(modem, storage, commands, inTransit, {}, retry);
-  property(modem.wasAsked, "no note keeps the modem from being asked");
+  property(modem.wasAsked, "no note stops the modem from being asked");
   property(!modem.hasSent, "nothing is sent from a note");
-  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "what is not filed is filed once");
+  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "each unfiled record is filed once");
   return 0;
 }

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr char key[] = "timings-sms";
-std::string content;  // of any file that is opened here
+std::string content;  // of every file that is opened
 
 std::string valueOf(const char* wanted) {
   const std::vector<char> untouched(configValueSize, '\0');

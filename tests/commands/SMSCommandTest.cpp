@@ -81,7 +81,7 @@ TEST_P(Parse, FindsTheCommand) {
 }
 INSTANTIATE_ROWS(Parse, parseRows);
 
-// The documents' tests compare keyword, path and flag of each command with local-api.md.
+// The tests of the documents compare keyword, path and flag of each command with local-api.md.
 TEST(CommandTable, HasItsOrder) {
   std::string rows;
   for (const CommandRow& row : commandRows)
@@ -184,12 +184,12 @@ TEST(Execute, RefusesACommandThatIsNotPermitted) {
 
 TEST(Execute, IsTrueWhenTheRequestFails) {
   Json::Value all = settings();
-  all["enabled"] = false;  // only validateSMSCommand asks for it, and for the other permissions
+  all["enabled"] = false;  // only validateSMSCommand checks this and the other permissions
   all["whitelist"]["enabled"] = all["password"]["enabled"] = true;
   SMSCommand commands(all);
   ASSERT_TRUE(commands.loadConfig());
   LogCapture log;
-  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // of which nothing is escaped
+  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // nothing is escaped
   EXPECT_THAT(
       log.text(),
       EndsWith(

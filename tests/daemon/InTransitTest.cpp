@@ -21,7 +21,7 @@ bool diskFails = false;
 
 }  // namespace
 
-// In the place of the C library's: no test sees a disk.
+// Replaces the C library's function: no test can observe the disk.
 extern "C" int fsync(int file) {
   char path[256] = {};
   [[maybe_unused]] const ssize_t length =
@@ -37,14 +37,14 @@ constexpr char settings[] =
     "{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,'whitelist':{'enabled':false,'numbers':[]},"
     "'password':{'enabled':false,'text':''}}";
 
-/// Daemons that come and go on the folders of one gateway.
+/// Runs one daemon after another on the folders of one gateway.
 class Gateway {
  public:
   explicit Gateway(std::initializer_list<std::pair<const char*, std::string>> files = {}) {
     for (const auto& [file, content] : files) writeFile(world.root.path + "/" + file, content);
   }
 
-  /// A new daemon runs a pass in which the modem gives `incoming`; what it logs.
+  /// Runs a pass of a new daemon that receives `incoming`. Returns what it logs.
   std::string pass(const std::vector<std::string>& incoming = {}) {
     LogCapture log;
     InTransit inTransit(world.root.path, world.root.path + "/staging");
@@ -63,7 +63,7 @@ class Gateway {
     writeFile(world.root.path + "/spool/" + name, NoteFile::framed(text));
   }
 
-  /// The files of the spool but for its reserve.
+  /// The files of the spool, without the reserve.
   std::vector<std::string> spool() const {
     std::vector<std::string> names;
     for (const auto& file : std::filesystem::directory_iterator(world.root.path + "/spool"))
@@ -197,7 +197,7 @@ TEST_P(Left, IsFiledByTheNextDaemon) {
 }
 INSTANTIATE_ROWS(Left, leftRows);
 
-TEST(InTransit, FilesTheNewerInThePlaceOfTheOlderUnderALimit) {
+TEST(InTransit, ReplacesTheOlderByTheNewerUnderALimit) {
   Gateway gateway;
   for (int guid = 100; guid < 130; ++guid)
     gateway.world.put("{'guid':'" + std::to_string(guid) + "'}", Received);
@@ -209,7 +209,7 @@ TEST(InTransit, FilesTheNewerInThePlaceOfTheOlderUnderALimit) {
   EXPECT_EQ(names.back(), "202");
 }
 
-TEST(InTransit, PutsAMessageBehindThatEndedADaemon) {
+TEST(InTransit, RetriesAMessageThatEndedADaemonLast) {
   Gateway gateway({{"outbox/failed/1", R"({"guid":"1","recipient":"hangs","retries":3})"},
                    {"outbox/failed/2", R"({"guid":"2","recipient":"b","retries":3})"},
                    {"outbox/failed/0", R"({"guid":"0","recipient":"c","retries":3})"}});
@@ -221,7 +221,7 @@ TEST(InTransit, PutsAMessageBehindThatEndedADaemon) {
   EXPECT_EQ(gateway.world.provider.attempts.back(), "hangs");
 }
 
-TEST(InTransit, FilesUnderAFreeGuidWhereAnotherMessageLies) {
+TEST(InTransit, FilesUnderAFreeGuidIfTheGuidIsTaken) {
   Gateway gateway;
   gateway.note("1.received-0-0", batchOfOne);
   gateway.world.put("{'guid':'1','message':'other'}", Received);
@@ -230,7 +230,7 @@ TEST(InTransit, FilesUnderAFreeGuidWhereAnotherMessageLies) {
   EXPECT_THAT(gateway.world.names(Received), testing::ElementsAre("1", "10", "11"));
 }
 
-TEST(InTransit, IsOnTheDiskBeforeWhatCannotBeUndone) {
+TEST(InTransit, IsFlushedBeforeAStepThatCannotBeUndone) {
   Gateway gateway({{"outbox/sending/9", R"({"guid":"9"})"}});
   std::string beforeTheSend;
   gateway.pass();
@@ -245,7 +245,7 @@ TEST(InTransit, IsOnTheDiskBeforeWhatCannotBeUndone) {
             "2.sending spool send spool save 9 sending sent ");
 }
 
-TEST(InTransit, StaysWrittenDownWhileTheDiskFails) {
+TEST(InTransit, KeepsItsNotesWhileTheDiskFails) {
   Gateway gateway;
   gateway.pass();
   gateway.note("1.received-0-0", batchOfOne);
@@ -257,7 +257,7 @@ TEST(InTransit, StaysWrittenDownWhileTheDiskFails) {
   EXPECT_THAT(gateway.spool(), testing::IsEmpty());
 }
 
-TEST(InTransit, MakesAFolderAgainThatSomethingWaitsFor) {
+TEST(InTransit, CreatesAMissingFolderForWaitingMessages) {
   Gateway gateway;
   std::filesystem::remove_all(gateway.world.root.path + "/inbox");
   gateway.pass({whole});

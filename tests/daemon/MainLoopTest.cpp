@@ -31,7 +31,7 @@ class Pass : public testing::Test {
  protected:
   Pass() : commands_(json(commandSettings)) { EXPECT_TRUE(commands_.loadConfig()); }
 
-  /// Runs a pass in which the modem gives `incoming`, and returns what is logged.
+  /// Runs a pass that receives `incoming`. Returns what it logs.
   std::string pass(const std::vector<std::string>& incoming = {}) {
     for (const std::string& record : incoming) world_.provider.incoming.push_back(json(record));
     LogCapture log;
@@ -141,7 +141,7 @@ TEST_F(Pass, LosesNoPartWhileSavingFails) {
   EXPECT_THAT(world_.records(Received), ElementsAre(json("{'guid':'9','message':'abc'}")));
 }
 
-TEST_F(Pass, FilesAPartThatFillsNothing) {
+TEST_F(Pass, FilesAPartThatFillsNoGap) {
   pass({firstPart});
   Json::Value again = json(firstPart);
   again["guid"] = "3";
@@ -159,14 +159,14 @@ TEST_F(Pass, IgnoresStoredFilesThatCannotTakeThePart) {
   EXPECT_THAT(pass({secondPart}), HasSubstr("executing command"));
 }
 
-TEST_F(Pass, SendsWhatIsQueued) {
+TEST_F(Pass, SendsQueuedMessages) {
   world_.provider.refused = {"bad"};
   for (const char* const queued : {"{'guid':'1','recipient':'good'}", "{'guid':'2','recipient':'bad'}",
                                    "{'guid':'3','recipient':'bad','retries':3}"})
     world_.put(queued, Sending);
   pass();
   EXPECT_THAT(world_.names(Sent), ElementsAre("1"));
-  EXPECT_THAT(world_.records(Failed),  // the first failure costs no retry
+  EXPECT_THAT(world_.records(Failed),  // the first failure uses up no retry
               ElementsAre(json("{'guid':'2','recipient':'bad','status':'failed'}"),
                           json("{'guid':'3','recipient':'bad','retries':3,'status':'failed'}")));
   EXPECT_TRUE(retry_.timerStarted);
@@ -191,7 +191,7 @@ TEST_F(Pass, MovesTheRecordThatWasSentAndNotItsGuid) {
   }
 }
 
-TEST_F(Pass, GivesASignOfLifeForEachMessage) {
+TEST_F(Pass, FeedsTheWatchdogForEachMessage) {
   DatagramSocket manager("/run/manager");
   setenv("NOTIFY_SOCKET", "/run/manager", 1);
   Orvel::Watchdog::setup();
@@ -210,7 +210,7 @@ TEST_F(Pass, GivesASignOfLifeForEachMessage) {
   Orvel::Watchdog::setup();
 }
 
-TEST_F(Pass, SendsAMessageOnceThatCannotBeMoved) {
+TEST_F(Pass, SendsAMessageThatCannotBeMovedOnlyOnce) {
   world_.folders->removes = false;
   startFailureTimer(retry_, [this] { return now_; });
   world_.put("{'guid':'1','recipient':'failed','retries':1}", Failed);
@@ -222,7 +222,7 @@ TEST_F(Pass, SendsAMessageOnceThatCannotBeMoved) {
   EXPECT_THAT(world_.provider.attempts, ElementsAre("failed", "queued"));
 }
 
-TEST_F(Pass, LogsWhatIsThrownAndGoesOn) {
+TEST_F(Pass, LogsAnExceptionAndContinues) {
   world_.put("{'guid':'1','recipient':'good'}", Sending);
   world_.provider.onSend = [] { throw std::string("a text"); };
   EXPECT_EQ(pass(), "[FATAL] a text\n");

@@ -40,7 +40,7 @@ class RetryStep : public testing::Test {
     outbox.settle();
   }
 
-  /// The seconds after the first step at which something was sent.
+  /// The times of the sends, in seconds after the first step.
   std::vector<std::uint32_t> attemptTimes(const std::vector<std::uint32_t>& timings, std::uint32_t seconds) {
     std::vector<std::uint32_t> times;
     const std::uint32_t begin = now_;
@@ -110,7 +110,7 @@ TEST_F(RetryStep, TriesEveryMessageThatMayRetry) {
   EXPECT_EQ(world_.records(Failed)[0], json("{'guid':'1','recipient':'bad','retries':1}"));
 }
 
-TEST_F(RetryStep, PushesNoRecordOutAtTheLimit) {
+TEST_F(RetryStep, DiscardsNoRecordAtTheLimit) {
   for (std::uint32_t i = 10; i < 10 + World::sentLimit; ++i)
     world_.put("{'guid':'" + std::to_string(i) + "','recipient':'bad','retries':" + (i == 20 ? "1}" : "0}"),
                Failed);

@@ -11,7 +11,7 @@ using namespace std::string_literals;
 
 namespace {
 constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
-const std::string many = "1,2,3," + std::string(118, ',');  // three characters short of what fits
+const std::string many = "1,2,3," + std::string(118, ',');  // three characters below the limit
 }  // namespace
 
 struct TimingsRow {

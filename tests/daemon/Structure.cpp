@@ -1,4 +1,4 @@
-// What the headers promise about their types. Nothing here runs: a broken promise does not compile.
+// Checks at compile time what the headers promise about their types.
 
 #include <cstddef>
 #include <type_traits>

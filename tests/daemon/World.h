@@ -18,7 +18,7 @@
 #include "tests/TemporaryFolder.h"
 #include "tests/daemon/FakeProvider.h"
 
-/// The message folders. Notes loads and saves, and can be told to refuse removals.
+/// The message folders. Records loads and saves, and can be set to refuse removals.
 class WatchedFolders final : public ICollectionStorage {
  public:
   explicit WatchedFolders(const std::string& root) : folders_(root, root + "/staging") {}
@@ -48,7 +48,7 @@ class WatchedFolders final : public ICollectionStorage {
   FolderCollectionStorage folders_;
 };
 
-/// The daemon's message store in a temporary folder, beside a modem that is faked.
+/// The daemon's message store in a temporary folder, and a fake modem.
 class World {
  public:
   static constexpr std::uint32_t receivedLimit = 30;

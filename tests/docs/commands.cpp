@@ -2,7 +2,7 @@
 
 #include "commands/CommandTable.h"
 
-// Prints each SMS command for the tests of the documents: keyword, path and flag, a command a line.
+// Prints the SMS commands for the tests of the documents: keyword, path and flag, one command a line.
 int main() {
   for (const CommandRow& row : commandRows)
     if (row.keyword != nullptr)

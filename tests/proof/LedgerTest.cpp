@@ -12,7 +12,7 @@ namespace {
 
 constexpr char sender[] = "+49", command[] = "#ping 1", firstPart[] = "one ", secondPart[] = "text";
 
-// Plays the daemon, well or badly, between two looks of the ledger.
+// Plays a correct or a faulty daemon between two checks of the ledger.
 class Player {
  public:
   explicit Player(unsigned fault) : fault_(fault) {}
@@ -104,8 +104,8 @@ void obey(Player& player, unsigned kind, unsigned posts) {
 struct FaultRow {
   const char* name;
   void (*happens)(Player&);
-  const char* said;  // when no fault was at work; empty: all is well
-  unsigned fault;    // by which a window explains it; none: by no fault
+  const char* said;  // the finding without a fault; empty: none
+  unsigned fault;    // the fault whose window explains it, if any
 };
 const FaultRow faultRows[] = {
     {"Filed", [](Player& player) { player.receive(Kind::Text, "in", 1); }, "", 0},
@@ -193,7 +193,7 @@ TEST_P(Ledgers, AreSettled) {
 }
 INSTANTIATE_ROWS(Ledgers, faultRows);
 
-TEST(Ledgers, TellWhatAMessageMet) {
+TEST(Ledgers, ReportWhatHappenedToAMessage) {
   Player player(Fault::DiskFull);
   player.lines = {"a line of the log"};
   player.receive(Kind::Text, "in", 1);

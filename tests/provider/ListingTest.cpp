@@ -12,7 +12,7 @@ using testing::MatchesRegex;
 
 namespace {
 
-// Lines as the pipe gives them: each with its line feed, the last one perhaps without.
+// Lines as read from the pipe: each with its line feed, except perhaps the last one.
 std::vector<std::string> lines(const std::string& text) {
   std::vector<std::string> all;
   for (std::size_t begin = 0; begin < text.size();) {
@@ -88,7 +88,7 @@ TEST(Listing, NumbersRecordsNotMessagesAndTakesLocalTime) {
   std::string text = "index\nno sender\n";
   for (int i = 0; i < 120; ++i) text += "index\naddr: 1\n";
   std::vector<Json::Value> records;
-  Json::Value second;  // of a listing in which the ordinal 01 is taken
+  Json::Value second;  // from a listing in which the ordinal 01 is taken
   {
     LogCapture log;
     records = parseListing(lines(text)).records;

@@ -19,7 +19,7 @@ constexpr char calls[] = "/tmp/calls";
 constexpr char sent[] = "/tmp/sent";
 constexpr char twoMessages[] = "printf 'index\\naddr: 1\\nuser-data: a\\nindex\\naddr: 2\\n'";
 
-/// Plays the tool: a shell script that notes its calls.
+/// Plays the tool: a shell script that records its calls.
 class SmsUtilsProviderTest : public testing::Test {
  protected:
   /// `body` runs for every call, with the words of the command line as "$*".
@@ -151,7 +151,7 @@ TEST_P(Send, HandsTheTextToTheTool) {
 }
 INSTANTIATE_ROWS(Send, sendRows);
 
-TEST_F(SmsUtilsProviderTest, AnnouncesWhatCannotBeUndone) {
+TEST_F(SmsUtilsProviderTest, AnnouncesStepsThatCannotBeUndone) {
   struct Events final : ModemEvents {
     bool isTaken(const std::string& guid) const override { return guid.substr(14) == "00"; }
     void aboutToDelete(const std::vector<Json::Value>& records) override {

@@ -82,7 +82,7 @@ const HeaderRow headerRows[] = {
     {"CutInsideNumber", R"(\x05\x00\x03\x2a\x02\x0)", "null", R"(\x05\x00\x03\x2a\x02\x0)"},
 };
 class Header : public testing::TestWithParam<HeaderRow> {};
-TEST_P(Header, IsTakenOff) {
+TEST_P(Header, IsRemoved) {
   Json::Value record;
   std::string text = GetParam().text;
   parseUserDataHeader(record, text);
@@ -112,7 +112,7 @@ TEST_P(Unescape, ResolvesItsFiveEscapes) {
 }
 INSTANTIATE_ROWS(Unescape, unescapeRows);
 
-TEST(GsmAlphabet, IsWhole) {
+TEST(GsmAlphabet, IsComplete) {
   std::string codes, extension;
   for (const std::string_view text : gsmDefaultAlphabet) codes += text;
   for (std::size_t code = 0; code < gsmExtensionAlphabet.size(); ++code)

@@ -15,7 +15,7 @@ std::vector<Word> wordsOf(const std::string& line) {
 struct LineRow {
   const char* name;
   const char* line;
-  std::string words;  // in angles, those with a quote in square brackets
+  std::string words;  // in angle brackets; quoted ones in square brackets
 };
 const LineRow lineRows[] = {
     {"Plain", "queue +49 text", "<queue><+49><text>"},
@@ -36,7 +36,7 @@ TEST_P(Line, IsSplit) {
 }
 INSTANTIATE_ROWS(Line, lineRows);
 
-TEST(Arguments, TakesOptionsOutOfTheWords) {
+TEST(Arguments, SeparatesOptionsFromWords) {
   Arguments given;
   ASSERT_EQ(given.read("NUMBER TEXT [--parts N] [--16-bit] [--order N,N]",
                        wordsOf("receive --parts 2 +49 --16-bit \"--parts\" --order 2,1")),
@@ -51,7 +51,7 @@ struct ShapeRow {
   const char* name;
   const char* shapes;
   const char* line;
-  const char* problem;  // empty: it fits
+  const char* problem;  // empty: none
 };
 const ShapeRow shapeRows[] = {
     {"Nothing", "", "x", ""},

@@ -8,7 +8,7 @@ using Simulator::GsmEncoder;
 
 namespace {
 
-// What the daemon makes of a part.
+// Decodes a part as the daemon does.
 std::string decoded(const std::string& part) {
   Json::Value record;
   return decodeUserData(part, record);
@@ -24,7 +24,7 @@ struct PrintRow {
   const char* name;
   const char* text;
   const char* printed;
-  const char* arrives;  // at the daemon; null: as it was written
+  const char* arrives;  // at the daemon; null: unchanged
 };
 const PrintRow printRows[] = {
     {"Letters", "Hello 42", "Hello 42", nullptr},

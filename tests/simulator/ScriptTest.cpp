@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What a stream prints while this lives.
+/// Collects the output of a stream during its lifetime.
 class Printed {
  public:
   explicit Printed(std::ostream& stream) : stream_(stream), before_(stream.rdbuf(text_.rdbuf())) {}

@@ -249,7 +249,7 @@ class PageTest(unittest.TestCase):
                 self.assertGreater(self.page.execute_script(LEAST_CONTRAST), 3)
         self.page.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
 
-    def test_nothing_comes_from_elsewhere_and_nothing_is_wrong(self):
+    def test_nothing_external_is_loaded_and_nothing_is_wrong(self):
         loaded = self.page.execute_script("return performance.getEntriesByType('resource').map(one => one.name)")
         self.assertGreaterEqual(len(loaded), 2)
         self.assertEqual([one for one in loaded if not one.startswith(self.address)], [])

@@ -65,7 +65,7 @@ class Engine:
         return re.findall(r'^user-data: "(.*)"$', self.sms(*words), re.M)
 
     def keep_log(self, log):
-        """ModemManager writes there, too, and would wait for a reader."""
+        """ModemManager writes there, too, and would block without a reader."""
         while line := log.recv(4000).decode():
             if found := re.match(r"<\d+>.* sms\[\d+\]: (.*)", line):
                 self.lines.put(found[1])
@@ -80,14 +80,14 @@ class Engine:
         return self.sms("--verbose", "send", "-f", str(file), number, status=status)
 
     def receive(self, *texts, sender="+4917011111"):
-        """One after the other, so that ModemManager sees each."""
+        """Sends them one after the other, so that ModemManager sees each."""
         for text in texts:
             for message in pdu.deliveries(sender, text):
                 self.modem.receive(message)
                 self.settle()
 
     def daemon(self, gateway):
-        """Has the real daemon use the tool under test."""
+        """Makes the real daemon use the tool under test."""
         pathlib.Path("/dev/log").unlink()  # it is the gateway's now
         tool = pathlib.Path("/run/gateway/bin/sms")
         tool.unlink()
@@ -95,7 +95,7 @@ class Engine:
         tool.chmod(0o755)
         gateway.run("start")
 
-    def test_every_text_comes_in(self):
+    def test_every_text_is_received(self):
         for reference, (sender, text) in enumerate(TEXTS):
             for message in pdu.deliveries(sender, text, reference, wide=reference % 2 == 0):
                 self.modem.receive(message)
@@ -108,7 +108,7 @@ class Engine:
                               [(sender.replace("findex", "fIndex"), text) for sender, text in TEXTS])
         self.assertEqual(self.modem.held(), 0)
 
-    def test_every_text_goes_out(self):
+    def test_every_text_is_sent(self):
         with Gateway() as gateway:
             self.daemon(gateway)
             for i, text in enumerate(OUTGOING):
@@ -120,7 +120,7 @@ class Engine:
         self.assertEqual(len(list((BOXES / "outbox/sent").iterdir())), len(OUTGOING))
 
     def test_root_leaves_the_state_to_its_owner(self):
-        """The daemon may run as a user of its own, and a person asks as root."""
+        """The daemon may run as its own user, while a person asks as root."""
         folder = STATE.parent
         folder.mkdir(mode=0o700, exist_ok=True)
         for path in (folder, *folder.iterdir()):
@@ -131,7 +131,7 @@ class Engine:
         self.assertEqual({(path.name, path.stat().st_uid) for path in folder.iterdir()}, {("lock", 65534), ("state", 65534)})
         shutil.rmtree(folder)
 
-    def test_wrong_forms_say_what_the_forms_are(self):
+    def test_a_wrong_command_line_prints_the_usage(self):
         for words in ([], ["list"], ["list", "unread", "x"], ["delete", "unread"], ["send", "-f", "x"], ["status", "x"]):
             self.assertIn("usage: sms", self.sms(*words, status=2))
 
@@ -144,7 +144,7 @@ class Engine:
         self.sms("delete", "read")
         self.assertEqual(self.texts("list", "read"), ["two"])
 
-    def test_a_listing_that_nobody_took_deletes_nothing(self):
+    def test_a_listing_without_a_reader_deletes_nothing(self):
         self.receive("one")
         self.sms("list", "unread")
         reader, writer = os.pipe()
@@ -154,7 +154,7 @@ class Engine:
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 1)
 
-    def test_a_long_message_waits_for_its_parts_and_not_for_ever(self):
+    def test_a_long_message_waits_for_its_parts_up_to_a_limit(self):
         now = time.time()
         parts = pdu.deliveries("+4917011111", "p" * 300)
         for message in [parts[0], pdu.deliveries("+4917022222", "o" * 300, 2, when=now - 71 * 3600)[0],
@@ -178,7 +178,7 @@ class Engine:
         self.assertEqual(self.texts("list", "unread"),
                          ["8-bit data, octets 0100FF", "MMS notification, octets 010601BE00"])
 
-    def test_drafts_and_sent_ones_are_left_alone(self):
+    def test_drafts_and_sent_messages_are_not_touched(self):
         for kind in (2, 3):
             self.modem.memories["SM"].put("0001000A9171110000000000", kind)
         self.look_again()
@@ -193,7 +193,7 @@ class Engine:
         self.modem.refusal_to_send = "+CMS ERROR: 38"
         self.assertIn(self.refusal, self.send("text", 1))
 
-    def test_problems_are_told_and_logged_once(self):
+    def test_problems_are_reported_and_logged_once(self):
         self.sms("list", "unread")
         self.modem.registration = 3
         self.renew_registration("denied")
@@ -298,7 +298,7 @@ class ManagerTest(Engine, unittest.TestCase):
     refusal = "38"
 
     def plug_in(self):
-        self.name = "modem-" + secrets.token_hex(8)  # abstract names are the whole machine's
+        self.name = "modem-" + secrets.token_hex(8)  # abstract names are shared by the machine
         self.modem.plug_into_socket(self.name)
         self.manager = Manager(self.name)
         self.addCleanup(self.manager.stop)
@@ -311,10 +311,10 @@ class ManagerTest(Engine, unittest.TestCase):
         CONFIG.write_text(more)
 
     def settle(self):
-        """Waits until ModemManager has fetched what came, and shows it."""
+        """Waits until ModemManager has fetched and shows the new messages."""
         wait_for("ModemManager to fetch", lambda: all(
             kind for memory in self.modem.memories.values() for kind, _ in memory.messages.values()))
-        self.sms("status")  # it answers in the order in which it was asked
+        self.sms("status")  # it answers in order
 
     def an_hour_passes(self):
         STATE.write_text(re.sub("^looked .*", "looked -3600 0", STATE.read_text(), flags=re.M))
@@ -343,7 +343,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.modem.delay = 0
         time.sleep(0.5)
         known = self.texts("list", "unread")
-        self.assertLess(len(known), 10)  # it is ModemManager that loses them
+        self.assertLess(len(known), 10)  # ModemManager itself loses them
         self.sms("list", "read")
         self.sms("delete", "read")
         STATE.write_text(re.sub("^looked .*", f"looked {-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1",
@@ -351,8 +351,8 @@ class ManagerTest(Engine, unittest.TestCase):
         self.sms("list", "unread")
         self.assertCountEqual(known + self.texts("list", "unread"), texts)
 
-    def test_what_the_manager_wants_to_be_asked_again_is(self):
-        """It cannot delete while it fetches."""
+    def test_calls_that_the_manager_rejects_for_now_are_repeated(self):
+        """ModemManager cannot delete while it fetches."""
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")
@@ -373,7 +373,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.sms("delete", "read")
         self.assertEqual([self.modem.held(), self.texts("list", "unread")], [1, ["one"]])
 
-    def test_no_modem_and_one_that_is_back(self):
+    def test_a_missing_modem_and_its_return(self):
         self.modem.unplug()
         self.manager.show_modem()
         self.assertEqual(self.sms("list", "unread", status=1), "sms: no modem\n")

@@ -134,11 +134,11 @@ TEST_P(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord) {
 }
 INSTANTIATE_ROWS(MoveFilter, moveFilterRows);
 
-TEST(Move, CopesWithWhatIsNoObject) {
+TEST(Move, AcceptsValuesThatAreNotObjects) {
   Folders folders;
   folders.put(json("[1]"), Sending, "1");
   StatusCollectionStorageDecorator(folders.storage).move(json("null"), Sending, Sent);
-  EXPECT_EQ(folders.names(), "| | | ");  // it has no guid to be filed by
+  EXPECT_EQ(folders.names(), "| | | ");  // it has no guid for a file name
 }
 
 struct LimitRow {

@@ -18,7 +18,7 @@ TEST(FolderStorage, WritesARecordIntoTheFileOfItsGuid) {
   EXPECT_EQ(readFile(folder.path + "/new/tree/1"), "{\n\t\"guid\" : \"1\",\n\t\"message\" : \"hi\"\n}");
 }
 
-TEST(FolderStorage, NamesAFileByANumberToo) {
+TEST(FolderStorage, AcceptsANumberAsGuid) {
   const TemporaryFolder folder;
   EXPECT_TRUE(FolderStorage(folder.path).save(json("{'guid':17}")));
   EXPECT_TRUE(std::filesystem::exists(folder.path + "/17"));
@@ -75,7 +75,7 @@ TEST_P(FolderFile, IsLoaded) {
 }
 INSTANTIATE_ROWS(FolderFile, fileRows);
 
-TEST(FolderStorage, SkipsWhatIsNoReadableFile) {
+TEST(FolderStorage, SkipsUnreadableFiles) {
   const TemporaryFolder folder{{"1", "{\"guid\":\"1\"}"}, {"sub-folder/x", ""}, {"tmp/x", ""}};
   ASSERT_EQ(symlink("/nowhere", (folder.path + "/link").c_str()), 0);
   ASSERT_EQ(chdir("/"), 0);
@@ -106,7 +106,7 @@ const FilterRow filterRows[] = {
     {"NoObject", "['1']", 0},
 };
 class Filter : public testing::TestWithParam<FilterRow> {};
-TEST_P(Filter, TakesTheRecordsThatHaveItsMembers) {
+TEST_P(Filter, SelectsTheRecordsWithItsMembers) {
   const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null],"a\u0000b":1})"},
                                {"2", "[1]"}};
   EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().filter)).size(), GetParam().taken);

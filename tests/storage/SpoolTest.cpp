@@ -55,7 +55,7 @@ const EntryRow entryRows[] = {
 
 namespace {
 
-// What the entry's own functions make of it again.
+// The note that stageOf and textOf make of the entry.
 std::string again(const SpoolEntry& entry) {
   return std::visit(
       [](const auto& kind) {
@@ -82,7 +82,7 @@ TEST_P(Entry, IsReadOnlyIfItCouldHaveBeenWritten) {
 }
 INSTANTIATE_ROWS(Entry, entryRows);
 
-TEST(Entry, TakesARecordNestedAsDeepAsAMessageFileMayBe) {
+TEST(Entry, AcceptsARecordNestedAsDeepAsAMessageFile) {
   std::string nested = "1";
   for (int depth = 0; depth < 998; ++depth) nested = "[" + nested + "]";
   Send send{json("{'guid':'1'}"), 2, "1"};
@@ -92,7 +92,7 @@ TEST(Entry, TakesARecordNestedAsDeepAsAMessageFileMayBe) {
   EXPECT_TRUE(parseEntry({"sending", *text}));
 }
 
-TEST(NoteFile, ShowsEachFlippedBitAndEachTruncation) {
+TEST(NoteFile, DetectsEachFlippedBitAndEachTruncation) {
   const std::string whole = NoteFile::framed("[{\"guid\":\"1\"}]");
   EXPECT_EQ(NoteFile::unframed(whole), "[{\"guid\":\"1\"}]");
   for (std::size_t length = 0; length < whole.size(); ++length) {
@@ -151,7 +151,7 @@ TEST_F(SpoolTest, KeepsNotesForTheNextDaemonUnderTheirStage) {
   EXPECT_EQ(log_.text(), "");
 }
 
-TEST_F(SpoolTest, SetsAsideWhatIsDamagedAndThatAlone) {
+TEST_F(SpoolTest, SetsAsideOnlyDamagedNotes) {
   std::filesystem::create_directories(folder_ + "/3.folder");
   mkfifo((folder_ + "/2.fifo").c_str(), 0600);
   std::filesystem::create_symlink("/dev/zero", folder_ + "/4.link");
@@ -175,7 +175,7 @@ TEST_F(SpoolTest, SetsAsideWhatIsDamagedAndThatAlone) {
   EXPECT_EQ(readFile(root_.path + "/kept"), "whole");
 }
 
-TEST_F(SpoolTest, IsOneDaemonsAtATimeAndOnlyForAPass) {
+TEST_F(SpoolTest, IsLockedByOneDaemonForOnePass) {
   Spool second(root_.path);
   {
     const Spool::Pass pass = spool_.open();
@@ -193,7 +193,7 @@ TEST_F(SpoolTest, IsOneDaemonsAtATimeAndOnlyForAPass) {
   EXPECT_THAT(names(), ElementsAre("1.a", "reserve"));
 }
 
-TEST_F(SpoolTest, WritesLaterWhatItCouldNotWrite) {
+TEST_F(SpoolTest, RepeatsFailedWritesLater) {
   writeFile(folder_, "in the way");
   {
     const Spool::Pass pass = spool_.open();
@@ -210,7 +210,7 @@ TEST_F(SpoolTest, WritesLaterWhatItCouldNotWrite) {
   EXPECT_EQ(readFile(folder_ + "/2.b"), NoteFile::framed("text"));
 }
 
-TEST_F(SpoolTest, IsMadeAnewWhereItsFolderWasRemoved) {
+TEST_F(SpoolTest, CreatesARemovedFolderAgain) {
   const Spool::Pass pass = spool_.open();
   spool_.add({"a", "gone with the folder"});
   std::filesystem::remove_all(folder_);

@@ -10,7 +10,7 @@ using Orvel::Logger;
 
 namespace {
 
-/// Listens where the C library's syslog writes.
+/// Listens on the socket to which syslog() writes.
 class SyslogSocket : public DatagramSocket {
  public:
   SyslogSocket() : DatagramSocket(_PATH_LOG) {}

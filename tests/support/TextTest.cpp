@@ -28,7 +28,7 @@ TEST_P(Split, GivesThePieces) {
 }
 INSTANTIATE_ROWS(Split, splitRows);
 
-TEST(Trim, TakesWhiteSpaceOffBothEndsOnly) {
+TEST(Trim, RemovesWhiteSpaceAtBothEndsOnly) {
   EXPECT_EQ(trim(" \t\n\r\v\fa\t b\f\v\r\n\t "), "a\t b");
   EXPECT_EQ(trim(" \n "), "");
   EXPECT_EQ(trim("\xC2\xA0"), "\xC2\xA0");

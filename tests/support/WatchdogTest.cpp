@@ -3,7 +3,7 @@
 #include "tests/TemporaryFolder.h"
 
 TEST(Watchdog, SendsSignsToTheNamedSocket) {
-  const TemporaryFolder folder;  // abstract names are shared by the machine: this one is unique
+  const TemporaryFolder folder;  // gives a unique name: abstract names are shared by the machine
   for (const std::string& name : {std::string("/run/manager"), "@" + folder.path}) {
     DatagramSocket manager(name);
     setenv("NOTIFY_SOCKET", name.c_str(), 1);

@@ -1,5 +1,5 @@
-// What a build that logs TRACE and DEBUG says besides. This program has a logger of its own, which prints
-// every level.
+// Tests the lines of a build that logs TRACE and DEBUG. This program has its own logger, which prints every
+// level.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 
 using namespace MessageStatus;
 
-TEST(Trace, TellsTheTimeBeforeItIsAddedUp) {
+TEST(Trace, LogsTheTimeBeforeItIsAdded) {
   World world;
   const Spool::Pass pass = world.inTransit.spool.open();
   world.put("{'guid':'1','recipient':'good','retries':1}", Failed);

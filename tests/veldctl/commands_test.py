@@ -1,4 +1,4 @@
-"""What veldctl answers to command lines: commands_test.py VELDCTL..., in a gateway of its own."""
+"""Tests the command lines of veldctl: commands_test.py VELDCTL..., in a gateway of its own."""
 import contextlib
 import fcntl
 import http.server
@@ -53,7 +53,7 @@ class CommandsTest(unittest.TestCase):
             folder.mkdir(parents=True)
 
     def check(self, *rows):
-        """Rows of words, exit status, and a part of what is printed; None when nothing is to be."""
+        """Rows of words, exit status, and a part of what is printed; None if nothing is."""
         for words, status, part in rows:
             with self.subTest(words=words):
                 came, out, err = run(*words)
@@ -94,7 +94,7 @@ class CommandsTest(unittest.TestCase):
         with contextlib.suppress(BrokenPipeError):
             sending.stdin.write("x" * 80000)
             sending.stdin.flush()
-        self.assertEqual(sending.wait(30), 1)  # though standard input is open
+        self.assertEqual(sending.wait(30), 1)  # although standard input is open
         self.assertIn("the text is too long: 255 messages", sending.stderr.read())
         for stream in (sending.stdin, sending.stdout, sending.stderr):
             with contextlib.suppress(BrokenPipeError):
@@ -118,7 +118,7 @@ class CommandsTest(unittest.TestCase):
         self.assertEqual(len(guids), 40)
         self.assertEqual(len(files()), 40)
 
-    def test_who_holds_up_a_send_is_named(self):
+    def test_a_send_names_the_lock_that_it_waits_for(self):
         outbox = os.open(BOX / "outbox", os.O_RDONLY)
         fcntl.flock(outbox, fcntl.LOCK_EX)
         sending = start("send", "1", "x")
@@ -160,7 +160,7 @@ class CommandsTest(unittest.TestCase):
                    (["show", GUID], 1, "its recipient is no number"), (["status"], 2, f"{GUID}: its recipient is no number"))
         self.assertEqual(files(), [f"outbox/failed/{GUID}"])
 
-    def test_failed_messages_go_out_again(self):
+    def test_failed_messages_are_sent_again(self):
         put("failed", "1", retries=0, seen=True)
         put("failed", "2")
         put("sending", "3")
@@ -173,7 +173,7 @@ class CommandsTest(unittest.TestCase):
         self.assertEqual(json.loads((FOLDERS["sending"] / "1").read_text()),
                          {"guid": "1", "recipient": "+491", "message": "text", "retries": 5})
 
-    def test_a_failure_that_was_seen_counts_no_longer(self):
+    def test_a_failure_marked_as_seen_is_not_reported(self):
         put("failed")
         os.utime(FOLDERS["failed"] / GUID, ns=(1, 1234567890123456789))
         self.check((["status"], 2, f"look  1 failed for good: {GUID}"), (["seen", GUID], 0, None),
@@ -182,7 +182,7 @@ class CommandsTest(unittest.TestCase):
         put("failed", retries=1)
         self.check((["seen", GUID], 1, "it will be sent again"))
 
-    def test_whatever_lies_in_a_folder_costs_one_line(self):
+    def test_any_file_in_a_folder_is_listed_in_one_line(self):
         folder = FOLDERS["received"]
         (folder / "text").write_text("no json")
         (folder / "null").write_text("null")
@@ -206,8 +206,8 @@ class CommandsTest(unittest.TestCase):
         self.assertEqual(len(os.listdir(folder)), 6)
         self.assertTrue(os.path.exists("/dev/zero"))
 
-    def test_missing_rights_are_said(self):
-        """As a user without rights: root may read everything."""
+    def test_missing_permissions_are_reported(self):
+        """Runs as an unprivileged user: root may read everything."""
         put("failed")
         BOX.chmod(0o700)
         if subprocess.run(["setpriv", "--reuid", "65534", "true"], capture_output=True).returncode != 0:
@@ -221,7 +221,7 @@ class CommandsTest(unittest.TestCase):
         finally:
             del VELDCTL[:4]
 
-    def test_looking_writes_nothing(self):
+    def test_commands_that_only_read_write_nothing(self):
         put("sent")
         before = {file: os.stat(file).st_mtime_ns for file in BOX.rglob("*")}
         self.check((["status"], 2, "the daemon does not run"), (["list"], 0, GUID), (["show", GUID], 0, "message"),
@@ -271,7 +271,7 @@ class FollowTest(unittest.TestCase):
         follower.kill()
         follower.communicate()
 
-    def test_what_happens_is_told_once_over_a_restart(self):
+    def test_an_event_is_reported_once_across_a_restart(self):
         put("sent", "1")
         follower = start("follow", "--state", str(self.state))
         await_true(self.state.exists)
@@ -290,7 +290,7 @@ class FollowTest(unittest.TestCase):
         self.assertEqual(self.event(follower), "failed 4")
         self.end(follower)
 
-    def test_an_answer_makes_a_line_count(self):
+    def test_an_event_counts_when_it_is_acknowledged(self):
         self.state.touch()
         put("sent", "1")
         put("sent", "2")
@@ -316,7 +316,7 @@ class FollowTest(unittest.TestCase):
         self.assertEqual(follower.stderr.readline(), "veldctl: /run/hook ended with status 3 for 1; it runs again in 1 s\n")
         self.end(follower)
 
-    def test_a_folder_that_is_missing_is_said(self):
+    def test_a_missing_folder_is_reported(self):
         shutil.rmtree(FOLDERS["sent"])
         self.assertEqual(run("follow"), (1, "", "veldctl: /var/config/sms/outbox/sent: No such file or directory\n"))
 

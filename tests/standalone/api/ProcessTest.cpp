@@ -32,7 +32,7 @@ TEST_P(Process, IsRun) {
 }
 INSTANTIATE_ROWS(Process, processRows);
 
-TEST(Process, IsKilledAtItsBoundWithItsGroup) {
+TEST(Process, IsKilledWithItsGroupAtTheTimeOut) {
   const Ending ending = runCommand({"/bin/sh", "-c", "sleep 1001 & echo $!; sleep 1001"}, {}, "", 1);
   EXPECT_TRUE(ending.timedOut);
   EXPECT_FALSE(ending.succeeded);
@@ -40,13 +40,13 @@ TEST(Process, IsKilledAtItsBoundWithItsGroup) {
   EXPECT_TRUE(wait.succeeded) << "it is still there after a minute";
 }
 
-TEST(Process, GivesWhatIsInThePipeAtTheEnd) {
+TEST(Process, ReadsTheRestOfThePipeAtTheEnd) {
   const Ending ending =
       runCommand({"/bin/sh", "-c", "head -c 60000 /dev/zero"}, {"PATH=/bin:/usr/bin"}, "", 60);
   EXPECT_EQ(ending.output.size(), 60'000U);
 }
 
-TEST(Process, GivesTheFirstOfALongOutput) {
+TEST(Process, KeepsTheStartOfALongOutput) {
   const Ending ending =
       runCommand({"/bin/sh", "-c", "yes | head -c 1000000"}, {"PATH=/bin:/usr/bin"}, "", 60);
   EXPECT_TRUE(ending.succeeded);

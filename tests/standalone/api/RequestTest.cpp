@@ -16,7 +16,7 @@ using namespace Standalone;
 namespace {
 
 std::string program;  // veld-api
-std::string sources;  // the folder with what is installed beside it
+std::string sources;  // the folder with the files that are installed beside it
 
 constexpr char command[] = R"({"recipients": ["+49170"], "args": ["a", "b c"]})";
 constexpr char settings[] = R"({"smsCommands": {"enabled": true, "pingEnabled": true}})";
@@ -26,7 +26,7 @@ std::string post(const std::string& name, const std::string& body = command) {
          "\r\n\r\n" + body;
 }
 
-// A veld-api that has one connection.
+// Runs veld-api with one connection.
 class Api {
  public:
   Api(const TemporaryFolder& folder, const std::string& request) {
@@ -51,7 +51,7 @@ class Api {
   Api(const Api&) = delete;
   Api& operator=(const Api&) = delete;
 
-  // All that it answers.
+  // The whole answer.
   std::string answer() const {
     std::string all;
     char piece[4096];
@@ -60,7 +60,7 @@ class Api {
     return all;
   }
 
-  // Whether it comes to wait for a lock before it ends.
+  // Whether it waits for a lock before it ends.
   bool waitsForALock() const {
     const std::string entry = " " + std::to_string(process_) + " ";
     siginfo_t info{};
@@ -83,7 +83,7 @@ class Api {
   int socket_;
 };
 
-// A folder with a veldctl that keeps what it is given, and the program of a command.
+// A folder with a veldctl that records its arguments, and the program of a command.
 struct ApiFolder : TemporaryFolder {
   explicit ApiFolder(const std::string& text = "echo \"$# $1 $2\"", const char* settingsText = settings)
       : TemporaryFolder{{"settings.json", settingsText},
@@ -198,7 +198,7 @@ TEST(ProgramThatWaits, HoldsNoAnswerAndOneOtherProgram) {
   EXPECT_EQ(folder.sent(), "send +49170 -\nfirstsend +49170 -\ndone");
 }
 
-TEST(Client, ThatLeavesHasNothingRun) {
+TEST(Client, RunsNothingAfterItDisconnects) {
   const ApiFolder folder;
   const std::string whole = post("do_ping_through_sms");
   {

@@ -14,9 +14,9 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr std::size_t pieceSize = 1023;  // what the daemon reads of a line
+constexpr std::size_t pieceSize = 1023;  // the bytes that the daemon reads of a line
 
-// What the daemon makes of a listing.
+// Parses a listing as the daemon does.
 std::vector<Json::Value> readByTheDaemon(const std::string& listing) {
   std::vector<std::string> pieces;
   std::istringstream in(listing);
@@ -72,7 +72,7 @@ class ListedText : public testing::TestWithParam<TextRow> {};
 TEST_P(ListedText, Arrives) { EXPECT_EQ(arriving(GetParam().text), GetParam().text); }
 INSTANTIATE_ROWS(ListedText, textRows);
 
-TEST(ListedTexts, ArriveWhateverTheyHold) {
+TEST(ListedTexts, ArriveWithAnyContent) {
   const std::vector<std::string> alphabet = {
       "\\",  "x",  "4", "1",     "b", "a",  "n",  "\"", "\n", "\r", "\b",         "\x04", "\x01", "index",
       "ind", "ex", " ", "addr:", "é", "中", "🙂", "\t", "/",  "[",  "user-data:", "\x1b", "\x06", "\x08"};
