@@ -9,9 +9,9 @@
 
 namespace Standalone {
 
-/// A short message as the memory of a modem holds it.
+/// A short message in the memory of a modem.
 struct Stored {
-  std::string place;  ///< where it lies; without blanks and commas
+  std::string place;  ///< its place in the memory; without blanks and commas
   bool read = false;
   std::string pdu;  ///< hexadecimal digits
 };
@@ -27,7 +27,7 @@ struct Stored {
 /// The id of a message names the places of its parts, and a check sum of each PDU.
 std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t now);
 
-/// The line that stands for 8-bit data.
+/// The line that is listed for 8-bit data.
 std::string dataLine(const std::string& octets);
 
 /// The places and check sums of an id, as "place,sum" pairs.
