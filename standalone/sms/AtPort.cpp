@@ -67,7 +67,7 @@ void AtPort::open() {
   termios line{};
   if (tcgetattr(port_, &line) != 0) {
     close(port_);
-    throw Problem(device_ + " is no serial port");
+    throw Problem(device_ + " is not a serial port");
   }
   cfmakeraw(&line);
   line.c_cflag |= CLOCAL | CREAD;

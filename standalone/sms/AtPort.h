@@ -8,6 +8,7 @@
 namespace Standalone {
 
 /// A serial port with a modem that accepts AT commands (3GPP TS 27.007, V.250).
+///
 /// The modem echoes each command. The port ignores lines before the echo, which are the late answer to a
 /// killed call, and unsolicited lines.
 class AtPort {

@@ -40,8 +40,7 @@ struct Submit {
 /// Parts of one message share the low 8 bits of `reference`. Empty when there would be more than 255.
 std::vector<Submit> makeSubmits(const std::string& number, const std::string& text, unsigned reference);
 
-/// Whether a message can be sent to `number`: digits, "*" and "#", at most 20, with a "+" in front or
-/// without.
+/// Whether a message can be sent to `number`: at most 20 digits, "*" and "#", after an optional "+".
 bool isNumber(const std::string& number);
 
 }  // namespace Standalone

@@ -9,6 +9,7 @@
 namespace Standalone {
 
 /// The state that the tool keeps between calls: a text file under /run, which a reboot empties.
+///
 /// The object holds a lock while it lives, so that two simultaneous calls do not overwrite each other's
 /// marks.
 class State {

@@ -46,8 +46,8 @@ std::string textIn(const std::string& file) {
   std::ostringstream text;
   text << in.rdbuf();
   if (!in) throw Problem("cannot read " + file);
-  if (!isUtf8(text.str())) throw Problem("the text in " + file + " is no UTF-8");
-  if (text.str().find('\0') != std::string::npos) throw Problem("the text in " + file + " holds a NUL");
+  if (!isUtf8(text.str())) throw Problem("the text in " + file + " is not valid UTF-8");
+  if (text.str().find('\0') != std::string::npos) throw Problem("the text in " + file + " contains a NUL");
   return text.str();
 }
 
@@ -72,7 +72,7 @@ void tellLog(State& state, const std::string& problem) {
 
 void send(Modem& modem, const Words& words, bool verbose) {
   const std::string text = textIn(words[2]);
-  if (!isNumber(words[3])) throw Problem("\"" + words[3] + "\" is no number to send to");
+  if (!isNumber(words[3])) throw Problem("\"" + words[3] + "\" is not a valid number");
   modem.prepare();
   modem.send(words[3], text);
   if (verbose) std::cout << "sms: sent to " << words[3] << "\n";
