@@ -13,6 +13,7 @@
 
 /// Records every message of a world and reports what happened to it. It reads the modem, the message folders
 /// and the log, and nothing inside the daemon.
+///
 /// The whole text identifies a message, and the text of a part identifies the part: each text is used once. A
 /// message is on its way from its arrival until it is filed for good, and meets every fault of that time.
 class Ledger {

@@ -29,7 +29,7 @@ constexpr char commandFolder[] = "/commands.d";
 
 enum Code : int { Taken = 200, Malformed = 400, SwitchedOff = 403, Missing = 404, Faulty = 500 };
 
-// The settings in the file. None when it cannot be read or holds no JSON object; the log says why.
+// Reads the settings file. None, and a log line, when it cannot be read or is not a JSON object.
 std::optional<Json::Value> loadSettings(const std::string& folder) {
   const std::string path = folder + settingsName;
   std::ifstream file(path);
@@ -57,7 +57,7 @@ bool isProgram(const std::string& path) {
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// veld asks only for what the settings permit. This stops whoever else reaches the socket.
+// veld requests only what the settings permit. This stops other clients of the socket.
 bool isPermitted(const std::string& name, const Json::Value& settings) {
   const Json::Value commands = settings[SettingsKey::smsCommands];
   if (!commands.isObject() || commands["enabled"] != true) return false;
@@ -86,7 +86,7 @@ Answer answerCommand(const HttpRequest& request, const std::string& folder) {
   return {Taken, Json::nullValue, program, *command};
 }
 
-// Keeps others from running a program until this process ends.
+// Locks out other processes that want to run a program, until this process ends.
 bool waitForTurn(const std::string& folder) {
   const int programs = open((folder + commandFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   return programs >= 0 && flock(programs, LOCK_EX) == 0;

@@ -5,7 +5,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-extern "C" {  // which this header lacks in glibc 2.36
+extern "C" {  // missing in this header of glibc 2.36
 #include <sys/pidfd.h>
 }
 
@@ -56,7 +56,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-// Starts the program; its process number, or 0.
+// Starts the program. Returns its process id, or 0.
 pid_t start(const std::vector<std::string>& words, const std::vector<std::string>& environment, int input,
             int output) {
   posix_spawn_file_actions_t actions;
@@ -87,7 +87,7 @@ time_t secondsNow() {
   return now.tv_sec;
 }
 
-// Reads once, and keeps the first bytes of all. False at the end of the stream.
+// Reads once, and keeps the first bytes of the whole output. False at the end of the stream.
 bool collect(int stream, std::string& output) {
   char piece[4096];
   const ssize_t count = read(stream, piece, sizeof piece);
@@ -96,8 +96,8 @@ bool collect(int stream, std::string& output) {
   return true;
 }
 
-// Collects the output until the program has ended and nothing more is there. False when it has not ended
-// after `seconds`.
+// Collects the output until the program has ended and the pipe is empty. False when it has not ended after
+// `seconds`.
 bool waitForEnd(int process, int stream, int seconds, std::string& output) {
   const time_t end = secondsNow() + seconds;
   pollfd watched[2] = {{stream, POLLIN, 0}, {process, POLLIN, 0}};
@@ -119,7 +119,7 @@ Ending runCommand(const std::vector<std::string>& words, const std::vector<std::
   Ending ending;
   Descriptor given, giving, taking, taken;
   if (!openPipe(given, giving) || !openPipe(taking, taken)) return ending;
-  // The pipe has room for all of the input, and a reader: ourselves.
+  // Cannot block or fail: the pipe holds all of the input, and this process has its read end open.
   if (write(giving.number(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) return ending;
   giving.reset(-1);
   const pid_t process = start(words, environment, given.number(), taken.number());

@@ -6,14 +6,14 @@
 
 namespace Standalone {
 
-/// What the body of a command request says.
+/// The content of a command request's body.
 struct CommandRequest {
   std::string sender;             ///< the number of the phone, which gets the answer
   std::vector<std::string> args;  ///< none holds a NUL character
 };
 
-/// Reads {"recipients": ["+4917012345"], "args": ["8.8.8.8"]}. The body holds what a phone wrote, without
-/// escapes: none for anything but exactly these two members, one number and texts.
+/// Reads {"recipients": ["+4917012345"], "args": ["8.8.8.8"]}. The body contains a phone's text
+/// unescaped, so anything but exactly these two members, one number and texts, gives none.
 std::optional<CommandRequest> parseCommandRequest(const std::string& body);
 
 }  // namespace Standalone

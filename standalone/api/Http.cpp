@@ -15,7 +15,7 @@ constexpr std::size_t mostBytes = 1 << 20;
 constexpr std::string_view lineEnd = "\r\n";
 constexpr std::string_view headEnd = "\r\n\r\n";
 
-// Takes the first line off `rest`, without its end.
+// Removes the first line from `rest` and returns it without its end.
 std::string takeLine(std::string_view& rest) {
   const std::size_t length = rest.find(lineEnd);
   const std::string line(rest.substr(0, length));
@@ -32,7 +32,7 @@ bool readRequestLine(const std::string& line, HttpRequest& request) {
   return true;
 }
 
-// A length of six digits at most.
+// A length of at most six digits.
 std::optional<std::size_t> readLength(const std::string& digits) {
   if (digits.empty() || digits.size() > 6) return std::nullopt;
   if (digits.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;

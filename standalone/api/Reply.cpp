@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned mostMessages = 3;
 constexpr std::size_t mostCharacters = mostMessages * 153;  // of the GSM alphabet, in three parts
 
-// The first characters of `text`, each one that can be sent.
+// The first characters of `text`, all of them in the GSM alphabet.
 std::vector<std::string> charactersOf(std::string_view text) {
   std::vector<std::string> characters;
   while (!text.empty() && characters.size() < mostCharacters) {

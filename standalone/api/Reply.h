@@ -4,8 +4,8 @@
 
 namespace Standalone {
 
-/// The text that answers a command which printed `output`: at most three short messages of it, cut at a
-/// character. What cannot be sent becomes "?". "done" or "failed" when there is no output.
+/// The answer to a command that printed `output`: at most three short messages, cut between characters. A
+/// character that cannot be sent becomes "?". "done" or "failed" without output.
 std::string replyText(const std::string& output, bool succeeded);
 
 }  // namespace Standalone

@@ -15,7 +15,7 @@ std::optional<Json::Value> parseStrictJson(const std::string& text, std::string&
   try {
     if (reader->parse(text.data(), text.data() + text.size(), &value, &fault)) return value;
   } catch (const Json::Exception& exception) {
-    fault = exception.what();  // nesting that is too deep is the one fault that the parser throws
+    fault = exception.what();  // the parser throws only when the nesting is too deep
   }
   std::replace(fault.begin(), fault.end(), '\n', ' ');
   fault = Orvel::Text::trim(fault);

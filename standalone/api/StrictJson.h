@@ -7,8 +7,8 @@
 
 namespace Standalone {
 
-/// Parses `text` as strict JSON: an object or an array, with nothing behind it, no comments and no key twice.
-/// None when it is not, and `fault` then says why, with line and column, in one line.
+/// Parses `text` as strict JSON: an object or an array, with nothing after it, no comments and no duplicate
+/// keys. None on an error; `fault` then describes it in one line, with line and column.
 std::optional<Json::Value> parseStrictJson(const std::string& text, std::string& fault);
 
 /// `value` as JSON in one line.

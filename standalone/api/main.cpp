@@ -1,5 +1,5 @@
-// The local API: answers the request on its standard input, a socket, and carries out the command in it.
-// Started by systemd for each connection: veld-api FOLDER, where FOLDER has the settings and the commands.
+// The local API: answers the request on its standard input, a socket, and executes its command. systemd
+// starts it for each connection: veld-api FOLDER, where FOLDER has the settings and the commands.
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace {
 
 constexpr unsigned requestSeconds = 10;
 
-// Ends the connection, so that the client does not wait for what the command does.
+// Closes the connection, so that the client does not wait for the command.
 void hangUp() {
   shutdown(STDIN_FILENO, SHUT_RDWR);
   close(STDIN_FILENO);
@@ -30,7 +30,7 @@ int main(int count, char** words) {
     std::cerr << "usage: veld-api FOLDER, with a connection as standard input\n";
     return EXIT_FAILURE;
   }
-  alarm(requestSeconds);  // ends the process: a client that sends no request must not hold it
+  alarm(requestSeconds);  // ends the process if a client sends no request
   const std::optional<HttpRequest> request = readRequest(STDIN_FILENO);
   const Answer answer = request ? answerTo(*request, words[1]) : answerToNoRequest();
   const bool told = writeAnswer(STDIN_FILENO, answer.code, answer.result);

@@ -54,7 +54,7 @@ void appendUtf8(std::string& text, char32_t c) {
 
 bool isSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
 
-// Takes one character off the front of `rest`. Nothing when that is no valid UTF-8.
+// Removes one character from the front of `rest`. Nothing when it is not valid UTF-8.
 std::optional<char32_t> takeCharacter(std::string_view& rest) {
   const auto octet = [&rest](std::size_t at) {
     return at < rest.size() ? static_cast<unsigned char>(rest[at]) : 0U;

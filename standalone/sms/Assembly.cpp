@@ -11,7 +11,7 @@
 namespace Standalone {
 namespace {
 
-constexpr std::int64_t patience = 72 * 3600;  // seconds that the parts of a message may take
+constexpr std::int64_t patience = 72 * 3600;  // seconds within which all parts of a message must arrive
 
 struct Group {
   std::vector<const Stored*> stored;
@@ -64,13 +64,13 @@ bool isReady(const Group& group, std::int64_t now) {
   return group.parts.size() == first.count || now - latest > patience;
 }
 
-// A reference is used again in time: what has another content is the part of another message.
+// References are reused: a part with the same number and other content belongs to another message.
 bool fits(const Group& group, const Part& part) {
   const auto same = group.parts.find(part.number);
   return same == group.parts.end() || same->second.content == part.content;
 }
 
-// The parts of each message, in the order of the first one.
+// The parts of each message, in the order of their first parts.
 class Groups {
  public:
   void add(const Stored& stored, const Part& part) {
@@ -88,7 +88,7 @@ class Groups {
  private:
   using Key = std::tuple<std::string, bool, unsigned, unsigned>;
   std::vector<Group> all_;
-  std::map<Key, std::size_t> long_;  // where in all_ the latest message of a reference stands
+  std::map<Key, std::size_t> long_;  // index in all_ of the latest message with a reference
 };
 
 }  // namespace

@@ -13,7 +13,7 @@
 namespace Standalone {
 namespace {
 
-constexpr char escape = 0x1B;  // leaves the prompt for data
+constexpr char escape = 0x1B;  // cancels the prompt for data
 constexpr char endOfData = 0x1A;
 constexpr std::chrono::milliseconds firstAnswer(2000);
 
@@ -25,7 +25,7 @@ bool isError(const std::string& line) {
   return line == "ERROR" || beginsWith(line, "+CME ERROR") || beginsWith(line, "+CMS ERROR");
 }
 
-// Lines that a modem sends when it likes, between those of an answer.
+// Unsolicited lines, which a modem may send between the lines of an answer.
 bool isUnsolicited(const std::string& line) {
   for (const char* const prefix : {"+CMTI:", "+CDSI:", "+CMT:", "+CDS:", "RING", "^", "+CRING:"})
     if (beginsWith(line, prefix)) return true;
@@ -45,8 +45,8 @@ std::string AtPort::Answer::value(const std::string& prefix) const {
 
 AtPort::AtPort(const std::string& device, const Deadline& deadline) : device_(device), deadline_(deadline) {
   open();
-  // The data of a call that was killed is thrown away. A modem that has just been plugged in may miss the
-  // first.
+  // Discards the data of a killed call. A modem that has just been plugged in may miss the first
+  // command.
   for (unsigned tries = 0; tries < 3; ++tries) {
     write(std::string(1, escape) + "ATE1\r");
     while (pending_.find("OK\r") == std::string::npos && readMore(deadline_.left(firstAnswer))) {
@@ -67,7 +67,7 @@ void AtPort::open() {
   termios line{};
   if (tcgetattr(port_, &line) != 0) {
     close(port_);
-    throw Problem(device_ + " is no serial port");
+    throw Problem(device_ + " is not a serial port");
   }
   cfmakeraw(&line);
   line.c_cflag |= CLOCAL | CREAD;
@@ -87,7 +87,7 @@ void AtPort::write(const std::string& bytes) {
   }
 }
 
-// False when nothing came in time. A modem that is unplugged hangs the line up.
+// False when nothing arrived in time. An unplugged modem hangs up the line.
 bool AtPort::readMore(std::chrono::milliseconds bound) {
   pollfd readable{port_, POLLIN, 0};
   if (poll(&readable, 1, static_cast<int>(bound.count())) <= 0) return false;
@@ -98,7 +98,7 @@ bool AtPort::readMore(std::chrono::milliseconds bound) {
   return true;
 }
 
-// Without its end; empty lines are passed over.
+// Returns a line without its end; skips empty lines.
 std::string AtPort::nextLine() {
   while (true) {
     const std::size_t end = pending_.find_first_of("\r\n");
@@ -136,7 +136,7 @@ AtPort::Answer AtPort::ask(const std::string& command) {
   return readAnswer();
 }
 
-// Until "> ", or the final line of a refusal, which stays to be read.
+// Waits for "> ", or for the final line of a refusal, which it does not consume.
 void AtPort::awaitPrompt() {
   while (pending_.find("> ") == std::string::npos && pending_.find("ERROR") == std::string::npos)
     if (!readMore(deadline_.left()))

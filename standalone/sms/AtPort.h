@@ -7,10 +7,10 @@
 
 namespace Standalone {
 
-/// A serial port with a modem that takes AT commands (3GPP TS 27.007, V.250).
+/// A serial port with a modem that accepts AT commands (3GPP TS 27.007, V.250).
 ///
-/// The modem echoes each command. What comes before the echo is the late answer to a call that was killed,
-/// and is passed over; so are unsolicited lines.
+/// The modem echoes each command. The port ignores lines before the echo, which are the late answer to a
+/// killed call, and unsolicited lines.
 class AtPort {
  public:
   /// Opens `device` and waits until the modem answers. Throws a Problem when it does not by the deadline.
@@ -20,20 +20,20 @@ class AtPort {
   AtPort& operator=(const AtPort&) = delete;
 
   struct Answer {
-    std::string error;               ///< the line that says so, as "+CMS ERROR: 500"; empty for OK
+    std::string error;               ///< the line that reports it, as "+CMS ERROR: 500"; empty for OK
     std::vector<std::string> lines;  ///< between the echo and the final line
 
-    /// What stands behind `prefix` in the first line that begins with it; empty when none does.
+    /// The rest of the first line that begins with `prefix`; empty when none does.
     std::string value(const std::string& prefix) const;
   };
 
-  /// Gives a command, without its line end. Throws a Problem when the modem does not answer by the deadline.
+  /// Sends a command, given without its line end. Throws a Problem without an answer by the deadline.
   Answer ask(const std::string& command);
 
-  /// The same for one that asks for data with a prompt. Ctrl-Z ends the data.
+  /// The same for a command that prompts for data. Ctrl-Z ends the data.
   Answer ask(const std::string& command, const std::string& data);
 
-  /// The same as ask(), but an error is a Problem, too.
+  /// The same as ask(), but also throws a Problem for an error answer.
   Answer demand(const std::string& command);
 
  private:
@@ -48,7 +48,7 @@ class AtPort {
   std::string device_;
   const Deadline& deadline_;
   int port_ = -1;
-  std::string pending_;  ///< read, and not yet a line
+  std::string pending_;  ///< input without a complete line yet
 };
 
 }  // namespace Standalone

@@ -12,23 +12,23 @@
 
 namespace Standalone {
 
-/// The properties of a D-Bus object that are text, octets or a number; others are left out.
+/// The properties of a D-Bus object of type text, octets or number, without the others.
 struct Properties {
   std::map<std::string, std::string> texts;
   std::map<std::string, std::int64_t> numbers;
 
   std::string text(const std::string& name) const;
-  std::int64_t number(const std::string& name) const;  ///< 0 when there is none
+  std::int64_t number(const std::string& name) const;  ///< 0 when absent
 };
 
-/// The object of a path that is there no more.
+/// Thrown for a path whose object no longer exists.
 class Gone : public Problem {
  public:
   using Problem::Problem;
 };
 
-/// ModemManager on the system bus. Calls throw a Problem when they fail or the deadline passes. What
-/// ModemManager asks to be tried again, as it does while a message comes in, is tried again until then.
+/// ModemManager on the system bus. Calls throw a Problem when they fail or the deadline passes. A call that
+/// ModemManager asks to repeat, as it does while a message arrives, is repeated until the deadline.
 class Bus {
  public:
   explicit Bus(const Deadline& deadline);
@@ -46,7 +46,7 @@ class Bus {
   /// All objects of ModemManager: the properties by path and interface.
   std::map<std::string, std::map<std::string, Properties>> objects();
 
-  /// The unique name of the ModemManager that runs, and the bus that it runs on.
+  /// The unique name of the running ModemManager, and its bus.
   std::string owner();
 
  private:

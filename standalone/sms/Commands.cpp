@@ -35,7 +35,7 @@ std::string quoted(const std::string& text) {
 
 }  // namespace
 
-// All but those that wait for their deletion. Marks of messages that the modem no longer holds are dropped.
+// Returns all messages except those that wait for deletion. Drops marks of messages that are gone.
 std::vector<Message> Commands::shown(bool unreadToo) {
   std::vector<Message> messages = modem_.list(unreadToo);
   std::set<std::string> ids;

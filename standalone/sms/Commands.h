@@ -8,7 +8,7 @@
 
 namespace Standalone {
 
-/// What the forms of the tool do with a modem, whichever it is. Each may throw a Problem.
+/// The commands of the tool, for any kind of modem. Each may throw a Problem.
 class Commands {
  public:
   Commands(Modem& modem, State& state) : modem_(modem), state_(state) {}
@@ -16,11 +16,11 @@ class Commands {
   /// Prints the messages that no call has printed so far, and marks them as read.
   void listUnread(std::ostream& out);
 
-  /// Prints the messages that are marked as read. Those that `out` has taken whole may then be deleted.
+  /// Prints the messages that are marked as read. Those that `out` has accepted may then be deleted.
   void listRead(std::ostream& out);
 
-  /// Deletes what listRead() has printed, and nothing else. What the modem refuses to delete is not printed
-  /// again; the next call of listUnread() tries to delete it.
+  /// Deletes the messages that listRead() has printed, and no others. A message that the modem refuses to
+  /// delete is not printed again; the next listUnread() tries again to delete it.
   void deleteRead();
 
  private:

@@ -10,11 +10,11 @@ namespace {
 constexpr std::size_t partSize = 900;
 constexpr char lineBreaks[] = "\r\n";
 constexpr std::string_view messageMarker = "index";
-// Means nothing, and keeps what follows from being read as a header: the escape to the extension table before
-// a character that no GSM alphabet has.
+// A prefix without effect, which keeps the reader from taking the text for a header: the escape to the
+// extension table before a character that no GSM alphabet has.
 constexpr char noHeader[] = "\\x1b[";
 
-// The printed form of what `rest` begins with, which is taken off: one character, or an octet of one.
+// Removes one character, or one octet of a character, from `rest` and returns its printed form.
 std::string takePrinted(std::string_view& rest) {
   const char c = rest[0];
   const bool marker = rest.substr(0, messageMarker.size()) == messageMarker;
@@ -56,8 +56,8 @@ bool looksLikeHeader(const std::string& printed) {
   return printed.compare(0, 2, "\\x") != 0 && second < printed.size() && printed[second] == '\b';
 }
 
-// A name cannot be escaped: what the reader would take for a marker gets a capital letter, a line break a
-// blank.
+// A name cannot be escaped: a word that the reader would take for a marker gets a capital letter, and a line
+// break becomes a blank.
 std::string printedSender(std::string name) {
   if (name.find_first_not_of(" \t\r\n") == std::string::npos) return "unknown";
   for (const char* const marker : {"index", "user-data:", "smsc-addr:"}) {
@@ -89,8 +89,8 @@ std::string Listing::block(const Message& message, const std::string& userData) 
          "\naddr: " + printedSender(message.sender) + "\nuser-data: \"" + userData + "\"\n";
 }
 
-// The same for the same message, so that the reader joins the parts of a listing that was cut off with those
-// of the next one; no other message of this listing has it.
+// Derived from the message, so that the reader joins the parts of a truncated listing with those of the next;
+// unique in this listing.
 std::uint16_t Listing::referenceFor(const Message& message) {
   std::uint32_t hash = 2166136261U;  // FNV-1a
   for (const char c : message.sender + message.text)

@@ -17,10 +17,10 @@ constexpr char messagingInterface[] = "org.freedesktop.ModemManager1.Modem.Messa
 constexpr char smsInterface[] = "org.freedesktop.ModemManager1.Sms";
 constexpr char simInterface[] = "org.freedesktop.ModemManager1.Sim";
 
-constexpr std::int64_t patience = 72 * 3600;  // seconds that the parts of a message may take
-constexpr std::int64_t quiet = 10;            // seconds between two looks after messages
+constexpr std::int64_t patience = 72 * 3600;  // seconds within which all parts of a message must arrive
+constexpr std::int64_t quiet = 10;            // minimum seconds between two fetches
 constexpr std::int64_t minute = 60;
-constexpr std::int64_t timeToRegister = 30;  // seconds after it was enabled
+constexpr std::int64_t timeToRegister = 30;  // seconds after the modem was enabled
 constexpr std::int64_t hour = 3600;
 constexpr std::chrono::milliseconds moment(100);
 
@@ -55,7 +55,7 @@ std::string failure(std::int64_t reason) {
   return reason == 2 ? "no SIM" : reason == 3 ? "the SIM does not work" : "ModemManager cannot use the modem";
 }
 
-// The seconds since 1970 of "2026-11-25T15:39:11+01:00", "+01" or "Z"; now, if it is none.
+// The seconds since 1970 of "2026-11-25T15:39:11+01:00", "+01" or "Z"; now, if it is not a time.
 std::int64_t secondsOf(const std::string& stamp) {
   std::tm parts{};
   const char* const zone = strptime(stamp.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -85,7 +85,7 @@ void ManagerModem::find() {
   throw Problem("no modem");
 }
 
-// Waits until the modem neither starts nor stops.
+// Waits while the modem is being enabled or disabled.
 void ManagerModem::awaitRest() {
   const auto isBusy = [this] {
     const std::int64_t state = modem_.number("State");
@@ -142,7 +142,7 @@ std::vector<std::string> ManagerModem::paths() {
   while ((more = sd_bus_message_read_basic(reply.get(), 'o', static_cast<void*>(&path))) > 0)
     paths.emplace_back(path);
   mustWork(more);
-  // In the order in which they came: the paths end with a number.
+  // In order of arrival: the paths end with a number.
   std::sort(paths.begin(), paths.end(), [](const std::string& a, const std::string& b) {
     return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
   });
@@ -184,7 +184,7 @@ void ManagerModem::remove(const std::string& id) {
     bus_.call(path_, messagingInterface, "Delete",
               [&id](sd_bus_message* request) { mustWork(sd_bus_message_append(request, "o", id.c_str())); });
   } catch (const Gone&) {
-    return;  // it counts as deleted
+    return;  // counts as deleted
   }
 }
 
@@ -246,7 +246,7 @@ void ManagerModem::lookAgain(bool somethingCame) {
   if (state_.looked == 0) state_.looked = now;
   state_.somethingCame = state_.somethingCame || somethingCame;
   const std::int64_t passed = now - state_.looked;
-  // The look gives messages new names, so one that waits for its deletion would come again.
+  // Fetching gives messages new names, so one that waits for its deletion would be listed again.
   const bool isFree = !somethingCame && state_.marks.empty();
   const bool isDue = passed >= hour || (isFree && state_.somethingCame && passed >= quiet) ||
                      (isFree && waitsForParts_ && passed >= minute);

@@ -11,8 +11,8 @@
 
 namespace Standalone {
 
-/// The first modem of ModemManager that can do messages. ModemManager joins the parts of long messages and
-/// keeps no read marks. It numbers its messages anew with each start.
+/// The first modem of ModemManager that supports messages. ModemManager joins the parts of concatenated
+/// messages, keeps no read marks, and renumbers its messages at each start.
 class ManagerModem final : public Modem {
  public:
   /// `state` and `deadline` outlive the object.
@@ -26,10 +26,10 @@ class ManagerModem final : public Modem {
   Status status() override;
   std::string complaint() override;
 
-  /// On a modem with AT commands ModemManager loses sight of messages that come close together: it drops the
-  /// notice of one that comes while it fetches another. Disabled and enabled, which takes seconds, it fetches
-  /// all of them. That is done when messages came and then none, once a minute while parts of a message are
-  /// missing in its first hour, and once an hour; never while a data connection is up.
+  /// Disables and enables the modem, so that ModemManager fetches all messages, which takes seconds. On a
+  /// modem with AT commands ModemManager drops the notice of a message that arrives while it fetches another.
+  /// Does so after messages arrived and then none, once a minute while parts of a message are missing in its
+  /// first hour, and once an hour; never while a data connection is up.
   void lookAgain(bool somethingCame) override;
 
  private:
@@ -47,7 +47,7 @@ class ManagerModem final : public Modem {
   std::string path_;            ///< of the modem
   Properties modem_;            ///< as find() saw it
   Properties network_;          ///< as find() saw it
-  bool waitsForParts_ = false;  ///< of a message that is less than an hour old
+  bool waitsForParts_ = false;  ///< whether a message less than an hour old lacks parts
 };
 
 }  // namespace Standalone

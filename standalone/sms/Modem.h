@@ -7,23 +7,22 @@
 
 namespace Standalone {
 
-/// What keeps the tool from its work, in one line for the person at the keyboard. Ends the call with
-/// status 1.
+/// An error, described in one line for the user. Ends the call with status 1.
 class Problem : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A received message, whole, or what is left of one that is not.
+/// A received message, complete or with the parts that have arrived.
 struct Message {
-  std::string id;  ///< tells it from any other message that the modem holds; without blanks
+  std::string id;  ///< unique among the messages that the modem holds; without blanks
   bool read;       ///< whether the modem itself has marked it as read; some keep no such mark
   std::string centre;
   std::string sender;
   std::string text;  ///< UTF-8
 };
 
-/// What `sms status` shows. What the modem does not say is absent.
+/// The output of `sms status`. A value that the modem does not report is absent.
 struct Status {
   std::string modem;
   std::string sim;
@@ -31,20 +30,20 @@ struct Status {
   std::string networkOperator;
   std::optional<unsigned> signal;  ///< per cent
   std::optional<unsigned> stored;  ///< messages of any kind that the modem holds
-  std::optional<unsigned> room;    ///< messages that it can hold besides
+  std::optional<unsigned> room;    ///< further messages that it can hold
   std::string problem;             ///< empty when well
 };
 
-/// A modem, as the tool uses it. Each call may throw a Problem; none takes longer than the deadline that the
-/// object was made with.
+/// The tool's interface to a modem. Each call may throw a Problem; none exceeds the deadline given to the
+/// constructor.
 class Modem {
  public:
   virtual ~Modem() = default;
 
-  /// Makes the modem fit for messages: enables it, and gives the SIM its PIN.
+  /// Prepares the modem for messages: enables it, and gives the SIM its PIN.
   virtual void prepare() = 0;
 
-  /// What stands for the modem in this run of it: ids of another binding mean nothing.
+  /// Identifies the modem until it restarts: message ids are valid only for the same binding.
   virtual std::string binding() = 0;
 
   /// The received messages that can be shown. With `unreadToo` those that the modem holds as unread are among
@@ -57,14 +56,14 @@ class Modem {
   /// Sends `text`, valid UTF-8, and returns when the network has taken all parts.
   virtual void send(const std::string& number, const std::string& text) = 0;
 
-  /// Looks, and changes nothing.
+  /// Reads the status and changes nothing.
   virtual Status status() = 0;
 
-  /// What is wrong although messages can be listed, as an absent network is; empty when nothing is.
+  /// A problem that does not prevent listing, such as no network; empty without one.
   virtual std::string complaint() = 0;
 
-  /// Called after each listing of unread messages, with what is known of earlier calls: does what the modem
-  /// needs so that no message stays unseen.
+  /// Called after each listing of unread messages; the argument says whether messages arrived. Makes the
+  /// modem show messages that it has missed.
   virtual void lookAgain(bool /*somethingCame*/) {}
 };
 

@@ -13,7 +13,7 @@ constexpr char semiOctets[] = "0123456789*#abc";
 constexpr unsigned typeOfName = 5;     // of an address: alphanumeric
 constexpr unsigned international = 1;  // of an address
 
-// Takes octets off the front of a PDU; throws std::out_of_range at its end.
+// Reads octets from the front of a PDU; throws std::out_of_range at its end.
 class Octets {
  public:
   explicit Octets(std::string_view octets) : rest_(octets) {}
@@ -31,7 +31,7 @@ class Octets {
   std::string_view rest_;
 };
 
-// The first `count` septets behind `skip` bits of fill, one to a byte.
+// The first `count` septets after `skip` fill bits, one per byte.
 std::string unpack(std::string_view octets, std::size_t skip, std::size_t count) {
   std::string codes;
   for (std::size_t bit = skip; codes.size() < count; bit += 7) {
@@ -43,7 +43,7 @@ std::string unpack(std::string_view octets, std::size_t skip, std::size_t count)
   return codes;
 }
 
-// The septets behind `skip` bits of fill.
+// The septets after `skip` fill bits.
 std::string pack(const std::string& codes, std::size_t skip) {
   std::string octets((skip + codes.size() * 7 + 7) / 8, '\0');
   std::size_t bit = skip;
@@ -158,8 +158,8 @@ Part readPart(Octets pdu) {
   return part;
 }
 
-// Cuts `content` into pieces of at most `room` bytes. A piece never ends with what `continues` says belongs
-// to the byte behind it.
+// Splits `content` into pieces of at most `room` bytes. A piece never ends with a byte that `continues` joins
+// to the next one.
 template <typename Continues>
 std::vector<std::string> cut(const std::string& content, std::size_t room, Continues continues) {
   std::vector<std::string> pieces;
@@ -173,7 +173,7 @@ std::vector<std::string> cut(const std::string& content, std::size_t room, Conti
 }
 
 std::vector<std::string> cutGsm(const std::string& codes) {
-  // An escape code may itself stand behind an escape in no text of ours: the alphabet has no such character.
+  // Texts of this tool never contain two escape codes in a row: the alphabet has no such character.
   return cut(codes, codes.size() <= 160 ? 160 : 153,
              [&codes](std::size_t, std::size_t end) { return codes[end - 1] == 0x1B ? std::size_t{1} : 0; });
 }

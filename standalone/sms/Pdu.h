@@ -13,13 +13,13 @@ struct Part {
 
   std::string centre;     ///< number of the service centre; empty if the modem leaves it out
   std::string sender;     ///< a number, or a name of letters
-  std::int64_t sent = 0;  ///< when the service centre took it, in seconds since 1970
+  std::int64_t sent = 0;  ///< when the service centre accepted it, in seconds since 1970
   Alphabet alphabet = Alphabet::Gsm;
   unsigned reference = 0;  ///< of the concatenation header
   bool wide = false;       ///< whether the reference has 16 bits
   unsigned count = 1;      ///< parts of the whole message
   unsigned number = 1;     ///< of this part, from 1
-  std::string content;     ///< behind the header: GSM codes, one to a byte, or octets
+  std::string content;     ///< after the header: GSM codes, one per byte, or octets
 };
 
 /// Reads a PDU in hexadecimal digits, with the service centre in front, as AT+CMGL prints it. Nothing when it
@@ -32,7 +32,7 @@ std::string textOf(Part::Alphabet alphabet, const std::string& content);
 
 /// An SMS-SUBMIT for AT+CMGS.
 struct Submit {
-  std::size_t length;  ///< octets without the service centre, which AT+CMGS wants to know
+  std::size_t length;  ///< octets without the service centre, as AT+CMGS requires
   std::string hex;     ///< with an empty service centre in front
 };
 
@@ -40,8 +40,7 @@ struct Submit {
 /// Parts of one message share the low 8 bits of `reference`. Empty when there would be more than 255.
 std::vector<Submit> makeSubmits(const std::string& number, const std::string& text, unsigned reference);
 
-/// Whether a message can be sent to `number`: digits, "*" and "#", at most 20, with a "+" in front or
-/// without.
+/// Whether a message can be sent to `number`: at most 20 digits, "*" and "#", after an optional "+".
 bool isNumber(const std::string& number);
 
 }  // namespace Standalone

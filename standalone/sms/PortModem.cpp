@@ -9,7 +9,7 @@
 namespace Standalone {
 namespace {
 
-// The items between commas, without quotes, and without blanks outside of them.
+// Splits at commas; removes quotes, and blanks outside quotes.
 std::vector<std::string> items(const std::string& text) {
   std::vector<std::string> all(1);
   bool isQuoted = false;
@@ -44,7 +44,7 @@ bool isRegistered(const std::string& registration) {
   return registration == "home" || registration == "roaming";
 }
 
-// What the number of an error stands for, where that helps (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2).
+// Adds the meaning of an error number, for the common ones (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2).
 std::string reasonOf(const std::string& error) {
   constexpr std::pair<const char*, const char*> reasons[] = {
       {"+CMS ERROR: 1", "no such number"},
@@ -119,7 +119,7 @@ PortModem::Memory PortModem::select(const std::string& memory) {
   return {memory, numberOf(item(counts, 0)), numberOf(item(counts, 1))};
 }
 
-// All received messages of the selected memory; 0 and 1 are unread and read, 2 and 3 drafts and sent ones.
+// All received messages of the selected memory: states 0 and 1, unread and read; 2 and 3 are drafts and sent.
 std::vector<Stored> PortModem::stored(const std::string& memory, bool unreadToo) {
   const AtPort::Answer answer = port_.demand(unreadToo ? "AT+CMGL=4" : "AT+CMGL=1");
   std::vector<Stored> found;
@@ -141,11 +141,11 @@ std::vector<Message> PortModem::list(bool unreadToo) {
     for (Stored& each : stored(name, unreadToo)) all.push_back(std::move(each));
   }
   std::vector<Message> messages = assemble(all, std::time(nullptr));
-  full_ = full && messages.empty();  // what is listed is going to make room
+  full_ = full && messages.empty();  // deleting the listed messages makes room
   return messages;
 }
 
-// A place may hold another message by now: the check sum tells.
+// The check sum shows whether the place holds another message by now.
 void PortModem::removePart(const std::string& part) {
   const std::string place = part.substr(0, part.find(','));
   const std::string memory = place.substr(0, place.find('/'));
@@ -171,7 +171,7 @@ void PortModem::send(const std::string& number, const std::string& text) {
   }
 }
 
-// A modem tells of each network apart: 4G, 2G and 3G, packets.
+// A modem reports each network separately: 4G, 2G and 3G, packet service.
 std::string PortModem::registration() {
   std::string first;
   for (const char* const command : {"+CEREG", "+CREG", "+CGREG"}) {

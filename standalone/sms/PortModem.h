@@ -11,11 +11,11 @@
 
 namespace Standalone {
 
-/// A modem on a serial port of its own, driven by AT commands in PDU mode (3GPP TS 27.005). The modem keeps
-/// the read marks. Messages are taken from the SIM and from the modem's own memory, whichever it has.
+/// A modem on a dedicated serial port, driven with AT commands in PDU mode (3GPP TS 27.005). The modem keeps
+/// the read marks. Reads messages from the SIM and from the modem's own memory, whichever exist.
 class PortModem final : public Modem {
  public:
-  /// Opens the port that `config` names. `state` and `deadline` outlive the object.
+  /// Opens the port that `config` names. `state` and `deadline` must outlive the object.
   PortModem(const Config& config, State& state, const Deadline& deadline);
 
   void prepare() override;
@@ -45,7 +45,7 @@ class PortModem final : public Modem {
   const std::string pin_;
   State& state_;
   AtPort port_;
-  std::string selected_;  ///< memory
+  std::string selected_;  ///< the selected memory
   bool full_ = false;
 };
 

@@ -18,7 +18,7 @@
 namespace Standalone {
 namespace {
 
-// Lets root act as the owner of a folder for as long as the object lives: root must not follow what that user
+// Makes root act as the owner of a folder while the object lives, so that root follows no link that this user
 // may have put there.
 class AsOwner {
  public:
@@ -63,7 +63,7 @@ State::State(std::string folder, const Deadline& deadline) : folder_(std::move(f
 
 State::~State() { close(lock_); }
 
-// Each line: a key, a blank, the value. What a later version has written besides is passed over.
+// Each line: a key, a blank, the value. Ignores keys that a later version has written.
 void State::read() {
   std::ifstream in(file());
   if (!in && errno != ENOENT) fail("cannot read " + file());

@@ -8,18 +8,18 @@
 
 namespace Standalone {
 
-/// What the tool knows from one call to the next: a file of lines under /run, which a reboot empties.
+/// The state that the tool keeps between calls: a text file under /run, which a reboot empties.
 ///
-/// A call holds a lock for as long as the object lives, so that two calls at a time do
-/// not undo each other's marks.
+/// The object holds a lock while it lives, so that two simultaneous calls do not overwrite each other's
+/// marks.
 class State {
  public:
   static constexpr char standardFolder[] = "/run/veld-sms";
 
-  /// What has been done with a message.
+  /// The tool's progress with a message.
   enum class Mark : char {
-    Read = 'r',     ///< list unread has shown it
-    Printed = 'p',  ///< list read has printed it whole
+    Read = 'r',     ///< list unread has listed it
+    Printed = 'p',  ///< list read has printed it completely
     Doomed = 'd',   ///< delete read was asked to delete it, and the modem refused
   };
 
@@ -30,17 +30,17 @@ class State {
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
-  /// Forgets the marks and times of another binding than `binding`.
+  /// Discards marks and times that belong to a binding other than `binding`.
   void bind(const std::string& binding);
 
-  /// Writes the file, whole or not at all. Throws a Problem when it cannot be written.
+  /// Writes the file atomically. Throws a Problem when it cannot be written.
   void save() const;
 
   std::map<std::string, Mark> marks;  ///< by the id of a message
   std::int64_t looked = 0;     ///< when the modem last fetched all, in seconds since the boot; 0: not known
   bool somethingCame = false;  ///< since then
-  std::string triedPin;        ///< the PIN that the SIM was given and has not accepted
-  std::string problem;         ///< that the log has told of, and not yet its end
+  std::string triedPin;        ///< the last PIN that the SIM has rejected
+  std::string problem;         ///< the logged problem that has not ended yet
 
  private:
   void read();

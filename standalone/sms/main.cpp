@@ -1,4 +1,4 @@
-// sms: messages of a real modem in the forms that the SMS daemon uses, by ModemManager or by a port.
+// sms: lists, deletes and sends messages of a real modem, by ModemManager or a port, for the SMS daemon.
 #include <syslog.h>
 
 #include <cstdlib>
@@ -27,7 +27,7 @@ constexpr char usage[] =
     "sms: usage: sms [--verbose] list unread | list read | delete read | send -f FILE NUMBER | status "
     "[--json]\n";
 constexpr std::chrono::seconds bound(60);
-// A unit that watches the daemon allows five minutes.
+// Below the five minutes of the daemon's watchdog.
 constexpr std::chrono::seconds sendBound(240);
 
 bool isSend(const Words& words) {
@@ -46,8 +46,8 @@ std::string textIn(const std::string& file) {
   std::ostringstream text;
   text << in.rdbuf();
   if (!in) throw Problem("cannot read " + file);
-  if (!isUtf8(text.str())) throw Problem("the text in " + file + " is no UTF-8");
-  if (text.str().find('\0') != std::string::npos) throw Problem("the text in " + file + " holds a NUL");
+  if (!isUtf8(text.str())) throw Problem("the text in " + file + " is not valid UTF-8");
+  if (text.str().find('\0') != std::string::npos) throw Problem("the text in " + file + " contains a NUL");
   return text.str();
 }
 
@@ -58,7 +58,7 @@ std::unique_ptr<Modem> openModem(State& state, const Deadline& deadline) {
   return std::make_unique<ManagerModem>(config, state, deadline);
 }
 
-// Tells the system's log when a problem begins, becomes another, and ends.
+// Writes to the system log when a problem begins, changes, and ends.
 void tellLog(State& state, const std::string& problem) {
   if (state.problem == problem) return;
   openlog("sms", LOG_PID, LOG_DAEMON);
@@ -72,7 +72,7 @@ void tellLog(State& state, const std::string& problem) {
 
 void send(Modem& modem, const Words& words, bool verbose) {
   const std::string text = textIn(words[2]);
-  if (!isNumber(words[3])) throw Problem("\"" + words[3] + "\" is no number to send to");
+  if (!isNumber(words[3])) throw Problem("\"" + words[3] + "\" is not a valid number");
   modem.prepare();
   modem.send(words[3], text);
   if (verbose) std::cout << "sms: sent to " << words[3] << "\n";
@@ -89,7 +89,7 @@ int showStatus(State& state, const Words& words, const Deadline& deadline) {
   return status.problem.empty() ? 0 : 1;
 }
 
-// Lists or deletes. What is wrong goes to the log, too: the daemon looks at the status of no listing.
+// Lists or deletes. Also logs a problem, because the daemon ignores the status of a listing.
 void serve(State& state, const Words& words, const Deadline& deadline) {
   try {
     const std::unique_ptr<Modem> modem = openModem(state, deadline);
