@@ -42,7 +42,9 @@ void Outbox::fileLeft(const Spool::Pass& pass) {
     if (std::optional<SpoolEntry> entry = inTransit_.read(number)) takeIn(number, std::move(*entry));
   if (answered_.empty()) return;
   // Each pass begins with another record, so that one that cannot be filed does not block the others.
-  std::rotate(answered_.begin(), answered_.begin() + inTransit_.turn++ % answered_.size(), answered_.end());
+  const auto first = static_cast<std::ptrdiff_t>(inTransit_.turn % answered_.size());
+  ++inTransit_.turn;
+  std::rotate(answered_.begin(), answered_.begin() + first, answered_.end());
   std::set<int> unusable;
   for (Answered& answered : answered_) {
     const int to = statusAfter(answered.send.sent);

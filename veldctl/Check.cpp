@@ -36,7 +36,7 @@ void reportPrograms(Report& report) {
   const auto folders = Orvel::Text::split(path != nullptr ? path : "", ":", 1000);
   for (const std::string tool : {"sms", "bash"}) {
     const auto has = [&](const std::string& folder) {
-      return access((folder + "/" + tool).c_str(), X_OK) == 0;
+      return access(std::string(folder).append("/").append(tool).c_str(), X_OK) == 0;
     };
     if (std::none_of(folders.begin(), folders.end(), has))
       report.add(Ill, "there is no program " + tool + " in the path");

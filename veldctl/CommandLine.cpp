@@ -54,6 +54,7 @@ const Command& commandOf(const std::string& name) {
 std::vector<option> longOptions() {
   constexpr int arguments[] = {no_argument, required_argument, optional_argument, required_argument};
   std::vector<option> all;
+  all.reserve(std::size(options) + 1);
   for (const Option& each : options) all.push_back({each.name, arguments[each.value], nullptr, each.letter});
   all.push_back({});
   return all;
