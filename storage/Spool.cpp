@@ -43,6 +43,7 @@ std::pair<unsigned, std::string> parseName(const std::string& name) {
 // The names in the folder; nullopt if it cannot be listed completely.
 std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
   FileDescriptor again(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!again.isOpen()) return std::nullopt;
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(again.get()), closedir);
   if (directory == nullptr) return std::nullopt;
   [[maybe_unused]] const int ownedByDirectory = again.release();
@@ -71,6 +72,7 @@ Spool::Pass Spool::open() {
   if (acquire() && takeIn()) keepReserve();
   for (const Note& note : unwritten) add(note);  // under new numbers: the old ones may be in use on the disk
   std::vector<unsigned> numbers;
+  numbers.reserve(slots_.size());
   for (const auto& [number, slot] : slots_) numbers.push_back(number);
   return {*this, std::move(numbers)};
 }

@@ -21,9 +21,9 @@ constexpr char obeyingSuffix[] = "-obeying";
 
 namespace Key {
 using namespace MessageRecord::Key;
-constexpr char Record[] = "record";
-constexpr char From[] = "from";
-constexpr char Identity[] = "identity";
+constexpr char record[] = "record";
+constexpr char from[] = "from";
+constexpr char identity[] = "identity";
 }  // namespace Key
 
 // Enough for every record that MessageRecord::parse accepts, and the levels around it.
@@ -93,9 +93,9 @@ std::optional<SpoolEntry> parseBatch(std::string counts, Json::Value& value) {
 
 std::optional<Send> parseSend(const Json::Value& value) {
   if (!value.isObject() || value.size() != 3) return std::nullopt;
-  const Json::Value& from = value[Key::From];
-  if (!from.isInt() || !value[Key::Identity].isString()) return std::nullopt;
-  Send send{value[Key::Record], from.asInt(), value[Key::Identity].asString()};
+  const Json::Value& from = value[Key::from];
+  if (!from.isInt() || !value[Key::identity].isString()) return std::nullopt;
+  Send send{value[Key::record], from.asInt(), value[Key::identity].asString()};
   if (!isSend(send)) return std::nullopt;
   return send;
 }
@@ -144,9 +144,9 @@ std::optional<std::string> textOf(const std::vector<Json::Value>& records) {
 std::optional<std::string> textOf(const Send& send) {
   if (!isSend(send)) return std::nullopt;
   Json::Value value(Json::objectValue);
-  value[Key::Record] = send.record;
-  value[Key::From] = send.from;
-  value[Key::Identity] = send.identity;
+  value[Key::record] = send.record;
+  value[Key::from] = send.from;
+  value[Key::identity] = send.identity;
   return toText(value);
 }
 
@@ -158,8 +158,11 @@ std::optional<SpoolEntry> parseEntry(const Spool::Note& note) {
   const std::optional<Send> send = parseSend(value);
   if (!send) return std::nullopt;
   if (note.stage == sendingStage) return BegunSend{*send};
-  for (const bool sent : {false, true})
-    for (const bool filed : {false, true})
-      if (const AnsweredSend answered{*send, sent, filed}; note.stage == stageOf(answered)) return answered;
+  for (const bool sent : {false, true}) {
+    for (const bool filed : {false, true}) {
+      AnsweredSend answered{*send, sent, filed};
+      if (note.stage == stageOf(answered)) return answered;
+    }
+  }
   return std::nullopt;
 }

@@ -30,8 +30,7 @@ const FlagRow flagRows[] = {
     {"geopositionEnabled", 13}, {"lnsRestartEnabled", 14}, {"wanIpsEnabled", 15},
     {"otherEnabled", 0},
 };
-class Flag : public testing::TestWithParam<FlagRow> {};
-TEST_P(Flag, PermitsItsCommandAlone) {
+TEST_ROWS(Flag, PermitsItsCommandAlone, flagRows) {
   Json::Value settings = json(least);
   settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
   settings[GetParam().name] = true;
@@ -40,7 +39,6 @@ TEST_P(Flag, PermitsItsCommandAlone) {
   for (int command = -1; command <= SMSCMD_COUNT; ++command)
     EXPECT_EQ(config.isCommandEnabled(command), command > 0 && command == GetParam().command) << command;
 }
-INSTANTIATE_ROWS(Flag, flagRows);
 
 struct RefusalRow {
   const char* name;
@@ -65,8 +63,7 @@ const RefusalRow refusalRows[] = {
     {"PasswordEnabled", "password.enabled", noPassword, true, true},
     {"PasswordText", "password.text", noPassword, true, true},
 };
-class Refusal : public testing::TestWithParam<RefusalRow> {};
-TEST_P(Refusal, NamesWhatIsMissing) {
+TEST_ROWS(Refusal, NamesWhatIsMissing, refusalRows) {
   const RefusalRow& row = GetParam();
   Json::Value settings = json(least);
   const std::string path = row.without;
@@ -84,7 +81,6 @@ TEST_P(Refusal, NamesWhatIsMissing) {
   EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), row.whitelistRead);
   EXPECT_TRUE(!config.passwordEnabled && config.password == "earlier");
 }
-INSTANTIATE_ROWS(Refusal, refusalRows);
 
 TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
   for (const char* const on : {"enabled", "whitelist", "password"}) {

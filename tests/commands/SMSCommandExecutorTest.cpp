@@ -40,14 +40,12 @@ const AnswerRow answerRows[] = {
     {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200}", noTransfer},
     {"HungUp", "", noTransfer},
 };
-class Answer : public testing::TestWithParam<AnswerRow> {};
-TEST_P(Answer, IsJudgedByItsCode) {
+TEST_ROWS(Answer, IsJudgedByItsCode, answerRows) {
   const CannedApi api(GetParam().answer);
   LogCapture log;
   EXPECT_EQ(SMSCommandExecutor(url).sendCommand(url, "{}"), GetParam().log.empty());
   EXPECT_EQ(log.text(), GetParam().log);
 }
-INSTANTIATE_ROWS(Answer, answerRows);
 
 TEST(SMSCommandExecutor, EchoesTheAnswer) {
   const CannedApi api(CannedApi::ok("not JSON"));
@@ -86,8 +84,7 @@ const ArgumentsRow argumentsRows[] = {
     {"One", {"a"}, "[\"a\"]"},
     {"Three", {"a", "b", "c"}, "[\"a\",\"b\",\"c\"]"},
 };
-class Arguments : public testing::TestWithParam<ArgumentsRow> {};
-TEST_P(Arguments, AreListedInTheBody) {
+TEST_ROWS(Arguments, AreListedInTheBody, argumentsRows) {
   CannedApi api(CannedApi::ok("{\"code\": 200}"));
   LogCapture log;
   EXPECT_TRUE(SMSCommandExecutor(url).execute("+49170", GetParam().arguments));
@@ -96,7 +93,6 @@ TEST_P(Arguments, AreListedInTheBody) {
   EXPECT_THAT(log.text(),
               testing::EndsWith("[INFO] SMSCommandExecutor::execute postFields = " + body + "\n"));
 }
-INSTANTIATE_ROWS(Arguments, argumentsRows);
 
 TEST(SMSCommandExecutor, IsTrueForAMessageThatWasTaken) {
   const CannedApi api(CannedApi::ok("{\"code\": 200}"));

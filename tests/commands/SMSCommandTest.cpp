@@ -67,8 +67,7 @@ const ParseRow parseRows[] = {
     {"UnknownKeyword", "#Format", SMSCMD_UNKNOWN, "", {}, invalid("format")},
     {"KeywordAndMore", "#pings", SMSCMD_UNKNOWN, "", {}, invalid("pings")},
 };
-class Parse : public testing::TestWithParam<ParseRow> {};
-TEST_P(Parse, FindsTheCommand) {
+TEST_ROWS(Parse, FindsTheCommand, parseRows) {
   const ParseRow& row = GetParam();
   const SMSCommand commands(settings());
   ParsedSMSCommand command;
@@ -79,7 +78,6 @@ TEST_P(Parse, FindsTheCommand) {
   EXPECT_EQ(command.password, row.password);
   EXPECT_EQ(command.args, row.args);
 }
-INSTANTIATE_ROWS(Parse, parseRows);
 
 // The tests of the documents compare keyword, path and flag of each command with local-api.md.
 TEST(CommandTable, HasItsOrder) {
@@ -132,8 +130,7 @@ const ValidateRow validateRows[] = {
     {"CommandBeforePassword", passwordOn, "p wrong #format", "1234567", invalidFormat},
     {"PasswordNotAskedFor", "{}", "p wrong #ping", "4567890", succeeded},
 };
-class Validate : public testing::TestWithParam<ValidateRow> {};
-TEST_P(Validate, ChecksNumberTextAndPassword) {
+TEST_ROWS(Validate, ChecksNumberTextAndPassword, validateRows) {
   const ValidateRow& row = GetParam();
   Json::Value all = settings();
   const Json::Value changes = json(row.changes);
@@ -149,7 +146,6 @@ TEST_P(Validate, ChecksNumberTextAndPassword) {
   EXPECT_EQ(commands.validateSMSCommand(row.message, row.source), row.log == succeeded);
   EXPECT_THAT(log.text(), EndsWith(row.log));
 }
-INSTANTIATE_ROWS(Validate, validateRows);
 
 TEST(Validate, ThrowsForAListThatIsAnObject) {
   Json::Value all = settings();

@@ -34,15 +34,13 @@ const SettingsRow settingsRows[] = {
      "'kept'"},
     {"HungUp", "", "'kept'"},
 };
-class Settings : public testing::TestWithParam<SettingsRow> {};
-TEST_P(Settings, AreLoaded) {
+TEST_ROWS(Settings, AreLoaded, settingsRows) {
   CannedApi api(GetParam().answer);
   Json::Value result = "kept";
   EXPECT_EQ(loadFromApi(url, result), json(GetParam().result) != "kept");
   EXPECT_EQ(result, json(GetParam().result));
   EXPECT_THAT(api.request(), testing::StartsWith("GET /api/sms HTTP/1.1\r\n"));
 }
-INSTANTIATE_ROWS(Settings, settingsRows);
 
 TEST(LoadFromApi, FailsWithoutASocketAndSetsNoTimeOut) {
   Json::Value result = "kept";

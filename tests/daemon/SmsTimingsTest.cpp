@@ -49,15 +49,13 @@ const TimingsRow timingsRows[] = {
     {"EmptyValue", "timings-sms=\n", {}},
     {"EmptyList", "timings-sms=[]\n", {}},
 };
-class Timings : public testing::TestWithParam<TimingsRow> {};
-TEST_P(Timings, AreRead) {
+TEST_ROWS(Timings, AreRead, timingsRows) {
   const LogCapture quiet;
   writeFile(timingsFile, GetParam().file);
   smsTimings.clear();
   EXPECT_EQ(readSmsTimings(), GetParam().seconds.empty());
   EXPECT_EQ(smsTimings, GetParam().seconds);
 }
-INSTANTIATE_ROWS(Timings, timingsRows);
 
 TEST(Timings, AreCutWithOneLine) {
   const std::string line = "timings-sms=" + many + "3600\n";

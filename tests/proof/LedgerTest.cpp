@@ -104,14 +104,14 @@ void obey(Player& player, unsigned kind, unsigned posts) {
 struct FaultRow {
   const char* name;
   void (*happens)(Player&);
-  const char* said;  // the finding without a fault; empty: none
-  unsigned fault;    // the fault whose window explains it, if any
+  const char* said;    // when no fault was at work; empty: all is well
+  unsigned fault = 0;  // by which a window explains it; none: by no fault
 };
 const FaultRow faultRows[] = {
-    {"Filed", [](Player& player) { player.receive(Kind::Text, "in", 1); }, "", 0},
+    {"Filed", [](Player& player) { player.receive(Kind::Text, "in", 1); }, ""},
     {"Lost", [](Player& player) { player.receive(Kind::Text, "in", 0); }, "lost: in", Fault::CutListing},
-    {"LeftOnTheModem", [](Player& player) { player.enter(Kind::Text, "in"); }, "lost: in, still on the modem",
-     0},
+    {"LeftOnTheModem", [](Player& player) { player.enter(Kind::Text, "in"); },
+     "lost: in, still on the modem"},
     {"FiledTwice", [](Player& player) { player.receive(Kind::Text, "in", 2); }, "twice: in",
      Fault::NotDeleted},
     {"ListedAgain",
@@ -122,7 +122,7 @@ const FaultRow faultRows[] = {
        player.take();
        for (const char* const guid : {"1", "2"}) player.file(guid, "in");
      },
-     "", 0},
+     ""},
     {"Spoilt",
      [](Player& player) {
        player.receive(Kind::Text, "in", 1);
@@ -136,13 +136,12 @@ const FaultRow faultRows[] = {
        player.receive(Kind::Text, "other", 1);
      },
      "lost: in, filed and gone", Fault::CutListing},
-    {"Joined", [](Player& player) { receiveParts(player, true); }, "", 0},
+    {"Joined", [](Player& player) { receiveParts(player, true); }, ""},
     {"LeftInParts", [](Player& player) { receiveParts(player, false); }, "apart: one text",
      Fault::CutListing},
-    {"Displaced", [](Player& player) { receiveThree(player, "1"); }, "", 0},
-    {"DisplacedOutOfTurn", [](Player& player) { receiveThree(player, "2"); }, "lost: text 2, filed and gone",
-     0},
-    {"Obeyed", [](Player& player) { obey(player, Kind::Command, 1); }, "", 0},
+    {"Displaced", [](Player& player) { receiveThree(player, "1"); }, ""},
+    {"DisplacedOutOfTurn", [](Player& player) { receiveThree(player, "2"); }, "lost: text 2, filed and gone"},
+    {"Obeyed", [](Player& player) { obey(player, Kind::Command, 1); }, ""},
     {"NotObeyed", [](Player& player) { obey(player, Kind::Command, 0); }, "not obeyed: #ping 1",
      Fault::ApiFault},
     {"NotObeyedAndSaid",
@@ -152,16 +151,16 @@ const FaultRow faultRows[] = {
        player.look();
        player.file("0", command);
      },
-     "", 0},
+     ""},
     {"ObeyedTwice", [](Player& player) { obey(player, Kind::Command, 2); }, "twice: #ping 1",
      Fault::NotDeleted},
-    {"StrangerObeyed", [](Player& player) { obey(player, Kind::StrangersCommand, 1); }, "twice: #ping 1", 0},
-    {"Sent", [](Player& player) { player.queue(1, "sent"); }, "", 0},
+    {"StrangerObeyed", [](Player& player) { obey(player, Kind::StrangersCommand, 1); }, "twice: #ping 1"},
+    {"Sent", [](Player& player) { player.queue(1, "sent"); }, ""},
     {"SaidToBeSent", [](Player& player) { player.queue(0, "sent"); }, "unsent: out", Fault::SendFault},
     {"GivenUp", [](Player& player) { player.queue(0, "failed"); }, "unsent: out", Fault::TmpFull},
     {"SentTwice", [](Player& player) { player.queue(2, "sent"); }, "sent again: out", Fault::Unanswered},
-    {"SentAndGone", [](Player& player) { player.queue(1, ""); }, "lost: out", 0},
-    {"NeverSent", [](Player& player) { player.queue(1, "sending"); }, "unsent: out, still in sending", 0},
+    {"SentAndGone", [](Player& player) { player.queue(1, ""); }, "lost: out"},
+    {"NeverSent", [](Player& player) { player.queue(1, "sending"); }, "unsent: out, still in sending"},
     {"RemovedLate",
      [](Player& player) {
        player.queue(0, "sending", true);
@@ -169,18 +168,17 @@ const FaultRow faultRows[] = {
        player.look();
        player.remove("sending", "1");
      },
-     "", 0},
-    {"SentThoughRefused", [](Player& player) { player.queue(1, "failed", true); }, "unsent: out, was refused",
-     0},
+     ""},
+    {"SentThoughRefused", [](Player& player) { player.queue(1, "failed", true); },
+     "unsent: out, was refused"},
     {"SentElsewhere",
      [](Player& player) {
        player.queue(1, "sent");
        player.modem.send("+50", "out");
      },
-     "stray: sent", 0},
+     "stray: sent"},
 };
-class Ledgers : public testing::TestWithParam<FaultRow> {};
-TEST_P(Ledgers, AreSettled) {
+TEST_ROWS(Ledgers, AreSettled, faultRows) {
   const auto& [name, happens, said, explanation] = GetParam();
   for (const unsigned fault : {0U, static_cast<unsigned>(Fault::Other), explanation}) {
     Player player(fault);
@@ -191,7 +189,6 @@ TEST_P(Ledgers, AreSettled) {
     EXPECT_EQ(report.empty(), well) << report;
   }
 }
-INSTANTIATE_ROWS(Ledgers, faultRows);
 
 TEST(Ledgers, ReportWhatHappenedToAMessage) {
   Player player(Fault::DiskFull);

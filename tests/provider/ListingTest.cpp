@@ -64,8 +64,7 @@ const ListingRow listingRows[] = {
     {"HeaderThenEscapes", "index\naddr: 1\nuser-data: \"\\x05\\x00\\x03\\x2a\\x01\\x01\\n\\\\x41\\x1be\"\n",
      "[{'source':'1','message':'\\nA€','part-id':42,'part-index':0,'part-count':1}]"},
 };
-class Message : public testing::TestWithParam<ListingRow> {};
-TEST_P(Message, IsParsed) {
+TEST_ROWS(Message, IsParsed, listingRows) {
   const LogCapture quiet;
   Json::Value records(Json::arrayValue);
   for (Json::Value record : parseListing(lines(GetParam().text)).records) {
@@ -74,7 +73,6 @@ TEST_P(Message, IsParsed) {
   }
   EXPECT_EQ(records, json(GetParam().records));
 }
-INSTANTIATE_ROWS(Message, listingRows);
 
 TEST(Listing, LogsEachMessage) {
   LogCapture log;

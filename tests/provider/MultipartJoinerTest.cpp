@@ -37,15 +37,13 @@ const JoinRow joinRows[] = {
      " {'part-id':8,'part-index':0,'part-count':1,'message':'eight'}, {'message':'a'}]",
      "[{'message':'a'}, {'message':'eight'}, {'message':'nine'}]"},
 };
-class Join : public testing::TestWithParam<JoinRow> {};
-TEST_P(Join, GroupsTheParts) {
+TEST_ROWS(Join, GroupsTheParts, joinRows) {
   const Json::Value records = json(GetParam().records);
   Json::Value joined(Json::arrayValue);
   for (const Json::Value& record : joinMultipartMessages({records.begin(), records.end()}))
     joined.append(record);
   EXPECT_EQ(joined.toStyledString(), json(GetParam().joined).toStyledString());
 }
-INSTANTIATE_ROWS(Join, joinRows);
 
 TEST(JoinParts, LeavesOtherRecordsUnchanged) {
   for (const char* const text : {"{'message':'a','parts':['b']}", "{'message':'a','part-id':1}",

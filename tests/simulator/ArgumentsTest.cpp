@@ -27,14 +27,12 @@ const LineRow lineRows[] = {
     {"QuoteInsideAWord", "queue a\"b c\"d", "<queue>[ab cd]"},
     {"OpenSingleQuote", "queue 'text", "<a quote is left open>"},
 };
-class Line : public testing::TestWithParam<LineRow> {};
-TEST_P(Line, IsSplit) {
+TEST_ROWS(Line, IsSplit, lineRows) {
   std::string all;
   for (const Word& word : wordsOf(GetParam().line))
     all += (word.quoted ? "[" : "<") + word.text + (word.quoted ? "]" : ">");
   EXPECT_EQ(all, GetParam().words);
 }
-INSTANTIATE_ROWS(Line, lineRows);
 
 TEST(Arguments, SeparatesOptionsFromWords) {
   Arguments given;
@@ -75,11 +73,9 @@ const ShapeRow shapeRows[] = {
     {"SecondShape", "api N, disk full", "x disk full", ""},
     {"ShapeThatWasMeant", "api N, api slow N, disk full", "x api slow", "N is missing."},
 };
-class ShapeOf : public testing::TestWithParam<ShapeRow> {};
-TEST_P(ShapeOf, IsFollowed) {
+TEST_ROWS(ShapeOf, IsFollowed, shapeRows) {
   Arguments given;
   EXPECT_EQ(given.read(GetParam().shapes, wordsOf(GetParam().line)), GetParam().problem);
 }
-INSTANTIATE_ROWS(ShapeOf, shapeRows);
 
 }  // namespace

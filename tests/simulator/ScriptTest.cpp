@@ -70,15 +70,13 @@ const FailingRow failingRows[] = {
     {"UnnoticedEnding", "start\nkill\nawait exit",
      "the end: the daemon must end with status 0\n  came: status signal 9"},
 };
-class FailingScript : public testing::TestWithParam<FailingRow> {};
-TEST_P(FailingScript, SaysWhy) {
+TEST_ROWS(FailingScript, SaysWhy, failingRows) {
   World world;
   const Printed output(std::cout);
   const Printed errors(std::cerr);
   EXPECT_FALSE(world.run(GetParam().script));
   EXPECT_NE(errors.text().find(GetParam().said), std::string::npos) << errors.text();
 }
-INSTANTIATE_ROWS(FailingScript, failingRows);
 
 TEST(Script, EchoesItsLines) {
   World world;
@@ -107,11 +105,9 @@ const AnswerRow answerRows[] = {
      "The modem has 1 message from 1, in 2 parts, 1 part repeated."},
     {"HelpForACheck", "help expect-count", "expect-count N\nin a script: the last output must have N lines"},
 };
-class AnswerTo : public testing::TestWithParam<AnswerRow> {};
-TEST_P(AnswerTo, Is) {
+TEST_ROWS(AnswerTo, Is, answerRows) {
   World world;
   EXPECT_EQ(world.interpreter.execute(GetParam().line).text, GetParam().answer);
 }
-INSTANTIATE_ROWS(AnswerTo, answerRows);
 
 }  // namespace

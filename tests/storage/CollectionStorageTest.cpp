@@ -94,8 +94,7 @@ const MoveRow moveRows[] = {
     {"Failed", Failed, "[{'guid':'1','status':'failed'}]"},
     {"NoFolder", 5, "null"},
 };
-class Move : public testing::TestWithParam<MoveRow> {};
-TEST_P(Move, WritesTheStatus) {
+TEST_ROWS(Move, WritesTheStatus, moveRows) {
   const Folders folders;
   const int from = GetParam().to == Sent ? Failed : Sent;
   folders.storage->save(json("{'guid':'1','status':'old'}"), from);
@@ -103,7 +102,6 @@ TEST_P(Move, WritesTheStatus) {
   EXPECT_EQ(folders.storage->load(Json::nullValue, GetParam().to), json(GetParam().moved));
   EXPECT_EQ(folders.storage->load(Json::nullValue, from), json("[]"));
 }
-INSTANTIATE_ROWS(Move, moveRows);
 
 struct MoveFilterRow {
   const char* name;
@@ -117,8 +115,7 @@ const MoveFilterRow moveFilterRows[] = {
     {"Record", "{'guid':'1','message':'a'}", "| 2 other | | 1 ", 0},
     {"NoRecord", "{'guid':'1','message':'c'}", "| 1 2 other | | ", 0},
 };
-class MoveFilter : public testing::TestWithParam<MoveFilterRow> {};
-TEST_P(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord) {
+TEST_ROWS(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord, moveFilterRows) {
   Folders folders;
   folders.put(json("{'guid':'1','message':'a'}"), Sending);
   folders.put(json("{'guid':'1','message':'b'}"), Sending, "other");
@@ -132,7 +129,6 @@ TEST_P(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord) {
     ++failures;
   EXPECT_EQ(failures, GetParam().removals) << text;
 }
-INSTANTIATE_ROWS(MoveFilter, moveFilterRows);
 
 TEST(Move, AcceptsValuesThatAreNotObjects) {
   Folders folders;
@@ -167,8 +163,7 @@ const LimitRow limitRows[] = {
     {"InboxIsNotCounted", "[[],['1','2','3','4'],['7'],['8'],[]]", Sent, "1 2 3 4 | 7 | 5 8 | "},
     {"OtherStatus", "[[],['1','2','3'],['1'],['2'],['3','4']]", 5, "1 2 3 | 1 | 2 | 3 4 "},
 };
-class Limit : public testing::TestWithParam<LimitRow> {};
-TEST_P(Limit, DiscardsTheSmallestGuid) {
+TEST_ROWS(Limit, DiscardsTheSmallestGuid, limitRows) {
   Folders folders;
   const Json::Value stored = json(GetParam().stored);
   for (Json::ArrayIndex status = 0; status < stored.size(); ++status) {
@@ -183,7 +178,6 @@ TEST_P(Limit, DiscardsTheSmallestGuid) {
   LimitCollectionStorageDecorator(folders.storage, 3, 4).save(json("{'guid':'5'}"), GetParam().status);
   EXPECT_EQ(folders.names(), GetParam().left);
 }
-INSTANTIATE_ROWS(Limit, limitRows);
 
 struct StoreRow {
   const char* name;
@@ -195,8 +189,7 @@ const StoreRow storeRows[] = {
     {"NoInbox", 0, 100, "| 3 4 | 5 6 9 | 7 8 "},
     {"NoOutbox", 100, 0, "1 2 | 3 4 | | "},
 };
-class Store : public testing::TestWithParam<StoreRow> {};
-TEST_P(Store, KeepsToEachLimit) {
+TEST_ROWS(Store, KeepsToEachLimit, storeRows) {
   const Folders folders;
   const auto store = makeMessageStore(folders.storage, GetParam().receivedLimit, GetParam().sentLimit);
   for (int i = 1; i <= 8; ++i) store->save(json("{'guid':'" + std::to_string(i) + "'}"), (i + 1) / 2);
@@ -204,4 +197,3 @@ TEST_P(Store, KeepsToEachLimit) {
   store->move(json("{'guid':'9'}"), Sending, Sent);
   EXPECT_EQ(folders.names(), GetParam().left);
 }
-INSTANTIATE_ROWS(Store, storeRows);

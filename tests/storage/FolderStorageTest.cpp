@@ -62,8 +62,7 @@ const FileRow fileRows[] = {
     {"CutShort", "{\"guid\":\"1", "[]", "Cannot parse JSON from file name: ["},
     {"TooDeep", std::string(2000, '['), "[]", "Cannot parse JSON from file name: [Exceeded stackLimit"},
 };
-class FolderFile : public testing::TestWithParam<FileRow> {};
-TEST_P(FolderFile, IsLoaded) {
+TEST_ROWS(FolderFile, IsLoaded, fileRows) {
   const TemporaryFolder folder{{"name", GetParam().content}};
   FolderStorage storage(folder.path);
   LogCapture log;
@@ -73,7 +72,6 @@ TEST_P(FolderFile, IsLoaded) {
   EXPECT_THAT(text, HasSubstr(GetParam().log));
   EXPECT_EQ(readFile(folder.path + "/name"), GetParam().content);
 }
-INSTANTIATE_ROWS(FolderFile, fileRows);
 
 TEST(FolderStorage, SkipsUnreadableFiles) {
   const TemporaryFolder folder{{"1", "{\"guid\":\"1\"}"}, {"sub-folder/x", ""}, {"tmp/x", ""}};
@@ -105,13 +103,11 @@ const FilterRow filterRows[] = {
     {"MissingKey", "{'status':null}", 0},
     {"NoObject", "['1']", 0},
 };
-class Filter : public testing::TestWithParam<FilterRow> {};
-TEST_P(Filter, SelectsTheRecordsWithItsMembers) {
+TEST_ROWS(Filter, SelectsTheRecordsWithItsMembers, filterRows) {
   const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null],"a\u0000b":1})"},
                                {"2", "[1]"}};
   EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().filter)).size(), GetParam().taken);
 }
-INSTANTIATE_ROWS(Filter, filterRows);
 
 TEST(FolderStorage, RemovesByGuidOrEverything) {
   const TemporaryFolder folder{{"1", "x"}, {"2", "x"}};

@@ -23,14 +23,3 @@ requests
 expect-count 2
 expect "path":"/api/command/send_wanips_sms"
 expect-not radio
-settings smsCommands.enabled false
-restart
-receive +4917099999 "#wan"
-pass
-requests
-expect-count 2
-records received
-expect "message":"#wan"
-expect-not "isSMSCommand":true,"message":"#wan",
-log --new
-expect WARNING VELD: [WARNING] SMS commands not enabled

@@ -1,14 +1,15 @@
-# The inbox and the outbox have a limit each. At the limit a new message displaces the oldest one.
-settings receivedLimit 1
+# The inbox and the outbox have a limit each. A listing of three hundred messages is taken whole, the newest are kept, and
+# the modem is empty.
+settings receivedLimit 20
 settings sentLimit 2
 start
-receive +4917099999 "one"
-pass
-receive +4917099999 "two"
+receive +4917099999 "one of many" --times 300
 pass
 records received
-expect-count 1
-expect "message":"two"
+expect-count 20
+expect 299","message"
+modem
+expect unread 0, read 0
 queue +4917011111 "three"
 pass
 queue +4917011111 "four"

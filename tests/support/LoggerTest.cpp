@@ -76,10 +76,8 @@ const TextRow textRows[] = {
     {"BeyondTheLast", "\xF4\x90\x80\x80\xF8\x90\x80\x80", "#364#220#200#200#370#220#200#200"},
     {"Long", std::string(100000, 'x'), std::string(100000, 'x')},
 };
-class Text : public testing::TestWithParam<TextRow> {};
-TEST_P(Text, IsEscaped) {
+TEST_ROWS(Text, IsEscaped, textRows) {
   LogCapture log;
   ORVEL_LOG(INFO, "%s", GetParam().text.c_str());
   EXPECT_EQ(log.text(), "[INFO] " + GetParam().line + "\n");
 }
-INSTANTIATE_ROWS(Text, textRows);

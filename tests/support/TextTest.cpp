@@ -22,11 +22,9 @@ const SplitRow splitRows[] = {
     {"LimitKeepsTheRest", "a b  c", 2, {"a", "b  c"}},
     {"LimitOfNone", "a b", 0, {}},
 };
-class Split : public testing::TestWithParam<SplitRow> {};
-TEST_P(Split, GivesThePieces) {
+TEST_ROWS(Split, GivesThePieces, splitRows) {
   EXPECT_EQ(split(GetParam().text, " ,", GetParam().limit), GetParam().pieces);
 }
-INSTANTIATE_ROWS(Split, splitRows);
 
 TEST(Trim, RemovesWhiteSpaceAtBothEndsOnly) {
   EXPECT_EQ(trim(" \t\n\r\v\fa\t b\f\v\r\n\t "), "a\t b");

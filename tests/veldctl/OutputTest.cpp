@@ -20,9 +20,9 @@ const PrintableRow printableRows[] = {
     {"BesideThem", "\u2027\u202f", "\u2027\u202f"},
     {"Arabic", "\u0633", "\u0633"},
 };
-class Printable : public testing::TestWithParam<PrintableRow> {};
-TEST_P(Printable, CannotSteerATerminal) { EXPECT_EQ(Output::printable(GetParam().text), GetParam().shown); }
-INSTANTIATE_ROWS(Printable, printableRows);
+TEST_ROWS(Printable, CannotSteerATerminal, printableRows) {
+  EXPECT_EQ(Output::printable(GetParam().text), GetParam().shown);
+}
 
 struct CutRow {
   const char* name;
@@ -40,8 +40,8 @@ const CutRow cutRows[] = {
     {"Combining", "e\u0301e\u0301", 2, "e\u0301e\u0301"},
     {"NoRoom", "12", 0, ""},
 };
-class Cut : public testing::TestWithParam<CutRow> {};
-TEST_P(Cut, CountsColumns) { EXPECT_EQ(Output::cut(GetParam().text, GetParam().columns), GetParam().cut); }
-INSTANTIATE_ROWS(Cut, cutRows);
+TEST_ROWS(Cut, CountsColumns, cutRows) {
+  EXPECT_EQ(Output::cut(GetParam().text, GetParam().columns), GetParam().cut);
+}
 
 }  // namespace

@@ -18,14 +18,8 @@ const NumberRow numberRows[] = {
     {"Empty", "", false},
     {"Command", "1;reboot", false},
 };
-class Number : public testing::TestWithParam<NumberRow> {};
-TEST_P(Number, IsDigits) { EXPECT_EQ(ShortMessage::isNumber(GetParam().number), GetParam().isNumber); }
-INSTANTIATE_ROWS(Number, numberRows);
-
-std::string times(std::size_t count, const std::string& text) {
-  std::string all;
-  for (std::size_t i = 0; i < count; ++i) all += text;
-  return all;
+TEST_ROWS(Number, IsDigits, numberRows) {
+  EXPECT_EQ(ShortMessage::isNumber(GetParam().number), GetParam().isNumber);
 }
 
 struct ShapeRow {
@@ -59,13 +53,11 @@ const ShapeRow shapeRows[] = {
     {"CutUtf8", "a\xc3", 0, "", "the text is not valid UTF-8, at byte 2"},
     {"Surrogate", "\xed\xa0\x80", 0, "", "the text is not valid UTF-8, at byte 1"},
 };
-class Shape : public testing::TestWithParam<ShapeRow> {};
-TEST_P(Shape, IsCounted) {
+TEST_ROWS(Shape, IsCounted, shapeRows) {
   const ShortMessage::Shape shape = ShortMessage::shapeOf(GetParam().text);
   EXPECT_EQ(shape.fault, GetParam().fault);
   EXPECT_EQ(shape.messages, GetParam().messages);
   EXPECT_EQ(shape.fault.empty() ? shape.outside : "", GetParam().outside);
 }
-INSTANTIATE_ROWS(Shape, shapeRows);
 
 }  // namespace

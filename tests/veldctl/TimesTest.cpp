@@ -30,12 +30,10 @@ const ParseRow parseRows[] = {
     {"NoNumber", "h", std::nullopt},
     {"MoreBehind", "2027-01-15 8h", std::nullopt},
 };
-class Parse : public testing::TestWithParam<ParseRow> {};
-TEST_P(Parse, TakesSpansAndDates) {
+TEST_ROWS(Parse, TakesSpansAndDates, parseRows) {
   setZone("UTC");
   EXPECT_EQ(Times::parse(GetParam().text, now), GetParam().time);
 }
-INSTANTIATE_ROWS(Parse, parseRows);
 
 TEST(Times, NameTheirZone) {
   setZone("XYZ-5:30");
@@ -51,8 +49,8 @@ const SpanRow spanRows[] = {
     {"LastSeconds", 119, "119 s"}, {"Minutes", 120, "2 min"},     {"LastMinutes", 7199, "119 min"},
     {"Hours", 7200, "2 h"},        {"LastHours", 172799, "47 h"}, {"Days", 172800, "2 d"},
 };
-class Span : public testing::TestWithParam<SpanRow> {};
-TEST_P(Span, HasItsLargestSensibleUnit) { EXPECT_EQ(Times::span(GetParam().seconds), GetParam().text); }
-INSTANTIATE_ROWS(Span, spanRows);
+TEST_ROWS(Span, HasItsLargestSensibleUnit, spanRows) {
+  EXPECT_EQ(Times::span(GetParam().seconds), GetParam().text);
+}
 
 }  // namespace

@@ -31,12 +31,10 @@ const HttpRow httpRows[] = {
     {"NoPath", "GET a HTTP/1.1\r\n\r\n", HttpState::Wrong},
     {"Endless", std::string((1 << 20) + 1, 'a'), HttpState::Wrong},
 };
-class Http : public testing::TestWithParam<HttpRow> {};
-TEST_P(Http, IsRead) {
+TEST_ROWS(Http, IsRead, httpRows) {
   HttpRequest request;
   EXPECT_EQ(parseHttp(GetParam().received, request), GetParam().state);
 }
-INSTANTIATE_ROWS(Http, httpRows);
 
 struct BodyRow {
   const char* name;
@@ -64,9 +62,9 @@ const BodyRow bodyRows[] = {
     {"MoreBehind", R"({"recipients": ["+49170"], "args": []} {})", false},
     {"QuoteInArgument", R"({"recipients": ["+49170"], "args": ["a"b"]})", false},
 };
-class Command : public testing::TestWithParam<BodyRow> {};
-TEST_P(Command, IsTaken) { EXPECT_EQ(parseCommandRequest(GetParam().body).has_value(), GetParam().isTaken); }
-INSTANTIATE_ROWS(Command, bodyRows);
+TEST_ROWS(Command, IsTaken, bodyRows) {
+  EXPECT_EQ(parseCommandRequest(GetParam().body).has_value(), GetParam().isTaken);
+}
 
 TEST(Command, KeepsSenderAndArguments) {
   const auto command = parseCommandRequest(R"({"recipients": ["+49170"], "args": ["a", ""]})");
@@ -85,12 +83,6 @@ TEST(StrictJson, SurvivesDeepNesting) {
   std::string fault;
   EXPECT_FALSE(parseStrictJson(std::string(100'000, '['), fault));
   EXPECT_NE(fault, "");
-}
-
-std::string times(std::size_t count, const std::string& text) {
-  std::string all;
-  while (count-- > 0) all += text;
-  return all;
 }
 
 struct ReplyRow {
@@ -113,8 +105,6 @@ const ReplyRow replyRows[] = {
     {"Ucs2", times(300, "Ж"), true, times(201, "Ж")},
     {"Emoji", times(300, "🙂"), true, times(99, "🙂")},
 };
-class Reply : public testing::TestWithParam<ReplyRow> {};
-TEST_P(Reply, IsAtMostThreeMessages) {
+TEST_ROWS(Reply, IsAtMostThreeMessages, replyRows) {
   EXPECT_EQ(replyText(GetParam().output, GetParam().succeeded), GetParam().reply);
 }
-INSTANTIATE_ROWS(Reply, replyRows);

@@ -23,14 +23,12 @@ const ProcessRow processRows[] = {
     {"LeadsItsGroup", {"/bin/sh", "-c", "[ $(ps -o pgid= $$) = $$ ] && echo yes"}, true, "yes\n"},
     {"OthersHoldTheOutput", {"/bin/sh", "-c", "sleep 1000 & echo out"}, true, "out\n"},
 };
-class Process : public testing::TestWithParam<ProcessRow> {};
-TEST_P(Process, IsRun) {
+TEST_ROWS(Process, IsRun, processRows) {
   const Ending ending = runCommand(GetParam().words, {"A=1"}, "given", 60);
   EXPECT_EQ(ending.succeeded, GetParam().succeeded);
   EXPECT_EQ(ending.output, GetParam().output);
   EXPECT_FALSE(ending.timedOut);
 }
-INSTANTIATE_ROWS(Process, processRows);
 
 TEST(Process, IsKilledWithItsGroupAtTheTimeOut) {
   const Ending ending = runCommand({"/bin/sh", "-c", "sleep 1001 & echo $!; sleep 1001"}, {}, "", 1);

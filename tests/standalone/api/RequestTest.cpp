@@ -126,21 +126,18 @@ const AnswerRow answerRows[] = {
     {"BadBody", post("do_ping_through_sms", "{}"), R"({"code":400,"result":"the body is no command"})"},
     {"NoHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is no HTTP request"})"},
 };
-class Request : public testing::TestWithParam<AnswerRow> {};
-TEST_P(Request, IsAnswered) {
+TEST_ROWS(Request, IsAnswered, answerRows) {
   const ApiFolder folder;
   const Api api(folder, GetParam().request);
   EXPECT_EQ(bodyOf(api.answer()), GetParam().answer);
 }
-INSTANTIATE_ROWS(Request, answerRows);
 
 struct SettingsRow {
   const char* name;
   const char* settings;
 };
 const SettingsRow faultyRows[] = {{"Broken", "{\"enabled\": true,}"}, {"Array", "[]"}, {"Empty", ""}};
-class FaultySettings : public testing::TestWithParam<SettingsRow> {};
-TEST_P(FaultySettings, AreAnsweredWith500AndPermitNothing) {
+TEST_ROWS(FaultySettings, AreAnsweredWith500AndPermitNothing, faultyRows) {
   const ApiFolder folder("echo run", GetParam().settings);
   for (const std::string& request : {std::string("GET /api/sms HTTP/1.1\r\n\r\n"), post("own")}) {
     Api api(folder, request);
@@ -149,7 +146,6 @@ TEST_P(FaultySettings, AreAnsweredWith500AndPermitNothing) {
   }
   EXPECT_EQ(folder.sent(), "");
 }
-INSTANTIATE_ROWS(FaultySettings, faultyRows);
 
 TEST(InstalledSettings, PermitNothing) {
   const ApiFolder folder("", readFile(sources + "/settings.json").c_str());
@@ -172,15 +168,13 @@ const SentRow sentRows[] = {
     {"Nothing", "", "send +49170 -\ndone"},
     {"Failure", "exit 1", "send +49170 -\nfailed"},
 };
-class Program : public testing::TestWithParam<SentRow> {};
-TEST_P(Program, IsRunAndItsOutputQueued) {
+TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
   const ApiFolder folder(GetParam().text);
   Api api(folder, post("do_ping_through_sms"));
   EXPECT_EQ(bodyOf(api.answer()), R"({"code":200,"result":null})");
   api.end();
   EXPECT_EQ(folder.sent(), GetParam().sent);
 }
-INSTANTIATE_ROWS(Program, sentRows);
 
 TEST(ProgramThatWaits, HoldsNoAnswerAndOneOtherProgram) {
   const ApiFolder folder("read line <${0%/*}/../pipe; echo first");

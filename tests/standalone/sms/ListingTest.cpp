@@ -44,33 +44,20 @@ struct TextRow {
   std::string text;
 };
 const TextRow textRows[] = {
-    {"Plain", "Hello"},
     {"Empty", ""},
-    {"LeadingBlanks", "  two "},
-    {"Utf8", "Grüße 中文 🙂"},
-    {"Backslash", "a\\x41\\n"},
-    {"BackslashBehindBackslash", "\\\\x41"},
-    {"Quotes", "\"q\"\""},
-    {"Lines", "a\r\nb\n"},
     {"Marker", "index indexindex"},
     {"OtherMarkers", "smsc-addr: 1 addr: 2 user-data: \"3\""},
     {"Extensions", "^{}[~]|€\\\f"},
-    {"Header8", std::string("\x05\x00\x03\x01\x02\x01", 6).substr(0, 1) + "\b\x04" + "abcd"},
-    {"HeaderBehindQuote",
-     "\"\b\x04"
-     "abcd"},
-    {"HeaderBehindBackslash",
-     "\\\b\x04"
-     "abcd"},
+    {"Header8", "\5\b\4abcd"},
+    {"HeaderBehindQuote", "\"\b\4abcd"},
+    {"HeaderBehindBackslash", "\\\b\4abcd"},
     {"Controls", "\a\b\t\v\f\x1b\x7f"},
     {"FullPart", std::string(900, 'a')},
     {"OneMore", std::string(901, 'a')},
     {"PrintedLonger", std::string(300, '\\')},
     {"Thousands", std::string(39000, 'l')},
 };
-class ListedText : public testing::TestWithParam<TextRow> {};
-TEST_P(ListedText, Arrives) { EXPECT_EQ(arriving(GetParam().text), GetParam().text); }
-INSTANTIATE_ROWS(ListedText, textRows);
+TEST_ROWS(ListedText, Arrives, textRows) { EXPECT_EQ(arriving(GetParam().text), GetParam().text); }
 
 TEST(ListedTexts, ArriveWithAnyContent) {
   const std::vector<std::string> alphabet = {
@@ -110,14 +97,12 @@ const SenderRow senderRows[] = {
     {"TextMarker", "user-data:x", "User-data:x"},
     {"LineFeed", "a\nb", "a b"},
 };
-class ListedSender : public testing::TestWithParam<SenderRow> {};
-TEST_P(ListedSender, Arrives) {
+TEST_ROWS(ListedSender, Arrives, senderRows) {
   const std::vector<Json::Value> records =
       readByTheDaemon(listed({{"1", false, "", GetParam().sender, "t"}}));
   ASSERT_EQ(records.size(), 1U);
   EXPECT_EQ(records[0][Key::Source].asString(), GetParam().arrives);
   EXPECT_EQ(records[0][Key::Message].asString(), "t");
 }
-INSTANTIATE_ROWS(ListedSender, senderRows);
 
 }  // namespace

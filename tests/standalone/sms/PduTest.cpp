@@ -38,18 +38,16 @@ const DeliverRow deliverRows[] = {
      " +27838890001 gsm 42 1/2 4078473419 He"},
     {"WideReference", "00440B917238880900F100089930925161958009060804123403020411",
      " +27838890001 ucs2 4660 2/3 4078473419 Б"},
-    {"NumberAboveCount",
-     "00440B917238880900F100089930925161958008050003120203"
-     "0411",
+    {"NumberAboveCount", "00440B917238880900F1000899309251619580080500031202030411",
      " +27838890001 ucs2 18 1/1 4078473419 Б"},
     {"Report", "00060B917238880900F10000993092516195800131", "none"},
     {"CutShort", "00040B917238880900F10000993092516195800AE8329BFD4697D9EC", "none"},
     {"NoHex", "0004zz", "none"},
     {"Empty", "", "none"},
 };
-class Deliver : public testing::TestWithParam<DeliverRow> {};
-TEST_P(Deliver, IsRead) { EXPECT_EQ(described(readDeliver(GetParam().pdu)), GetParam().described); }
-INSTANTIATE_ROWS(Deliver, deliverRows);
+TEST_ROWS(Deliver, IsRead, deliverRows) {
+  EXPECT_EQ(described(readDeliver(GetParam().pdu)), GetParam().described);
+}
 
 // Number of parts, then length and PDU of the first.
 std::string submitted(const std::string& number, const std::string& text) {
@@ -79,12 +77,10 @@ const SubmitRow submitRows[] = {
     {"MostParts", "0171", std::string(255 * 153, '1'), "255 149 00410004811017"},
     {"TooManyParts", "0171", std::string(255 * 153 + 1, '1'), "none"},
 };
-class Submits : public testing::TestWithParam<SubmitRow> {};
-TEST_P(Submits, AreMade) {
+TEST_ROWS(Submits, AreMade, submitRows) {
   const std::string made = submitted(GetParam().number, GetParam().text);
   EXPECT_EQ(made.substr(0, std::string(GetParam().submitted).size()), GetParam().submitted);
 }
-INSTANTIATE_ROWS(Submits, submitRows);
 
 struct NumberRow {
   const char* name;
@@ -102,8 +98,6 @@ const NumberRow numberRows[] = {
     {"TwentyDigits", "+12345678901234567890", true},
     {"TooLong", "123456789012345678901", false},
 };
-class Number : public testing::TestWithParam<NumberRow> {};
-TEST_P(Number, IsTold) { EXPECT_EQ(Standalone::isNumber(GetParam().number), GetParam().is); }
-INSTANTIATE_ROWS(Number, numberRows);
+TEST_ROWS(Number, IsTold, numberRows) { EXPECT_EQ(Standalone::isNumber(GetParam().number), GetParam().is); }
 
 }  // namespace
