@@ -27,9 +27,11 @@ std::string Shelf::pathOf(const std::string& place) {
 
 Shelf::Changes Shelf::look() {
   Versions now;
-  for (const std::string& box : boxes_)
-    for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box)))
-      now[box + "/" + name] = versionOf(MessageFolders::pathOf(box) + "/" + name);
+  for (const std::string& box : boxes_) {
+    const std::string folder = MessageFolders::pathOf(box) + "/";
+    for (const std::string& name : Simulator::listFolder(folder))
+      now[std::string(box).append("/").append(name)] = versionOf(folder + name);
+  }
   Changes changes{{}, {}, {}, limit_};
   const auto isIn = [](const Versions& versions, const auto& file) {
     const auto found = versions.find(file.first);

@@ -40,6 +40,7 @@ std::string statusOf(pid_t process, const std::string& key) {
 bool Tracer::attach(pid_t process, std::vector<std::string> options) {
   options.insert(options.begin(), {"strace", "-o", traceFile, "-p", std::to_string(process)});
   std::vector<char*> words;
+  words.reserve(options.size() + 1);
   for (std::string& option : options) words.push_back(option.data());
   words.push_back(nullptr);
   std::filesystem::remove(traceFile);

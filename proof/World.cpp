@@ -46,6 +46,7 @@ unsigned World::enter(const std::string& text, const std::string& sender, unsign
   Simulator::GsmEncoder encoder;
   if (!encoder.encode(text, {false, parts, nextReference_++}).empty()) std::abort();
   std::vector<std::pair<std::string, std::string>> entered;
+  entered.reserve(encoder.parts.size());
   for (const std::string& part : encoder.parts)
     entered.emplace_back(part, encoder.parts.size() > 1 ? part.substr(headerSize) : text);
   const unsigned kind = text.find('#') == std::string::npos ? Kind::Text

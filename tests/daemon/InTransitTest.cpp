@@ -232,7 +232,6 @@ TEST(InTransit, FilesUnderAFreeGuidIfTheGuidIsTaken) {
 
 TEST(InTransit, IsFlushedBeforeAStepThatCannotBeUndone) {
   Gateway gateway({{"outbox/sending/9", R"({"guid":"9"})"}});
-  std::string beforeTheSend;
   gateway.pass();
   std::filesystem::rename(gateway.world.root.path + "/outbox/sent/9",
                           gateway.world.root.path + "/outbox/sending/9");

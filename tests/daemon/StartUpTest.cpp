@@ -19,8 +19,6 @@
 #include "tests/Rows.h"
 #include "tests/TemporaryFolder.h"
 
-using testing::HasSubstr;
-
 namespace {
 
 /// Which call fails with EPERM. "none" for none. While it is set, fork() makes no process and returns as in

@@ -67,9 +67,9 @@ TEST_ROWS(Command, IsTaken, bodyRows) {
 }
 
 TEST(Command, KeepsSenderAndArguments) {
-  const auto command = parseCommandRequest(R"({"recipients": ["+49170"], "args": ["a", ""]})");
-  EXPECT_EQ(command->sender, "+49170");
-  EXPECT_EQ(command->args, (std::vector<std::string>{"a", ""}));
+  const auto command = parseCommandRequest(R"({"recipients": ["+49170"], "args": ["a", ""]})").value();
+  EXPECT_EQ(command.sender, "+49170");
+  EXPECT_EQ(command.args, (std::vector<std::string>{"a", ""}));
 }
 
 TEST(StrictJson, SaysLineAndColumn) {
