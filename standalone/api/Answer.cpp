@@ -59,7 +59,7 @@ bool isProgram(const std::string& path) {
 
 // veld requests only what the settings permit. This stops other clients of the socket.
 bool isPermitted(const std::string& name, const Json::Value& settings) {
-  const Json::Value commands = settings[SettingsKey::smsCommands];
+  const Json::Value& commands = settings[SettingsKey::smsCommands];
   if (!commands.isObject() || commands["enabled"] != true) return false;
   for (const CommandRow& row : commandRows)
     if (row.key != nullptr && name == row.path) return commands[row.key] == true;

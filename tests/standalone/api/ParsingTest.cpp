@@ -67,7 +67,8 @@ TEST_ROWS(Command, IsTaken, bodyRows) {
 }
 
 TEST(Command, KeepsSenderAndArguments) {
-  const auto command = parseCommandRequest(R"({"recipients": ["+49170"], "args": ["a", ""]})").value();
+  const auto command =
+      parseCommandRequest(R"({"recipients": ["+49170"], "args": ["a", ""]})").value_or(CommandRequest{});
   EXPECT_EQ(command.sender, "+49170");
   EXPECT_EQ(command.args, (std::vector<std::string>{"a", ""}));
 }

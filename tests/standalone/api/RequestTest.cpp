@@ -151,7 +151,8 @@ TEST(InstalledSettings, PermitNothing) {
   const ApiFolder folder("", readFile(sources + "/settings.json").c_str());
   const Api settingsApi(folder, "GET /api/sms HTTP/1.1\r\n\r\n");
   std::string fault;
-  EXPECT_EQ(parseStrictJson(bodyOf(settingsApi.answer()), fault).value()["result"]["enabled"], true);
+  EXPECT_EQ(parseStrictJson(bodyOf(settingsApi.answer()), fault).value_or(Json::Value())["result"]["enabled"],
+            true);
   const Api api(folder, post("own"));
   EXPECT_EQ(bodyOf(api.answer()), R"({"code":403,"result":"the command is switched off"})");
 }
