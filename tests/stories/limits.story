@@ -1,5 +1,5 @@
-# The inbox and the outbox have a limit each. A listing of three hundred messages is taken whole, the newest are kept, and
-# the modem is empty.
+# The inbox and the outbox have a limit each. The daemon reads a listing of three hundred messages completely, keeps the
+# newest, and empties the modem.
 settings receivedLimit 20
 settings sentLimit 2
 start
