@@ -32,7 +32,7 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;
 
   Spool spool;
-  std::set<std::string> interrupted;         ///< guids of messages during whose send a daemon ended
+  std::set<std::string> interrupted;         ///< guids of messages that an earlier daemon was sending
   unsigned turn = 0;                         ///< selects the answered send that a pass files first
   SendInProgress* sendInProgress = nullptr;  ///< receives the modem's announcements; may be null
 

@@ -129,7 +129,7 @@ class Soak {
     return true;
   }
 
-  // Files the waiting messages. The log line of a message reconnects a syslog that was gone.
+  // Files the waiting messages. Logging a message makes the daemon reconnect to syslog.
   bool settle() {
     world_.receive("the message after pass " + std::to_string(world_.ledger.entered()));
     return world_.pass(2);

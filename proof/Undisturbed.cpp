@@ -42,7 +42,7 @@ std::string shown(const Tracer::Call& call) {
 
 bool showUndisturbed(const World::Programs& programs, const Words&) {
   for (const Scenario& scenario : scenarios) {
-    if (scenario.atStart && scenario.before != nullptr) continue;  // the daemon before it was disturbed
+    if (scenario.atStart && scenario.before != nullptr) continue;  // an earlier daemon was disturbed
     World world = prepare(scenario, programs);
     Tracer tracer;
     if (!begin(scenario, world, tracer, {"-f", "-s", "1000", "-e", "trace=execve,sendto"}) ||

@@ -22,7 +22,7 @@ std::string faultOf(CURL* curl, CURLcode code) {
   return curl_easy_strerror(code);
 }
 
-// Empty, with the body in `answer`, when the transfer is complete.
+// Returns an error text; empty on success, with the body in `answer`.
 std::string fetch(std::string& answer) {
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
   if (curl == nullptr) return "memory is out";

@@ -12,7 +12,7 @@ namespace {
 
 using namespace MessageStatus;
 
-constexpr std::int64_t longQueued = 600;  // seconds; a message waits for a pass, and for those before it
+constexpr std::int64_t longQueued = 600;  // seconds; the queue before it is sent in the same pass
 constexpr std::size_t mostNamed = 5;      // guids that are named in one line
 
 struct Census {

@@ -31,7 +31,8 @@ bool News::Known::operator==(const Known& other) const {
   return changed == other.changed && lacksParts == other.lacksParts;
 }
 
-// The files, and forgets those that are gone. None when a folder cannot be listed, which is said once.
+// Returns the files, and forgets known ones that are gone. None when a folder cannot be listed, which is said
+// once.
 std::vector<FileName> News::look() {
   Listing listing = folders_.names(statuses);
   const std::string error = listing.errors.empty() ? "" : listing.errors.front();

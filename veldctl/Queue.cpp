@@ -72,7 +72,7 @@ std::string guidOfNow() {
 
 }  // namespace
 
-// The lock on the outbox, held until the object ends. Who waits for longer than a second is told.
+// The lock on the outbox, held until the object ends. After one second of waiting, the user is told.
 class Queue::Lock {
  public:
   explicit Lock(const std::string& folder) : file_(open(folder.c_str(), O_RDONLY | O_CLOEXEC)) {

@@ -11,7 +11,7 @@ namespace Simulator {
 /// the checks. All but expect-exit look at the output of the last command.
 class Script {
  public:
-  /// `name` stands for the text in messages. With `echo` each line is printed before its output.
+  /// Error messages call this script `name`. With `echo` each line is printed before its output.
   Script(Interpreter& interpreter, std::string name, bool echo);
 
   /// Stops at the first line that fails, with its reason on standard error, and returns false. After the last
