@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -11,6 +10,7 @@
 #include <cstring>
 #include <memory>
 
+#include "support/FileDescriptor.h"
 #include "support/Text.h"
 
 namespace Orvel {
@@ -20,14 +20,12 @@ Logger::PrintMode currentMode = Logger::PrintMode::StandardError;
 std::string syslogIdent;  // openlog keeps a pointer to its text
 
 bool connects(int type) {
-  const int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
-  if (fd < 0) return false;
+  const FileDescriptor descriptor(socket(AF_UNIX, type | SOCK_CLOEXEC, 0));
+  if (!descriptor.isOpen()) return false;
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::strncpy(address.sun_path, _PATH_LOG, sizeof(address.sun_path) - 1);
-  const bool connected = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-  close(fd);
-  return connected;
+  return connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
 // The C library's syslog tries a datagram socket and then a stream.

@@ -2,11 +2,12 @@
 
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdlib>
 #include <string>
+
+#include "support/FileDescriptor.h"
 
 namespace Orvel {
 namespace {
@@ -30,12 +31,11 @@ void Watchdog::feed() {
   address.sun_family = AF_UNIX;
   managerSocket.copy(address.sun_path, sizeof(address.sun_path));
   if (address.sun_path[0] == '@') address.sun_path[0] = '\0';  // an abstract name
-  const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) return;
+  const FileDescriptor descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  if (!descriptor.isOpen()) return;
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + managerSocket.size());
-  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), size) == 0)
-    send(fd, sign, sizeof(sign) - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
-  close(fd);
+  if (connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), size) == 0)
+    send(descriptor.get(), sign, sizeof(sign) - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
 
 }  // namespace Orvel
