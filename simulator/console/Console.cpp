@@ -79,6 +79,26 @@ void showNews(std::size_t& told, std::size_t& logged) {
   std::cout.flush();
 }
 
+// With SA_RESTART, a command's system calls go on after Ctrl-C. Without it, Ctrl-C ends the reading of a line
+// even if the line editor's own handler has already run: that handler serves one signal a line, and misses a
+// read that begins later.
+void handleInterrupt(int flags) {
+  struct sigaction action = {};
+  action.sa_handler = [](int) { interpreter->gateway().daemon.interrupted = true; };
+  action.sa_flags = flags;
+  sigaction(SIGINT, &action, nullptr);
+}
+
+char* readCommand() {
+  handleInterrupt(0);
+  errno = 0;
+  char* line = readline(prompt);
+  const int error = errno;
+  handleInterrupt(SA_RESTART);
+  errno = error;
+  return line;
+}
+
 }  // namespace
 
 void runConsole(Interpreter& commands) {
@@ -87,7 +107,6 @@ void runConsole(Interpreter& commands) {
   const char* home = std::getenv("HOME");
   const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
   interpreter = &commands;
-  std::signal(SIGINT, [](int) { interpreter->gateway().daemon.interrupted = true; });
   rl_readline_name = "gateway";
   rl_attempted_completion_function = complete;
   using_history();
@@ -98,8 +117,7 @@ void runConsole(Interpreter& commands) {
   std::size_t told = 0;
   std::size_t logged = 0;
   for (;;) {
-    errno = 0;
-    char* typed = readline(prompt);
+    char* typed = readCommand();
     if (typed == nullptr && errno != EINTR) break;
     if (typed == nullptr) {  // Ctrl-C
       std::cout << "\n";
