@@ -3,7 +3,6 @@
 #include <editline/readline.h>
 #include <langinfo.h>
 
-#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
@@ -79,9 +78,7 @@ void showNews(std::size_t& told, std::size_t& logged) {
   std::cout.flush();
 }
 
-// With SA_RESTART, a command's system calls go on after Ctrl-C. Without it, Ctrl-C ends the reading of a line
-// even if the line editor's own handler has already run: that handler serves one signal a line, and misses a
-// read that begins later.
+// Without SA_RESTART, Ctrl-C ends the reading of a line; with it, the system calls of a command go on.
 void handleInterrupt(int flags) {
   struct sigaction action = {};
   action.sa_handler = [](int) { interpreter->gateway().daemon.interrupted = true; };
@@ -90,12 +87,11 @@ void handleInterrupt(int flags) {
 }
 
 char* readCommand() {
+  interpreter->gateway().daemon.interrupted = false;
   handleInterrupt(0);
-  errno = 0;
+  rl_resize_terminal();
   char* line = readline(prompt);
-  const int error = errno;
   handleInterrupt(SA_RESTART);
-  errno = error;
   return line;
 }
 
@@ -108,6 +104,7 @@ void runConsole(Interpreter& commands) {
   const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
   interpreter = &commands;
   rl_readline_name = "gateway";
+  rl_catch_signals = 0;  // its handler serves one signal a line, and changes the terminal's mode while a line is read
   rl_attempted_completion_function = complete;
   using_history();
   stifle_history(1000);
@@ -118,8 +115,8 @@ void runConsole(Interpreter& commands) {
   std::size_t logged = 0;
   for (;;) {
     char* typed = readCommand();
-    if (typed == nullptr && errno != EINTR) break;
-    if (typed == nullptr) {  // Ctrl-C
+    if (typed == nullptr && !commands.gateway().daemon.interrupted) break;
+    if (typed == nullptr) {
       std::cout << "\n";
       continue;
     }

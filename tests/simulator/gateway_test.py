@@ -207,7 +207,10 @@ class ConsoleTest(unittest.TestCase):
         console.types("nonsense\n")
         self.assertTrue(console.sees('There is no command "nonsense"'))
         self.assertEqual(re.findall('no command "never', console.screen), [])
-        console.types("\004")
+        with self.assertRaises(OSError):  # until the console closes the terminal; Ctrl-U deletes a Ctrl-D that came too early
+            for _ in range(100):
+                console.types("\025\004")
+                console.sees("a text that never comes", 0.5)
         self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(console.pid, 0)[1]), 0)
         with open(home + "/.veld-gateway-history") as history:
             self.assertIn("receive", history.read())
