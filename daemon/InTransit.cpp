@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "daemon/SendInProgress.h"
 #include "storage/FolderCollectionStorage.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
@@ -32,7 +31,7 @@ void InTransit::begin(const Spool::Pass& pass) {
 std::optional<SpoolEntry> InTransit::read(unsigned number) {
   const std::optional<Spool::Note> note = spool.read(number);
   if (!note) return std::nullopt;
-  std::optional<SpoolEntry> entry = parseEntry(*note);
+  std::optional<SpoolEntry> entry = entryOf(*note);
   if (!entry) spool.setAside(number);
   return entry;
 }
@@ -57,14 +56,29 @@ bool InTransit::isTaken(const std::string& guid) const {
 }
 
 void InTransit::aboutToDelete(const std::vector<Json::Value>& records) {
-  if (const std::optional<std::string> text = textOf(records))
-    received_ = spool.add({stageOf(ReceivedBatch{}), *text});
+  if (const std::optional<Spool::Note> note = noteOf(Batch{Batch::Kind::Received, records}))
+    received_ = spool.add(*note);
 }
 
-void InTransit::aboutToSend() {
-  if (sendInProgress != nullptr) sendInProgress->begin();
+void InTransit::expectSend(const Json::Value& record, int from) {
+  send_ = {Send::Stage::Begun, record, from};
+  number_ = 0;
 }
 
-void InTransit::answered(bool sent) {
-  if (sendInProgress != nullptr) sendInProgress->answer(sent);
+void InTransit::aboutToSend() { noteSend(Send::Stage::Begun); }
+
+void InTransit::answered(bool sent) { noteSend(sent ? Send::Stage::Sent : Send::Stage::Refused); }
+
+std::optional<std::pair<unsigned, Send>> InTransit::takeSend() {
+  if (number_ == 0) return std::nullopt;
+  return std::pair{std::exchange(number_, 0), std::move(send_)};
+}
+
+void InTransit::noteSend(Send::Stage stage) {
+  if (send_.stage != Send::Stage::Begun) return;
+  send_.stage = stage;
+  if (number_ != 0)
+    spool.rename(number_, stageOf(send_), true);
+  else if (const std::optional<Spool::Note> note = noteOf(send_))
+    number_ = spool.add(*note);
 }

@@ -1,15 +1,12 @@
 #pragma once
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "provider/ModemEvents.h"
 #include "storage/Spool.h"
 #include "storage/SpoolEntry.h"
-
-class SendInProgress;
 
 /// Owns the messages on their way between the modem and the message folders. Writes a note to the spool when
 /// the modem announces a step that cannot be undone; Inbox and Outbox file what the notes hold.
@@ -28,22 +25,32 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   /// too.
   unsigned takeReceived();
 
+  /// Expects the modem to be asked to send a record of Sending or Failed.
+  void expectSend(const Json::Value& record, int from);
+
+  /// Changes the note of the expected send, flushed; writes one if the modem was not asked. Only the first
+  /// answer counts.
+  void answered(bool sent) override;
+
+  /// The answered send and the number of its note; nullopt if it could not be noted.
+  std::optional<std::pair<unsigned, Send>> takeSend();
+
   /// The file of a record under a status.
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;
 
-  Spool spool;
-  std::set<std::string> interrupted;         ///< guids of messages that an earlier daemon was sending
-  unsigned turn = 0;                         ///< selects the answered send that a pass files first
-  SendInProgress* sendInProgress = nullptr;  ///< receives the modem's announcements; may be null
-
   [[nodiscard]] bool isTaken(const std::string& guid) const override;
+
+  Spool spool;
+  unsigned turn = 0;  ///< selects the answered send that a pass files first
 
  private:
   void aboutToDelete(const std::vector<Json::Value>& records) override;
   void aboutToSend() override;
-  void answered(bool sent) override;
+  void noteSend(Send::Stage stage);
 
   const std::string root_;
   const std::string staging_;
   unsigned received_ = 0;
+  Send send_;            ///< the expected send
+  unsigned number_ = 0;  ///< of its note; 0: none
 };

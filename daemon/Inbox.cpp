@@ -9,6 +9,7 @@
 
 #include "daemon/PartMerger.h"
 #include "provider/MultipartJoiner.h"
+#include "storage/Flush.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
@@ -51,49 +52,44 @@ void Inbox::fileLeft(const Spool::Pass& pass) {
   for (const unsigned number : pass.numbers) {
     if (waits_) return;
     std::optional<SpoolEntry> entry = inTransit_.read(number);
-    if (!entry) continue;
-    if (auto* const received = std::get_if<ReceivedBatch>(&*entry)) {
-      NotedBatch batch(inTransit_, number, NotedBatch::Kind::Received, std::move(*received));
-      fileLeftBatch(batch);
-    } else if (auto* const merged = std::get_if<MergedBatch>(&*entry)) {
-      NotedBatch batch(inTransit_, number, NotedBatch::Kind::Merged, std::move(*merged));
-      fileLeftBatch(batch);
-    }
+    if (!entry || !std::holds_alternative<Batch>(*entry)) continue;
+    Noted noted{number, std::get<Batch>(std::move(*entry))};
+    fileLeftBatch(noted);
   }
 }
 
 void Inbox::file(std::vector<Json::Value> records) {
   if (records.empty()) return;
-  NotedBatch batch(inTransit_, inTransit_.takeReceived(), NotedBatch::Kind::Received,
-                   {std::move(records), 0, 0});
-  fileRange(batch, 0, batch.records.size(), Turn::First);
-  if (!batch.settle()) batch.noteRest();
+  Noted noted{inTransit_.takeReceived(), {Batch::Kind::Received, std::move(records)}};
+  fileRange(noted, 0, noted.batch.records.size(), Turn::First);
+  settle(noted, Turn::First);
 }
 
 // Files one record at a time: two of them may be parts of the same message.
-void Inbox::fileLeftBatch(NotedBatch& batch) {
-  for (std::size_t place = batch.filed(); place < batch.records.size() && !waits_; ++place) {
+void Inbox::fileLeftBatch(Noted& noted) {
+  Batch& batch = noted.batch;
+  for (std::size_t place = 0; place < batch.records.size() && !waits_; ++place) {
     Json::Value& record = batch.records[place];
     const std::string file = inTransit_.fileOf(record, MessageStatus::Received);
     if (MessageRecord::isInFile(record, file)) {
-      batch.setFiled(place);
+      noted.isFiled[place] = true;
       continue;
     }
     // Another message may have taken the guid while the note could not be read.
-    if (batch.kind == NotedBatch::Kind::Received && exists(file))
+    if (batch.kind == Batch::Kind::Received && exists(file))
       record[Key::Guid] = freeGuid(inTransit_, MessageRecord::guid(record));
-    fileRange(batch, place, place + 1, Turn::Later);
+    fileRange(noted, place, place + 1, Turn::Later);
   }
-  batch.settle();
+  settle(noted, Turn::Later);
 }
 
-void Inbox::fileRange(NotedBatch& batch, std::size_t begin, std::size_t end, Turn turn) {
+void Inbox::fileRange(Noted& noted, std::size_t begin, std::size_t end, Turn turn) {
   std::optional<std::vector<Json::Value>> storedParts;  // read once, for the first part
   std::vector<Json::Value> updatedMultiparts;
   std::vector<std::size_t> mergedPlaces;
   for (std::size_t place = begin; place < end; ++place) {
     Orvel::Watchdog::feed();  // for each message: a large batch is no hang
-    Json::Value& record = batch.records[place];
+    Json::Value& record = noted.batch.records[place];
     if (isPartOfMultipart(record) && !waits_) {
       if (!storedParts) storedParts = loadStoredParts(storage_, turn == Turn::First);
       if (!storedParts) continue;  // the part waits for one pass, no longer
@@ -102,41 +98,39 @@ void Inbox::fileRange(NotedBatch& batch, std::size_t begin, std::size_t end, Tur
         continue;
       }
     }
-    if (!MessageRecord::has(record, Key::Parts) && obey(batch, place, turn)) record[Key::IsSMSCommand] = true;
-    if (save(record)) batch.setFiled(place);
+    if (!MessageRecord::has(record, Key::Parts) && obey(noted, place, turn)) record[Key::IsSMSCommand] = true;
+    noted.isFiled[place] = save(record);
   }
   if (!waits_ && !updatedMultiparts.empty())
-    fileMerged(std::move(updatedMultiparts), batch, mergedPlaces, turn);
+    fileMerged(std::move(updatedMultiparts), noted, mergedPlaces, turn);
 }
 
 // Notes the merged messages, then removes the note of their parts, and only then replaces the stored files.
-void Inbox::fileMerged(std::vector<Json::Value> records, NotedBatch& parts,
-                       const std::vector<std::size_t>& places, Turn turn) {
+void Inbox::fileMerged(std::vector<Json::Value> records, Noted& parts, const std::vector<std::size_t>& places,
+                       Turn turn) {
   for (Json::Value& record : records) joinParts(record);
-  unsigned number = 0;
-  if (const std::optional<std::string> text = textOf(records))
-    number = inTransit_.spool.add({stageOf(MergedBatch{}), *text});
-  NotedBatch batch(inTransit_, number, NotedBatch::Kind::Merged, {std::move(records), 0, 0});
-  for (const std::size_t place : places) parts.setFiled(place);
-  parts.settle();
-  for (std::size_t place = 0; place < batch.records.size(); ++place) {
+  Noted noted{0, {Batch::Kind::Merged, std::move(records)}};
+  if (const std::optional<Spool::Note> note = noteOf(noted.batch)) noted.number = inTransit_.spool.add(*note);
+  for (const std::size_t place : places) parts.isFiled[place] = true;
+  settle(parts, turn);
+  for (std::size_t place = 0; place < noted.batch.records.size(); ++place) {
     Orvel::Watchdog::feed();
     // A command in a concatenated message is obeyed, but its record is not marked.
-    if (!MessageRecord::has(batch.records[place], Key::Parts)) obey(batch, place, turn);
-    if (save(batch.records[place])) batch.setFiled(place);
+    if (!MessageRecord::has(noted.batch.records[place], Key::Parts)) obey(noted, place, turn);
+    noted.isFiled[place] = save(noted.batch.records[place]);
   }
-  if (!batch.settle()) batch.noteRest();
+  settle(noted, Turn::First);
 }
 
-bool Inbox::obey(NotedBatch& batch, std::size_t place, Turn turn) {
-  if (turn == Turn::First) return obeyNow(batch, place);
-  if (!batch.wasOffered(place)) sayThatNotObeyed(batch, place);
+bool Inbox::obey(Noted& noted, std::size_t place, Turn turn) {
+  if (turn == Turn::First) return obeyNow(noted, place);
+  if (place + 1 >= noted.batch.begun) sayThatNotObeyed(noted.batch, place);
   return false;
 }
 
 // Obeys a complete message if it is a command from a permitted sender. True when a command was executed.
-bool Inbox::obeyNow(NotedBatch& batch, std::size_t place) {
-  const Json::Value& record = batch.records[place];
+bool Inbox::obeyNow(Noted& noted, std::size_t place) {
+  const Json::Value& record = noted.batch.records[place];
   if (!commands_.isEnabled()) {
     ORVEL_LOG(WARNING, "SMS commands not enabled");
     return false;
@@ -149,15 +143,14 @@ bool Inbox::obeyNow(NotedBatch& batch, std::size_t place) {
             source.c_str());
   if (!commands_.validateSMSCommand(message, source)) return false;
   ORVEL_LOG(WARNING, "SMS commands executing command");
-  batch.setObeying(place);
-  const bool executed = commands_.executeCommand(message, source);
-  batch.setObeyed(place);
-  if (executed) return true;
+  noted.batch.begun = place + 1;
+  inTransit_.spool.rename(noted.number, stageOf(noted.batch), false);
+  if (commands_.executeCommand(message, source)) return true;
   ORVEL_LOG(ERROR, "Failed to execute command [%s]", message.c_str());
   return false;
 }
 
-void Inbox::sayThatNotObeyed(const NotedBatch& batch, std::size_t place) {
+void Inbox::sayThatNotObeyed(const Batch& batch, std::size_t place) {
   const Json::Value& record = batch.records[place];
   const std::string text = MessageRecord::member(record, Key::Message).asString();
   const std::string source = MessageRecord::member(record, Key::Source).asString();
@@ -165,7 +158,7 @@ void Inbox::sayThatNotObeyed(const NotedBatch& batch, std::size_t place) {
   ParsedSMSCommand command;
   if (!commands_.isEnabled() || text.find('#') == std::string::npos) return;
   if (!commands_.parseCommand(text, command)) return;
-  if (batch.wasBeingObeyed(place))
+  if (place < batch.begun)
     ORVEL_LOG(WARNING, "SMS command in message %s from %s may not have been obeyed: its pass was cut off",
               guid.c_str(), source.c_str());
   else
@@ -177,4 +170,30 @@ bool Inbox::save(const Json::Value& record) {
   if (waits_) return false;
   waits_ = !storage_.save(record, MessageStatus::Received);
   return !waits_;
+}
+
+// Flushes what is filed to the disk, and then removes the note. If records are left, replaces the note by one
+// with only those.
+void Inbox::settle(Noted& noted, Turn turn) {
+  std::vector<std::string> files;
+  Batch rest{noted.batch.kind, {}};
+  for (std::size_t place = 0; place < noted.isFiled.size(); ++place) {
+    Json::Value& record = noted.batch.records[place];
+    if (noted.isFiled[place])
+      files.push_back(inTransit_.fileOf(record, MessageStatus::Received));
+    else
+      rest.records.push_back(record);
+  }
+  if (turn == Turn::Later && files.empty()) return;
+  if (!flushFiles(files)) return;
+  if (rest.records.empty()) {
+    inTransit_.spool.remove(noted.number);
+    noted = {0, {}};
+    return;
+  }
+  // In the first turn, every command in the rest was offered. A later turn stops at the first record left.
+  rest.begun = rest.records.size() + 1;
+  if (turn == Turn::Later) rest.begun = noted.batch.begun - std::min(noted.batch.begun, files.size());
+  if (const std::optional<Spool::Note> note = noteOf(rest))
+    noted.number = inTransit_.spool.replace(noted.number, *note);
 }

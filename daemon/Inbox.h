@@ -7,7 +7,6 @@
 
 #include "commands/SMSCommand.h"
 #include "daemon/InTransit.h"
-#include "daemon/NotedBatch.h"
 #include "storage/CheckedStorage.h"
 
 /// Files received messages in one pass of the loop: merges parts with stored ones, and obeys commands.
@@ -28,14 +27,22 @@ class Inbox : private Orvel::NonCopyable {
  private:
   enum class Turn { First, Later };  ///< the pass that received a record, or a later one
 
-  void fileLeftBatch(NotedBatch& batch);
-  void fileRange(NotedBatch& batch, std::size_t begin, std::size_t end, Turn turn);
-  void fileMerged(std::vector<Json::Value> records, NotedBatch& parts, const std::vector<std::size_t>& places,
+  /// A batch and its note.
+  struct Noted {
+    unsigned number;  ///< 0 if the records could not be noted
+    Batch batch;
+    std::vector<bool> isFiled = std::vector<bool>(batch.records.size());  ///< by place
+  };
+
+  void fileLeftBatch(Noted& noted);
+  void fileRange(Noted& noted, std::size_t begin, std::size_t end, Turn turn);
+  void fileMerged(std::vector<Json::Value> records, Noted& parts, const std::vector<std::size_t>& places,
                   Turn turn);
-  bool obey(NotedBatch& batch, std::size_t place, Turn turn);
-  bool obeyNow(NotedBatch& batch, std::size_t place);
-  void sayThatNotObeyed(const NotedBatch& batch, std::size_t place);
+  bool obey(Noted& noted, std::size_t place, Turn turn);
+  bool obeyNow(Noted& noted, std::size_t place);
+  void sayThatNotObeyed(const Batch& batch, std::size_t place);
   bool save(const Json::Value& record);
+  void settle(Noted& noted, Turn turn);
 
   CheckedStorage& storage_;
   SMSCommand& commands_;

@@ -1,12 +1,10 @@
 #include "daemon/Outbox.h"
 
 #include <algorithm>
-#include <functional>
 #include <set>
 #include <string>
 #include <utility>
 
-#include "daemon/SendInProgress.h"
 #include "storage/Flush.h"
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
@@ -19,16 +17,18 @@ namespace Key = MessageRecord::Key;
 
 int statusAfter(bool sent) { return sent ? MessageStatus::Sent : MessageStatus::Failed; }
 
+int statusAfter(const Send& send) { return statusAfter(send.stage == Send::Stage::Sent); }
+
 Json::Value afterFailedRetry(Json::Value record) {
   record[Key::Retries] = MessageRecord::retriesAfterFailure(record);
   return record;
 }
 
 // The record to file after the answer.
-Json::Value recordAfter(const AnsweredSend& send) {
-  const bool isRetry = send.from == MessageStatus::Failed;
-  Json::Value record = isRetry && !send.sent ? afterFailedRetry(send.record) : send.record;
-  record[Key::Status] = MessageStatus::text(statusAfter(send.sent));
+Json::Value recordAfter(const Send& send) {
+  const int to = statusAfter(send);
+  Json::Value record = send.from == to ? afterFailedRetry(send.record) : send.record;
+  record[Key::Status] = MessageStatus::text(to);
   return record;
 }
 
@@ -38,93 +38,79 @@ Outbox::Outbox(SmsProvider& provider, CheckedStorage& storage, InTransit& inTran
     : provider_(provider), storage_(storage), inTransit_(inTransit) {}
 
 void Outbox::fileLeft(const Spool::Pass& pass) {
-  for (const unsigned number : pass.numbers)
-    if (std::optional<SpoolEntry> entry = inTransit_.read(number)) takeIn(number, std::move(*entry));
+  for (const unsigned number : pass.numbers) {
+    std::optional<SpoolEntry> entry = inTransit_.read(number);
+    if (entry && std::holds_alternative<Send>(*entry)) takeIn(number, std::get<Send>(std::move(*entry)));
+  }
   if (answered_.empty()) return;
   // Each pass begins with another record, so that one that cannot be filed does not block the others.
   const auto first = static_cast<std::ptrdiff_t>(inTransit_.turn % answered_.size());
   ++inTransit_.turn;
   std::rotate(answered_.begin(), answered_.begin() + first, answered_.end());
   std::set<int> unusable;
-  for (Answered& answered : answered_) {
-    const int to = statusAfter(answered.send.sent);
+  for (Noted& noted : answered_) {
+    const int to = statusAfter(noted.send);
     if (unusable.count(to) != 0) continue;
-    fileAgain(answered);
-    if (!answered.send.filed) unusable.insert(to);
+    fileAgain(noted);
+    if (!noted.isFiled) unusable.insert(to);
   }
   settle();
 }
 
 bool Outbox::send(const Json::Value& record, int from) {
   Orvel::Watchdog::feed();
-  SendInProgress sending(inTransit_, record, from);
+  inTransit_.expectSend(record, from);
   const bool sent = provider_.sendMessage(record);
-  sending.answer(sent);
+  inTransit_.answered(sent);
   const bool filed = file(record, from, sent);
-  if (const unsigned number = sending.release()) {
-    answered_.push_back({number, {sending.send(), sent, false}});
-    if (filed) setFiled(answered_.back());
-  }
+  if (auto noted = inTransit_.takeSend()) answered_.push_back({noted->first, noted->second, filed});
   return sent;
 }
 
 bool Outbox::isAnswered(const Json::Value& record, int from) const {
-  return std::any_of(answered_.begin(), answered_.end(), [&](const Answered& answered) {
-    return answered.send.from == from &&
-           MessageRecord::guid(answered.send.record) == MessageRecord::guid(record) &&
-           liesUnderFrom(answered.send);
+  return std::any_of(answered_.begin(), answered_.end(), [&](const Noted& noted) {
+    const Send& send = noted.send;
+    return send.from == from && MessageRecord::guid(send.record) == MessageRecord::guid(record) &&
+           liesUnderFrom(send);
   });
 }
 
-bool Outbox::wasInterrupted(const Json::Value& record) const {
-  return inTransit_.interrupted.count(MessageRecord::guid(record)) != 0;
-}
-
 void Outbox::settle() {
-  const auto isDone = [this](const Answered& answered) {
-    const AnsweredSend& send = answered.send;
-    return send.filed && (send.from == statusAfter(send.sent) || !liesUnderFrom(send));
+  // An exception has ended this send. The message stays in its folder.
+  if (const auto unanswered = inTransit_.takeSend()) inTransit_.spool.remove(unanswered->first);
+  const auto isLeft = [this](const Noted& noted) {
+    const Send& send = noted.send;
+    return !noted.isFiled || (send.from != statusAfter(send) && liesUnderFrom(send));
   };
-  const auto done = std::stable_partition(answered_.begin(), answered_.end(), std::not_fn(isDone));
+  const auto done = std::stable_partition(answered_.begin(), answered_.end(), isLeft);
   std::vector<std::string> files;
-  for (auto answered = done; answered != answered_.end(); ++answered)
-    for (const int status : {statusAfter(answered->send.sent), answered->send.from})
-      files.push_back(inTransit_.fileOf(answered->send.record, status));
+  for (auto noted = done; noted != answered_.end(); ++noted)
+    for (const int status : {statusAfter(noted->send), noted->send.from})
+      files.push_back(inTransit_.fileOf(noted->send.record, status));
   if (!flushFiles(files)) return;
-  for (auto answered = done; answered != answered_.end(); ++answered)
-    inTransit_.spool.remove(answered->number);
+  for (auto noted = done; noted != answered_.end(); ++noted) inTransit_.spool.remove(noted->number);
   answered_.erase(done, answered_.end());
 }
 
-void Outbox::takeIn(unsigned number, SpoolEntry entry) {
-  if (auto* const begun = std::get_if<BegunSend>(&entry)) {
-    const std::string guid = MessageRecord::guid(begun->record);
+void Outbox::takeIn(unsigned number, Send send) {
+  if (send.stage == Send::Stage::Begun) {
+    const std::string guid = MessageRecord::guid(send.record);
     ORVEL_LOG(WARNING, "Sending message %s was begun and never answered: it counts as failed", guid.c_str());
-    inTransit_.interrupted.insert(guid);
-    AnsweredSend answered{{std::move(*begun)}, false, false};
-    inTransit_.spool.rename(number, stageOf(answered), true);
-    answered_.push_back({number, std::move(answered)});
-  } else if (auto* const answered = std::get_if<AnsweredSend>(&entry)) {
-    answered_.push_back({number, std::move(*answered)});
+    send.stage = Send::Stage::Refused;
+    inTransit_.spool.rename(number, stageOf(send), true);
   }
+  answered_.push_back({number, std::move(send)});
 }
 
-void Outbox::fileAgain(Answered& answered) {
+void Outbox::fileAgain(Noted& noted) {
   Orvel::Watchdog::feed();
-  const AnsweredSend& send = answered.send;
-  const int to = statusAfter(send.sent);
+  const Send& send = noted.send;
+  const int to = statusAfter(send);
   const Json::Value record = recordAfter(send);
   Json::Value filter;
   filter[Key::Guid] = send.record[Key::Guid];
   if (liesUnderFrom(send)) storage_.remove(filter, send.from);
-  if (send.filed) return;
-  if (MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to))
-    setFiled(answered);
-}
-
-void Outbox::setFiled(Answered& answered) {
-  answered.send.filed = true;
-  inTransit_.spool.rename(answered.number, stageOf(answered.send), false);
+  noted.isFiled = MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
 }
 
 bool Outbox::file(const Json::Value& record, int from, bool sent) {
@@ -134,5 +120,5 @@ bool Outbox::file(const Json::Value& record, int from, bool sent) {
 }
 
 bool Outbox::liesUnderFrom(const Send& send) const {
-  return identityOf(inTransit_.fileOf(send.record, send.from)) == send.identity;
+  return MessageRecord::isInFile(send.record, inTransit_.fileOf(send.record, send.from));
 }

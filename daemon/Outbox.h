@@ -22,26 +22,24 @@ class Outbox : private Orvel::NonCopyable {
   /// Whether `record` under `from` was sent before, but its file could not be moved.
   [[nodiscard]] bool isAnswered(const Json::Value& record, int from) const;
 
-  /// Whether an earlier daemon ended while it sent `record`; such a record is retried after the others.
-  [[nodiscard]] bool wasInterrupted(const Json::Value& record) const;
-
   /// Flushes what is filed to the disk, and then removes its notes.
   void settle();
 
  private:
-  struct Answered {
+  /// An answered send and its note.
+  struct Noted {
     unsigned number;
-    AnsweredSend send;
+    Send send;
+    bool isFiled = false;
   };
 
-  void takeIn(unsigned number, SpoolEntry entry);
-  void fileAgain(Answered& answered);
-  void setFiled(Answered& answered);
+  void takeIn(unsigned number, Send send);
+  void fileAgain(Noted& noted);
   bool file(const Json::Value& record, int from, bool sent);
   [[nodiscard]] bool liesUnderFrom(const Send& send) const;
 
   SmsProvider& provider_;
   CheckedStorage& storage_;
   InTransit& inTransit_;
-  std::vector<Answered> answered_;
+  std::vector<Noted> answered_;
 };

@@ -10,22 +10,20 @@
 
 namespace {
 
-constexpr std::size_t longestMessage = 4 * 1024 * 1024;  // more than 255 parts, all characters escaped
-
-int readAll(int file, std::string& text) {
+int readAll(int file, std::string& text, std::size_t longest) {
   char piece[4096];
   for (;;) {
     const ssize_t size = ::read(file, piece, sizeof(piece));
     if (size < 0) return errno;
     if (size == 0) return 0;
     text.append(piece, static_cast<std::size_t>(size));
-    if (text.size() > longestMessage) return EFBIG;
+    if (text.size() > longest) return EFBIG;
   }
 }
 
 }  // namespace
 
-FileContent FileContent::read(const std::string& path) {
+FileContent FileContent::read(const std::string& path, std::size_t longest) {
   FileContent content;
   const Orvel::FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status;
@@ -34,7 +32,7 @@ FileContent FileContent::read(const std::string& path) {
   } else if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
     content.openError = ENXIO;
   } else {
-    content.readError = readAll(file.get(), content.text);
+    content.readError = readAll(file.get(), content.text, longest);
     if (content.readError != 0) content.text.clear();
   }
   return content;

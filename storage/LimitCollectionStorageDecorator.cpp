@@ -31,18 +31,6 @@ void LimitCollectionStorageDecorator::save(const Json::Value& record, int status
   inner->save(record, status);
 }
 
-void LimitCollectionStorageDecorator::remove(const Json::Value& filter, int status) {
-  inner->remove(filter, status);
-}
-
-Json::Value LimitCollectionStorageDecorator::load(const Json::Value& filter, int status) {
-  return inner->load(filter, status);
-}
-
-void LimitCollectionStorageDecorator::move(const Json::Value& filter, int from, int to) {
-  inner->move(filter, from, to);
-}
-
 void LimitCollectionStorageDecorator::makeRoomInInbox() {
   std::vector<std::string> guids;
   for (const Json::Value& record : load(Json::nullValue, MessageStatus::Received))

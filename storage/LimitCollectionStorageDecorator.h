@@ -15,9 +15,9 @@ class LimitCollectionStorageDecorator final : public ICollectionStorage {
                                   std::uint32_t sentLimit);
 
   void save(const Json::Value& record, int status) override;
-  void remove(const Json::Value& filter, int status) override;
-  Json::Value load(const Json::Value& filter, int status) override;
-  void move(const Json::Value& filter, int from, int to) override;
+  void remove(const Json::Value& filter, int status) override { inner->remove(filter, status); }
+  Json::Value load(const Json::Value& filter, int status) override { return inner->load(filter, status); }
+  void move(const Json::Value& filter, int from, int to) override { inner->move(filter, from, to); }
 
  private:
   /// A received record without "guid" counts as one with an empty guid. It is the smallest, but is not

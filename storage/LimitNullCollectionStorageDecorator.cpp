@@ -13,15 +13,3 @@ void LimitNullCollectionStorageDecorator::save(const Json::Value& record, int st
   if ((status == MessageStatus::Sent || status == MessageStatus::Failed) && sentLimit == 0) return;
   inner->save(record, status);
 }
-
-void LimitNullCollectionStorageDecorator::remove(const Json::Value& filter, int status) {
-  inner->remove(filter, status);
-}
-
-Json::Value LimitNullCollectionStorageDecorator::load(const Json::Value& filter, int status) {
-  return inner->load(filter, status);
-}
-
-void LimitNullCollectionStorageDecorator::move(const Json::Value& filter, int from, int to) {
-  inner->move(filter, from, to);
-}

@@ -58,31 +58,12 @@ bool isInFile(const Json::Value& record, const std::string& path) {
 }  // namespace MessageRecord
 
 const char* MessageStatus::text(int status) {
-  switch (status) {
-    case Received:
-      return "received";
-    case Sending:
-      return "sending";
-    case Sent:
-      return "sent";
-    case Failed:
-      return "failed";
-    default:
-      return "unknown";
-  }
+  constexpr const char* texts[] = {"unknown", "received", "sending", "sent", "failed"};
+  return texts[status >= Received && status <= Failed ? status : 0];
 }
 
 const char* MessageStatus::folder(int status) {
-  switch (status) {
-    case Received:
-      return "/inbox/received";
-    case Sending:
-      return "/outbox/sending";
-    case Sent:
-      return "/outbox/sent";
-    case Failed:
-      return "/outbox/failed";
-    default:
-      return nullptr;
-  }
+  constexpr const char* folders[] = {nullptr, "/inbox/received", "/outbox/sending", "/outbox/sent",
+                                     "/outbox/failed"};
+  return folders[status >= Received && status <= Failed ? status : 0];
 }

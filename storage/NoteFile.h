@@ -7,9 +7,6 @@
 ///
 ///     veld 1 LENGTH CRC32     LENGTH bytes of text follow; 8 hex digits of their CRC-32, as zlib computes it
 ///     TEXT
-///
-/// The functions take the folder as a file descriptor. They follow no symbolic link and do not block on
-/// another process. A function that fails sets errno.
 namespace NoteFile {
 
 /// The content of the file for `text`.
@@ -21,18 +18,14 @@ std::optional<std::string> unframed(const std::string& content);
 enum class Reading {
   Whole,
   Damaged,  ///< also: not a regular file, or longer than any note
-  Failed    ///< it could not be opened or read; another try may succeed
+  Failed    ///< it could not be opened or read, with errno set; another try may succeed
 };
-Reading read(int folder, const std::string& name, std::string& text);
 
-/// Writes a file under a temporary name, renames it and then flushes it. On failure, removes it and returns
-/// false.
-bool write(int folder, const std::string& name, const std::string& text);
+/// Reads the file at `path`. Does not block on another process.
+Reading read(const std::string& path, std::string& text);
 
-/// Creates a file of `size` bytes that a compressing file system cannot shrink. Not flushed.
-bool writeReserve(int folder, const std::string& name, std::size_t size);
-
-/// Whether `name` is the temporary name of an interrupted write.
-bool isUnfinished(const std::string& name);
+/// Writes a file under the name `aside`, renames it to `name` and then flushes it. Follows no symbolic link.
+/// On failure, removes it and returns false, with errno set. `folder` is a file descriptor.
+bool write(int folder, const std::string& aside, const std::string& name, const std::string& content);
 
 }  // namespace NoteFile

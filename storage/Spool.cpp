@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <random>
 
 #include "storage/NoteFile.h"
 #include "support/Logger.h"
@@ -24,24 +25,34 @@ using Orvel::FileDescriptor;
 constexpr char spoolFolder[] = "/spool";
 constexpr char reserveName[] = "reserve";
 constexpr std::size_t reserveSize = 128 * 1024;
+constexpr char unfinished[] = ".new";
 constexpr char damaged[] = ".damaged";
 
-bool isSetAside(const std::string& name) {
-  const std::size_t length = sizeof(damaged) - 1;
-  return name.size() >= length && name.compare(name.size() - length, length, damaged) == 0;
-}
+// The parts of a file name, as in "7.sent-2.new".
+struct Name {
+  unsigned number = 0;  // 0: not the name of a note
+  std::string stage;
+  std::string ending;  // ".new", ".damaged" or empty
+};
 
-// Splits "7.sent" into the number 7 and the stage "sent". The number is 0 if `name` is not that of a note.
-std::pair<unsigned, std::string> parseName(const std::string& name) {
-  unsigned number = 0;
-  const char* const end = name.data() + name.size();
-  const auto [point, error] = std::from_chars(name.data(), end, number);
-  if (error != std::errc() || point == end || *point != '.') return {0, ""};
-  return {number, std::string(point + 1, end)};
+Name parseName(std::string text) {
+  Name name;
+  const std::size_t ending = std::min(text.rfind('.'), text.size());
+  for (const char* const known : {unfinished, damaged})
+    if (text.compare(ending, std::string::npos, known) == 0) name.ending = known;
+  text.resize(text.size() - name.ending.size());
+  const char* const end = text.data() + text.size();
+  const auto [point, error] = std::from_chars(text.data(), end, name.number);
+  if (error == std::errc() && point != end && *point == '.')
+    name.stage.assign(point + 1, end);
+  else
+    name.number = 0;
+  return name;
 }
 
 // The names in the folder; nullopt if it cannot be listed completely.
 std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
+  if (!folder.isOpen()) return std::nullopt;
   FileDescriptor again(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!again.isOpen()) return std::nullopt;
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(again.get()), closedir);
@@ -57,6 +68,14 @@ std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
   }
   if (errno != 0) return std::nullopt;
   return names;
+}
+
+// Pseudo-random bytes, which a compressing file system cannot shrink.
+std::string incompressible() {
+  std::minstd_rand random;
+  std::string bytes(reserveSize, '\0');
+  std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random() >> 8); });
+  return bytes;
 }
 
 }  // namespace
@@ -83,16 +102,12 @@ std::optional<Spool::Note> Spool::read(unsigned number) {
   const Slot& slot = found->second;
   if (slot.unwritten) return Note{slot.stage, *slot.unwritten};
   Note note{slot.stage, ""};
-  switch (NoteFile::read(folder_.get(), nameOf(number), note.text)) {
-    case Reading::Whole:
-      return note;
-    case Reading::Damaged:
-      setAside(number);
-      return std::nullopt;
-    case Reading::Failed:
-      if (errno != ENOENT) complain("read");
-      return std::nullopt;
-  }
+  const Reading reading = NoteFile::read(path_ + "/" + nameOf(number), note.text);
+  if (reading == Reading::Whole) return note;
+  if (reading == Reading::Damaged)
+    setAside(number);
+  else if (errno != ENOENT)
+    complain("read");
   return std::nullopt;
 }
 
@@ -143,21 +158,19 @@ void Spool::setAside(unsigned number) {
 
 Spool::Survey Spool::survey(const std::string& root) {
   Survey survey;
-  const FileDescriptor folder(::open((root + spoolFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.isOpen()) {
+  const std::string path = root + spoolFolder;
+  const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::optional<std::vector<std::string>> names = namesIn(folder);
+  if (!names) {
     survey.readable = errno == ENOENT;
     return survey;
   }
-  const std::optional<std::vector<std::string>> names = namesIn(folder);
-  if (!names) {
-    survey.readable = false;
-    return survey;
-  }
-  for (const std::string& name : *names) {
-    if (name == reserveName || NoteFile::isUnfinished(name)) continue;
-    Note note{parseName(name).second, ""};
+  for (const std::string& file : *names) {
+    const Name name = parseName(file);
+    if (file == reserveName || name.ending == unfinished) continue;
+    Note note{name.stage, ""};
     const Reading reading =
-        isSetAside(name) ? Reading::Damaged : NoteFile::read(folder.get(), name, note.text);
+        name.ending == damaged ? Reading::Damaged : NoteFile::read(path + "/" + file, note.text);
     if (reading == Reading::Whole) survey.notes.push_back(std::move(note));
     if (reading == Reading::Damaged) ++survey.damaged;
     if (reading == Reading::Failed && errno != ENOENT) survey.readable = false;
@@ -196,19 +209,19 @@ bool Spool::takeIn() {
   return true;
 }
 
-void Spool::takeIn(const std::string& name) {
-  if (name == reserveName) return;
-  if (NoteFile::isUnfinished(name)) {
-    unlinkat(folder_.get(), name.c_str(), 0);
+void Spool::takeIn(const std::string& file) {
+  Name name = parseName(file);
+  if (file == reserveName) return;
+  if (name.ending == unfinished) {
+    unlinkat(folder_.get(), file.c_str(), 0);
     return;
   }
-  auto [number, stage] = parseName(name);
-  last_ = std::max(last_, number);
-  if (isSetAside(name)) return;
-  if (number != 0 && slots_.count(number) == 0)
-    slots_[number].stage = std::move(stage);
+  last_ = std::max(last_, name.number);
+  if (name.ending == damaged) return;
+  if (name.number != 0 && name.ending.empty() && slots_.count(name.number) == 0)
+    slots_[name.number].stage = std::move(name.stage);
   else
-    moveAside(name);
+    moveAside(file);
 }
 
 // Writes the reserve only if twice its size is free. A nearly full disk is thus not written to in each pass.
@@ -216,16 +229,19 @@ void Spool::keepReserve() {
   struct statvfs disk;
   if (faccessat(folder_.get(), reserveName, F_OK, 0) == 0 || fstatvfs(folder_.get(), &disk) != 0) return;
   if (static_cast<std::uint64_t>(disk.f_bavail) * disk.f_frsize < 2 * reserveSize) return;
-  NoteFile::writeReserve(folder_.get(), reserveName, reserveSize);
+  NoteFile::write(folder_.get(), std::string(reserveName) + unfinished, reserveName, incompressible());
 }
 
 bool Spool::write(unsigned number, const Note& note) {
+  if (!folder_.isOpen()) return false;
   const std::string name = std::to_string(number) + "." + note.stage;
-  bool written = folder_.isOpen() && NoteFile::write(folder_.get(), name, note.text);
-  if (!written && folder_.isOpen() && makeRoom()) written = NoteFile::write(folder_.get(), name, note.text);
+  const auto tryOnce = [&] {
+    return NoteFile::write(folder_.get(), name + unfinished, name, NoteFile::framed(note.text));
+  };
+  const bool written = tryOnce() || (makeRoom() && tryOnce());
   if (written)
     complained_ = false;
-  else if (folder_.isOpen())
+  else
     complain("write");
   return written;
 }

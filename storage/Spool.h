@@ -93,7 +93,7 @@ class Spool : private Orvel::NonCopyable {
 
   bool acquire();
   bool takeIn();
-  void takeIn(const std::string& name);
+  void takeIn(const std::string& file);
   void keepReserve();
   bool write(unsigned number, const Note& note);
   bool makeRoom();

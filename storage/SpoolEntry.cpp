@@ -11,46 +11,44 @@
 
 namespace {
 
-constexpr char receivedStage[] = "received";
-constexpr char mergedStage[] = "merged";
-constexpr char sendingStage[] = "sending";
-constexpr char sentStage[] = "sent";
-constexpr char refusedStage[] = "refused";
-constexpr char filedSuffix[] = "-filed";
-constexpr char obeyingSuffix[] = "-obeying";
+namespace Key = MessageRecord::Key;
 
-namespace Key {
-using namespace MessageRecord::Key;
-constexpr char record[] = "record";
-constexpr char from[] = "from";
-constexpr char identity[] = "identity";
-}  // namespace Key
+constexpr const char* batchWords[] = {"received", "merged"};         // by Batch::Kind
+constexpr const char* sendWords[] = {"sending", "sent", "refused"};  // by Send::Stage
 
-// Enough for every record that MessageRecord::parse accepts, and the levels around it.
+// Enough for every record that MessageRecord::parse accepts, and the array around it.
 constexpr int deepestNesting = 1100;
 
-std::string toText(const Json::Value& value) {
+std::string toText(const std::vector<Json::Value>& records) {
   Json::StreamWriterBuilder writer;
   writer["indentation"] = "";
   writer["commentStyle"] = "None";
   writer["emitUTF8"] = true;  // keeps bytes that are not UTF-8
-  return Json::writeString(writer, value);
+  std::string text;
+  for (const Json::Value& record : records) {
+    text += text.empty() ? '[' : ',';
+    text += Json::writeString(writer, record);
+  }
+  return text + ']';
 }
 
-bool fromText(const std::string& text, Json::Value& value) {
+std::vector<Json::Value> fromText(const std::string& text) {
   Json::CharReaderBuilder reader;
   Json::CharReaderBuilder::strictMode(&reader.settings_);
   reader["stackLimit"] = deepestNesting;
   std::istringstream stream(text);
+  Json::Value value;
   try {
-    return Json::parseFromStream(reader, stream, &value, nullptr);
+    if (!Json::parseFromStream(reader, stream, &value, nullptr) || !value.isArray()) return {};
   } catch (const Json::Exception&) {
-    return false;  // the nesting is too deep
+    return {};  // the nesting is too deep
   }
+  return {std::make_move_iterator(value.begin()), std::make_move_iterator(value.end())};
 }
 
 // Guids go into shell commands unquoted, so a record with any other guid could not be filed.
-bool isFileName(const std::string& guid) {
+bool hasFileName(const Json::Value& record) {
+  const std::string guid = MessageRecord::guid(record);
   const auto isPlain = [](char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
            (c != '\0' && std::strchr("._-+:@,=%", c) != nullptr);
@@ -60,109 +58,64 @@ bool isFileName(const std::string& guid) {
 
 bool isText(const Json::Value& value) { return value.isConvertibleTo(Json::stringValue); }
 
-bool isSend(const Send& send) {
-  return isFileName(MessageRecord::guid(send.record)) && !send.identity.empty() &&
+bool isValid(const Batch& batch) {
+  return !batch.records.empty() && batch.begun <= batch.records.size() + 1 &&
+         std::all_of(batch.records.begin(), batch.records.end(), isNotable);
+}
+
+bool isValid(const Send& send) {
+  return hasFileName(send.record) &&
          (send.from == MessageStatus::Sending || send.from == MessageStatus::Failed);
 }
 
-// Removes a number such as "-3" from the front of `text` and reads it into `count`.
-bool readCount(std::string& text, std::size_t& count) {
-  if (text.empty() || text[0] != '-') return false;
-  const char* const end = text.data() + text.size();
-  const auto [point, error] = std::from_chars(text.data() + 1, end, count);
-  if (error != std::errc()) return false;
-  text.erase(0, static_cast<std::size_t>(point - text.data()));
-  return true;
-}
-
-template <typename Kind>
-std::optional<SpoolEntry> parseBatch(std::string counts, Json::Value& value) {
-  Kind batch;
-  if (!readCount(counts, batch.filed) || !readCount(counts, batch.offered)) return std::nullopt;
-  batch.obeying = counts == obeyingSuffix;
-  if (!counts.empty() && !batch.obeying) return std::nullopt;
-  if (!value.isArray() || value.empty() || !std::all_of(value.begin(), value.end(), isNotable))
-    return std::nullopt;
-  const std::size_t begun = batch.offered + (batch.obeying ? 1 : 0);
-  if (batch.filed > batch.offered || batch.offered > value.size() || begun > value.size())
-    return std::nullopt;
-  batch.records.reserve(value.size());
-  for (Json::Value& record : value) batch.records.push_back(std::move(record));
-  return batch;
-}
-
-std::optional<Send> parseSend(const Json::Value& value) {
-  if (!value.isObject() || value.size() != 3) return std::nullopt;
-  const Json::Value& from = value[Key::from];
-  if (!from.isInt() || !value[Key::identity].isString()) return std::nullopt;
-  Send send{value[Key::record], from.asInt(), value[Key::identity].asString()};
-  if (!isSend(send)) return std::nullopt;
-  return send;
-}
-
-std::string countsOf(const Batch& batch) {
-  const std::string counts = "-" + std::to_string(batch.filed) + "-" + std::to_string(batch.offered);
-  return batch.obeying ? counts + obeyingSuffix : counts;
-}
-
-// The rest of the stage after `kind`; nullopt for a stage of another kind.
-std::optional<std::string> behind(const std::string& stage, const std::string& kind) {
-  if (stage.compare(0, kind.size(), kind) != 0) return std::nullopt;
-  return stage.substr(kind.size());
-}
+std::string stage(const char* word, std::size_t number) { return word + ("-" + std::to_string(number)); }
 
 }  // namespace
 
-std::string stageOf(const ReceivedBatch& batch) { return receivedStage + countsOf(batch); }
+std::string stageOf(const Batch& batch) {
+  return stage(batchWords[static_cast<std::size_t>(batch.kind)], batch.begun);
+}
 
-std::string stageOf(const MergedBatch& batch) { return mergedStage + countsOf(batch); }
-
-std::string stageOf(const BegunSend& /*send*/) { return sendingStage; }
-
-std::string stageOf(const AnsweredSend& send) {
-  const std::string stage = send.sent ? sentStage : refusedStage;
-  return send.filed ? stage + filedSuffix : stage;
+std::string stageOf(const Send& send) {
+  return stage(sendWords[static_cast<std::size_t>(send.stage)], static_cast<std::size_t>(send.from));
 }
 
 bool isNotable(const Json::Value& record) {
   using MessageRecord::has, MessageRecord::member;
   const Json::Value& parts = member(record, Key::Parts);
-  if (!isFileName(MessageRecord::guid(record))) return false;
+  if (!hasFileName(record)) return false;
   if (!isText(member(record, Key::Message)) || !isText(member(record, Key::Source))) return false;
   if (has(record, Key::PartId) && !record[Key::PartId].isConvertibleTo(Json::intValue)) return false;
   if (!has(record, Key::Parts)) return true;
   return parts.isArray() && std::all_of(parts.begin(), parts.end(), isText);
 }
 
-std::optional<std::string> textOf(const std::vector<Json::Value>& records) {
-  if (records.empty() || !std::all_of(records.begin(), records.end(), isNotable)) return std::nullopt;
-  std::string text;
-  for (const Json::Value& record : records) text += (text.empty() ? "[" : ",") + toText(record);
-  return text + "]";
+std::optional<Spool::Note> noteOf(const Batch& batch) {
+  if (!isValid(batch)) return std::nullopt;
+  return Spool::Note{stageOf(batch), toText(batch.records)};
 }
 
-std::optional<std::string> textOf(const Send& send) {
-  if (!isSend(send)) return std::nullopt;
-  Json::Value value(Json::objectValue);
-  value[Key::record] = send.record;
-  value[Key::from] = send.from;
-  value[Key::identity] = send.identity;
-  return toText(value);
+std::optional<Spool::Note> noteOf(const Send& send) {
+  if (!isValid(send)) return std::nullopt;
+  return Spool::Note{stageOf(send), toText({send.record})};
 }
 
-std::optional<SpoolEntry> parseEntry(const Spool::Note& note) {
-  Json::Value value;
-  if (!fromText(note.text, value)) return std::nullopt;
-  if (const auto counts = behind(note.stage, receivedStage)) return parseBatch<ReceivedBatch>(*counts, value);
-  if (const auto counts = behind(note.stage, mergedStage)) return parseBatch<MergedBatch>(*counts, value);
-  const std::optional<Send> send = parseSend(value);
-  if (!send) return std::nullopt;
-  if (note.stage == sendingStage) return BegunSend{*send};
-  for (const bool sent : {false, true}) {
-    for (const bool filed : {false, true}) {
-      AnsweredSend answered{*send, sent, filed};
-      if (note.stage == stageOf(answered)) return answered;
-    }
+std::optional<SpoolEntry> entryOf(const Spool::Note& note) {
+  std::vector<Json::Value> records = fromText(note.text);
+  unsigned number = 0;
+  const std::size_t dash = std::min(note.stage.find('-'), note.stage.size() - 1);
+  std::from_chars(&note.stage[dash + 1], note.stage.data() + note.stage.size(), number);
+  for (const Batch::Kind kind : {Batch::Kind::Received, Batch::Kind::Merged}) {
+    Batch batch{kind, {}, number};
+    if (stageOf(batch) != note.stage) continue;
+    batch.records = std::move(records);
+    if (isValid(batch)) return batch;
+    return std::nullopt;
+  }
+  if (records.size() != 1) return std::nullopt;
+  for (const Send::Stage stage : {Send::Stage::Begun, Send::Stage::Sent, Send::Stage::Refused}) {
+    Send send{stage, records.front(), static_cast<int>(number)};
+    if (stageOf(send) == note.stage && isValid(send)) return send;
   }
   return std::nullopt;
 }

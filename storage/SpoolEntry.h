@@ -10,56 +10,55 @@
 
 #include "storage/Spool.h"
 
-/// The meaning of a note in the spool. There are four kinds, each with its own stages:
+/// The meaning of a note in the spool. The text of a note is a JSON array of records. Its stage is a word and
+/// a number:
 ///
-///     Stage                  Kind           After a kill, a power cut or an exception the next pass
-///     received-FILED-OFFERED ReceivedBatch  files what is not filed; obeys nothing
-///     merged-FILED-OFFERED   MergedBatch    the same
-///     ...-obeying            either batch   the same; its next command may have been obeyed
-///     sending                BegunSend      counts the send as failed: it becomes `refused`
-///     sent, refused          AnsweredSend   files the record, and sends nothing
-///     sent-filed, ...        AnsweredSend   removes what is left of the record under its old status
+///     Stage                     After a kill, a power cut or an exception the next pass
+///     received-BEGUN            files the records that are not filed; obeys nothing
+///     merged-BEGUN              the same
+///     sending-FROM              counts the send as failed: it becomes `refused`
+///     sent-FROM, refused-FROM   files the record, and sends nothing
 ///
 /// A failed save does not change the stage, and each pass tries again.
 
 /// Records to file under Received, in this order.
 struct Batch {
+  enum class Kind {
+    Received,  ///< received messages, which the modem deletes
+    Merged     ///< stored messages with received parts merged in; each replaces its file
+  };
+  Kind kind = Kind::Received;
   std::vector<Json::Value> records;
-  std::size_t filed = 0;    ///< number of filed records at the front
-  std::size_t offered = 0;  ///< number of records at the front offered to the commands; at least `filed`
-  bool obeying = false;     ///< the next one is being obeyed
+  /// The commands in the records before this place, counted from 1, were obeyed or refused; the command at
+  /// this place perhaps. 0: none was.
+  std::size_t begun = 0;
 };
-struct ReceivedBatch : Batch {};  ///< received messages, which the modem deletes
-struct MergedBatch : Batch {};    ///< stored messages with received parts merged in; each replaces its file
 
-/// A message that is being sent.
+/// A message that is being sent, or was.
 struct Send {
-  Json::Value record;    ///< as stored in its folder
-  int from = 0;          ///< the status of that folder: Sending or Failed
-  std::string identity;  ///< of its file; another file of the same name has another one
-};
-struct BegunSend : Send {};  ///< the modem has given no answer yet
-struct AnsweredSend : Send {
-  bool sent = false;
-  bool filed = false;  ///< under Sent or Failed, as answered
+  enum class Stage {
+    Begun,  ///< the modem has given no answer yet
+    Sent,
+    Refused
+  };
+  Stage stage = Stage::Begun;
+  Json::Value record;  ///< as stored in its folder
+  int from = 0;        ///< the status of that folder: Sending or Failed
 };
 
-using SpoolEntry = std::variant<ReceivedBatch, MergedBatch, BegunSend, AnsweredSend>;
+using SpoolEntry = std::variant<Batch, Send>;
 
-/// The stage of a note of each kind.
-std::string stageOf(const ReceivedBatch& batch);
-std::string stageOf(const MergedBatch& batch);
-std::string stageOf(const BegunSend& send);
-std::string stageOf(const AnsweredSend& send);
+std::string stageOf(const Batch& batch);
+std::string stageOf(const Send& send);
 
 /// Whether a batch can hold `record`: its guid is a file name that a shell command can hold, and its message,
 /// source and parts are of the types that filing needs.
 bool isNotable(const Json::Value& record);
 
-/// The text for the records of a batch, and for a send; nullopt for what parseEntry would refuse. Without a
-/// note, filing is tried only once.
-std::optional<std::string> textOf(const std::vector<Json::Value>& records);
-std::optional<std::string> textOf(const Send& send);
+/// The note for an entry; nullopt for an entry that entryOf() would refuse. Without a note, filing is tried
+/// only once.
+std::optional<Spool::Note> noteOf(const Batch& batch);
+std::optional<Spool::Note> noteOf(const Send& send);
 
 /// The entry of a note; nullopt for a note that the functions above do not produce.
-std::optional<SpoolEntry> parseEntry(const Spool::Note& note);
+std::optional<SpoolEntry> entryOf(const Spool::Note& note);

@@ -8,18 +8,6 @@
 StatusCollectionStorageDecorator::StatusCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner)
     : inner(std::move(inner)) {}
 
-void StatusCollectionStorageDecorator::save(const Json::Value& record, int status) {
-  inner->save(record, status);
-}
-
-void StatusCollectionStorageDecorator::remove(const Json::Value& filter, int status) {
-  inner->remove(filter, status);
-}
-
-Json::Value StatusCollectionStorageDecorator::load(const Json::Value& filter, int status) {
-  return inner->load(filter, status);
-}
-
 void StatusCollectionStorageDecorator::move(const Json::Value& filter, int from, int to) {
   const Json::Value records = load(filter, from);
   for (Json::Value record : records) {

@@ -9,9 +9,9 @@ class StatusCollectionStorageDecorator final : public ICollectionStorage {
  public:
   explicit StatusCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner);
 
-  void save(const Json::Value& record, int status) override;
-  void remove(const Json::Value& filter, int status) override;
-  Json::Value load(const Json::Value& filter, int status) override;
+  void save(const Json::Value& record, int status) override { inner->save(record, status); }
+  void remove(const Json::Value& filter, int status) override { inner->remove(filter, status); }
+  Json::Value load(const Json::Value& filter, int status) override { return inner->load(filter, status); }
 
   /// For each record that matches: removes by the filter (not by the record) from `from`, and saves a copy
   /// with its "status" under `to`. A copy that goes to Received has no "status". With a null filter, the

@@ -32,18 +32,9 @@ bool connects(int type) {
 bool syslogListens() { return connects(SOCK_DGRAM) || connects(SOCK_STREAM); }
 
 int syslogPriority(int level) {
-  switch (level) {
-    case Logger::PrintLevel::FATAL_LEVEL:
-      return LOG_CRIT;
-    case Logger::PrintLevel::ERROR_LEVEL:
-      return LOG_ERR;
-    case Logger::PrintLevel::WARNING_LEVEL:
-      return LOG_WARNING;
-    case Logger::PrintLevel::INFO_LEVEL:
-      return LOG_INFO;
-    default:
-      return LOG_DEBUG;
-  }
+  constexpr int priorities[] = {LOG_DEBUG, LOG_DEBUG, LOG_INFO, LOG_WARNING, LOG_ERR, LOG_CRIT};
+  const bool isKnown = level >= Logger::PrintLevel::TRACE_LEVEL && level <= Logger::PrintLevel::FATAL_LEVEL;
+  return isKnown ? priorities[level] : LOG_DEBUG;
 }
 
 }  // namespace

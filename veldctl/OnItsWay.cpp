@@ -20,13 +20,11 @@ struct Count {
   OnItsWay& found;
 
   void operator()(const Batch& batch) const {
-    if (batch.filed >= batch.records.size()) return;
-    if (found.since == 0) found.since = timeOf(batch.records[batch.filed]);
-    found.received += static_cast<std::int64_t>(batch.records.size() - batch.filed);
+    if (found.since == 0) found.since = timeOf(batch.records.front());
+    found.received += static_cast<std::int64_t>(batch.records.size());
   }
-  void operator()(const BegunSend&) const { ++found.begun; }
-  void operator()(const AnsweredSend& send) const {
-    if (!send.filed) ++found.answered;
+  void operator()(const Send& send) const {
+    ++(send.stage == Send::Stage::Begun ? found.begun : found.answered);
   }
 };
 
@@ -38,7 +36,7 @@ OnItsWay readOnItsWay(const std::string& root) {
   found.isReadable = spool.readable;
   found.damaged = spool.damaged;
   for (const Spool::Note& note : spool.notes) {
-    if (const std::optional<SpoolEntry> entry = parseEntry(note))
+    if (const std::optional<SpoolEntry> entry = entryOf(note))
       std::visit(Count{found}, *entry);
     else
       ++found.damaged;
