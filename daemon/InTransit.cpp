@@ -24,19 +24,19 @@ InTransit::InTransit(const std::string& root, const std::string& staging)
 }
 
 void InTransit::begin(const Spool::Pass& pass) {
-  received_ = 0;  // what a pass that broke off has noted is among those that it left
-  if (!pass.numbers.empty()) FolderCollectionStorage::makeMissingFolders(root_, staging_);
+  received_.clear();  // what a pass that broke off has noted is among those that it left
+  if (!pass.names.empty()) const FolderCollectionStorage created(root_, staging_);
 }
 
-std::optional<SpoolEntry> InTransit::read(unsigned number) {
-  const std::optional<Spool::Note> note = spool.read(number);
+std::optional<SpoolEntry> InTransit::read(const std::string& name) {
+  const std::optional<Spool::Note> note = spool.read(name);
   if (!note) return std::nullopt;
   std::optional<SpoolEntry> entry = entryOf(*note);
-  if (!entry) spool.setAside(number);
+  if (!entry) spool.setAside(name);
   return entry;
 }
 
-unsigned InTransit::takeReceived() { return std::exchange(received_, 0); }
+std::string InTransit::takeReceived() { return std::exchange(received_, ""); }
 
 std::string InTransit::fileOf(const Json::Value& record, int status) const {
   return root_ + MessageStatus::folder(status) + "/" + MessageRecord::guid(record);
@@ -62,23 +62,23 @@ void InTransit::aboutToDelete(const std::vector<Json::Value>& records) {
 
 void InTransit::expectSend(const Json::Value& record, int from) {
   send_ = {Send::Stage::Begun, record, from};
-  number_ = 0;
+  sendNote_.clear();
 }
 
 void InTransit::aboutToSend() { noteSend(Send::Stage::Begun); }
 
 void InTransit::answered(bool sent) { noteSend(sent ? Send::Stage::Sent : Send::Stage::Refused); }
 
-std::optional<std::pair<unsigned, Send>> InTransit::takeSend() {
-  if (number_ == 0) return std::nullopt;
-  return std::pair{std::exchange(number_, 0), std::move(send_)};
+std::optional<std::pair<std::string, Send>> InTransit::takeSend() {
+  if (sendNote_.empty()) return std::nullopt;
+  return std::pair{std::exchange(sendNote_, ""), std::move(send_)};
 }
 
 void InTransit::noteSend(Send::Stage stage) {
   if (send_.stage != Send::Stage::Begun) return;
   send_.stage = stage;
-  if (number_ != 0)
-    spool.rename(number_, stageOf(send_), true);
+  if (!sendNote_.empty())
+    spool.rename(sendNote_, stageOf(send_), true);
   else if (const std::optional<Spool::Note> note = noteOf(send_))
-    number_ = spool.add(*note);
+    sendNote_ = spool.add(*note);
 }

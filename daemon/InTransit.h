@@ -19,11 +19,10 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   void begin(const Spool::Pass& pass);
 
   /// Reads a note as an entry; nullopt if that fails. Sets a note with an invalid text aside.
-  std::optional<SpoolEntry> read(unsigned number);
+  std::optional<SpoolEntry> read(const std::string& name);
 
-  /// The number of the note with the messages received last. 0 if there is none; a second call returns 0,
-  /// too.
-  unsigned takeReceived();
+  /// The name of the note with the messages received last. Empty if there is none, and in a second call.
+  std::string takeReceived();
 
   /// Expects the modem to be asked to send a record of Sending or Failed.
   void expectSend(const Json::Value& record, int from);
@@ -32,8 +31,8 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   /// answer counts.
   void answered(bool sent) override;
 
-  /// The answered send and the number of its note; nullopt if it could not be noted.
-  std::optional<std::pair<unsigned, Send>> takeSend();
+  /// The name of the note of the expected send, and the send; nullopt if it could not be noted.
+  std::optional<std::pair<std::string, Send>> takeSend();
 
   /// The file of a record under a status.
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;
@@ -50,7 +49,7 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
 
   const std::string root_;
   const std::string staging_;
-  unsigned received_ = 0;
-  Send send_;            ///< the expected send
-  unsigned number_ = 0;  ///< of its note; 0: none
+  std::string received_;  ///< the name of a note; empty: none
+  Send send_;             ///< the expected send
+  std::string sendNote_;  ///< the name of its note; empty: none
 };

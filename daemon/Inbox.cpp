@@ -35,11 +35,10 @@ std::string freeGuid(const InTransit& inTransit, const std::string& guid) {
 // The stored parts; nullopt if a file that may hold one could not be read.
 std::optional<std::vector<Json::Value>> loadStoredParts(CheckedStorage& storage, bool mustBeComplete) {
   bool complete = true;
-  std::vector<Json::Value> parts = collectStoredParts(storage.load(MessageStatus::Received, &complete));
+  std::vector<Json::Value> parts;
+  for (Json::Value& part : collectStoredParts(storage.load(MessageStatus::Received, &complete)))
+    if (isNotable(part)) parts.push_back(std::move(part));  // the spool could hold the merged message
   if (mustBeComplete && !complete) return std::nullopt;
-  // The spool could not hold a message that is merged into such a record.
-  const auto isStrange = [](const Json::Value& record) { return !isNotable(record); };
-  parts.erase(std::remove_if(parts.begin(), parts.end(), isStrange), parts.end());
   return parts;
 }
 
@@ -49,11 +48,11 @@ Inbox::Inbox(CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit
     : storage_(storage), commands_(commands), inTransit_(inTransit) {}
 
 void Inbox::fileLeft(const Spool::Pass& pass) {
-  for (const unsigned number : pass.numbers) {
+  for (const std::string& name : pass.names) {
     if (waits_) return;
-    std::optional<SpoolEntry> entry = inTransit_.read(number);
+    std::optional<SpoolEntry> entry = inTransit_.read(name);
     if (!entry || !std::holds_alternative<Batch>(*entry)) continue;
-    Noted noted{number, std::get<Batch>(std::move(*entry))};
+    Noted noted{name, std::get<Batch>(std::move(*entry))};
     fileLeftBatch(noted);
   }
 }
@@ -109,8 +108,8 @@ void Inbox::fileRange(Noted& noted, std::size_t begin, std::size_t end, Turn tur
 void Inbox::fileMerged(std::vector<Json::Value> records, Noted& parts, const std::vector<std::size_t>& places,
                        Turn turn) {
   for (Json::Value& record : records) joinParts(record);
-  Noted noted{0, {Batch::Kind::Merged, std::move(records)}};
-  if (const std::optional<Spool::Note> note = noteOf(noted.batch)) noted.number = inTransit_.spool.add(*note);
+  Noted noted{"", {Batch::Kind::Merged, std::move(records)}};
+  if (const std::optional<Spool::Note> note = noteOf(noted.batch)) noted.name = inTransit_.spool.add(*note);
   for (const std::size_t place : places) parts.isFiled[place] = true;
   settle(parts, turn);
   for (std::size_t place = 0; place < noted.batch.records.size(); ++place) {
@@ -144,7 +143,7 @@ bool Inbox::obeyNow(Noted& noted, std::size_t place) {
   if (!commands_.validateSMSCommand(message, source)) return false;
   ORVEL_LOG(WARNING, "SMS commands executing command");
   noted.batch.begun = place + 1;
-  inTransit_.spool.rename(noted.number, stageOf(noted.batch), false);
+  inTransit_.spool.rename(noted.name, stageOf(noted.batch), false);
   if (commands_.executeCommand(message, source)) return true;
   ORVEL_LOG(ERROR, "Failed to execute command [%s]", message.c_str());
   return false;
@@ -187,13 +186,12 @@ void Inbox::settle(Noted& noted, Turn turn) {
   if (turn == Turn::Later && files.empty()) return;
   if (!flushFiles(files)) return;
   if (rest.records.empty()) {
-    inTransit_.spool.remove(noted.number);
-    noted = {0, {}};
+    inTransit_.spool.remove(noted.name);
+    noted = {};
     return;
   }
   // In the first turn, every command in the rest was offered. A later turn stops at the first record left.
   rest.begun = rest.records.size() + 1;
   if (turn == Turn::Later) rest.begun = noted.batch.begun - std::min(noted.batch.begun, files.size());
-  if (const std::optional<Spool::Note> note = noteOf(rest))
-    noted.number = inTransit_.spool.replace(noted.number, *note);
+  if (const std::optional<Spool::Note> note = noteOf(rest)) inTransit_.spool.replace(noted.name, *note);
 }

@@ -3,6 +3,7 @@
 #include <json/json.h>
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "commands/SMSCommand.h"
@@ -27,9 +28,9 @@ class Inbox : private Orvel::NonCopyable {
  private:
   enum class Turn { First, Later };  ///< the pass that received a record, or a later one
 
-  /// A batch and its note.
+  /// A batch and the name of its note.
   struct Noted {
-    unsigned number;  ///< 0 if the records could not be noted
+    std::string name;  ///< empty if the records could not be noted
     Batch batch;
     std::vector<bool> isFiled = std::vector<bool>(batch.records.size());  ///< by place
   };

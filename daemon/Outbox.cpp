@@ -38,9 +38,9 @@ Outbox::Outbox(SmsProvider& provider, CheckedStorage& storage, InTransit& inTran
     : provider_(provider), storage_(storage), inTransit_(inTransit) {}
 
 void Outbox::fileLeft(const Spool::Pass& pass) {
-  for (const unsigned number : pass.numbers) {
-    std::optional<SpoolEntry> entry = inTransit_.read(number);
-    if (entry && std::holds_alternative<Send>(*entry)) takeIn(number, std::get<Send>(std::move(*entry)));
+  for (const std::string& name : pass.names) {
+    std::optional<SpoolEntry> entry = inTransit_.read(name);
+    if (entry && std::holds_alternative<Send>(*entry)) takeIn(name, std::get<Send>(std::move(*entry)));
   }
   if (answered_.empty()) return;
   // Each pass begins with another record, so that one that cannot be filed does not block the others.
@@ -88,18 +88,18 @@ void Outbox::settle() {
     for (const int status : {statusAfter(noted->send), noted->send.from})
       files.push_back(inTransit_.fileOf(noted->send.record, status));
   if (!flushFiles(files)) return;
-  for (auto noted = done; noted != answered_.end(); ++noted) inTransit_.spool.remove(noted->number);
+  for (auto noted = done; noted != answered_.end(); ++noted) inTransit_.spool.remove(noted->name);
   answered_.erase(done, answered_.end());
 }
 
-void Outbox::takeIn(unsigned number, Send send) {
+void Outbox::takeIn(std::string name, Send send) {
   if (send.stage == Send::Stage::Begun) {
     const std::string guid = MessageRecord::guid(send.record);
     ORVEL_LOG(WARNING, "Sending message %s was begun and never answered: it counts as failed", guid.c_str());
     send.stage = Send::Stage::Refused;
-    inTransit_.spool.rename(number, stageOf(send), true);
+    inTransit_.spool.rename(name, stageOf(send), true);
   }
-  answered_.push_back({number, std::move(send)});
+  answered_.push_back({std::move(name), std::move(send)});
 }
 
 void Outbox::fileAgain(Noted& noted) {

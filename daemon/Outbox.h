@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "daemon/InTransit.h"
@@ -26,14 +27,14 @@ class Outbox : private Orvel::NonCopyable {
   void settle();
 
  private:
-  /// An answered send and its note.
+  /// An answered send and the name of its note.
   struct Noted {
-    unsigned number;
+    std::string name;
     Send send;
     bool isFiled = false;
   };
 
-  void takeIn(unsigned number, Send send);
+  void takeIn(std::string name, Send send);
   void fileAgain(Noted& noted);
   bool file(const Json::Value& record, int from, bool sent);
   [[nodiscard]] bool liesUnderFrom(const Send& send) const;

@@ -1,10 +1,5 @@
 #include "storage/FolderCollectionStorage.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <vector>
-
 #include "storage/MessageStatus.h"
 #include "storage/MoveFolderStorage.h"
 
@@ -12,13 +7,6 @@ FolderCollectionStorage::FolderCollectionStorage(const std::string& root, const 
   for (const int status : MessageStatus::all)
     folders[status] =
         std::make_shared<MoveFolderStorage>(root + MessageStatus::folder(status), tempPath, &faults_);
-}
-
-void FolderCollectionStorage::makeMissingFolders(const std::string& root, const std::string& tempPath) {
-  std::vector<std::string> paths{tempPath};
-  for (const int status : MessageStatus::all) paths.push_back(root + MessageStatus::folder(status));
-  for (const std::string& path : paths)
-    if (access(path.c_str(), F_OK) != 0 && errno == ENOENT) const FolderStorage made(path);
 }
 
 void FolderCollectionStorage::save(const Json::Value& record, int status) {

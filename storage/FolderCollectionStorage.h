@@ -13,11 +13,8 @@
 ///     root/inbox/received   root/outbox/sending   root/outbox/sent   root/outbox/failed
 class FolderCollectionStorage final : public ICollectionStorage {
  public:
-  /// Creates the four folders and their common staging folder; logs a failure.
+  /// Creates the four folders and their common staging folder if they are missing; logs a failure.
   FolderCollectionStorage(const std::string& root, const std::string& tempPath);
-
-  /// Creates those folders that are missing; logs a failure.
-  static void makeMissingFolders(const std::string& root, const std::string& tempPath);
 
   /// Counts the failures since construction.
   [[nodiscard]] const StorageFaults& faults() const { return faults_; }

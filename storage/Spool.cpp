@@ -28,27 +28,20 @@ constexpr std::size_t reserveSize = 128 * 1024;
 constexpr char unfinished[] = ".new";
 constexpr char damaged[] = ".damaged";
 
-// The parts of a file name, as in "7.sent-2.new".
-struct Name {
-  unsigned number = 0;  // 0: not the name of a note
-  std::string stage;
-  std::string ending;  // ".new", ".damaged" or empty
-};
-
-Name parseName(std::string text) {
-  Name name;
-  const std::size_t ending = std::min(text.rfind('.'), text.size());
-  for (const char* const known : {unfinished, damaged})
-    if (text.compare(ending, std::string::npos, known) == 0) name.ending = known;
-  text.resize(text.size() - name.ending.size());
-  const char* const end = text.data() + text.size();
-  const auto [point, error] = std::from_chars(text.data(), end, name.number);
-  if (error == std::errc() && point != end && *point == '.')
-    name.stage.assign(point + 1, end);
-  else
-    name.number = 0;
-  return name;
+bool endsWith(const std::string& name, const std::string& ending) {
+  return name.size() >= ending.size() &&
+         name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
 }
+
+// The number of a note, as in "7.sent-2"; 0 if `name` is not that of a note.
+unsigned numberOf(const std::string& name) {
+  unsigned number = 0;
+  const char* const end = name.data() + name.size();
+  const auto [point, error] = std::from_chars(name.data(), end, number);
+  return error == std::errc() && point != end && *point == '.' ? number : 0;
+}
+
+std::string stageOf(const std::string& name) { return name.substr(name.find('.') + 1); }
 
 // The names in the folder; nullopt if it cannot be listed completely.
 std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
@@ -82,78 +75,75 @@ std::string incompressible() {
 
 Spool::Spool(const std::string& root) : path_(root + spoolFolder) {}
 
-Spool::Pass Spool::open() {
-  std::vector<Note> unwritten;
-  for (auto& [number, slot] : slots_)
-    if (slot.unwritten) unwritten.push_back({slot.stage, *slot.unwritten});
-  slots_.clear();
-  last_ = 0;
-  if (acquire() && takeIn()) keepReserve();
-  for (const Note& note : unwritten) add(note);  // under new numbers: the old ones may be in use on the disk
-  std::vector<unsigned> numbers;
-  numbers.reserve(slots_.size());
-  for (const auto& [number, slot] : slots_) numbers.push_back(number);
-  return {*this, std::move(numbers)};
+bool Spool::Older::operator()(const std::string& a, const std::string& b) const {
+  const unsigned numberOfA = numberOf(a);
+  const unsigned numberOfB = numberOf(b);
+  return numberOfA != numberOfB ? numberOfA < numberOfB : a < b;
 }
 
-std::optional<Spool::Note> Spool::read(unsigned number) {
-  const auto found = slots_.find(number);
-  if (found == slots_.end()) return std::nullopt;
-  const Slot& slot = found->second;
-  if (slot.unwritten) return Note{slot.stage, *slot.unwritten};
-  Note note{slot.stage, ""};
-  const Reading reading = NoteFile::read(path_ + "/" + nameOf(number), note.text);
+Spool::Pass Spool::open() {
+  const auto unwritten = std::exchange(unwritten_, {});
+  Names names;
+  last_ = 0;
+  if (acquire() && list(names)) keepReserve();
+  // These get new numbers: the old ones may be in use on the disk.
+  for (const auto& [name, text] : unwritten) names.insert(add({stageOf(name), text}));
+  return {*this, std::move(names)};
+}
+
+std::optional<Spool::Note> Spool::read(const std::string& name) {
+  Note note{stageOf(name), ""};
+  const auto unwritten = unwritten_.find(name);
+  if (unwritten != unwritten_.end()) return Note{note.stage, unwritten->second};
+  const Reading reading = NoteFile::read(path_ + "/" + name, note.text);
   if (reading == Reading::Whole) return note;
   if (reading == Reading::Damaged)
-    setAside(number);
+    setAside(name);
   else if (errno != ENOENT)
     complain("read");
   return std::nullopt;
 }
 
-unsigned Spool::add(const Note& note) {
-  const unsigned number = ++last_;
-  slots_[number].stage = note.stage;
-  if (!write(number, note)) slots_[number].unwritten = note.text;
-  return number;
+std::string Spool::add(const Note& note) {
+  std::string name = std::to_string(++last_) + "." + note.stage;
+  if (!write(name, note.text)) unwritten_[name] = note.text;
+  return name;
 }
 
-unsigned Spool::replace(unsigned number, const Note& note) {
-  const unsigned next = add(note);
-  const auto before = slots_.find(number);
-  const bool keepsBefore = before != slots_.end() && !before->second.unwritten && slots_[next].unwritten;
-  remove(keepsBefore ? next : number);
-  return keepsBefore ? number : next;
+void Spool::replace(std::string& name, const Note& note) {
+  const std::string next = add(note);
+  const bool isOnDisk = !name.empty() && unwritten_.count(name) == 0;
+  const bool keepsOld = isOnDisk && unwritten_.count(next) != 0;
+  remove(keepsOld ? next : name);
+  if (!keepsOld) name = next;
 }
 
-bool Spool::rename(unsigned number, const std::string& stage, bool flushed) {
-  const auto found = slots_.find(number);
-  if (found == slots_.end()) return false;
-  const std::string before = nameOf(number);
-  const std::string stageBefore = std::exchange(found->second.stage, stage);
-  if (found->second.unwritten) return !flushed;
-  const std::string after = nameOf(number);
-  if (renameat(folder_.get(), before.c_str(), folder_.get(), after.c_str()) != 0) {
-    found->second.stage = stageBefore;
-    complain("write");
+bool Spool::rename(std::string& name, const std::string& stage, bool flushed) {
+  const std::string after = name.substr(0, name.find('.') + 1) + stage;
+  if (auto unwritten = unwritten_.extract(name)) {
+    unwritten.key() = name = after;
+    unwritten_.insert(std::move(unwritten));
+    return !flushed;
+  }
+  if (name.empty() || renameat(folder_.get(), name.c_str(), folder_.get(), after.c_str()) != 0) {
+    if (!name.empty()) complain("write");
     return false;
   }
+  name = after;
   return !flushed || fsync(folder_.get()) == 0;
 }
 
-void Spool::remove(unsigned number) {
-  const auto found = slots_.find(number);
-  if (found == slots_.end()) return;
-  if (!found->second.unwritten && unlinkat(folder_.get(), nameOf(number).c_str(), 0) != 0 && errno != ENOENT)
-    complain("write");
-  slots_.erase(found);
+void Spool::remove(const std::string& name) {
+  if (name.empty() || unwritten_.erase(name) != 0) return;
+  if (unlinkat(folder_.get(), name.c_str(), 0) != 0 && errno != ENOENT) complain("write");
 }
 
-void Spool::setAside(unsigned number) {
-  const auto found = slots_.find(number);
-  if (found == slots_.end()) return;
-  if (!found->second.unwritten) moveAside(nameOf(number));
-  slots_.erase(found);
+void Spool::setAside(const std::string& name) {
+  if (unwritten_.erase(name) != 0) return;
+  const std::string aside = name + damaged;
+  ORVEL_LOG(ERROR, "Spool file [%s/%s] is damaged: it is set aside as [%s]", path_.c_str(), name.c_str(),
+            aside.c_str());
+  if (renameat(folder_.get(), name.c_str(), folder_.get(), aside.c_str()) != 0) complain("write");
 }
 
 Spool::Survey Spool::survey(const std::string& root) {
@@ -165,12 +155,11 @@ Spool::Survey Spool::survey(const std::string& root) {
     survey.readable = errno == ENOENT;
     return survey;
   }
-  for (const std::string& file : *names) {
-    const Name name = parseName(file);
-    if (file == reserveName || name.ending == unfinished) continue;
-    Note note{name.stage, ""};
-    const Reading reading =
-        name.ending == damaged ? Reading::Damaged : NoteFile::read(path + "/" + file, note.text);
+  for (const std::string& name : *names) {
+    if (name == reserveName || endsWith(name, unfinished)) continue;
+    Note note{stageOf(name), ""};
+    const bool isGood = numberOf(name) != 0 && !endsWith(name, damaged);
+    const Reading reading = isGood ? NoteFile::read(path + "/" + name, note.text) : Reading::Damaged;
     if (reading == Reading::Whole) survey.notes.push_back(std::move(note));
     if (reading == Reading::Damaged) ++survey.damaged;
     if (reading == Reading::Failed && errno != ENOENT) survey.readable = false;
@@ -198,30 +187,24 @@ bool Spool::acquire() {
 }
 
 // Nothing is written without a complete list: a new note could get the number of an unseen one.
-bool Spool::takeIn() {
-  const std::optional<std::vector<std::string>> names = namesIn(folder_);
-  if (!names) {
+bool Spool::list(Names& names) {
+  const std::optional<std::vector<std::string>> files = namesIn(folder_);
+  if (!files) {
     complain("read");
     folder_.reset();
     return false;
   }
-  for (const std::string& name : *names) takeIn(name);
-  return true;
-}
-
-void Spool::takeIn(const std::string& file) {
-  Name name = parseName(file);
-  if (file == reserveName) return;
-  if (name.ending == unfinished) {
-    unlinkat(folder_.get(), file.c_str(), 0);
-    return;
+  for (const std::string& name : *files) {
+    last_ = std::max(last_, numberOf(name));
+    if (name == reserveName || endsWith(name, damaged)) continue;
+    if (endsWith(name, unfinished))
+      unlinkat(folder_.get(), name.c_str(), 0);
+    else if (numberOf(name) == 0)
+      setAside(name);
+    else
+      names.insert(name);
   }
-  last_ = std::max(last_, name.number);
-  if (name.ending == damaged) return;
-  if (name.number != 0 && name.ending.empty() && slots_.count(name.number) == 0)
-    slots_[name.number].stage = std::move(name.stage);
-  else
-    moveAside(file);
+  return true;
 }
 
 // Writes the reserve only if twice its size is free. A nearly full disk is thus not written to in each pass.
@@ -232,11 +215,10 @@ void Spool::keepReserve() {
   NoteFile::write(folder_.get(), std::string(reserveName) + unfinished, reserveName, incompressible());
 }
 
-bool Spool::write(unsigned number, const Note& note) {
+bool Spool::write(const std::string& name, const std::string& text) {
   if (!folder_.isOpen()) return false;
-  const std::string name = std::to_string(number) + "." + note.stage;
   const auto tryOnce = [&] {
-    return NoteFile::write(folder_.get(), name + unfinished, name, NoteFile::framed(note.text));
+    return NoteFile::write(folder_.get(), name + unfinished, name, NoteFile::framed(text));
   };
   const bool written = tryOnce() || (makeRoom() && tryOnce());
   if (written)
@@ -255,17 +237,6 @@ bool Spool::makeRoom() {
   const bool hasRoom = isFull && unlinkat(folder_.get(), reserveName, 0) == 0;
   errno = error;
   return hasRoom;
-}
-
-void Spool::moveAside(const std::string& name) {
-  const std::string aside = name + damaged;
-  ORVEL_LOG(ERROR, "Spool file [%s/%s] is damaged: it is set aside as [%s]", path_.c_str(), name.c_str(),
-            aside.c_str());
-  if (renameat(folder_.get(), name.c_str(), folder_.get(), aside.c_str()) != 0) complain("write");
-}
-
-std::string Spool::nameOf(unsigned number) const {
-  return std::to_string(number) + "." + slots_.at(number).stage;
 }
 
 void Spool::complain(const char* what) {

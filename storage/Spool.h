@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,16 +40,22 @@ class Spool : private Orvel::NonCopyable {
     std::string text;
   };
 
+  /// Orders the names of notes by their number, oldest first.
+  struct Older {
+    bool operator()(const std::string& a, const std::string& b) const;
+  };
+  using Names = std::set<std::string, Older>;
+
   /// `root` is the folder above the message folders. Only open() and later calls touch the disk.
   explicit Spool(const std::string& root);
 
   /// Keeps the folder open and locked for one pass.
   class Pass : private Orvel::NonCopyable {
    public:
-    Pass(Spool& spool, std::vector<unsigned> noteNumbers) : numbers(std::move(noteNumbers)), spool_(spool) {}
+    Pass(Spool& spool, Names noteNames) : names(std::move(noteNames)), spool_(spool) {}
     ~Pass() { spool_.folder_.reset(); }
 
-    const std::vector<unsigned> numbers;  ///< the notes that earlier passes left, oldest first
+    const Names names;  ///< of the notes that earlier passes left
 
    private:
     Spool& spool_;
@@ -59,23 +66,23 @@ class Spool : private Orvel::NonCopyable {
 
   /// Reads a note. Nullopt if it is gone, cannot be read now (the next pass tries again), or is damaged; a
   /// damaged note is set aside.
-  std::optional<Note> read(unsigned number);
+  std::optional<Note> read(const std::string& name);
 
-  /// Adds a note, flushed. Returns its number, which is higher than all others.
-  unsigned add(const Note& note);
+  /// Adds a note, flushed. Returns its name; its number is higher than all others.
+  std::string add(const Note& note);
 
-  /// Replaces a note by a new one, flushed, and returns the new number. If the new one cannot be written,
-  /// keeps the old one on the disk and returns its number.
-  unsigned replace(unsigned number, const Note& note);
+  /// Replaces a note by a new one, flushed, and changes `name` to its name. If the new one cannot be written,
+  /// keeps the old one on the disk and its name. An empty name stands for no note.
+  void replace(std::string& name, const Note& note);
 
-  /// Changes the stage of a note. False if the rename, or the flush if requested, fails.
-  bool rename(unsigned number, const std::string& stage, bool flushed);
+  /// Changes the stage of a note, and `name`. False if the rename, or the flush if requested, fails.
+  bool rename(std::string& name, const std::string& stage, bool flushed);
 
-  /// Removes a note; not flushed.
-  void remove(unsigned number);
+  /// Removes a note; not flushed. An empty name stands for no note.
+  void remove(const std::string& name);
 
   /// Sets aside a note whose text is invalid: renames it to NUMBER.STAGE.damaged and logs that.
-  void setAside(unsigned number);
+  void setAside(const std::string& name);
 
   /// The content of a spool, for a program that only reads it.
   struct Survey {
@@ -86,24 +93,16 @@ class Spool : private Orvel::NonCopyable {
   static Survey survey(const std::string& root);
 
  private:
-  struct Slot {
-    std::string stage;
-    std::optional<std::string> unwritten;  ///< the text of a note that is in memory only
-  };
-
   bool acquire();
-  bool takeIn();
-  void takeIn(const std::string& file);
+  bool list(Names& names);
   void keepReserve();
-  bool write(unsigned number, const Note& note);
+  bool write(const std::string& name, const std::string& text);
   bool makeRoom();
-  void moveAside(const std::string& name);
-  [[nodiscard]] std::string nameOf(unsigned number) const;
   void complain(const char* what);
 
   const std::string path_;
   Orvel::FileDescriptor folder_;
-  std::map<unsigned, Slot> slots_;
-  unsigned last_ = 0;        ///< the highest number in use
+  std::map<std::string, std::string, Older> unwritten_;  ///< texts of notes that are in memory only, by name
+  unsigned last_ = 0;                                    ///< the highest number in use
   bool complained_ = false;  ///< a failure was logged; no write has succeeded since
 };

@@ -12,8 +12,13 @@ namespace Orvel {
 /// of the data. Start no process while the object lives: it would inherit the blocked signal.
 class SignalHold : private NonCopyable {
  public:
-  SignalHold();
-  ~SignalHold();
+  SignalHold() {
+    sigset_t held;
+    sigemptyset(&held);
+    sigaddset(&held, SIGTERM);
+    sigprocmask(SIG_BLOCK, &held, &before_);
+  }
+  ~SignalHold() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
  private:
   sigset_t before_;

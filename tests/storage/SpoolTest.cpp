@@ -112,9 +112,11 @@ using testing::ElementsAre;
 TEST_F(SpoolTest, KeepsNotesForTheNextDaemonUnderTheirStage) {
   {
     const Spool::Pass pass = spool_.open();
-    const unsigned first = spool_.add({"a", "one"}), second = spool_.add({"a", "two"});
+    std::string first = spool_.add({"a", "one"}), second = spool_.add({"a", "two"});
     EXPECT_TRUE(spool_.rename(second, "b-1", true));
-    EXPECT_EQ(spool_.replace(first, {"c", "three"}), 3u);
+    EXPECT_EQ(second, "2.b-1");
+    spool_.replace(first, {"c", "three"});
+    EXPECT_EQ(first, "3.c");
     spool_.remove(spool_.add({"a", "gone"}));
   }
   EXPECT_THAT(names(), ElementsAre("2.b-1", "3.c", "reserve"));
@@ -126,10 +128,10 @@ TEST_F(SpoolTest, KeepsNotesForTheNextDaemonUnderTheirStage) {
 
   Spool next(root_.path);
   const Spool::Pass pass = next.open();
-  EXPECT_THAT(pass.numbers, ElementsAre(2, 3));
-  EXPECT_EQ(next.read(2).value_or(Spool::Note{}).text, "two");
-  EXPECT_EQ(next.read(2).value_or(Spool::Note{}).stage, "b-1");
-  EXPECT_EQ(next.add({"a", "four"}), 4u);
+  EXPECT_THAT(pass.names, ElementsAre("2.b-1", "3.c"));
+  EXPECT_EQ(next.read("2.b-1").value_or(Spool::Note{}).text, "two");
+  EXPECT_EQ(next.read("2.b-1").value_or(Spool::Note{}).stage, "b-1");
+  EXPECT_EQ(next.add({"a", "four"}), "4.a");
   EXPECT_EQ(log_.text(), "");
 }
 
@@ -142,18 +144,17 @@ TEST_F(SpoolTest, SetsAsideOnlyDamagedNotes) {
   writeFile(folder_ + "/5.torn", "veld 1 9 00000000\n");
   writeFile(folder_ + "/rubbish", "");
   writeFile(folder_ + "/7.a", NoteFile::framed("good"));
-  writeFile(folder_ + "/7.b", NoteFile::framed("of the same number"));
   const Spool::Pass pass = spool_.open();
   std::vector<std::string> read;
-  for (const unsigned number : pass.numbers)
-    if (const std::optional<Spool::Note> note = spool_.read(number)) read.push_back(note->text);
+  for (const std::string& name : pass.names)
+    if (const std::optional<Spool::Note> note = spool_.read(name)) read.push_back(note->text);
   EXPECT_EQ(read.size(), 1u);
-  EXPECT_EQ(Spool::survey(root_.path).damaged, 6u);
+  EXPECT_EQ(Spool::survey(root_.path).damaged, 5u);
   EXPECT_EQ(Spool::survey(root_.path).notes.size(), 1u);
   EXPECT_THAT(log_.text(), HasSubstr("[ERROR] Spool file [" + folder_ +
                                      "/5.torn] is damaged: it is set aside as "
                                      "[5.torn.damaged]\n"));
-  EXPECT_EQ(spool_.add({"a", "next"}), 8u);
+  EXPECT_EQ(spool_.add({"a", "next"}), "9.a");
   EXPECT_EQ(readFile(root_.path + "/kept"), "whole");
 }
 
@@ -163,11 +164,11 @@ TEST_F(SpoolTest, IsLockedByOneDaemonForOnePass) {
     const Spool::Pass pass = spool_.open();
     for (const std::size_t notes : {0U, 1U}) {
       const Spool::Pass other = second.open();
-      EXPECT_EQ(other.numbers.size(), notes);
+      EXPECT_EQ(other.names.size(), notes);
       second.add({"a", "in memory"});
     }
-    second.remove(1);
-    second.remove(2);
+    second.remove("1.a");
+    second.remove("2.a");
   }
   EXPECT_EQ(log_.text(), "[ERROR] Spool [" + folder_ + "] belongs to another daemon\n");
   const Spool::Pass pass = second.open();
@@ -179,15 +180,15 @@ TEST_F(SpoolTest, RepeatsFailedWritesLater) {
   writeFile(folder_, "in the way");
   {
     const Spool::Pass pass = spool_.open();
-    EXPECT_EQ(spool_.add({"a", "text"}), 1u);
-    EXPECT_EQ(spool_.read(1).value_or(Spool::Note{}).text, "text");
-    EXPECT_TRUE(spool_.rename(1, "b", false));
+    std::string name = spool_.add({"a", "text"});
+    EXPECT_EQ(spool_.read(name).value_or(Spool::Note{}).text, "text");
+    EXPECT_TRUE(spool_.rename(name, "b", false));
   }
   EXPECT_EQ(log_.text(), "[ERROR] Cannot open spool [" + folder_ + "]: [20][Not a directory]\n");
   std::filesystem::remove(folder_);
   writeFile(folder_ + "/1.a", NoteFile::framed("of another daemon"));
   const Spool::Pass pass = spool_.open();
-  EXPECT_THAT(pass.numbers, ElementsAre(1, 2));
+  EXPECT_THAT(pass.names, ElementsAre("1.a", "2.b"));
   EXPECT_EQ(readFile(folder_ + "/1.a"), NoteFile::framed("of another daemon"));
   EXPECT_EQ(readFile(folder_ + "/2.b"), NoteFile::framed("text"));
 }
