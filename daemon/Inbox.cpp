@@ -1,7 +1,5 @@
 #include "daemon/Inbox.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -18,11 +16,6 @@
 namespace {
 
 namespace Key = MessageRecord::Key;
-
-bool exists(const std::string& path) {
-  struct stat status;
-  return lstat(path.c_str(), &status) == 0;
-}
 
 std::string freeGuid(const InTransit& inTransit, const std::string& guid) {
   std::string free;
@@ -75,7 +68,7 @@ void Inbox::fileLeftBatch(Noted& noted) {
       continue;
     }
     // Another message may have taken the guid while the note could not be read.
-    if (batch.kind == Batch::Kind::Received && exists(file))
+    if (batch.kind == Batch::Kind::Received && inTransit_.isTaken(MessageRecord::guid(record)))
       record[Key::Guid] = freeGuid(inTransit_, MessageRecord::guid(record));
     fileRange(noted, place, place + 1, Turn::Later);
   }

@@ -44,8 +44,7 @@ void Outbox::fileLeft(const Spool::Pass& pass) {
   }
   if (answered_.empty()) return;
   // Each pass begins with another record, so that one that cannot be filed does not block the others.
-  const auto first = static_cast<std::ptrdiff_t>(inTransit_.turn % answered_.size());
-  ++inTransit_.turn;
+  const auto first = static_cast<std::ptrdiff_t>(inTransit_.turn++ % answered_.size());
   std::rotate(answered_.begin(), answered_.begin() + first, answered_.end());
   std::set<int> unusable;
   for (Noted& noted : answered_) {
@@ -107,9 +106,7 @@ void Outbox::fileAgain(Noted& noted) {
   const Send& send = noted.send;
   const int to = statusAfter(send);
   const Json::Value record = recordAfter(send);
-  Json::Value filter;
-  filter[Key::Guid] = send.record[Key::Guid];
-  if (liesUnderFrom(send)) storage_.remove(filter, send.from);
+  if (liesUnderFrom(send)) storage_.remove(send.record, send.from);
   noted.isFiled = MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
 }
 

@@ -14,6 +14,7 @@ bool isPartOfMultipart(const Json::Value& record);
 std::vector<Json::Value> collectStoredParts(const Json::Value& records);
 
 /// Fills gaps in the stored records of the same "part-id" with the "parts" of `record`. Appends a copy of
-/// each changed record to `updatedMultiparts`; false if none changed.
+/// each changed record to `updatedMultiparts`; false if none changed. Throws the JSON library's exception for
+/// a record whose "part-id" or "parts" are of another type.
 bool mergeWithStoredParts(std::vector<Json::Value>& updatedMultiparts, const Json::Value& record,
                           const std::vector<Json::Value>& storedParts);

@@ -39,10 +39,8 @@ int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
 
 // Whether `file` holds `record` although mv has failed. Removes a torn file.
 bool isMoved(const Json::Value& record, const std::string& file) {
-  std::ostringstream text;
-  text << record;
+  if (MessageRecord::isInFile(record, file)) return true;
   const FileContent content = FileContent::read(file);
-  if (content.text == text.str()) return true;
   std::istringstream stream(content.text);
   Json::Value found;
   std::string errors;

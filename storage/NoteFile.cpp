@@ -6,6 +6,7 @@
 #include <zlib.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 
 #include "storage/FileContent.h"
@@ -14,8 +15,14 @@
 namespace NoteFile {
 namespace {
 
+constexpr char unfinished[] = ".new";
 constexpr char headerBegin[] = "veld 1 ";
 constexpr std::size_t longestNote = 64 * 1024 * 1024;  // a listing of more messages than a modem holds
+
+bool endsWith(const std::string& name, const std::string& ending) {
+  return name.size() >= ending.size() &&
+         name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+}
 
 bool writeWhole(int file, const std::string& content) {
   for (std::size_t written = 0; written < content.size();) {
@@ -36,6 +43,24 @@ bool writeNamed(int folder, const std::string& aside, const std::string& name, c
 
 }  // namespace
 
+std::string folderBelow(const std::string& root) { return root + "/spool"; }
+
+Kind kindOf(const std::string& name) {
+  if (name == reserve) return Kind::Reserve;
+  if (endsWith(name, damaged)) return Kind::SetAside;
+  if (endsWith(name, unfinished)) return Kind::Unfinished;
+  return numberOf(name) != 0 ? Kind::Note : Kind::Foreign;
+}
+
+unsigned numberOf(const std::string& name) {
+  unsigned number = 0;
+  const char* const end = name.data() + name.size();
+  const auto [point, error] = std::from_chars(name.data(), end, number);
+  return error == std::errc() && point != end && *point == '.' ? number : 0;
+}
+
+std::string stageOf(const std::string& name) { return name.substr(name.find('.') + 1); }
+
 std::string framed(const std::string& text) {
   const uLong sum = crc32_z(0, reinterpret_cast<const Bytef*>(text.data()), text.size());
   char header[64];
@@ -51,18 +76,18 @@ std::optional<std::string> unframed(const std::string& content) {
   return text;
 }
 
-Reading read(const std::string& path, std::string& text) {
+std::optional<std::string> read(const std::string& path) {
   const FileContent content = FileContent::read(path, longestNote);
-  errno = content.openError != 0 ? content.openError : content.readError;
-  if (errno == ENXIO || errno == ELOOP || errno == EISDIR || errno == EFBIG) return Reading::Damaged;
-  if (errno != 0) return Reading::Failed;
-  std::optional<std::string> whole = unframed(content.text);
-  if (!whole) return Reading::Damaged;
-  text = std::move(*whole);
-  return Reading::Whole;
+  const int error = content.openError != 0 ? content.openError : content.readError;
+  std::optional<std::string> text;
+  if (error == 0) text = unframed(content.text);
+  const bool isDamaged = error == 0 || error == ENXIO || error == ELOOP || error == EISDIR || error == EFBIG;
+  errno = isDamaged ? EBADMSG : error;
+  return text;
 }
 
-bool write(int folder, const std::string& aside, const std::string& name, const std::string& content) {
+bool write(int folder, const std::string& name, const std::string& content) {
+  const std::string aside = name + unfinished;
   unlinkat(folder, aside.c_str(), 0);
   if (writeNamed(folder, aside, name, content)) return true;
   const int error = errno;

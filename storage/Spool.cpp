@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -19,33 +18,12 @@
 
 namespace {
 
-using NoteFile::Reading;
 using Orvel::FileDescriptor;
 
-constexpr char spoolFolder[] = "/spool";
-constexpr char reserveName[] = "reserve";
 constexpr std::size_t reserveSize = 128 * 1024;
-constexpr char unfinished[] = ".new";
-constexpr char damaged[] = ".damaged";
-
-bool endsWith(const std::string& name, const std::string& ending) {
-  return name.size() >= ending.size() &&
-         name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
-}
-
-// The number of a note, as in "7.sent-2"; 0 if `name` is not that of a note.
-unsigned numberOf(const std::string& name) {
-  unsigned number = 0;
-  const char* const end = name.data() + name.size();
-  const auto [point, error] = std::from_chars(name.data(), end, number);
-  return error == std::errc() && point != end && *point == '.' ? number : 0;
-}
-
-std::string stageOf(const std::string& name) { return name.substr(name.find('.') + 1); }
 
 // The names in the folder; nullopt if it cannot be listed completely.
 std::optional<std::vector<std::string>> namesIn(const FileDescriptor& folder) {
-  if (!folder.isOpen()) return std::nullopt;
   FileDescriptor again(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!again.isOpen()) return std::nullopt;
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(again.get()), closedir);
@@ -73,11 +51,11 @@ std::string incompressible() {
 
 }  // namespace
 
-Spool::Spool(const std::string& root) : path_(root + spoolFolder) {}
+Spool::Spool(const std::string& root) : path_(NoteFile::folderBelow(root)) {}
 
 bool Spool::Older::operator()(const std::string& a, const std::string& b) const {
-  const unsigned numberOfA = numberOf(a);
-  const unsigned numberOfB = numberOf(b);
+  const unsigned numberOfA = NoteFile::numberOf(a);
+  const unsigned numberOfB = NoteFile::numberOf(b);
   return numberOfA != numberOfB ? numberOfA < numberOfB : a < b;
 }
 
@@ -87,17 +65,18 @@ Spool::Pass Spool::open() {
   last_ = 0;
   if (acquire() && list(names)) keepReserve();
   // These get new numbers: the old ones may be in use on the disk.
-  for (const auto& [name, text] : unwritten) names.insert(add({stageOf(name), text}));
+  for (const auto& [name, text] : unwritten) names.insert(add({NoteFile::stageOf(name), text}));
   return {*this, std::move(names)};
 }
 
 std::optional<Spool::Note> Spool::read(const std::string& name) {
-  Note note{stageOf(name), ""};
-  const auto unwritten = unwritten_.find(name);
-  if (unwritten != unwritten_.end()) return Note{note.stage, unwritten->second};
-  const Reading reading = NoteFile::read(path_ + "/" + name, note.text);
-  if (reading == Reading::Whole) return note;
-  if (reading == Reading::Damaged)
+  std::optional<std::string> text;
+  if (const auto unwritten = unwritten_.find(name); unwritten != unwritten_.end())
+    text = unwritten->second;
+  else
+    text = NoteFile::read(path_ + "/" + name);
+  if (text) return Note{NoteFile::stageOf(name), *text};
+  if (errno == EBADMSG)
     setAside(name);
   else if (errno != ENOENT)
     complain("read");
@@ -140,31 +119,10 @@ void Spool::remove(const std::string& name) {
 
 void Spool::setAside(const std::string& name) {
   if (unwritten_.erase(name) != 0) return;
-  const std::string aside = name + damaged;
+  const std::string aside = name + NoteFile::damaged;
   ORVEL_LOG(ERROR, "Spool file [%s/%s] is damaged: it is set aside as [%s]", path_.c_str(), name.c_str(),
             aside.c_str());
   if (renameat(folder_.get(), name.c_str(), folder_.get(), aside.c_str()) != 0) complain("write");
-}
-
-Spool::Survey Spool::survey(const std::string& root) {
-  Survey survey;
-  const std::string path = root + spoolFolder;
-  const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  const std::optional<std::vector<std::string>> names = namesIn(folder);
-  if (!names) {
-    survey.readable = errno == ENOENT;
-    return survey;
-  }
-  for (const std::string& name : *names) {
-    if (name == reserveName || endsWith(name, unfinished)) continue;
-    Note note{stageOf(name), ""};
-    const bool isGood = numberOf(name) != 0 && !endsWith(name, damaged);
-    const Reading reading = isGood ? NoteFile::read(path + "/" + name, note.text) : Reading::Damaged;
-    if (reading == Reading::Whole) survey.notes.push_back(std::move(note));
-    if (reading == Reading::Damaged) ++survey.damaged;
-    if (reading == Reading::Failed && errno != ENOENT) survey.readable = false;
-  }
-  return survey;
 }
 
 // Opens the folder anew for each pass, since it may have been removed or replaced.
@@ -195,14 +153,11 @@ bool Spool::list(Names& names) {
     return false;
   }
   for (const std::string& name : *files) {
-    last_ = std::max(last_, numberOf(name));
-    if (name == reserveName || endsWith(name, damaged)) continue;
-    if (endsWith(name, unfinished))
-      unlinkat(folder_.get(), name.c_str(), 0);
-    else if (numberOf(name) == 0)
-      setAside(name);
-    else
-      names.insert(name);
+    last_ = std::max(last_, NoteFile::numberOf(name));
+    const NoteFile::Kind kind = NoteFile::kindOf(name);
+    if (kind == NoteFile::Kind::Note) names.insert(name);
+    if (kind == NoteFile::Kind::Unfinished) unlinkat(folder_.get(), name.c_str(), 0);
+    if (kind == NoteFile::Kind::Foreign) setAside(name);
   }
   return true;
 }
@@ -210,16 +165,15 @@ bool Spool::list(Names& names) {
 // Writes the reserve only if twice its size is free. A nearly full disk is thus not written to in each pass.
 void Spool::keepReserve() {
   struct statvfs disk;
-  if (faccessat(folder_.get(), reserveName, F_OK, 0) == 0 || fstatvfs(folder_.get(), &disk) != 0) return;
+  if (faccessat(folder_.get(), NoteFile::reserve, F_OK, 0) == 0 || fstatvfs(folder_.get(), &disk) != 0)
+    return;
   if (static_cast<std::uint64_t>(disk.f_bavail) * disk.f_frsize < 2 * reserveSize) return;
-  NoteFile::write(folder_.get(), std::string(reserveName) + unfinished, reserveName, incompressible());
+  NoteFile::write(folder_.get(), NoteFile::reserve, incompressible());
 }
 
 bool Spool::write(const std::string& name, const std::string& text) {
   if (!folder_.isOpen()) return false;
-  const auto tryOnce = [&] {
-    return NoteFile::write(folder_.get(), name + unfinished, name, NoteFile::framed(text));
-  };
+  const auto tryOnce = [&] { return NoteFile::write(folder_.get(), name, NoteFile::framed(text)); };
   const bool written = tryOnce() || (makeRoom() && tryOnce());
   if (written)
     complained_ = false;
@@ -234,7 +188,7 @@ bool Spool::makeRoom() {
   if (errno == ENOENT) return acquire();
   const int error = errno;
   const bool isFull = error == ENOSPC || error == EDQUOT;
-  const bool hasRoom = isFull && unlinkat(folder_.get(), reserveName, 0) == 0;
+  const bool hasRoom = isFull && unlinkat(folder_.get(), NoteFile::reserve, 0) == 0;
   errno = error;
   return hasRoom;
 }

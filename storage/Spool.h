@@ -5,7 +5,6 @@
 #include <set>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "support/FileDescriptor.h"
 #include "support/NonCopyable.h"
@@ -14,7 +13,7 @@
 /// they outlive the daemon. A note is one file in the folder `spool` beside the message folders (mode 700).
 /// Its content never changes; its name holds its number and its stage:
 ///
-///     spool/7.received-2-3    NUMBER.STAGE; the stages are those of SpoolEntry.h
+///     spool/7.received-2      NUMBER.STAGE; the stages are those of SpoolEntry.h
 ///     spool/reserve           space that a full disk leaves for notes
 ///
 ///     File                  Written by      Gone after   After a kill or a power cut
@@ -30,9 +29,6 @@
 ///
 /// If the folder cannot be written, one log line says so and notes stay in memory; each open() tries again. A
 /// second daemon on the folder does the same. No content of the folder makes a call throw or block.
-///
-/// Rejected: a journal of changes (a torn line damages its neighbours, and every reader replays it) and a
-/// database (its library is larger than the daemon).
 class Spool : private Orvel::NonCopyable {
  public:
   struct Note {
@@ -83,14 +79,6 @@ class Spool : private Orvel::NonCopyable {
 
   /// Sets aside a note whose text is invalid: renames it to NUMBER.STAGE.damaged and logs that.
   void setAside(const std::string& name);
-
-  /// The content of a spool, for a program that only reads it.
-  struct Survey {
-    bool readable = true;
-    unsigned damaged = 0;  ///< notes that were set aside, or would be
-    std::vector<Note> notes;
-  };
-  static Survey survey(const std::string& root);
 
  private:
   bool acquire();

@@ -1,8 +1,11 @@
 #include "veldctl/OnItsWay.h"
 
+#include <cerrno>
+#include <filesystem>
 #include <optional>
 
 #include "storage/MessageStatus.h"
+#include "storage/NoteFile.h"
 #include "storage/SpoolEntry.h"
 #include "veldctl/Message.h"
 
@@ -28,18 +31,31 @@ struct Count {
   }
 };
 
+void countNote(OnItsWay& found, const std::string& path, const std::string& name) {
+  const std::optional<std::string> text = NoteFile::read(path);
+  if (!text && errno != EBADMSG) {
+    if (errno != ENOENT) found.isReadable = false;
+    return;
+  }
+  const std::optional<SpoolEntry> entry = entryOf({NoteFile::stageOf(name), text.value_or("")});
+  if (entry)
+    std::visit(Count{found}, *entry);
+  else
+    ++found.damaged;
+}
+
 }  // namespace
 
 OnItsWay readOnItsWay(const std::string& root) {
   OnItsWay found;
-  const Spool::Survey spool = Spool::survey(root);
-  found.isReadable = spool.readable;
-  found.damaged = spool.damaged;
-  for (const Spool::Note& note : spool.notes) {
-    if (const std::optional<SpoolEntry> entry = entryOf(note))
-      std::visit(Count{found}, *entry);
-    else
-      ++found.damaged;
+  std::error_code error;
+  std::filesystem::directory_iterator file(NoteFile::folderBelow(root), error);
+  for (; !error && file != std::filesystem::directory_iterator(); file.increment(error)) {
+    const std::string name = file->path().filename();
+    const NoteFile::Kind kind = NoteFile::kindOf(name);
+    if (kind == NoteFile::Kind::Note) countNote(found, file->path(), name);
+    if (kind == NoteFile::Kind::SetAside || kind == NoteFile::Kind::Foreign) ++found.damaged;
   }
+  if (error && error != std::errc::no_such_file_or_directory) found.isReadable = false;
   return found;
 }
