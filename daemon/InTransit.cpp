@@ -23,8 +23,7 @@ InTransit::InTransit(const std::string& root, const std::string& staging)
               journal.c_str());
 }
 
-void InTransit::begin(const Spool::Pass& pass) {
-  received_.clear();  // what a pass that broke off has noted is among those that it left
+void InTransit::begin(const Spool::Pass& pass) const {
   if (!pass.names.empty()) const FolderCollectionStorage created(root_, staging_);
 }
 
@@ -56,13 +55,12 @@ bool InTransit::isTaken(const std::string& guid) const {
 }
 
 void InTransit::aboutToDelete(const std::vector<Json::Value>& records) {
-  if (const std::optional<Spool::Note> note = noteOf(Batch{Batch::Kind::Received, records}))
-    received_ = spool.add(*note);
+  const std::optional<Spool::Note> note = noteOf(Batch{Batch::Kind::Received, records});
+  received_ = note ? spool.add(*note) : "";
 }
 
 void InTransit::expectSend(const Json::Value& record, int from) {
   send_ = {Send::Stage::Begun, record, from};
-  sendNote_.clear();
 }
 
 void InTransit::aboutToSend() { noteSend(Send::Stage::Begun); }

@@ -16,7 +16,7 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   InTransit(const std::string& root, const std::string& staging);
 
   /// If earlier passes left notes, creates missing message folders again.
-  void begin(const Spool::Pass& pass);
+  void begin(const Spool::Pass& pass) const;
 
   /// Reads a note as an entry; nullopt if that fails. Sets a note with an invalid text aside.
   std::optional<SpoolEntry> read(const std::string& name);

@@ -208,24 +208,48 @@ TEST(InTransit, IsFlushedBeforeAStepThatCannotBeUndone) {
   std::filesystem::rename(gateway.world.root.path + "/outbox/sent/9",
                           gateway.world.root.path + "/outbox/sending/9");
   flushed.clear();
-  gateway.world.folders->onSave = [] { flushed += "save "; };
+  gateway.world.folders->onSave = [&] { flushed += "save:" + gateway.spool().at(0) + " "; };
   gateway.world.provider.onSend = [] { flushed += "send "; };
-  gateway.pass({"{'guid':'1'}"});
+  gateway.pass({"{'guid':'1'}", "{'guid':'2','message':'#reboot','source':'2'}"});
   EXPECT_EQ(flushed,
-            "1.received-0 spool save 1 received "
-            "2.sending-2 spool send spool save 9 sending sent ");
+            "1.received-0 spool save:1.received-0 save:1.received-2 1 2 received "
+            "2.sending-2 spool send spool save:2.sent-2 9 sending sent ");
 }
 
 TEST(InTransit, KeepsItsNotesWhileTheDiskFails) {
   Gateway gateway;
   gateway.pass();
   gateway.note("1.received-0", batchOfOne);
+  gateway.note("2.sending-2", "[{'guid':'1'}]");
   diskFails = true;
   gateway.pass();
   diskFails = false;
-  EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.received-0"));
+  EXPECT_THAT(gateway.spool(), testing::UnorderedElementsAre("1.received-0", "2.refused-2"));
   gateway.pass();
   EXPECT_THAT(gateway.spool(), testing::IsEmpty());
+  EXPECT_EQ(gateway.world.folders->saved.size(), 2u);
+}
+
+TEST(InTransit, FilesAnotherMessageFirstInEachPass) {
+  Gateway gateway;
+  gateway.pass();
+  gateway.note("1.sent-2", "[{'guid':'a'}]");
+  gateway.note("2.sent-2", "[{'guid':'b'}]");
+  gateway.world.takeStagingAway();
+  writeFile(gateway.world.root.path + "/staging", "in the way");
+  SMSCommand commands(json(settings));
+  RetryState retry;
+  for (int passes = 0; passes < 3; ++passes)
+    runPass(gateway.world.provider, gateway.world.storage, commands, gateway.world.inTransit, {}, retry);
+  EXPECT_THAT(gateway.world.folders->saved, testing::ElementsAre("a", "b", "a"));
+  EXPECT_EQ(gateway.spool().size(), 2u);
+}
+
+TEST(InTransit, SetsAsideANoteThatIsNotAnEntry) {
+  Gateway gateway;
+  gateway.note("1.received-0", "[{'guid':'1','message':{}}]");
+  gateway.pass();
+  EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.received-0.damaged"));
 }
 
 TEST(InTransit, CreatesAMissingFolderForWaitingMessages) {
