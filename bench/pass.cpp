@@ -100,8 +100,7 @@ BENCHMARK(passWithNew)
     ->Iterations(3)
     ->Unit(benchmark::kMillisecond);
 
-// Files new messages in an empty store whose limit none of them reaches. Each is filed beside all earlier
-// ones.
+// Files new messages in an empty store, below its limit. Each is filed beside all earlier ones.
 void passIntoEmptyStore(benchmark::State& state) {
   const auto count = static_cast<unsigned>(state.range(0));
   listNewMessages(count);

@@ -11,8 +11,7 @@
 
 namespace {
 
-// Returns the result of `call`; nullopt if it throws an exception of the JSON library, the only kind
-// permitted.
+// Returns the result of `call`; nullopt if it throws an exception of the JSON library. No other may occur.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
   try {

@@ -93,8 +93,7 @@ void checkDecoding(const std::string& line) {
   property(bytes.size() <= text.size(), "decoding never makes a text longer");
 }
 
-// True if the order of the parts must not matter: no part comes twice, and all parts of a message have the
-// same count.
+// True if the order of parts must not matter: none comes twice, and parts of a message agree in the count.
 bool isOrderFree(const Records& records) {
   std::set<std::pair<int, int>> seen;
   std::set<std::pair<int, int>> counts;

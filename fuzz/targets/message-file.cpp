@@ -2,8 +2,7 @@
 // of the loop reads it. In this pass the modem delivers a new part of a concatenated message. It accepts
 // messages only if the first byte is even.
 //
-// The storage keeps records in memory, because the "guid" of the input would be part of paths and shell
-// commands.
+// Keeps records in memory: on a disk, the input's "guid" would be a part of paths and shell commands.
 
 #include <cstdint>
 #include <cstdlib>

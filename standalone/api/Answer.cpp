@@ -86,8 +86,7 @@ Answer answerCommand(const HttpRequest& request, const std::string& folder) {
   return {Accepted, Json::nullValue, program, *command};
 }
 
-// Waits for a lock, so that one program runs at a time. The end of this process releases it. False on
-// failure.
+// Waits until no other process runs a program, and locks them out until this one ends. False on failure.
 bool waitForTurn(const std::string& folder) {
   const int programs = open((folder + commandFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   return programs >= 0 && flock(programs, LOCK_EX) == 0;

@@ -88,8 +88,7 @@ time_t secondsNow() {
   return now.tv_sec;
 }
 
-// Reads once from `stream`. Appends to `output` as long as it is shorter than 64 KiB. False at the end of the
-// stream.
+// Reads once, and appends to `output` up to its size of 64 KiB. False at the end of the stream.
 bool collect(int stream, std::string& output) {
   char piece[4096];
   const ssize_t count = read(stream, piece, sizeof piece);
@@ -98,8 +97,7 @@ bool collect(int stream, std::string& output) {
   return true;
 }
 
-// Collects the output until the program has ended and the pipe is empty. False if the program has not ended
-// after `seconds`.
+// Collects output until the program has ended and the pipe is empty. False if that takes over `seconds`.
 bool waitForEnd(int process, int stream, int seconds, std::string& output) {
   const time_t end = secondsNow() + seconds;
   pollfd watched[2] = {{stream, POLLIN, 0}, {process, POLLIN, 0}};

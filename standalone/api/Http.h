@@ -25,8 +25,8 @@ HttpState parseHttp(const std::string& received, HttpRequest& request);
 /// the connection first.
 std::optional<HttpRequest> readRequest(int socket);
 
-/// Writes {"code": `code`, "result": `result`} to `socket`, with `code` also as the HTTP status. False if the
-/// client closes the connection first.
+/// Writes {"code": `code`, "result": `result`} to `socket`, and the HTTP status `code`. False if the client
+/// closes first.
 bool writeAnswer(int socket, int code, const Json::Value& result);
 
 }  // namespace Standalone

@@ -64,8 +64,7 @@ bool isReady(const Group& group, std::int64_t now) {
   return group.parts.size() == first.count || now - latest > patience;
 }
 
-// False if the group has a part of the same number with other content. The part then belongs to another
-// message with the same reference.
+// False if the group has the same part with other content: a later message then reuses the reference.
 bool fits(const Group& group, const Part& part) {
   const auto found = group.parts.find(part.number);
   return found == group.parts.end() || found->second.content == part.content;

@@ -45,8 +45,7 @@ std::string AtPort::Answer::value(const std::string& prefix) const {
 
 AtPort::AtPort(const std::string& device, const Deadline& deadline) : device_(device), deadline_(deadline) {
   open();
-  // A killed call may have left a prompt and an answer. A modem may miss its first command after it was
-  // plugged in.
+  // Ends the prompt of a killed call. Tries again, because a modem may miss its first command.
   for (unsigned tries = 0; tries < 3; ++tries) {
     write(std::string(1, escape) + "ATE1\r");
     while (pending_.find("OK\r") == std::string::npos && readMore(deadline_.left(firstAnswer))) {

@@ -9,8 +9,7 @@ namespace Standalone {
 
 /// A serial port with a modem that accepts AT commands (3GPP TS 27.007, V.250).
 ///
-/// The modem echoes each command. The port ignores lines before the echo, which answer a command of a killed
-/// call, and unsolicited lines.
+/// The modem echoes each command. The port ignores unsolicited lines, and those before the echo.
 class AtPort {
  public:
   /// Opens `device` and waits for the modem's answer. Throws a Problem if none comes before the deadline.

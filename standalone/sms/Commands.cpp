@@ -35,8 +35,7 @@ std::string quoted(const std::string& text) {
 
 }  // namespace
 
-// Returns all messages except those that wait for deletion. Removes the marks of messages that the modem no
-// longer has.
+// Returns the messages that do not wait for deletion. Removes marks of messages that no longer exist.
 std::vector<Message> Commands::listedMessages(bool unreadToo) {
   std::vector<Message> messages = modem_.list(unreadToo);
   std::set<std::string> ids;

@@ -249,9 +249,8 @@ Status ManagerModem::status() {
   return status;
 }
 
-// True if it is time to fetch all messages. Fetching gives messages new names, so the tool would list a
-// message that waits for its deletion again. Within the first hour it therefore waits until no message has a
-// mark.
+// True if it is time to fetch all messages. Fetching renames messages, so the tool would list one that waits
+// for deletion again. For an hour it therefore waits until no message has a mark.
 bool ManagerModem::isFetchDue(bool arrived) const {
   const std::int64_t passed = upTime() - state_.lastFetch;
   if (passed >= hour) return true;

@@ -26,9 +26,8 @@ class ManagerModem final : public Modem {
   Status status() override;
   std::string warning() override;
 
-  /// Disables and enables the modem, which takes seconds, so that ModemManager fetches all messages. Without
-  /// this ModemManager misses a message that arrives on a modem with AT commands while it fetches another
-  /// one.
+  /// Disables and enables the modem, which takes seconds, so that ModemManager fetches all messages. On a
+  /// modem with AT commands ModemManager misses a message that arrives while it fetches another.
   ///
   /// Fetches when a burst of messages has ended, once a minute while parts of a message less than an hour old
   /// are missing, and once an hour. Never fetches while a data connection is up.

@@ -34,8 +34,7 @@ struct Status {
   std::string problem;             ///< empty if there is none
 };
 
-/// The tool's interface to a modem. Each call may throw a Problem. No call exceeds the deadline that the
-/// constructor gets.
+/// The tool's interface to a modem. Each call may throw a Problem, and ends before the tool's deadline.
 class Modem {
  public:
   virtual ~Modem() = default;
@@ -59,8 +58,7 @@ class Modem {
   /// Reads the status and changes nothing.
   virtual Status status() = 0;
 
-  /// Returns a problem that does not prevent listing, such as a missing network; an empty text if there is
-  /// none.
+  /// Returns a problem that does not prevent listing, such as a missing network; otherwise an empty text.
   virtual std::string warning() = 0;
 
   /// Makes the modem fetch messages that it has missed, if that is due. Call it after each listing of unread

@@ -22,8 +22,7 @@ struct Part {
   std::string content;     ///< without the header: GSM codes, one per byte, or octets
 };
 
-/// Reads a PDU in hexadecimal digits that begins with the service centre, as AT+CMGL prints it. Nullopt if it
-/// is not a whole SMS-DELIVER.
+/// Reads a PDU in the hexadecimal digits of AT+CMGL. Nullopt if it is not a whole SMS-DELIVER.
 std::optional<Part> readDeliver(const std::string& hex);
 
 /// Converts `content` from `alphabet` to UTF-8, or to hexadecimal digits for Data. Join the content of all

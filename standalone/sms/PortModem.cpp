@@ -49,8 +49,7 @@ bool isRegistered(const std::string& registration) {
   return registration == "home" || registration == "roaming";
 }
 
-// Returns the error line, with the meaning of a common error number (3GPP TS 27.005, 3.2.5, and TS 24.011,
-// E.2).
+// Explains the common error lines (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2); returns others unchanged.
 std::string reasonOf(const std::string& error) {
   constexpr std::pair<const char*, const char*> reasons[] = {
       {"+CMS ERROR: 1", "no such number"},

@@ -18,8 +18,8 @@
 namespace Standalone {
 namespace {
 
-// Makes root act as the owner of a folder while the object lives. A link that this user has put there then
-// cannot make root write elsewhere.
+// Makes root act as the owner of a folder while the object lives. The owner's links then cannot make root
+// write elsewhere.
 class AsOwner {
  public:
   explicit AsOwner(const std::string& folder) : isRoot_(geteuid() == 0) {
@@ -63,8 +63,7 @@ State::State(std::string folder, const Deadline& deadline) : folder_(std::move(f
 
 State::~State() { close(lock_); }
 
-// Each line consists of a key, a blank and a value. Ignores unknown keys, which a later version may have
-// written.
+// Each line consists of a key, a blank and a value. Ignores unknown keys, such as a later version's.
 void State::read() {
   std::ifstream in(file());
   if (!in && errno != ENOENT) fail("cannot read " + file());

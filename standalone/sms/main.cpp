@@ -1,5 +1,4 @@
-// sms: lists, deletes and sends the messages of a real modem for the SMS daemon, through ModemManager or a
-// port.
+// sms: lists, deletes and sends a real modem's messages for the SMS daemon, by ModemManager or a port.
 #include <syslog.h>
 
 #include <cstdlib>
