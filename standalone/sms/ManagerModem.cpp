@@ -150,7 +150,7 @@ std::vector<std::string> ManagerModem::paths() {
   while ((more = sd_bus_message_read_basic(reply.get(), 'o', static_cast<void*>(&path))) > 0)
     paths.emplace_back(path);
   mustWork(more);
-  // Each path ends with a number that grows with each message: sorts by arrival.
+  // Sorts by arrival: each path ends with a number that grows.
   std::sort(paths.begin(), paths.end(), [](const std::string& a, const std::string& b) {
     return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
   });
