@@ -11,20 +11,20 @@
 /// Shared code of the benchmarks. Run them in a private gateway, which has its own /tmp.
 
 constexpr char storeFolder[] = "/tmp/store";    ///< root of the message store
-constexpr char listingFile[] = "/tmp/listing";  ///< listing of the stand-in for the `sms` tool
+constexpr char listingFile[] = "/tmp/listing";  ///< the listing that the tool `sms` prints
 constexpr char inboxFolder[] = "/tmp/store/inbox/received";
 
-/// Runs `ours` and `floor` once in each iteration. Stores the medians of their CPU times, children included,
-/// in the counters "us" and "floor_us", in microseconds.
+/// Runs `ours` and `floor` once in each iteration. Stores the medians of their processor times, including
+/// child processes, in the counters "us" and "floor_us", in microseconds.
 void runBesideFloor(benchmark::State& state, const std::function<void()>& ours,
                     const std::function<void()>& floor);
 
-/// Runs `ours` alone; "us" as above. `before` is not measured.
+/// Runs `before` and `ours` in each iteration. Stores the median of the processor times of `ours` in "us".
 void runAlone(benchmark::State& state, const std::function<void()>& before,
               const std::function<void()>& ours);
 
-/// A received record whose guid is made from `number`: a lower number means an older record.
+/// Returns a received record whose guid contains `number`: a lower number means an older record.
 Json::Value recordOf(unsigned number);
 
-/// Empties the store and files records 0 to `count` - 1 under Received.
+/// Empties the message store and files the records 0 to `count` - 1 as received.
 void fillInbox(unsigned count);

@@ -38,7 +38,7 @@ std::string rounded(double value, int digits) {
 struct Row {
   const char* what;
   std::string measured, floor;
-  double value;  ///< compared with `bound`
+  double value;  ///< to be compared with `bound`
   double bound;
   bool isAtMost;
 
@@ -74,17 +74,17 @@ bool Report::write(std::ostream& page) const {
   const double few = figure("passWithNew/250", "us") / 250, many = figure("passWithNew/1000", "us") / 1000;
   const Row rows[] = {
       besideFloor("Loading a folder of 1,000 records", "loadFolder/1000"),
-      besideFloor("Saving a message, 1,000 kept under a limit", "saveUnderALimit/1000"),
+      besideFloor("Saving a message at a limit of 1,000", "saveUnderALimit/1000"),
       besideFloor("An idle pass", "idlePass"),
       rate("Decoding 1 MB of text with some escapes", "decodeText/1048576"),
       rate("Decoding 1 MB of escapes", "decodeEscapes/1048576"),
       rate("Decoding a million escapes", "decodeEscapes/4000000"),
-      {"Decoding a byte of 1 MB, beside a byte of 16 KB", rounded(1000 / large, 2) + " ns",
+      {"Decoding 1 byte of 1 MB; floor: 1 byte of 16 KB", rounded(1000 / large, 2) + " ns",
        rounded(1000 / small, 2) + " ns", small / large, 1.25, true},
-      {"Filing one of 1,000 new messages, beside one of 250", rounded(many / 1000, 2) + " ms",
+      {"Filing 1 of 1,000 new messages; floor: 1 of 250", rounded(many / 1000, 2) + " ms",
        rounded(few / 1000, 2) + " ms", many / few, 1.25, true},
   };
-  page << "| What | Measured | Floor | Figure | Wanted | |\n|---|---|---|---|---|---|\n";
+  page << "| What | Measured | Floor | Ratio or rate | Target | |\n|---|---|---|---|---|---|\n";
   bool allMet = true;
   for (const Row& row : rows) {
     page << "| " << row.what << " | " << row.measured << " | " << row.floor << " | " << rounded(row.value, 2)

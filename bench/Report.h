@@ -6,17 +6,17 @@
 #include <ostream>
 #include <string>
 
-/// Prints each benchmark when it is done, keeps its figures, and compares them with their targets.
+/// Prints each benchmark at its end, keeps its figures, and compares them with their targets.
 class Report : public benchmark::ConsoleReporter {
  public:
   Report() : ConsoleReporter(OO_Tabular) {}
 
   void ReportRuns(const std::vector<Run>& runs) override;
 
-  /// Writes the table of figures and targets, the machine and the date; false if a target is missed.
+  /// Writes the table of figures and targets, the machine and the date. False if a target is missed.
   bool write(std::ostream& page) const;
 
-  /// Writes the points of the benchmark `name` to `points`: argument and milliseconds, a line each.
+  /// Writes a line for each run of the benchmark `name`: its argument and its time in milliseconds.
   void writePoints(const std::string& name, std::ostream& points) const;
 
  private:

@@ -1,4 +1,4 @@
-// Decodes user data, as the tool prints it, to text: header, escapes, alphabet.
+// Measures the decoding of user data from the listing to a text: header, escapes and alphabet.
 
 #include <string>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-// `size` bytes made of copies of `piece`.
+// Returns copies of `piece`, of at least `size` bytes in all.
 std::string repeated(const std::string& piece, std::int64_t size) {
   std::string text;
   while (text.size() < static_cast<std::size_t>(size)) text += piece;

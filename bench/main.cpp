@@ -1,5 +1,5 @@
-// veld-bench FOLDER: runs the benchmarks and writes the table and the points of the plots into a folder.
-// Exits with 0 if every target is met.
+// veld-bench FOLDER: runs the benchmarks, and writes the table and the points of the plots to FOLDER. Exits
+// with status 0 if all targets are met.
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr char toolFolder[] = "/tmp/bin";
 
-// A minimal tool, so that the cost of the daemon itself dominates.
+// Creates a tool `sms` that costs little, so that the figures show the cost of the daemon itself.
 void makeTool() {
   const std::string tool = std::string(toolFolder) + "/sms";
   std::filesystem::create_directories(toolFolder);
@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
   }
   const std::string folder = argv[1];
   makeTool();
-  // The daemon's log lines are formatted, then discarded.
+  // The daemon formats its log lines, then they are discarded.
   if (std::freopen("/dev/null", "w", stderr) == nullptr) return EXIT_FAILURE;
   Report report;
   benchmark::RunSpecifiedBenchmarks(&report);

@@ -1,4 +1,4 @@
-// Whole passes of the loop, with the real provider and store; a shell script stands in for the `sms` tool.
+// Measures whole passes of the loop with the real provider and store. A shell script replaces the tool `sms`.
 
 #include <cstdio>
 #include <cstdlib>
@@ -24,7 +24,7 @@ Json::Value commandSettings() {
   return settings;
 }
 
-// The objects of a daemon, without its process.
+// The objects of the daemon, in the process of the benchmark.
 class Loop {
  public:
   explicit Loop(unsigned limit)
@@ -85,7 +85,7 @@ BENCHMARK(passWithStored)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-// The store is full, as it is on a gateway after a while.
+// Files new messages in a full store, which a gateway has after a while.
 void passWithNew(benchmark::State& state) {
   listNewMessages(static_cast<unsigned>(state.range(0)));
   Loop loop(keptBesideNew);
@@ -100,7 +100,7 @@ BENCHMARK(passWithNew)
     ->Iterations(3)
     ->Unit(benchmark::kMillisecond);
 
-// The store starts empty and keeps every message: each is filed beside all earlier ones.
+// Files new messages in an empty store, below its limit. Each is filed beside all earlier ones.
 void passIntoEmptyStore(benchmark::State& state) {
   const auto count = static_cast<unsigned>(state.range(0));
   listNewMessages(count);

@@ -1,4 +1,4 @@
-# The cost of a pass, from the points in FOLDER, as SVG into OUT; called by scripts/bench.
+# Plots the cost of a pass from the points in FOLDER, and writes SVG files to OUT. scripts/bench runs it.
 set terminal svg size 640,400 font "sans-serif,12" background "white"
 set grid
 set key left top

@@ -1,4 +1,4 @@
-// Compares the store with a bare loop of the same library calls and shell commands.
+// Compares the message store with a bare loop of the same library calls and shell commands.
 
 #include <dirent.h>
 #include <sys/stat.h>

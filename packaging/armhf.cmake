@@ -17,14 +17,15 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(ENV{PKG_CONFIG_LIBDIR} ${sysroot}/usr/lib/arm-linux-gnueabihf/pkgconfig)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
 
-# Where the linker looks for the libraries that libcurl itself needs.
+# The folders in which the linker looks for the libraries that libcurl needs.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
   "-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf")
 
-# Binaries must not contain the path of the sysroot, not even as padding after its removal.
+# Programs must not contain the path of the sysroot. Without this CMake would remove it and leave its bytes as padding.
 set(CMAKE_SKIP_RPATH ON)
 
-# psABI: GCC 7.1 changed the passing of some arguments; nothing older is linked. Some headers depend on the processor.
+# -Wno-psabi: GCC 7.1 changed how some arguments are passed, but veld links no code of older compilers. -idirafter: some
+# headers of libraries differ between processors.
 set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi -idirafter ${sysroot}/usr/include/arm-linux-gnueabihf")
 
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${sysroot})

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Replaces libcurl in a fuzz target: no request leaves the process. Every transfer succeeds, is recorded,
-/// and gets an answer that the target sets.
+/// Replaces libcurl in a fuzz target, so that no request leaves the process. Records each transfer, and
+/// answers it with the answer that the target has set.
 namespace FakeCurl {
 
 struct Request {
@@ -13,8 +13,8 @@ struct Request {
   std::string body;  ///< empty for a GET
 };
 
-extern std::vector<Request> requests;  ///< in order; the target clears them
+extern std::vector<Request> requests;  ///< in order, since the target last cleared them
 extern std::string answer;
-extern std::size_t pieceSize;  ///< bytes of the answer in one call of the write callback
+extern std::size_t pieceSize;  ///< the bytes of the answer that one call of the write callback gets
 
 }  // namespace FakeCurl

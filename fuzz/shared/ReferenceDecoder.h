@@ -4,17 +4,17 @@
 
 #include <string>
 
-/// Decodes user data step by step, with a search, an erasure and an insertion for every escape. It is slow,
-/// but obviously correct. The fuzz targets compare the daemon's decoder with it.
+/// Decodes user data step by step, with a search, an erasure and an insertion for every escape. This is slow,
+/// but obviously correct. The fuzz target `listing` compares the daemon's decoder with it.
 namespace ReferenceDecoder {
 
-/// What parseUserDataHeader does.
+/// Does what parseUserDataHeader() does.
 void parseHeader(Json::Value& record, std::string& text);
 
-/// What unescapeText does.
+/// Does what unescapeText() does.
 void unescape(std::string& text);
 
-/// What decodeGsmEscapes does.
+/// Does what decodeGsmEscapes() does.
 void decode(std::string& text);
 
 }  // namespace ReferenceDecoder

@@ -1,4 +1,4 @@
-// The input is the answer of the local API, to the request for the settings and to a command.
+// The input is an answer of the local API, both to the request for the settings and to that of a command.
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The result of `call`; nullopt if it throws the JSON library's exception. No other may occur.
+// Returns the result of `call`; nullopt if it throws an exception of the JSON library. No other may occur.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
   try {
@@ -27,7 +27,7 @@ std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSiz
   FakeCurl::answer = answer;
   FakeCurl::pieceSize = pieceSize;
   const auto loaded = outcome([&] { return loadFromApi("http://localhost/api/sms", result); });
-  if (loaded != true) property(result == before, "the result is only set by a good answer");
+  if (loaded != true) property(result == before, "only a good answer changes the result");
   return loaded;
 }
 
@@ -36,13 +36,13 @@ std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSiz
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string answer(data, data + size);
   const auto loaded = settingsLoad(answer, size + 1);
-  property(settingsLoad(answer, 1) == loaded, "the split of an answer into pieces changes nothing");
+  property(settingsLoad(answer, 1) == loaded, "the size of an answer's pieces does not matter");
 
   SMSCommandExecutor executor("http://localhost/api/command/sms_restart");
-  const bool executed = executor.execute("1", std::vector<std::string>());  // throws for no answer
+  const bool executed = executor.execute("1", std::vector<std::string>());  // must not throw
   property(executed == (loaded == true), "both requests accept the same answers");
 
-  if (loaded == true && answer.find('\0') == std::string::npos) {  // the JSON library stops at a NUL
+  if (loaded == true && answer.find('\0') == std::string::npos) {  // at which the JSON library stops
     property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
     property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "a truncated answer is refused");
   }

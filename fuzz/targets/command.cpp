@@ -1,5 +1,5 @@
-// The input is a configuration and a message. Its lines are: letters for the enabled settings, the password,
-// the whitelist, the sender; the rest is the text of the message.
+// The input is a configuration and a message. Its first four lines are the letters of the enabled settings,
+// the password, the whitelist and the sender; the rest is the text of the message.
 
 #include <algorithm>
 #include <cctype>
@@ -18,14 +18,14 @@
 
 namespace {
 
-std::vector<std::string> parted(const std::string& text, char separator) {
+std::vector<std::string> split(const std::string& text, char separator) {
   std::vector<std::string> pieces;
   std::istringstream stream(text);
   for (std::string piece; std::getline(stream, piece, separator);) pieces.push_back(piece);
   return pieces;
 }
 
-// The flags have the letters A, B, C and so on, in the order of their identifiers.
+// Returns the letter of a command's flag: A, B, C and so on, in the order of the identifiers.
 char letter(const CommandRow& row) { return static_cast<char>('A' + row.id - 1); }
 
 struct Case {
@@ -37,7 +37,7 @@ struct Case {
     std::getline(stream, whitelist);
     std::getline(stream, sender);
     message.assign(std::istreambuf_iterator<char>(stream), {});
-    numbers = parted(whitelist, ',');
+    numbers = split(whitelist, ',');
   }
 
   bool isOn(char letter) const { return on.find(letter) != std::string::npos; }
@@ -59,8 +59,8 @@ struct Case {
   std::vector<std::string> numbers;
 };
 
-// The request that `input` may cause: none unless commands are enabled, the sender is permitted, the password
-// matches, and the command is permitted.
+// Returns the request that `input` may cause. Nullopt unless commands are enabled, the sender is permitted,
+// the password matches, and the command is permitted.
 std::optional<FakeCurl::Request> permittedRequest(const Case& input) {
   const bool isListed =
       std::find(input.numbers.begin(), input.numbers.end(), input.sender) != input.numbers.end();
@@ -69,7 +69,7 @@ std::optional<FakeCurl::Request> permittedRequest(const Case& input) {
   std::string text = input.message;
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.erase(0, 1);
   while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
-  std::vector<std::string> words = parted(text, ' ');
+  std::vector<std::string> words = split(text, ' ');
   std::string given;
   if (words.size() > 2 && (words[0] == "p" || words[0] == "P")) {
     given = words[1];
@@ -143,6 +143,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     record["isSMSCommand"] = true;
   }
   property(inbox.records.size() == 1 && inbox.records[0] == record,
-           "the message is filed, whatever became of it");
+           "the message is filed, whether or not its command was executed");
   return 0;
 }

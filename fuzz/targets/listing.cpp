@@ -1,4 +1,4 @@
-// The input is the output of `sms list read`. Tests the way from the pipe to the records for the loop.
+// The input is the output of `sms list read`. Tests how the provider turns it into records.
 
 #include "provider/Listing.h"
 
@@ -28,7 +28,7 @@ struct Message {
   std::optional<std::string> sender, text;
 };
 
-// The pieces in which the listing is read: lines of up to 1023 bytes, each up to its first NUL.
+// Splits the output as the provider does: into lines of up to 1023 bytes, each cut at its first NUL.
 std::vector<std::string> pieces() {
   std::vector<std::string> found;
   std::size_t begin = 0;
@@ -79,21 +79,21 @@ void checkDecoding(const std::string& line) {
   std::string text = line, expected = line;
   parseUserDataHeader(record, text);
   ReferenceDecoder::parseHeader(expectedRecord, expected);
-  property(record == expectedRecord && text == expected, "a header is read as its octets say");
+  property(record == expectedRecord && text == expected, "the header is that of the reference decoder");
 
   unescapeText(text);
   ReferenceDecoder::unescape(expected);
-  property(text == expected, "text is unescaped from left to right, once");
+  property(text == expected, "the unescaped text is that of the reference decoder");
 
   std::vector<char> bytes(text.begin(), text.end());
   decodeGsmEscapes(bytes);
   ReferenceDecoder::decode(expected);
-  property(std::string(bytes.begin(), bytes.end()) == expected, "escapes are decoded one after the other");
+  property(std::string(bytes.begin(), bytes.end()) == expected,
+           "the decoded text is that of the reference decoder");
   property(bytes.size() <= text.size(), "decoding never makes a text longer");
 }
 
-// Whether the parts may arrive in any order: no part comes twice, and the parts of a message agree on their
-// number.
+// True if the order of parts must not matter: none comes twice, and parts of a message agree in the count.
 bool isOrderFree(const Records& records) {
   std::set<std::pair<int, int>> seen;
   std::set<std::pair<int, int>> counts;
@@ -108,7 +108,7 @@ bool isOrderFree(const Records& records) {
   return counts.size() == references.size();
 }
 
-// The texts that arrived, in any order.
+// Returns the texts and the missing parts of the records, sorted.
 std::multiset<std::string> texts(const Records& records) {
   std::multiset<std::string> found;
   for (const Json::Value& record : records)
@@ -117,7 +117,7 @@ std::multiset<std::string> texts(const Records& records) {
   return found;
 }
 
-// The content of the store after the two halves of `records` came in one pass each.
+// Returns the stored records after two passes, each of which receives one half of `records`.
 Records filedInTwoPasses(const Records& records) {
   const auto half = records.begin() + static_cast<std::ptrdiff_t>(records.size() / 2);
   Records filed = joinMultipartMessages(Records(records.begin(), half));
@@ -140,15 +140,15 @@ void checkRecords(const Records& records, const std::vector<Message>& expected) 
   auto record = records.begin();
   for (const Message& message : expected) {
     if (!message.sender) continue;
-    property(record != records.end(), "every message with a sender is kept");
+    property(record != records.end(), "every message with a sender becomes a record");
     property((*record)["source"] == *message.sender, "the sender is the rest of the first addr: line");
     property(record->isMember("message") == message.text.has_value() &&
                  record->get("message", "").asString() == message.text.value_or(""),
              "the text is that of the first user-data: line, decoded");
     guids.insert((*record++)["guid"].asString());
   }
-  property(record == records.end(), "no record is invented");
-  property(guids.size() == records.size(), "guids differ");
+  property(record == records.end(), "there are no other records");
+  property(guids.size() == records.size(), "no two records have the same guid");
 }
 
 void checkJoining(const Records& records) {
@@ -157,7 +157,7 @@ void checkJoining(const Records& records) {
   property(texts(joinMultipartMessages(Records(records.rbegin(), records.rend()))) == expected,
            "joining does not depend on the order of arrival");
   property(texts(filedInTwoPasses(records)) == expected,
-           "parts of two passes make the message that they make in one");
+           "parts received in two passes form the same messages as in one");
 }
 
 }  // namespace
@@ -188,8 +188,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   deletions = 0;
   SmsUtilsProvider provider;
   property(texts(provider.receiveMessages()) == texts(joinMultipartMessages(records)),
-           "what is received is what was listed");
-  property(deletions == (expected.empty() ? 0 : 1), "the modem is emptied once, when it listed a message");
+           "the provider returns the messages of the listing");
+  property(deletions == (expected.empty() ? 0 : 1),
+           "the provider deletes once if the listing contains a message");
   return 0;
 }
 

@@ -1,8 +1,8 @@
-// The input is a file in a status folder: the status in the first byte, then the content. A pass of the loop
-// reads it, with a new part of a concatenated message from the modem and a modem that sends only for an even
-// first byte.
+// The input is a file of a message folder: the first byte chooses the folder, the rest is the content. A pass
+// of the loop reads it. In this pass the modem delivers a new part of a concatenated message. It accepts
+// messages only if the first byte is even.
 //
-// Stores nothing on disk: the input chooses the "guid", and thereby the path and the shell command.
+// Keeps records in memory: on a disk, the input's "guid" would be a part of paths and shell commands.
 
 #include <cstdint>
 #include <cstdlib>
@@ -21,7 +21,7 @@
 
 namespace {
 
-// Holds the input under one status; the others are empty. Records what is saved or removed.
+// A storage with the input in one folder; the others are empty. Records what is saved or removed.
 class OneFolder final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override { saved[status].push_back(record); }
@@ -61,9 +61,9 @@ class Modem final : public SmsProvider {
   const bool sends_;
 };
 
-// The folder that every input is written to.
+// The folder to which the target writes every input.
 struct InputFolder {
-  InputFolder() { property(mkdtemp(path) != nullptr, "there is a folder for the input"); }
+  InputFolder() { property(mkdtemp(path) != nullptr, "the folder for the input can be created"); }
   ~InputFolder() { std::filesystem::remove_all(path); }
   char path[32] = "/tmp/veld-fuzz-XXXXXX";
 };
@@ -75,7 +75,7 @@ Json::Value withoutStatus(Json::Value record) {
 
 void checkReceived(const OneFolder& store) {
   const auto& saved = store.saved[MessageStatus::Received];
-  property(!saved.empty(), "no stored record blocks a new message");
+  property(!saved.empty(), "no stored record prevents the filing of a new message");
   bool found = false;
   for (const Json::Value& record : saved)
     found = found || record["message"].asString().find("new") != std::string::npos;
@@ -89,7 +89,8 @@ void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) 
   Json::Value expected = withoutStatus(record);
   if (!wasSent && store.filled == MessageStatus::Failed) expected["retries"] = record["retries"].asUInt() - 1;
   property(withoutStatus(target[0]) == expected, "filing changes the status and the retries only");
-  property(store.removed[store.filled].size() >= 1, "a record that is filed again leaves its folder");
+  property(store.removed[store.filled].size() >= 1,
+           "a message that was offered to the modem leaves its old folder");
 }
 
 }  // namespace
@@ -118,10 +119,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   runPass(modem, storage, commands, inTransit, {0}, retry, [] { return 0U; });
 
   checkReceived(*store);
-  property(modem.offered.size() <= records.size(), "nothing is sent that is not queued");
+  property(modem.offered.size() <= records.size(), "only queued messages are offered to the modem");
   if (modem.offered.empty()) return 0;
   const Json::Value& record = records[0];
-  property(modem.offered[0] == record, "what is sent is what was queued");
+  property(modem.offered[0] == record, "the modem is offered the queued record");
   const bool losesARetry = status == MessageStatus::Failed && !sends;
   if (record.isObject() && (!losesARetry || record["retries"].isConvertibleTo(Json::uintValue)))
     checkSent(*store, record, sends);

@@ -41,7 +41,7 @@ class Modem final : public SmsProvider {
 };
 
 struct Root {
-  Root() { property(mkdtemp(path) != nullptr, "there is a folder for the spool"); }
+  Root() { property(mkdtemp(path) != nullptr, "the folder for the spool can be created"); }
   ~Root() { std::filesystem::remove_all(path); }
   char path[32] = "/tmp/veld-fuzz-XXXXXX";
 };
@@ -50,7 +50,7 @@ Spool::Note noteOfAny(const SpoolEntry& entry) {
   return std::visit([](const auto& kind) { return noteOf(kind).value_or(Spool::Note{}); }, entry);
 }
 
-// The number of records that a pass has to file.
+// Returns the number of records that a pass has to file.
 std::size_t unfiled(const SpoolEntry& entry) {
   const auto* const batch = std::get_if<Batch>(&entry);
   return batch != nullptr ? batch->records.size() : 1;
@@ -70,11 +70,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (entry) {
     const Spool::Note again = noteOfAny(*entry);
     const std::optional<SpoolEntry> second = entryOf(again);
-    property(again.stage == note.stage, "an entry has one stage");
-    property(second && noteOfAny(*second).text == again.text, "what is written is read, and is the same");
+    property(again.stage == note.stage, "an entry keeps the stage of its note");
+    property(second && noteOfAny(*second).text == again.text,
+             "a note that is written from an entry is read as the same entry");
   }
   const std::optional<std::string> text = NoteFile::unframed(input);
-  property(!text || NoteFile::framed(*text) == input, "a file has one form");
+  property(!text || NoteFile::framed(*text) == input, "a text has only one form as a file");
 
   if (!isFileName(note.stage)) return 0;
   static const Root root;
@@ -91,8 +92,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RetryState retry;
   InTransit inTransit(root.path, root.path);
   runPass(modem, storage, commands, inTransit, {}, retry);
-  property(modem.wasAsked, "no note stops the modem from being asked");
-  property(!modem.hasSent, "nothing is sent from a note");
+  property(modem.wasAsked, "no note prevents the pass from listing messages");
+  property(!modem.hasSent, "no note makes the pass send a message");
   property(store.saved.size() == (entry ? unfiled(*entry) : 0), "each unfiled record is filed once");
   return 0;
 }

@@ -16,17 +16,17 @@
 namespace {
 
 constexpr char key[] = "timings-sms";
-std::string content;  // of every file that is opened
+std::string content;  // of the files that fopen() below opens
 
 std::string valueOf(const char* wanted) {
   const std::vector<char> untouched(configValueSize, '\0');
   std::vector<char> value = untouched;
-  property(readConfigValue("any", 1, wanted, value.data()) == 1, "a file that opens is read");
+  property(readConfigValue("any", 1, wanted, value.data()) == 1, "a file that can be opened is read");
   property(std::memchr(value.data(), '\0', value.size()) != nullptr, "a value ends within its buffer");
   return value.data();
 }
 
-// The intervals in `value`, for numbers of up to nine digits; false when there is a longer one.
+// Reads the intervals in `value`. False if a number has more than nine digits.
 bool readIntervals(const std::string& value, std::vector<std::uint32_t>& intervals) {
   int seconds = 0;
   for (std::size_t at = value.find_first_not_of("[,]"); at != std::string::npos;) {
@@ -55,18 +55,19 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   content.assign(data, data + size);
   const std::string value = valueOf(key);
   property(value.empty() || content.find("timings-sms=" + value) != std::string::npos,
-           "a value stands in the file behind its key");
+           "the file contains the value after its key");
 
   std::vector<std::uint32_t> expected;
   smsTimings.clear();
-  property(readSmsTimings() == smsTimings.empty(), "failure is reported when there is no interval");
+  property(readSmsTimings() == smsTimings.empty(),
+           "readSmsTimings() reports a failure exactly if there is no interval");
   if (readIntervals(value, expected))
-    property(smsTimings == expected, "each piece is an interval or repeats one");
+    property(smsTimings == expected, "each piece is an interval, or repeats the one before");
 
   content += "\ntimings-sms=[30,60]\n";
-  property(valueOf(key) == "[30,60]", "the last line counts");
+  property(valueOf(key) == "[30,60]", "the last line with a key counts");
   property(valueOf("timings") == "" || content.find("timings=") != std::string::npos,
-           "a key is compared whole");
+           "a part of a key does not match");
   return 0;
 }
 

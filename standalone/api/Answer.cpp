@@ -27,16 +27,16 @@ constexpr std::string_view commandPath = "/api/command/";
 constexpr char settingsName[] = "/settings.json";
 constexpr char commandFolder[] = "/commands.d";
 
-enum Code : int { Taken = 200, Malformed = 400, SwitchedOff = 403, Missing = 404, Faulty = 500 };
+enum Code : int { Accepted = 200, Malformed = 400, SwitchedOff = 403, Missing = 404, Faulty = 500 };
 
-// Reads the settings file. None, and a log line, when it cannot be read or is not a JSON object.
+// Reads the settings file. Logs an ERROR and returns nullopt if it cannot be read or is not a JSON object.
 std::optional<Json::Value> loadSettings(const std::string& folder) {
   const std::string path = folder + settingsName;
   std::ifstream file(path);
   std::string fault = "cannot be read";
   std::optional<Json::Value> settings;
   if (file.is_open()) {
-    fault = "holds no object";
+    fault = "does not contain an object";
     settings = parseStrictJson(std::string(std::istreambuf_iterator<char>(file), {}), fault);
   }
   if (settings && settings->isObject()) return settings;
@@ -44,7 +44,7 @@ std::optional<Json::Value> loadSettings(const std::string& folder) {
   return std::nullopt;
 }
 
-// The last part of the path of a command's request; empty, which names no program, for any other path.
+// Returns NAME of the path /api/command/NAME; an empty text, which names no program, for any other path.
 std::string commandName(const std::string& path) {
   if (path.compare(0, commandPath.size(), commandPath) != 0) return "";
   const std::string name = path.substr(commandPath.size());
@@ -57,7 +57,7 @@ bool isProgram(const std::string& path) {
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// veld requests only what the settings permit. This stops other clients of the socket.
+// Checks the settings again: veld requests only permitted commands, but other clients use the socket, too.
 bool isPermitted(const std::string& name, const Json::Value& settings) {
   const Json::Value& commands = settings[SettingsKey::smsCommands];
   if (!commands.isObject() || commands["enabled"] != true) return false;
@@ -71,7 +71,7 @@ Answer refusal(int code, const char* reason) { return {code, reason, "", {}}; }
 Answer answerSettings(const std::string& folder) {
   const std::optional<Json::Value> settings = loadSettings(folder);
   if (!settings) return refusal(Faulty, "the settings cannot be read");
-  return {Taken, *settings, "", {}};
+  return {Accepted, *settings, "", {}};
 }
 
 Answer answerCommand(const HttpRequest& request, const std::string& folder) {
@@ -79,17 +79,22 @@ Answer answerCommand(const HttpRequest& request, const std::string& folder) {
   const std::string program = folder + commandFolder + "/" + name;
   if (!isProgram(program)) return refusal(Missing, "no such command");
   const std::optional<CommandRequest> command = parseCommandRequest(request.body);
-  if (!command) return refusal(Malformed, "the body is no command");
+  if (!command) return refusal(Malformed, "the body is not a command");
   const std::optional<Json::Value> settings = loadSettings(folder);
   if (!settings) return refusal(Faulty, "the settings cannot be read");
   if (!isPermitted(name, *settings)) return refusal(SwitchedOff, "the command is switched off");
-  return {Taken, Json::nullValue, program, *command};
+  return {Accepted, Json::nullValue, program, *command};
 }
 
-// Locks out other processes that want to run a program, until this process ends.
+// Waits until no other process runs a program, and locks them out until this one ends. False on failure.
 bool waitForTurn(const std::string& folder) {
   const int programs = open((folder + commandFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   return programs >= 0 && flock(programs, LOCK_EX) == 0;
+}
+
+const char* resultOf(const Ending& ending) {
+  if (ending.timedOut) return "ended after 60 seconds";
+  return ending.succeeded ? "done" : "failed";
 }
 
 std::string pathVariable() {
@@ -105,9 +110,9 @@ Answer answerTo(const HttpRequest& request, const std::string& folder) {
   return refusal(Missing, "no such resource");
 }
 
-Answer answerToNoRequest() { return refusal(Malformed, "this is no HTTP request"); }
+Answer answerToMalformed() { return refusal(Malformed, "this is not an HTTP request"); }
 
-void carryOut(const Answer& answer, const std::string& folder) {
+void runProgram(const Answer& answer, const std::string& folder) {
   if (!waitForTurn(folder)) {
     ORVEL_LOG(ERROR, "%s is not run: %s cannot be locked", answer.program.c_str(), folder.c_str());
     return;
@@ -117,10 +122,7 @@ void carryOut(const Answer& answer, const std::string& folder) {
   words.insert(words.end(), command.args.begin(), command.args.end());
   const Ending ending =
       runCommand(words, {pathVariable(), "SMS_SENDER=" + command.sender}, "", programSeconds);
-  ORVEL_LOG(INFO, "%s for %s: %s", answer.program.c_str(), command.sender.c_str(),
-            ending.timedOut    ? "ended after 60 seconds"
-            : ending.succeeded ? "done"
-                               : "failed");
+  ORVEL_LOG(INFO, "%s for %s: %s", answer.program.c_str(), command.sender.c_str(), resultOf(ending));
   const std::string text = replyText(ending.output, ending.succeeded);
   const Ending sent =
       runCommand({"veldctl", "send", command.sender, "-"}, {pathVariable()}, text, programSeconds);

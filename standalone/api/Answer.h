@@ -9,25 +9,25 @@
 
 namespace Standalone {
 
-/// The answer to a client, and the program that runs afterwards.
+/// The answer to a client, and the program to run after it.
 struct Answer {
-  int code =
-      0;  ///< 200: taken; 400: malformed; 403: switched off; 404: no such thing; 500: the settings are faulty
+  /// 200: accepted; 400: malformed; 403: switched off; 404: unknown; 500: invalid settings
+  int code = 0;
   Json::Value result;
-  std::string program;  ///< the path of the command's program; empty: none
+  std::string program;  ///< the path of the command's program; empty if no program is to run
   CommandRequest command;
 };
 
-/// Answers `request` from `folder`: GET /api/sms with the object in its settings.json, POST /api/command/NAME
-/// when its commands.d has a program of that name and the settings permit it. Logs invalid settings as an
+/// Answers GET /api/sms with the object in settings.json of `folder`. Accepts POST /api/command/NAME if
+/// commands.d of `folder` has a program of that name and the settings permit it. Logs invalid settings as an
 /// ERROR.
 Answer answerTo(const HttpRequest& request, const std::string& folder);
 
-/// The answer to a malformed request.
-Answer answerToNoRequest();
+/// Returns the answer to a malformed request.
+Answer answerToMalformed();
 
-/// Runs the program of `answer` for at most 60 seconds, one program at a time, and queues its output for the
-/// sender.
-void carryOut(const Answer& answer, const std::string& folder);
+/// Runs the program of `answer` for at most 60 seconds, and queues its output as a message to the sender.
+/// Waits until no other process runs a program of `folder`.
+void runProgram(const Answer& answer, const std::string& folder);
 
 }  // namespace Standalone

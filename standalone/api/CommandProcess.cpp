@@ -5,7 +5,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-extern "C" {  // missing in this header of glibc 2.36
+extern "C" {  // the header of glibc 2.36 lacks it
 #include <sys/pidfd.h>
 }
 
@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t mostOutput = 64 << 10;
 
-/// A file descriptor, closed with its owner.
+/// A file descriptor; the end of the object closes it.
 class Descriptor {
  public:
   explicit Descriptor(int number = -1) : number_(number) {}
@@ -57,7 +57,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-// Starts the program. Returns its process id, or 0.
+// Starts the program in a new process group. Returns its process id; 0 on failure.
 pid_t start(const std::vector<std::string>& words, const std::vector<std::string>& environment, int input,
             int output) {
   posix_spawn_file_actions_t actions;
@@ -88,7 +88,7 @@ time_t secondsNow() {
   return now.tv_sec;
 }
 
-// Reads once, and keeps the first bytes of the whole output. False at the end of the stream.
+// Reads once, and appends to `output` up to its size of 64 KiB. False at the end of the stream.
 bool collect(int stream, std::string& output) {
   char piece[4096];
   const ssize_t count = read(stream, piece, sizeof piece);
@@ -97,8 +97,7 @@ bool collect(int stream, std::string& output) {
   return true;
 }
 
-// Collects the output until the program has ended and the pipe is empty. False when it has not ended after
-// `seconds`.
+// Collects output until the program has ended and the pipe is empty. False if that takes over `seconds`.
 bool waitForEnd(int process, int stream, int seconds, std::string& output) {
   const time_t end = secondsNow() + seconds;
   pollfd watched[2] = {{stream, POLLIN, 0}, {process, POLLIN, 0}};
@@ -118,16 +117,17 @@ bool waitForEnd(int process, int stream, int seconds, std::string& output) {
 Ending runCommand(const std::vector<std::string>& words, const std::vector<std::string>& environment,
                   const std::string& input, int seconds) {
   Ending ending;
-  Descriptor given, giving, taking, taken;
-  if (!openPipe(given, giving) || !openPipe(taking, taken)) return ending;
-  // Cannot block or fail: the pipe holds all of the input, and this process has its read end open.
-  if (write(giving.number(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) return ending;
-  giving.reset(-1);
-  const pid_t process = start(words, environment, given.number(), taken.number());
+  Descriptor inputRead, inputWrite, outputRead, outputWrite;
+  if (!openPipe(inputRead, inputWrite) || !openPipe(outputRead, outputWrite)) return ending;
+  // This cannot block or fail: the whole input fits into the pipe, and this process has its read end open.
+  const ssize_t written = write(inputWrite.number(), input.data(), input.size());
+  if (written != static_cast<ssize_t>(input.size())) return ending;
+  inputWrite.reset(-1);
+  const pid_t process = start(words, environment, inputRead.number(), outputWrite.number());
   if (process == 0) return ending;
-  taken.reset(-1);
+  outputWrite.reset(-1);
   const Descriptor watched(pidfd_open(process, 0));
-  ending.timedOut = !waitForEnd(watched.number(), taking.number(), seconds, ending.output);
+  ending.timedOut = !waitForEnd(watched.number(), outputRead.number(), seconds, ending.output);
   kill(-process, SIGKILL);
   int status = 0;
   waitpid(process, &status, 0);

@@ -9,13 +9,14 @@ namespace Standalone {
 struct Ending {
   bool succeeded = false;  ///< it exited with status 0
   bool timedOut = false;
-  std::string output;  ///< of its standard output, the first 64 KiB
+  std::string output;  ///< the first 64 KiB of its standard output
 };
 
-/// Runs `words[0]`, searched in PATH when it has no slash, with the other words as arguments, in a new
-/// process group, and waits for it. Its whole environment is `environment`, its working directory "/", its
-/// standard input `input`, 4 KiB at most, and its standard error the caller's. Kills the rest of the group
-/// when the program ends, or the group after `seconds`. A program that cannot be started counts as failed.
+/// Runs the program `words[0]` with the other words as arguments, and waits for its end. Searches PATH if
+/// `words[0]` has no slash. The program has exactly the variables in `environment`, the working directory
+/// "/", the caller's standard error, and `input` (at most 4 KiB) as standard input. It runs in a new process
+/// group: kills the group after `seconds`, or kills its other processes when the program ends. A program that
+/// cannot be started counts as failed.
 Ending runCommand(const std::vector<std::string>& words, const std::vector<std::string>& environment,
                   const std::string& input, int seconds);
 

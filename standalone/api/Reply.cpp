@@ -11,15 +11,17 @@ namespace Standalone {
 namespace {
 
 constexpr unsigned mostMessages = 3;
-constexpr std::size_t mostCharacters = mostMessages * 153;  // of the GSM alphabet, in three parts
+constexpr std::size_t mostCharacters = mostMessages * 153;  // what three parts hold in the GSM alphabet
 
-// The first characters of `text`, all of them in the GSM alphabet.
+// Splits the beginning of `text` into characters: as many as the messages hold in the GSM alphabet.
 std::vector<std::string> charactersOf(std::string_view text) {
   std::vector<std::string> characters;
   while (!text.empty() && characters.size() < mostCharacters) {
     const std::size_t length = Orvel::Text::printableLength(text);
-    const bool isSent = length > 0 || text[0] == '\n';
-    characters.emplace_back(isSent ? text.substr(0, length > 0 ? length : 1) : "?");
+    if (length > 0)
+      characters.emplace_back(text.substr(0, length));
+    else
+      characters.emplace_back(text[0] == '\n' ? "\n" : "?");
     text.remove_prefix(characters.back().size());
   }
   return characters;

@@ -1,5 +1,5 @@
-// The local API: answers the request on its standard input, a socket, and executes its command. systemd
-// starts it for each connection: veld-api FOLDER, where FOLDER has the settings and the commands.
+// The local API: veld-api FOLDER. Answers the request on standard input, a socket, and then runs its command.
+// systemd starts it for each connection. FOLDER contains the settings and the commands.
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace {
 
 constexpr unsigned requestSeconds = 10;
 
-// Closes the connection, so that the client does not wait for the command.
+// Closes the connection, so that the client does not wait for the end of the command.
 void hangUp() {
   shutdown(STDIN_FILENO, SHUT_RDWR);
   close(STDIN_FILENO);
@@ -32,10 +32,10 @@ int main(int count, char** words) {
   }
   alarm(requestSeconds);  // ends the process if a client sends no request
   const std::optional<HttpRequest> request = readRequest(STDIN_FILENO);
-  const Answer answer = request ? answerTo(*request, words[1]) : answerToNoRequest();
-  const bool told = writeAnswer(STDIN_FILENO, answer.code, answer.result);
+  const Answer answer = request ? answerTo(*request, words[1]) : answerToMalformed();
+  const bool answered = writeAnswer(STDIN_FILENO, answer.code, answer.result);
   alarm(0);
   hangUp();
-  if (told && !answer.program.empty()) carryOut(answer, words[1]);
+  if (answered && !answer.program.empty()) runProgram(answer, words[1]);
   return EXIT_SUCCESS;
 }

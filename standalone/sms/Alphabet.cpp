@@ -12,7 +12,7 @@ namespace {
 constexpr char escapeCode = 0x1B;
 constexpr char32_t replacement = 0xFFFD;
 
-// 3GPP TS 23.038, 6.2.1.1. The table of the gateway's messages differs from the published one in two rows.
+// 3GPP TS 23.038, 6.2.1.1. The daemon's table differs from this published one in two rows.
 constexpr std::pair<char, std::string_view> extensions[] = {
     {0x0A, "\f"}, {0x14, "^"}, {0x28, "{"}, {0x29, "}"}, {0x2F, "\\"},
     {0x3C, "["},  {0x3D, "~"}, {0x3E, "]"}, {0x40, "|"}, {0x65, "€"}};
@@ -54,13 +54,20 @@ void appendUtf8(std::string& text, char32_t c) {
 
 bool isSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
 
-// Removes one character from the front of `rest`. Nothing when it is not valid UTF-8.
+// Returns the number of octets of the UTF-8 character that begins with `lead`.
+std::size_t lengthOf(unsigned lead) {
+  if (lead < 0x80) return 1;
+  if (lead < 0xE0) return 2;
+  return lead < 0xF0 ? 3 : 4;
+}
+
+// Removes the first character of `rest` and returns it. Nullopt if it is not valid UTF-8.
 std::optional<char32_t> takeCharacter(std::string_view& rest) {
   const auto octet = [&rest](std::size_t at) {
     return at < rest.size() ? static_cast<unsigned char>(rest[at]) : 0U;
   };
   const unsigned lead = octet(0);
-  const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  const std::size_t length = lengthOf(lead);
   constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
   if ((lead >= 0x80 && lead < 0xC2) || lead > 0xF4) return std::nullopt;
   char32_t c = length == 1 ? lead : lead & (0x7FU >> length);

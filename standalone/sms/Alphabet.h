@@ -7,27 +7,26 @@ namespace Standalone {
 
 /// Conversions between UTF-8 and what the network carries (3GPP TS 23.038).
 
-/// The UTF-8 text of GSM 7-bit codes, one to a byte, by the default alphabet and its extension table. An
-/// escape before a code that the extension table lacks gives the character of the default alphabet.
+/// Converts GSM 7-bit codes, one per byte, to UTF-8 by the default alphabet and its extension table. An
+/// escape before a code that the extension table lacks is ignored.
 std::string fromGsm(const std::string& codes);
 
-/// The UTF-8 text of UTF-16 in big-endian order. U+FFFD stands for half a surrogate pair, for a single last
-/// octet and for U+0000, which no line of a listing can carry.
+/// Converts big-endian UTF-16 to UTF-8. U+FFFD replaces half a surrogate pair, a single last octet, and
+/// U+0000, which a line of a listing cannot contain.
 std::string fromUtf16(const std::string& octets);
 
-/// The GSM 7-bit codes of `text`, one to a byte. Nothing when a character is in neither table.
+/// Converts `text` to GSM 7-bit codes, one per byte. Nullopt if a character is in neither table.
 std::optional<std::string> toGsm(const std::string& text);
 
-/// `text` as UTF-16 in big-endian order. Nothing when `text` is no valid UTF-8.
+/// Converts `text` to big-endian UTF-16. Nullopt if `text` is not valid UTF-8.
 std::optional<std::string> toUtf16(const std::string& text);
 
-/// Whether `text` is valid UTF-8.
 bool isUtf8(const std::string& text);
 
-/// The octets in upper-case hexadecimal digits.
+/// Returns the octets as upper-case hexadecimal digits.
 std::string toHex(const std::string& octets);
 
-/// The octets of hexadecimal digits of either case. Nothing when a digit is missing or wrong.
+/// Converts hexadecimal digits of either case to octets. Nullopt if a digit is missing or invalid.
 std::optional<std::string> fromHex(const std::string& digits);
 
 }  // namespace Standalone

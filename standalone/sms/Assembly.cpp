@@ -34,7 +34,7 @@ std::string contentOf(const Group& group) {
   return content;
 }
 
-std::string incomplete(const Group& group, const Part& first) {
+std::string incompleteLine(const Group& group, const Part& first) {
   std::string numbers;
   for (const auto& [number, part] : group.parts)
     numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
@@ -46,7 +46,7 @@ std::string incomplete(const Group& group, const Part& first) {
 
 std::string textOf(const Group& group) {
   const Part& first = group.parts.begin()->second;
-  if (group.parts.size() < first.count) return incomplete(group, first);
+  if (group.parts.size() < first.count) return incompleteLine(group, first);
   if (first.alphabet == Part::Alphabet::Data) return dataLine(contentOf(group));
   return textOf(first.alphabet, contentOf(group));
 }
@@ -64,22 +64,22 @@ bool isReady(const Group& group, std::int64_t now) {
   return group.parts.size() == first.count || now - latest > patience;
 }
 
-// References are reused: a part with the same number and other content belongs to another message.
+// False if the group has the same part with other content: a later message then reuses the reference.
 bool fits(const Group& group, const Part& part) {
-  const auto same = group.parts.find(part.number);
-  return same == group.parts.end() || same->second.content == part.content;
+  const auto found = group.parts.find(part.number);
+  return found == group.parts.end() || found->second.content == part.content;
 }
 
-// The parts of each message, in the order of their first parts.
+// Sorts parts into one group per message, in the order of their first parts.
 class Groups {
  public:
   void add(const Stored& stored, const Part& part) {
     const Key key(part.sender, part.wide, part.reference, part.count);
-    const auto known = long_.find(key);
-    const bool joins = part.count > 1 && known != long_.end() && fits(all_[known->second], part);
+    const auto known = latest_.find(key);
+    const bool joins = part.count > 1 && known != latest_.end() && fits(all_[known->second], part);
     const std::size_t at = joins ? known->second : all_.size();
     if (!joins) all_.emplace_back();
-    if (part.count > 1) long_[key] = at;
+    if (part.count > 1) latest_[key] = at;
     all_[at].stored.push_back(&stored);
     all_[at].parts.emplace(part.number, part);
   }
@@ -88,13 +88,13 @@ class Groups {
  private:
   using Key = std::tuple<std::string, bool, unsigned, unsigned>;
   std::vector<Group> all_;
-  std::map<Key, std::size_t> long_;  // index in all_ of the latest message with a reference
+  std::map<Key, std::size_t> latest_;  // the index in all_ of the latest message with a reference
 };
 
 }  // namespace
 
 std::string dataLine(const std::string& octets) {
-  constexpr char push = 0x06;              // the kind of the WAP session's unit
+  constexpr char push = 0x06;              // type of the WAP session's PDU
   constexpr unsigned char mmsType = 0xBE;  // application/vnd.wap.mms-message
   const bool isPush = octets.size() > 3 && octets[1] == push;
   const bool isMms = isPush && (static_cast<unsigned char>(octets[3]) == mmsType ||

@@ -11,28 +11,28 @@ namespace Standalone {
 
 /// A short message in the memory of a modem.
 struct Stored {
-  std::string place;  ///< its place in the memory; without blanks and commas
+  std::string place;  ///< identifies its place in the memory; without blanks and commas
   bool read = false;
   std::string pdu;  ///< hexadecimal digits
 };
 
-/// Joins `stored` to messages, in the order of their first parts. Parts belong together when sender,
-/// reference and count are equal; a repeated part is deleted with its message.
+/// Joins the parts in `stored` to messages, in the order of their first parts. Parts belong together if they
+/// have the same sender, reference and count. A repeated part belongs to its message, too.
 ///
-/// Omits a concatenated message with missing parts until it is older than 72 hours at `now` (seconds since
-/// 1970). Its text is then one line that says so, as for 8-bit data, MMS notifications, and a PDU that is
-/// not a received message, each with its octets in hexadecimal digits.
+/// Omits a concatenated message with missing parts until it is 72 hours old at `now` (seconds since 1970).
+/// Its text is then one line that reports the missing parts and contains the octets in hexadecimal digits.
+/// Such a line also stands for 8-bit data, an MMS notification, and a PDU that is not a received message.
 ///
-/// The id of a message contains the places of its parts, and a checksum of each PDU.
+/// The id of a message contains the places of its parts and a checksum of each PDU.
 std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t now);
 
-/// The line that is listed for 8-bit data.
+/// Returns the line that the tool lists for 8-bit data.
 std::string dataLine(const std::string& octets);
 
-/// The places and check sums of an id, as "place,sum" pairs.
+/// Splits an id into its parts, each "place,checksum".
 std::vector<std::string> partsOf(const std::string& id);
 
-/// The part of an id that stands for `stored`.
+/// Returns the "place,checksum" of `stored`.
 std::string partId(const Stored& stored);
 
 }  // namespace Standalone

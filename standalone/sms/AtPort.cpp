@@ -13,7 +13,7 @@
 namespace Standalone {
 namespace {
 
-constexpr char escape = 0x1B;  // cancels the prompt for data
+constexpr char escape = 0x1B;  // cancels a prompt for data
 constexpr char endOfData = 0x1A;
 constexpr std::chrono::milliseconds firstAnswer(2000);
 
@@ -25,7 +25,7 @@ bool isError(const std::string& line) {
   return line == "ERROR" || beginsWith(line, "+CME ERROR") || beginsWith(line, "+CMS ERROR");
 }
 
-// Unsolicited lines, which a modem may send between the lines of an answer.
+// True for an unsolicited line, which a modem may send between the lines of an answer.
 bool isUnsolicited(const std::string& line) {
   for (const char* const prefix : {"+CMTI:", "+CDSI:", "+CMT:", "+CDS:", "RING", "^", "+CRING:"})
     if (beginsWith(line, prefix)) return true;
@@ -45,8 +45,7 @@ std::string AtPort::Answer::value(const std::string& prefix) const {
 
 AtPort::AtPort(const std::string& device, const Deadline& deadline) : device_(device), deadline_(deadline) {
   open();
-  // Discards the data of a killed call. A modem that has just been plugged in may miss the first
-  // command.
+  // Ends the prompt of a killed call. Tries again, because a modem may miss its first command.
   for (unsigned tries = 0; tries < 3; ++tries) {
     write(std::string(1, escape) + "ATE1\r");
     while (pending_.find("OK\r") == std::string::npos && readMore(deadline_.left(firstAnswer))) {
@@ -82,12 +81,13 @@ void AtPort::write(const std::string& bytes) {
     pollfd writable{port_, POLLOUT, 0};
     const int ready = poll(&writable, 1, static_cast<int>(deadline_.left().count()));
     const ssize_t count = ready > 0 ? ::write(port_, bytes.data() + done, bytes.size() - done) : -1;
-    if (count < 0) throw Problem("the modem at " + device_ + " takes no commands");
+    if (count < 0) throw Problem("the modem at " + device_ + " does not accept commands");
     done += static_cast<std::size_t>(count);
   }
 }
 
-// False when nothing arrived in time. An unplugged modem hangs up the line.
+// Reads what has arrived. False if nothing arrives within `bound`. Throws a Problem if the modem was
+// unplugged, which hangs up the line.
 bool AtPort::readMore(std::chrono::milliseconds bound) {
   pollfd readable{port_, POLLIN, 0};
   if (poll(&readable, 1, static_cast<int>(bound.count())) <= 0) return false;
@@ -98,7 +98,7 @@ bool AtPort::readMore(std::chrono::milliseconds bound) {
   return true;
 }
 
-// Returns a line without its end; skips empty lines.
+// Returns the next line that is not empty, without its line end.
 std::string AtPort::nextLine() {
   while (true) {
     const std::size_t end = pending_.find_first_of("\r\n");
@@ -136,11 +136,11 @@ AtPort::Answer AtPort::ask(const std::string& command) {
   return readAnswer();
 }
 
-// Waits for "> ", or for the final line of a refusal, which it does not consume.
+// Waits for the prompt "> " or for an error line. Consumes neither.
 void AtPort::awaitPrompt() {
   while (pending_.find("> ") == std::string::npos && pending_.find("ERROR") == std::string::npos)
     if (!readMore(deadline_.left()))
-      throw Problem("the modem at " + device_ + " does not ask for the message");
+      throw Problem("the modem at " + device_ + " does not prompt for the message");
 }
 
 AtPort::Answer AtPort::ask(const std::string& command, const std::string& data) {

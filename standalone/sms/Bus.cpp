@@ -28,14 +28,14 @@ bool isAbsent(const Error& error) {
 }
 
 [[noreturn]] void fail(const Error& error, int result, bool inTime) {
-  const std::string said = error.of.message != nullptr ? error.of.message : std::strerror(-result);
+  const std::string message = error.of.message != nullptr ? error.of.message : std::strerror(-result);
   if (!inTime) throw Problem("ModemManager does not answer in time");
   if (error.is(SD_BUS_ERROR_UNKNOWN_OBJECT) || error.is(SD_BUS_ERROR_UNKNOWN_METHOD) ||
       error.is(SD_BUS_ERROR_UNKNOWN_INTERFACE) || error.is(notFound))
-    throw Gone(said);
+    throw Gone(message);
   if (isAbsent(error)) throw Problem("ModemManager is not running");
-  if (error.is(SD_BUS_ERROR_ACCESS_DENIED)) throw Problem("this user may not use ModemManager: " + said);
-  throw Problem(said);
+  if (error.is(SD_BUS_ERROR_ACCESS_DENIED)) throw Problem("this user may not use ModemManager: " + message);
+  throw Problem(message);
 }
 
 std::string octetsIn(sd_bus_message* message) {
@@ -45,7 +45,7 @@ std::string octetsIn(sd_bus_message* message) {
   return {static_cast<const char*>(octets), size};
 }
 
-// Reads the value of `name`, a variant.
+// Reads a variant, the value of the property `name`. Skips types that Properties omits.
 void readValue(sd_bus_message* message, const std::string& name, Properties& properties) {
   const char* type = nullptr;
   mustWork(sd_bus_message_peek_type(message, nullptr, &type));
@@ -69,7 +69,7 @@ void readValue(sd_bus_message* message, const std::string& name, Properties& pro
   mustWork(sd_bus_message_exit_container(message));
 }
 
-// Calls `readEntry` for each entry of a dictionary, with its key.
+// Reads a dictionary: calls `readEntry` with each key, to read the value.
 template <typename ReadEntry>
 void readDictionary(sd_bus_message* message, char key, const char* value, ReadEntry readEntry) {
   const std::string entry = std::string(1, key) + value;
@@ -128,8 +128,10 @@ Bus::Reply Bus::finish(sd_bus_message* request, bool& again) {
   const int result =
       sd_bus_call(bus_.get(), request, static_cast<std::uint64_t>(microseconds), &error.of, &reply);
   again = result < 0 && error.is(tryAgain) && !deadline_.hasPassed();
-  if (again) std::this_thread::sleep_for(beforeRetry);
-  if (result < 0 && !again) fail(error, result, !deadline_.hasPassed());
+  if (again)
+    std::this_thread::sleep_for(beforeRetry);
+  else if (result < 0)
+    fail(error, result, !deadline_.hasPassed());
   return {reply, sd_bus_message_unref};
 }
 

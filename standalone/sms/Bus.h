@@ -12,7 +12,7 @@
 
 namespace Standalone {
 
-/// The properties of a D-Bus object of type text, octets or number, without the others.
+/// The properties of a D-Bus object that are texts, octets or numbers; omits all other types.
 struct Properties {
   std::map<std::string, std::string> texts;
   std::map<std::string, std::int64_t> numbers;
@@ -21,32 +21,32 @@ struct Properties {
   std::int64_t number(const std::string& name) const;  ///< 0 when absent
 };
 
-/// Thrown for a path whose object no longer exists.
+/// Reports that the object of a path no longer exists.
 class Gone : public Problem {
  public:
   using Problem::Problem;
 };
 
-/// ModemManager on the system bus. Calls throw a Problem when they fail or the deadline passes. A call that
-/// ModemManager asks to repeat, as it does while a message arrives, is repeated until the deadline.
+/// ModemManager on the system bus. Each call throws a Problem if it fails or the deadline passes. While a
+/// message arrives, ModemManager asks its clients to retry; each call then retries until the deadline.
 class Bus {
  public:
   explicit Bus(const Deadline& deadline);
 
   using Reply = std::unique_ptr<sd_bus_message, decltype(&sd_bus_message_unref)>;
 
-  /// Calls a method of ModemManager; `arguments` appends them.
+  /// Calls a method of ModemManager. `arguments` is a function that appends the arguments to the call.
   template <typename Append>
   Reply call(const std::string& path, const char* interface, const char* method, Append arguments);
   Reply call(const std::string& path, const char* interface, const char* method);
 
-  /// The properties of an object in one interface.
+  /// Returns the properties of one interface of an object.
   Properties properties(const std::string& path, const char* interface);
 
-  /// All objects of ModemManager: the properties by path and interface.
+  /// Returns the properties of all objects of ModemManager, by path and interface.
   std::map<std::string, std::map<std::string, Properties>> objects();
 
-  /// The unique name of the running ModemManager, and its bus.
+  /// Returns the id of the bus and the unique name of the running ModemManager.
   std::string owner();
 
  private:
@@ -57,7 +57,7 @@ class Bus {
   std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> bus_;
 };
 
-/// Throws a Problem when an sd-bus call has failed.
+/// Throws a Problem if `result` is that of a failed sd-bus call.
 void mustWork(int result);
 
 template <typename Append>

@@ -35,8 +35,8 @@ std::string quoted(const std::string& text) {
 
 }  // namespace
 
-// Returns all messages except those that wait for deletion. Drops marks of messages that are gone.
-std::vector<Message> Commands::shown(bool unreadToo) {
+// Returns the messages that do not wait for deletion. Removes marks of messages that no longer exist.
+std::vector<Message> Commands::listedMessages(bool unreadToo) {
   std::vector<Message> messages = modem_.list(unreadToo);
   std::set<std::string> ids;
   for (const Message& message : messages) ids.insert(message.id);
@@ -51,7 +51,7 @@ std::vector<Message> Commands::shown(bool unreadToo) {
 }
 
 void Commands::listUnread(std::ostream& out) {
-  std::vector<Message> messages = shown(true);
+  std::vector<Message> messages = listedMessages(true);
   const auto isRead = [this](const Message& message) {
     return message.read || state_.marks.count(message.id) != 0;
   };
@@ -59,12 +59,12 @@ void Commands::listUnread(std::ostream& out) {
   print(messages, out);
   for (const Message& message : messages) state_.marks.emplace(message.id, Mark::Read);
   state_.save();
-  deleteMarked(Mark::Doomed);
-  modem_.lookAgain(!messages.empty());
+  deleteDoomed();
+  modem_.fetchMissed(!messages.empty());
 }
 
 void Commands::listRead(std::ostream& out) {
-  std::vector<Message> messages = shown(false);
+  std::vector<Message> messages = listedMessages(false);
   const auto isUnread = [this](const Message& message) {
     return !message.read && state_.marks.count(message.id) == 0;
   };
@@ -78,22 +78,21 @@ void Commands::deleteRead() {
   for (auto& [id, mark] : state_.marks)
     if (mark == Mark::Printed) mark = Mark::Doomed;
   state_.save();
-  deleteMarked(Mark::Doomed);
+  deleteDoomed();
 }
 
-void Commands::deleteMarked(Mark wanted) {
+// Tries to delete every message that waits for it. Throws the last Problem when all have been tried.
+void Commands::deleteDoomed() {
   std::string refusal;
-  for (auto mark = state_.marks.begin(); mark != state_.marks.end();) {
-    const auto next = std::next(mark);
+  for (auto next = state_.marks.begin(); next != state_.marks.end();) {
+    const auto mark = next++;
+    if (mark->second != Mark::Doomed) continue;
     try {
-      if (mark->second == wanted) {
-        modem_.remove(mark->first);
-        state_.marks.erase(mark);
-      }
+      modem_.remove(mark->first);
+      state_.marks.erase(mark);
     } catch (const Problem& problem) {
       refusal = problem.what();
     }
-    mark = next;
   }
   state_.save();
   if (!refusal.empty()) throw Problem("cannot delete messages: " + refusal);

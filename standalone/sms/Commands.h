@@ -13,25 +13,25 @@ class Commands {
  public:
   Commands(Modem& modem, State& state) : modem_(modem), state_(state) {}
 
-  /// Prints the messages that no call has printed so far, and marks them as read.
+  /// Prints the messages that no call has printed yet, and marks them as read. Retries refused deletions.
   void listUnread(std::ostream& out);
 
-  /// Prints the messages that are marked as read. Those that `out` has accepted may then be deleted.
+  /// Prints the messages that are marked as read, and marks them as printed once `out` has accepted them.
   void listRead(std::ostream& out);
 
-  /// Deletes the messages that listRead() has printed, and no others. A message that the modem refuses to
-  /// delete is not printed again; the next listUnread() tries again to delete it.
+  /// Deletes the messages that are marked as printed. If the modem refuses to delete one, no call prints it
+  /// again, and the next listUnread() tries again to delete it.
   void deleteRead();
 
  private:
-  std::vector<Message> shown(bool unreadToo);
-  void deleteMarked(State::Mark mark);
+  std::vector<Message> listedMessages(bool unreadToo);
+  void deleteDoomed();
 
   Modem& modem_;
   State& state_;
 };
 
-/// The status as lines for a person, or as one JSON object.
+/// Returns the status as lines for a person, or as one JSON object.
 std::string printed(const Status& status, bool asJson);
 
 }  // namespace Standalone

@@ -5,16 +5,16 @@
 
 namespace Standalone {
 
-/// The moment at which a call of the tool gives up.
+/// The time limit of a call of the tool.
 class Deadline {
  public:
   explicit Deadline(std::chrono::seconds bound) : end_(std::chrono::steady_clock::now() + bound) {}
 
-  /// Milliseconds until then, at most `wanted`; 0 when it has passed.
-  std::chrono::milliseconds left(std::chrono::milliseconds wanted = std::chrono::hours(1)) const {
+  /// Returns the time that is left, at most `most`; 0 after the deadline.
+  std::chrono::milliseconds left(std::chrono::milliseconds most = std::chrono::hours(1)) const {
     using std::chrono::milliseconds;
     const auto rest = std::chrono::duration_cast<milliseconds>(end_ - std::chrono::steady_clock::now());
-    return std::max(milliseconds(0), std::min(rest, wanted));
+    return std::max(milliseconds(0), std::min(rest, most));
   }
 
   bool hasPassed() const { return left().count() == 0; }

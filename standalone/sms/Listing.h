@@ -10,13 +10,13 @@ namespace Standalone {
 
 /// Prints messages in the form that the SMS daemon reads, so that each text arrives there byte for byte.
 ///
-/// The reader takes UTF-8 as it stands. Escaped are the backslash, the quote, line feed and carriage return,
-/// and the word "index", which would begin a message. A text of more than 900 printed bytes goes out in parts
-/// with a concatenation header, because the reader takes 1,023 bytes of a line. A NUL, which ends a line for
-/// the reader, is printed as U+FFFD.
+/// Escapes the backslash, the quote, line feed, carriage return, and the word "index", which would begin a
+/// message; prints other UTF-8 unchanged. The daemon reads lines of at most 1,023 bytes, so a text of more
+/// than 900 printed bytes becomes several parts with a concatenation header. Prints U+FFFD for a NUL, which
+/// would end the line.
 class Listing {
  public:
-  /// The blocks of one message: one, or one for each part.
+  /// Returns the lines of one message: one block, or one block for each of its parts.
   std::string print(const Message& message);
 
  private:
@@ -27,7 +27,7 @@ class Listing {
   std::set<std::uint16_t> references_;
 };
 
-/// The escaped form of `text`, for the inside of the quotes of a "user-data:" line.
+/// Escapes `text` for a "user-data:" line, between its quotes.
 std::string escaped(const std::string& text);
 
 }  // namespace Standalone

@@ -18,11 +18,11 @@ constexpr char smsInterface[] = "org.freedesktop.ModemManager1.Sms";
 constexpr char simInterface[] = "org.freedesktop.ModemManager1.Sim";
 
 constexpr std::int64_t patience = 72 * 3600;  // seconds within which all parts of a message must arrive
-constexpr std::int64_t quiet = 10;            // minimum seconds between two fetches
+constexpr std::int64_t betweenFetches = 10;   // minimum seconds between two fetches
 constexpr std::int64_t minute = 60;
-constexpr std::int64_t timeToRegister = 30;  // seconds after the modem was enabled
+constexpr std::int64_t timeToRegister = 30;  // seconds that a modem gets after it was enabled
 constexpr std::int64_t hour = 3600;
-constexpr std::chrono::milliseconds moment(100);
+constexpr std::chrono::milliseconds betweenPolls(100);
 
 // MMModemState
 enum ModemState {
@@ -50,12 +50,18 @@ std::string registrationName(std::int64_t code) {  // MMModem3gppRegistrationSta
   return code >= 0 && code < 6 ? names[code] : "unknown";
 }
 
-// MMModemStateFailedReason
-std::string failure(std::int64_t reason) {
-  return reason == 2 ? "no SIM" : reason == 3 ? "the SIM does not work" : "ModemManager cannot use the modem";
+std::string failure(std::int64_t reason) {  // MMModemStateFailedReason
+  if (reason == 2) return "no SIM";
+  return reason == 3 ? "the SIM does not work" : "ModemManager cannot use the modem";
 }
 
-// The seconds since 1970 of "2026-11-25T15:39:11+01:00", "+01" or "Z"; now, if it is not a time.
+std::string simState(const Properties& modem) {
+  if (modem.text("Sim").size() < 2) return "missing";  // "/" stands for none
+  return modem.number("State") == Locked ? "locked" : "ready";
+}
+
+// Converts a time such as "2026-11-25T15:39:11+01:00" to seconds since 1970. The zone can also be "+01" or
+// "Z". Returns the present time for any other text.
 std::int64_t secondsOf(const std::string& stamp) {
   std::tm parts{};
   const char* const zone = strptime(stamp.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -63,7 +69,8 @@ std::int64_t secondsOf(const std::string& stamp) {
   int hours = 0;
   int minutes = 0;
   if (std::sscanf(zone, "%3d:%2d", &hours, &minutes) < 1) hours = 0;
-  return timegm(&parts) - hours * hour - (zone[0] == '-' ? -minutes : minutes) * 60;
+  if (zone[0] == '-') minutes = -minutes;
+  return timegm(&parts) - hours * hour - minutes * minute;
 }
 
 }  // namespace
@@ -85,15 +92,15 @@ void ManagerModem::find() {
   throw Problem("no modem");
 }
 
-// Waits while the modem is being enabled or disabled.
-void ManagerModem::awaitRest() {
+// Waits until the modem is no longer being initialized, enabled or disabled.
+void ManagerModem::awaitStableState() {
   const auto isBusy = [this] {
     const std::int64_t state = modem_.number("State");
     return state == 0 || state == Initializing || state == Disabling || state == Enabling;
   };
   while (isBusy()) {
     if (deadline_.hasPassed()) throw Problem("the modem does not become ready");
-    std::this_thread::sleep_for(deadline_.left(moment));
+    std::this_thread::sleep_for(deadline_.left(betweenPolls));
     find();
   }
 }
@@ -105,8 +112,9 @@ void ManagerModem::enable(bool on) {
 }
 
 void ManagerModem::givePin() {
-  if (modem_.number("UnlockRequired") != SimPin) throw Problem("the SIM is locked, and not by its PIN");
-  if (pin_.empty()) throw Problem("the SIM wants its PIN, and the settings have none");
+  if (modem_.number("UnlockRequired") != SimPin)
+    throw Problem("the SIM is locked by something other than its PIN");
+  if (pin_.empty()) throw Problem("the SIM requires its PIN, and the settings have none");
   if (state_.triedPin == pin_)
     throw Problem("the SIM has refused the PIN of the settings; it is not tried again");
   state_.triedPin = pin_;
@@ -116,21 +124,21 @@ void ManagerModem::givePin() {
   state_.triedPin.clear();
   state_.save();
   while (modem_.number("State") == Locked && !deadline_.hasPassed()) {
-    std::this_thread::sleep_for(deadline_.left(moment));
+    std::this_thread::sleep_for(deadline_.left(betweenPolls));
     find();
   }
 }
 
 void ManagerModem::prepare() {
-  awaitRest();
+  awaitStableState();
   if (modem_.number("State") == Locked) {
     givePin();
-    awaitRest();
+    awaitStableState();
   }
   if (modem_.number("State") == Failed) throw Problem(failure(modem_.number("StateFailedReason")));
   if (modem_.number("State") != Disabled) return;
   enable(true);
-  state_.looked = upTime();  // it has fetched all
+  state_.lastFetch = upTime();  // enabling fetches all messages
 }
 
 std::vector<std::string> ManagerModem::paths() {
@@ -142,15 +150,15 @@ std::vector<std::string> ManagerModem::paths() {
   while ((more = sd_bus_message_read_basic(reply.get(), 'o', static_cast<void*>(&path))) > 0)
     paths.emplace_back(path);
   mustWork(more);
-  // In order of arrival: the paths end with a number.
+  // Sorts by arrival: each path ends with a number that grows.
   std::sort(paths.begin(), paths.end(), [](const std::string& a, const std::string& b) {
     return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
   });
   return paths;
 }
 
-// Received, or incomplete for too long.
-bool ManagerModem::isShown(const Properties& sms) {
+// True if the message is complete, or incomplete for too long. Updates waitsForParts_.
+bool ManagerModem::isListed(const Properties& sms) {
   if (sms.number("PduType") == SubmitPdu) return false;
   if (sms.number("State") == Received) return true;
   if (sms.number("State") != Receiving) return false;
@@ -168,10 +176,10 @@ std::vector<Message> ManagerModem::list(bool /*unreadToo*/) {
     } catch (const Gone&) {
       continue;
     }
-    if (!isShown(sms)) continue;
+    if (!isListed(sms)) continue;
     Message message{path, false, sms.text("SMSC"), sms.text("Number"), sms.text("Text")};
     if (sms.number("State") == Receiving)
-      message.text = "Incomplete message, which ModemManager does not show";
+      message.text = "Incomplete message: ModemManager does not show its parts";
     else if (!sms.text("Data").empty() && message.text.empty())
       message.text = dataLine(sms.text("Data"));
     messages.push_back(message);
@@ -184,7 +192,7 @@ void ManagerModem::remove(const std::string& id) {
     bus_.call(path_, messagingInterface, "Delete",
               [&id](sd_bus_message* request) { mustWork(sd_bus_message_append(request, "o", id.c_str())); });
   } catch (const Gone&) {
-    return;  // counts as deleted
+    return;  // somebody else has deleted it
   }
 }
 
@@ -204,21 +212,21 @@ void ManagerModem::send(const std::string& number, const std::string& text) {
   remove(path);
 }
 
-std::string ManagerModem::complaint() {
+std::string ManagerModem::warning() {
   find();
   const std::string registration = registrationName(network_.number("RegistrationState"));
   if (registration == "home" || registration == "roaming") return "";
-  std::string complaint = "not registered with a network: " + registration;
-  const bool mayStillCome = registration == "unknown" || registration == "searching";
-  if (mayStillCome && upTime() - state_.looked < timeToRegister && state_.problem != complaint) return "";
-  return complaint;
+  std::string warning = "not registered with a network: " + registration;
+  const bool isSearching = registration == "unknown" || registration == "searching";
+  const bool isEarly = upTime() - state_.lastFetch < timeToRegister && state_.problem != warning;
+  return isSearching && isEarly ? "" : warning;
 }
 
 Status ManagerModem::status() {
   Status status;
   const std::int64_t state = modem_.number("State");
   status.modem = modem_.text("Manufacturer") + " " + modem_.text("Model");
-  status.sim = modem_.text("Sim").size() < 2 ? "missing" : state == Locked ? "locked" : "ready";
+  status.sim = simState(modem_);
   status.registration = registrationName(network_.number("RegistrationState"));
   status.networkOperator = network_.text("OperatorName");
   const Bus::Reply signal =
@@ -236,27 +244,30 @@ Status ManagerModem::status() {
   else if (state < Enabled)
     status.problem = "the modem is not enabled";
   else
-    status.problem = complaint();
+    status.problem = warning();
   if (state >= Enabled) status.stored = static_cast<unsigned>(paths().size());
   return status;
 }
 
-void ManagerModem::lookAgain(bool somethingCame) {
-  const std::int64_t now = upTime();
-  if (state_.looked == 0) state_.looked = now;
-  state_.somethingCame = state_.somethingCame || somethingCame;
-  const std::int64_t passed = now - state_.looked;
-  // Fetching gives messages new names, so one that waits for its deletion would be listed again.
-  const bool isFree = !somethingCame && state_.marks.empty();
-  const bool isDue = passed >= hour || (isFree && state_.somethingCame && passed >= quiet) ||
-                     (isFree && waitsForParts_ && passed >= minute);
+// True if it is time to fetch all messages. Fetching renames messages, so the tool would list one that waits
+// for deletion again. For an hour it therefore waits until no message has a mark.
+bool ManagerModem::isFetchDue(bool arrived) const {
+  const std::int64_t passed = upTime() - state_.lastFetch;
+  if (passed >= hour) return true;
+  if (arrived || !state_.marks.empty()) return false;
+  return (state_.hasArrivals && passed >= betweenFetches) || (waitsForParts_ && passed >= minute);
+}
+
+void ManagerModem::fetchMissed(bool arrived) {
+  if (state_.lastFetch == 0) state_.lastFetch = upTime();
+  state_.hasArrivals = state_.hasArrivals || arrived;
   const std::string port = modem_.text("PrimaryPort");
-  const bool hasAt = port.compare(0, 7, "cdc-wdm") != 0 && port.compare(0, 4, "wwan") != 0;
-  if (isDue && hasAt && modem_.number("State") < Disconnecting) {
+  const bool hasAtCommands = port.compare(0, 7, "cdc-wdm") != 0 && port.compare(0, 4, "wwan") != 0;
+  if (hasAtCommands && isFetchDue(arrived) && modem_.number("State") < Disconnecting) {
     enable(false);
     enable(true);
-    state_.looked = upTime();
-    state_.somethingCame = false;
+    state_.lastFetch = upTime();
+    state_.hasArrivals = false;
   }
   state_.save();
 }

@@ -11,11 +11,11 @@
 
 namespace Standalone {
 
-/// The first modem of ModemManager that supports messages. ModemManager joins the parts of concatenated
-/// messages, keeps no read marks, and renumbers its messages at each start.
+/// The first modem of ModemManager. ModemManager joins the parts of concatenated messages, keeps no read
+/// marks, and renumbers its messages at each start.
 class ManagerModem final : public Modem {
  public:
-  /// `state` and `deadline` outlive the object.
+  /// `state` and `deadline` must outlive the object.
   ManagerModem(const Config& config, State& state, const Deadline& deadline);
 
   void prepare() override;
@@ -24,30 +24,32 @@ class ManagerModem final : public Modem {
   void remove(const std::string& id) override;
   void send(const std::string& number, const std::string& text) override;
   Status status() override;
-  std::string complaint() override;
+  std::string warning() override;
 
-  /// Disables and enables the modem, so that ModemManager fetches all messages, which takes seconds. On a
-  /// modem with AT commands ModemManager drops the notice of a message that arrives while it fetches another.
-  /// Does so after messages arrived and then none, once a minute while parts of a message are missing in its
-  /// first hour, and once an hour; never while a data connection is up.
-  void lookAgain(bool somethingCame) override;
+  /// Disables and enables the modem, which takes seconds, so that ModemManager fetches all messages. On a
+  /// modem with AT commands ModemManager misses a message that arrives while it fetches another.
+  ///
+  /// Fetches when a burst of messages has ended, once a minute while parts of a message less than an hour old
+  /// are missing, and once an hour. Never fetches while a data connection is up.
+  void fetchMissed(bool arrived) override;
 
  private:
   void find();
-  void awaitRest();
+  void awaitStableState();
   void enable(bool on);
   void givePin();
   std::vector<std::string> paths();
-  bool isShown(const Properties& sms);
+  bool isListed(const Properties& sms);
+  bool isFetchDue(bool arrived) const;
 
   const std::string pin_;
   State& state_;
   const Deadline& deadline_;
   Bus bus_;
-  std::string path_;            ///< of the modem
-  Properties modem_;            ///< as find() saw it
-  Properties network_;          ///< as find() saw it
-  bool waitsForParts_ = false;  ///< whether a message less than an hour old lacks parts
+  std::string path_;            ///< the D-Bus path of the modem
+  Properties modem_;            ///< as of the last find()
+  Properties network_;          ///< as of the last find()
+  bool waitsForParts_ = false;  ///< a message less than an hour old lacks parts
 };
 
 }  // namespace Standalone

@@ -7,22 +7,22 @@
 
 namespace Standalone {
 
-/// An error, described in one line for the user. Ends the call with status 1.
+/// An error, described in one line for the user. It ends the call of the tool with status 1.
 class Problem : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A received message, complete or with the parts that have arrived.
+/// A received message. If it is incomplete for too long, its text says which parts have arrived.
 struct Message {
-  std::string id;  ///< unique among the messages that the modem holds; without blanks
-  bool read;       ///< whether the modem itself has marked it as read; some keep no such mark
-  std::string centre;
+  std::string id;      ///< unique among the messages that the modem holds; without blanks
+  bool read;           ///< the modem has marked it as read; always false for a modem without such marks
+  std::string centre;  ///< the number of the service centre
   std::string sender;
   std::string text;  ///< UTF-8
 };
 
-/// The output of `sms status`. A value that the modem does not report is absent.
+/// The output of `sms status`. A value that the modem does not report is empty.
 struct Status {
   std::string modem;
   std::string sim;
@@ -31,11 +31,10 @@ struct Status {
   std::optional<unsigned> signal;  ///< per cent
   std::optional<unsigned> stored;  ///< messages of any kind that the modem holds
   std::optional<unsigned> room;    ///< further messages that it can hold
-  std::string problem;             ///< empty when well
+  std::string problem;             ///< empty if there is none
 };
 
-/// The tool's interface to a modem. Each call may throw a Problem; none exceeds the deadline given to the
-/// constructor.
+/// The tool's interface to a modem. Each call may throw a Problem, and ends before the tool's deadline.
 class Modem {
  public:
   virtual ~Modem() = default;
@@ -43,28 +42,28 @@ class Modem {
   /// Prepares the modem for messages: enables it, and gives the SIM its PIN.
   virtual void prepare() = 0;
 
-  /// Identifies the modem until it restarts: message ids are valid only for the same binding.
+  /// Returns a text that changes when message ids lose their meaning, such as after a restart of the modem.
   virtual std::string binding() = 0;
 
-  /// The received messages that can be shown. With `unreadToo` those that the modem holds as unread are among
-  /// them and may be marked as read by that; without, a modem that keeps such marks leaves them out.
+  /// Returns the received messages that are complete, or incomplete for too long. A modem with read marks
+  /// returns unread messages only with `unreadToo`, and may mark them as read.
   virtual std::vector<Message> list(bool unreadToo) = 0;
 
-  /// Deletes a message that list() gave. One that is gone already counts as deleted.
+  /// Deletes a message that list() has returned. A message that no longer exists counts as deleted.
   virtual void remove(const std::string& id) = 0;
 
-  /// Sends `text`, valid UTF-8, and returns when the network has taken all parts.
+  /// Sends `text`, which is valid UTF-8. Returns when the network has accepted all parts.
   virtual void send(const std::string& number, const std::string& text) = 0;
 
   /// Reads the status and changes nothing.
   virtual Status status() = 0;
 
-  /// A problem that does not prevent listing, such as no network; empty without one.
-  virtual std::string complaint() = 0;
+  /// Returns a problem that does not prevent listing, such as a missing network; otherwise an empty text.
+  virtual std::string warning() = 0;
 
-  /// Called after each listing of unread messages; the argument says whether messages arrived. Makes the
-  /// modem show messages that it has missed.
-  virtual void lookAgain(bool /*somethingCame*/) {}
+  /// Makes the modem fetch messages that it has missed, if that is due. Call it after each listing of unread
+  /// messages; `arrived` says whether the listing contained messages.
+  virtual void fetchMissed(bool /*arrived*/) {}
 };
 
 }  // namespace Standalone

@@ -10,10 +10,11 @@ namespace Standalone {
 namespace {
 
 constexpr char semiOctets[] = "0123456789*#abc";
-constexpr unsigned typeOfName = 5;     // of an address: alphanumeric
-constexpr unsigned international = 1;  // of an address
+// Types of an address.
+constexpr unsigned international = 1;
+constexpr unsigned alphanumeric = 5;
 
-// Reads octets from the front of a PDU; throws std::out_of_range at its end.
+// Reads a PDU from its beginning. Throws std::out_of_range if fewer octets are left than a call needs.
 class Octets {
  public:
   explicit Octets(std::string_view octets) : rest_(octets) {}
@@ -31,7 +32,7 @@ class Octets {
   std::string_view rest_;
 };
 
-// The first `count` septets after `skip` fill bits, one per byte.
+// Unpacks `count` septets, which follow `skip` fill bits, to one septet per byte.
 std::string unpack(std::string_view octets, std::size_t skip, std::size_t count) {
   std::string codes;
   for (std::size_t bit = skip; codes.size() < count; bit += 7) {
@@ -43,7 +44,7 @@ std::string unpack(std::string_view octets, std::size_t skip, std::size_t count)
   return codes;
 }
 
-// The septets after `skip` fill bits.
+// Packs the septets after `skip` fill bits.
 std::string pack(const std::string& codes, std::size_t skip) {
   std::string octets((skip + codes.size() * 7 + 7) / 8, '\0');
   std::size_t bit = skip;
@@ -66,7 +67,7 @@ std::string digitsOf(std::string_view octets) {
 
 std::string addressOf(unsigned type, std::string_view octets, std::size_t nibbles) {
   const unsigned kind = (type >> 4U) & 7U;
-  if (kind == typeOfName) return fromGsm(unpack(octets, 0, nibbles * 4 / 7));
+  if (kind == alphanumeric) return fromGsm(unpack(octets, 0, nibbles * 4 / 7));
   return (kind == international ? "+" : "") + digitsOf(octets);
 }
 
@@ -83,7 +84,7 @@ std::string senderOf(Octets& pdu) {
   return addressOf(type, pdu.take((nibbles + 1) / 2), nibbles);
 }
 
-// Seven octets, each of two decimal digits: year to second, and the zone in quarters of an hour.
+// Reads seven octets of two decimal digits each: year to second, and the time zone in quarters of an hour.
 std::int64_t timeOf(std::string_view stamp) {
   const auto number = [stamp](std::size_t at) {
     const auto octet = static_cast<unsigned char>(stamp[at]);
@@ -97,8 +98,9 @@ std::int64_t timeOf(std::string_view stamp) {
   parts.tm_min = number(4);
   parts.tm_sec = number(5);
   const auto zone = static_cast<unsigned char>(stamp[6]);
-  const int quarters = static_cast<int>((zone & 7U) * 10U + (zone >> 4U));
-  return timegm(&parts) - ((zone & 8U) != 0 ? -quarters : quarters) * 15 * 60;
+  int quarters = static_cast<int>((zone & 7U) * 10U + (zone >> 4U));
+  if ((zone & 8U) != 0) quarters = -quarters;
+  return timegm(&parts) - quarters * 15 * 60;
 }
 
 Part::Alphabet alphabetOf(unsigned coding) {
@@ -110,6 +112,7 @@ Part::Alphabet alphabetOf(unsigned coding) {
   return compressed || data ? Part::Alphabet::Data : Part::Alphabet::Gsm;
 }
 
+// Reads the concatenation from a user data header, and ignores its other elements.
 void readHeader(Octets header, Part& part) {
   while (!header.empty()) {
     const unsigned element = header.next();
@@ -123,10 +126,11 @@ void readHeader(Octets header, Part& part) {
     }
   }
   if (part.number >= 1 && part.number <= part.count) return;
-  part.count = part.number = 1;
+  part.count = 1;
+  part.number = 1;
 }
 
-// The user data: a header if there is one, and `length` septets or octets in all.
+// Reads the header, if there is one, and the content. `length` counts both, in septets or octets.
 void readUserData(std::string_view userData, bool hasHeader, std::size_t length, Part& part) {
   std::size_t headerSize = 0;
   if (hasHeader) {
@@ -147,7 +151,7 @@ Part readPart(Octets pdu) {
   Part part;
   part.centre = centreOf(pdu);
   const unsigned type = pdu.next();
-  if ((type & 3U) != 0) throw std::out_of_range("no SMS-DELIVER");
+  if ((type & 3U) != 0) throw std::out_of_range("not an SMS-DELIVER");
   part.sender = senderOf(pdu);
   pdu.next();  // the protocol identifier
   part.alphabet = alphabetOf(pdu.next());
@@ -158,14 +162,14 @@ Part readPart(Octets pdu) {
   return part;
 }
 
-// Splits `content` into pieces of at most `room` bytes. A piece never ends with a byte that `continues` joins
-// to the next one.
-template <typename Continues>
-std::vector<std::string> cut(const std::string& content, std::size_t room, Continues continues) {
+// Splits `content` into pieces of at most `room` bytes. `overhang(end)` returns how many bytes before the
+// position `end` belong to the next piece, because a character continues after `end`.
+template <typename Overhang>
+std::vector<std::string> cut(const std::string& content, std::size_t room, Overhang overhang) {
   std::vector<std::string> pieces;
   for (std::size_t at = 0; at < content.size() || pieces.empty();) {
     std::size_t length = std::min(room, content.size() - at);
-    if (at + length < content.size()) length -= continues(at, at + length);
+    if (at + length < content.size()) length -= overhang(at + length);
     pieces.push_back(content.substr(at, length));
     at += length;
   }
@@ -173,13 +177,13 @@ std::vector<std::string> cut(const std::string& content, std::size_t room, Conti
 }
 
 std::vector<std::string> cutGsm(const std::string& codes) {
-  // Texts of this tool never contain two escape codes in a row: the alphabet has no such character.
+  // toGsm() never returns two escape codes in a row.
   return cut(codes, codes.size() <= 160 ? 160 : 153,
-             [&codes](std::size_t, std::size_t end) { return codes[end - 1] == 0x1B ? std::size_t{1} : 0; });
+             [&codes](std::size_t end) { return codes[end - 1] == 0x1B ? std::size_t{1} : 0; });
 }
 
 std::vector<std::string> cutUtf16(const std::string& octets) {
-  return cut(octets, octets.size() <= 140 ? 140 : 134, [&octets](std::size_t, std::size_t end) {
+  return cut(octets, octets.size() <= 140 ? 140 : 134, [&octets](std::size_t end) {
     return (static_cast<unsigned char>(octets[end - 2]) & 0xFCU) == 0xD8 ? std::size_t{2} : 0;
   });
 }
@@ -194,6 +198,11 @@ std::string destination(const std::string& number) {
     octets += static_cast<char>(high * 16 + known.find(digits[at]));
   }
   return octets;
+}
+
+// Returns the user data header of a part, with a reference of 8 bits.
+std::string headerOf(unsigned reference, std::size_t count, std::size_t number) {
+  return {5, 0, 3, static_cast<char>(reference & 0xFFU), static_cast<char>(count), static_cast<char>(number)};
 }
 
 Submit makeSubmit(const std::string& address, const std::string& header, const std::string& content,
@@ -238,14 +247,8 @@ std::vector<Submit> makeSubmits(const std::string& number, const std::string& te
   if (pieces.size() > 255) return {};
   std::vector<Submit> submits;
   for (const std::string& piece : pieces) {
-    std::string header;
-    if (pieces.size() > 1)
-      header = {5,
-                0,
-                3,
-                static_cast<char>(reference & 0xFFU),
-                static_cast<char>(pieces.size()),
-                static_cast<char>(submits.size() + 1)};
+    const std::string header =
+        pieces.size() > 1 ? headerOf(reference, pieces.size(), submits.size() + 1) : "";
     submits.push_back(makeSubmit(destination(number), header, piece, codes.has_value()));
   }
   return submits;

@@ -9,7 +9,10 @@
 namespace Standalone {
 namespace {
 
-// Splits at commas; removes quotes, and blanks outside quotes.
+constexpr char noSim[] = "no SIM";
+constexpr char locked[] = "the SIM is locked: it requires its ";
+
+// Splits the values of an answer at commas. Removes quotes, and blanks outside quotes.
 std::vector<std::string> items(const std::string& text) {
   std::vector<std::string> all(1);
   bool isQuoted = false;
@@ -37,14 +40,16 @@ unsigned numberOf(const std::string& text) {
 // 3GPP TS 27.007, 7.2.
 std::string registrationName(unsigned code) {
   constexpr const char* names[] = {"idle", "home", "searching", "denied", "unknown", "roaming"};
-  return code < std::size(names) ? names[code] : code == 6 ? "home" : code == 7 ? "roaming" : "unknown";
+  if (code < std::size(names)) return names[code];
+  if (code == 6) return "home";
+  return code == 7 ? "roaming" : "unknown";
 }
 
 bool isRegistered(const std::string& registration) {
   return registration == "home" || registration == "roaming";
 }
 
-// Adds the meaning of an error number, for the common ones (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2).
+// Explains the common error lines (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2); returns others unchanged.
 std::string reasonOf(const std::string& error) {
   constexpr std::pair<const char*, const char*> reasons[] = {
       {"+CMS ERROR: 1", "no such number"},
@@ -70,7 +75,7 @@ PortModem::PortModem(const Config& config, State& state, const Deadline& deadlin
   port_.ask("AT+CMEE=1");
 }
 
-// "READY", "SIM PIN" and so on; empty without a SIM.
+// Returns the SIM's state, such as "READY" or "SIM PIN"; an empty text if there is no SIM.
 std::string PortModem::simState() {
   for (unsigned tries = 0;; ++tries) {
     const AtPort::Answer answer = port_.ask("AT+CPIN?");
@@ -81,7 +86,7 @@ std::string PortModem::simState() {
 }
 
 void PortModem::givePin() {
-  if (pin_.empty()) throw Problem("the SIM wants its PIN, and the settings have none");
+  if (pin_.empty()) throw Problem("the SIM requires its PIN, and the settings have none");
   if (state_.triedPin == pin_)
     throw Problem("the SIM has refused the PIN of the settings; it is not tried again");
   state_.triedPin = pin_;
@@ -98,8 +103,8 @@ void PortModem::prepare() {
     givePin();
     sim = simState();
   }
-  if (sim.empty()) throw Problem("no SIM");
-  if (sim != "READY") throw Problem("the SIM is locked: it wants its " + sim);
+  if (sim.empty()) throw Problem(noSim);
+  if (sim != "READY") throw Problem(locked + sim);
   port_.demand("AT+CMGF=0");
 }
 
@@ -119,7 +124,8 @@ PortModem::Memory PortModem::select(const std::string& memory) {
   return {memory, numberOf(item(counts, 0)), numberOf(item(counts, 1))};
 }
 
-// All received messages of the selected memory: states 0 and 1, unread and read; 2 and 3 are drafts and sent.
+// Returns the received messages of the selected memory. States 0 and 1 are unread and read ones; drafts and
+// sent messages have 2 and 3.
 std::vector<Stored> PortModem::stored(const std::string& memory, bool unreadToo) {
   const AtPort::Answer answer = port_.demand(unreadToo ? "AT+CMGL=4" : "AT+CMGL=1");
   std::vector<Stored> found;
@@ -141,11 +147,11 @@ std::vector<Message> PortModem::list(bool unreadToo) {
     for (Stored& each : stored(name, unreadToo)) all.push_back(std::move(each));
   }
   std::vector<Message> messages = assemble(all, std::time(nullptr));
-  full_ = full && messages.empty();  // deleting the listed messages makes room
+  full_ = full && messages.empty();  // listed messages are deleted soon, which makes room
   return messages;
 }
 
-// The check sum shows whether the place holds another message by now.
+// Deletes a part, unless the checksum shows that its place holds another message by now.
 void PortModem::removePart(const std::string& part) {
   const std::string place = part.substr(0, part.find(','));
   const std::string memory = place.substr(0, place.find('/'));
@@ -171,7 +177,7 @@ void PortModem::send(const std::string& number, const std::string& text) {
   }
 }
 
-// A modem reports each network separately: 4G, 2G and 3G, packet service.
+// Returns the best of the registrations, which a modem reports for 4G, for 2G and 3G, and for packet service.
 std::string PortModem::registration() {
   std::string first;
   for (const char* const command : {"+CEREG", "+CREG", "+CGREG"}) {
@@ -185,8 +191,8 @@ std::string PortModem::registration() {
   return first.empty() ? "unknown" : first;
 }
 
-std::string PortModem::complaint() {
-  if (full_) return "the memory for messages is full of messages that are not the daemon's to delete";
+std::string PortModem::warning() {
+  if (full_) return "the memory for messages is full of messages that the tool does not delete";
   const std::string state = registration();
   return isRegistered(state) ? "" : "not registered with a network: " + state;
 }
@@ -199,8 +205,15 @@ Status PortModem::status() {
   };
   status.modem = firstLine("AT+CGMI") + " " + firstLine("AT+CGMM");
   const std::string sim = simState();
-  status.sim = sim == "READY" ? "ready" : sim.empty() ? "missing" : "locked: " + sim;
-  if (sim != "READY") status.problem = sim.empty() ? "no SIM" : "the SIM is locked: it wants its " + sim;
+  if (sim == "READY") {
+    status.sim = "ready";
+  } else if (sim.empty()) {
+    status.sim = "missing";
+    status.problem = noSim;
+  } else {
+    status.sim = "locked: " + sim;
+    status.problem = locked + sim;
+  }
   status.registration = registration();
   port_.ask("AT+COPS=3,0");
   status.networkOperator = item(port_.ask("AT+COPS?").value("+COPS:"), 2);
@@ -220,7 +233,7 @@ void PortModem::addMemories(Status& status) {
   }
   status.stored = used;
   status.room = room;
-  status.problem = room == 0 ? "the memory for messages is full" : complaint();
+  status.problem = room == 0 ? "the memory for messages is full" : warning();
 }
 
 }  // namespace Standalone

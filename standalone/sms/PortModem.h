@@ -11,8 +11,8 @@
 
 namespace Standalone {
 
-/// A modem on a dedicated serial port, driven with AT commands in PDU mode (3GPP TS 27.005). The modem keeps
-/// the read marks. Reads messages from the SIM and from the modem's own memory, whichever exist.
+/// A modem on a serial port that no other program uses, driven with AT commands in PDU mode (3GPP TS 27.005).
+/// The modem keeps the read marks. The messages can be in the memory of the SIM and in that of the modem.
 class PortModem final : public Modem {
  public:
   /// Opens the port that `config` names. `state` and `deadline` must outlive the object.
@@ -24,7 +24,7 @@ class PortModem final : public Modem {
   void remove(const std::string& id) override;
   void send(const std::string& number, const std::string& text) override;
   Status status() override;
-  std::string complaint() override;
+  std::string warning() override;
 
  private:
   struct Memory {
@@ -45,8 +45,8 @@ class PortModem final : public Modem {
   const std::string pin_;
   State& state_;
   AtPort port_;
-  std::string selected_;  ///< the selected memory
-  bool full_ = false;
+  std::string selected_;  ///< the name of the selected memory
+  bool full_ = false;     ///< a memory is full and holds no message that the tool lists
 };
 
 }  // namespace Standalone

@@ -18,8 +18,8 @@
 namespace Standalone {
 namespace {
 
-// Makes root act as the owner of a folder while the object lives, so that root follows no link that this user
-// may have put there.
+// Makes root act as the owner of a folder while the object lives. The owner's links then cannot make root
+// write elsewhere.
 class AsOwner {
  public:
   explicit AsOwner(const std::string& folder) : isRoot_(geteuid() == 0) {
@@ -39,7 +39,7 @@ class AsOwner {
   bool isRefused_ = false;
 };
 
-[[noreturn]] void fail(const std::string& what) { throw Problem(what + ": " + std::strerror(errno)); }
+[[noreturn]] void fail(const std::string& action) { throw Problem(action + ": " + std::strerror(errno)); }
 
 }  // namespace
 
@@ -50,12 +50,12 @@ std::int64_t upTime() {
 }
 
 State::State(std::string folder, const Deadline& deadline) : folder_(std::move(folder)) {
-  if (mkdir(folder_.c_str(), 0700) != 0 && errno != EEXIST) fail("cannot make " + folder_);
+  if (mkdir(folder_.c_str(), 0700) != 0 && errno != EEXIST) fail("cannot create " + folder_);
   const AsOwner owner(folder_);
   lock_ = owner.isRefused() ? -1 : open((folder_ + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (lock_ < 0) fail("cannot open the lock in " + folder_);
   while (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
-    if (deadline.hasPassed()) throw Problem("another call of sms is still at work");
+    if (deadline.hasPassed()) throw Problem("another call of sms is still running");
     std::this_thread::sleep_for(deadline.left(std::chrono::milliseconds(20)));
   }
   read();
@@ -63,7 +63,7 @@ State::State(std::string folder, const Deadline& deadline) : folder_(std::move(f
 
 State::~State() { close(lock_); }
 
-// Each line: a key, a blank, the value. Ignores keys that a later version has written.
+// Each line consists of a key, a blank and a value. Ignores unknown keys, such as a later version's.
 void State::read() {
   std::ifstream in(file());
   if (!in && errno != ENOENT) fail("cannot read " + file());
@@ -79,7 +79,7 @@ void State::read() {
     } else if (key == "tried-pin") {
       words >> triedPin;
     } else if (key == "looked") {
-      words >> looked >> somethingCame;
+      words >> lastFetch >> hasArrivals;
     } else if (key == "mark") {
       char mark = 0;
       words >> mark >> id;
@@ -92,8 +92,8 @@ void State::bind(const std::string& binding) {
   if (binding_ == binding) return;
   binding_ = binding;
   marks.clear();
-  looked = 0;
-  somethingCame = false;
+  lastFetch = 0;
+  hasArrivals = false;
 }
 
 void State::save() const {
@@ -106,7 +106,7 @@ void State::save() const {
   out << "binding " << binding_ << "\n";
   if (!problem.empty()) out << "problem " << problem << "\n";
   if (!triedPin.empty()) out << "tried-pin " << triedPin << "\n";
-  out << "looked " << looked << " " << somethingCame << "\n";
+  out << "looked " << lastFetch << " " << hasArrivals << "\n";
   for (const auto& [id, mark] : marks) out << "mark " << static_cast<char>(mark) << " " << id << "\n";
   out.close();
   if (!out || std::rename(fresh.c_str(), file().c_str()) != 0) fail("cannot write " + fresh);

@@ -8,10 +8,9 @@
 
 namespace Standalone {
 
-/// The state that the tool keeps between calls: a text file under /run, which a reboot empties.
+/// The state that the tool keeps between calls: a text file in /run, which a reboot removes.
 ///
-/// The object holds a lock while it lives, so that two simultaneous calls do not overwrite each other's
-/// marks.
+/// The object holds a lock while it lives, so that simultaneous calls do not overwrite each other's marks.
 class State {
  public:
   static constexpr char standardFolder[] = "/run/veld-sms";
@@ -20,27 +19,27 @@ class State {
   enum class Mark : char {
     Read = 'r',     ///< list unread has listed it
     Printed = 'p',  ///< list read has printed it completely
-    Doomed = 'd',   ///< delete read was asked to delete it, and the modem refused
+    Doomed = 'd',   ///< delete read is deleting it, or the modem has refused to delete it
   };
 
-  /// Waits for the lock and reads the file in `folder`, which is created. Throws a Problem when that fails,
-  /// or when another call holds the lock until the deadline.
+  /// Creates `folder` if it is missing, waits for the lock, and reads the file. Throws a Problem if that
+  /// fails, or if another call holds the lock until the deadline.
   State(std::string folder, const Deadline& deadline);
   ~State();
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
-  /// Discards marks and times that belong to a binding other than `binding`.
+  /// Sets the binding. Discards marks and times that belong to another one.
   void bind(const std::string& binding);
 
   /// Writes the file atomically. Throws a Problem when it cannot be written.
   void save() const;
 
   std::map<std::string, Mark> marks;  ///< by the id of a message
-  std::int64_t looked = 0;     ///< when the modem last fetched all, in seconds since the boot; 0: not known
-  bool somethingCame = false;  ///< since then
-  std::string triedPin;        ///< the last PIN that the SIM has rejected
-  std::string problem;         ///< the logged problem that has not ended yet
+  std::int64_t lastFetch = 0;         ///< when the modem last fetched all messages, in upTime(); 0: unknown
+  bool hasArrivals = false;           ///< messages have arrived since then
+  std::string triedPin;               ///< the last PIN that the SIM has rejected
+  std::string problem;                ///< the logged problem that has not ended yet
 
  private:
   void read();
@@ -51,7 +50,7 @@ class State {
   int lock_ = -1;
 };
 
-/// Seconds since the boot.
+/// Returns the seconds since the machine was booted.
 std::int64_t upTime();
 
 }  // namespace Standalone

@@ -1,4 +1,4 @@
-// sms: lists, deletes and sends messages of a real modem, by ModemManager or a port, for the SMS daemon.
+// sms: lists, deletes and sends a real modem's messages for the SMS daemon, by ModemManager or a port.
 #include <syslog.h>
 
 #include <cstdlib>
@@ -26,9 +26,9 @@ using Words = std::vector<std::string>;
 constexpr char usage[] =
     "sms: usage: sms [--verbose] list unread | list read | delete read | send -f FILE NUMBER | status "
     "[--json]\n";
-constexpr std::chrono::seconds bound(60);
-// Below the five minutes of the daemon's watchdog.
-constexpr std::chrono::seconds sendBound(240);
+constexpr std::chrono::seconds timeLimit(60);
+// Less than the five minutes of the daemon's watchdog.
+constexpr std::chrono::seconds sendTimeLimit(240);
 
 bool isSend(const Words& words) {
   return words.size() == 4 && words[0] == "send" && words[1] == "-f" && !words[3].empty();
@@ -36,7 +36,7 @@ bool isSend(const Words& words) {
 
 bool isStatus(const Words& words) { return words == Words{"status"} || words == Words{"status", "--json"}; }
 
-bool isForm(const Words& words) {
+bool isValid(const Words& words) {
   return words == Words{"list", "unread"} || words == Words{"list", "read"} ||
          words == Words{"delete", "read"} || isSend(words) || isStatus(words);
 }
@@ -58,12 +58,12 @@ std::unique_ptr<Modem> openModem(State& state, const Deadline& deadline) {
   return std::make_unique<ManagerModem>(config, state, deadline);
 }
 
-// Writes to the system log when a problem begins, changes, and ends.
-void tellLog(State& state, const std::string& problem) {
+// Writes a line to the system log if `problem` differs from that of the last call: an empty one has ended.
+void logChange(State& state, const std::string& problem) {
   if (state.problem == problem) return;
   openlog("sms", LOG_PID, LOG_DAEMON);
   if (problem.empty())
-    syslog(LOG_NOTICE, "well again; it was: %s", state.problem.c_str());
+    syslog(LOG_NOTICE, "no longer: %s", state.problem.c_str());
   else
     syslog(LOG_ERR, "%s", problem.c_str());
   state.problem = problem;
@@ -89,7 +89,7 @@ int showStatus(State& state, const Words& words, const Deadline& deadline) {
   return status.problem.empty() ? 0 : 1;
 }
 
-// Lists or deletes. Also logs a problem, because the daemon ignores the status of a listing.
+// Lists or deletes. Logs a problem, because the daemon ignores the exit status of a listing.
 void serve(State& state, const Words& words, const Deadline& deadline) {
   try {
     const std::unique_ptr<Modem> modem = openModem(state, deadline);
@@ -103,17 +103,17 @@ void serve(State& state, const Words& words, const Deadline& deadline) {
     else
       commands.listUnread(std::cout);
     if (words[0] == "delete") return;
-    const std::string complaint = modem->complaint();
-    if (!complaint.empty()) throw Problem(complaint);
-    if (words[1] == "unread") tellLog(state, "");
+    const std::string warning = modem->warning();
+    if (!warning.empty()) throw Problem(warning);
+    if (words[1] == "unread") logChange(state, "");
   } catch (const Problem& problem) {
-    tellLog(state, problem.what());
+    logChange(state, problem.what());
     throw;
   }
 }
 
 int run(const Words& words, bool verbose) {
-  const Deadline deadline(isSend(words) ? sendBound : bound);
+  const Deadline deadline(isSend(words) ? sendTimeLimit : timeLimit);
   State state(State::standardFolder, deadline);
   if (isStatus(words)) return showStatus(state, words, deadline);
   if (isSend(words))
@@ -129,7 +129,7 @@ int main(int argc, char** argv) {
   Words words(argv + 1, argv + argc);
   const bool verbose = !words.empty() && words.front() == "--verbose";
   if (verbose) words.erase(words.begin());
-  if (!isForm(words)) {
+  if (!isValid(words)) {
     std::cerr << usage;
     return 2;
   }

@@ -1,5 +1,5 @@
-"""Compares veld with gammu-smsd and smstools on one virtual modem: compare.py VELD SMS. scripts/compare-peers runs it.
-Prints wall times in seconds, the processor time of all processes, and memory as PSS."""
+"""Compares veld with gammu-smsd and smstools on one virtual modem: compare.py VELD SMS [PEER...]. VELD and SMS are
+programs; scripts/compare-peers explains PEER. Prints wall times, processor times, and memory as PSS."""
 import json
 import os
 import pathlib
@@ -67,13 +67,14 @@ def processes(name):
 
 
 def processor_time(name):
-    """Processor time in milliseconds: (of the processes, of their children that have ended)."""
+    """Returns the processor time of the processes and that of their ended children, in milliseconds."""
     fields = [process.joinpath("stat").read_text().rsplit(")", 1)[1].split() for process in processes(name)]
     return (sum(int(f[11]) + int(f[12]) for f in fields) * 1000 / TICK,
             sum(int(f[13]) + int(f[14]) for f in fields) * 1000 / TICK)
 
 
 def memory(name):
+    """Returns the proportional memory (PSS) of the processes, in KiB."""
     rollups = [process.joinpath("smaps_rollup").read_text() for process in processes(name)]
     return sum(int(line.split()[1]) for text in rollups for line in text.splitlines() if line.startswith("Pss:"))
 
@@ -119,18 +120,19 @@ class Smstools:
         pathlib.Path(f"/run/peer/out/{number}").write_text(f"To: 4917011111\n\nout {number}")
 
 
-def filed(peer):
+def count_filed(peer):
     return len(list(peer.inbox.iterdir())) if peer.inbox.exists() else 0
 
 
 def measure(title, peer, modem, others=()):
+    """Measures a peer and prints its figures. `others` names processes that it needs."""
     def receive(count):
         for i in range(count):
             modem.receive(pdu.deliveries("+4917022222", f"text {i}")[0])
     receive(1)
     begin = time.monotonic()
     peer.start()
-    wait_for("the first message", lambda: filed(peer) == 1, 120)
+    wait_for("the first message", lambda: count_filed(peer) == 1, 120)
     first = time.monotonic() - begin
     time.sleep(10)
     before = [processor_time(name) for name in (peer.name, *others)]
@@ -139,15 +141,15 @@ def measure(title, peer, modem, others=()):
     idle = [(round(a[0] - b[0]), round(a[1] - b[1])) for a, b in zip(after, before)]
     begin = time.monotonic()
     receive(MANY)
-    wait_for("many", lambda: filed(peer) == MANY + 1, 300)
+    wait_for("the burst of messages", lambda: count_filed(peer) == MANY + 1, 300)
     many = time.monotonic() - begin
     begin, sent = time.monotonic(), len(modem.sent)
     for i in range(OUT):
         peer.queue(10 + i)
-    wait_for("what goes out", lambda: len(modem.sent) == sent + OUT, 300)
-    print(f"{title}: first {first:.1f} s; idle minute {dict(zip((peer.name, *others), idle))} ms (own, tools); memory "
-          f"{[(name, memory(name)) for name in (peer.name, *others)]} KiB; {MANY} in {many:.1f} s; "
-          f"{OUT} out {time.monotonic() - begin:.1f} s", flush=True)
+    wait_for("the sent messages", lambda: len(modem.sent) == sent + OUT, 300)
+    print(f"{title}: first message after {first:.1f} s; idle minute {dict(zip((peer.name, *others), idle))} ms (own, "
+          f"tools); memory {[(name, memory(name)) for name in (peer.name, *others)]} KiB; {MANY} received in {many:.1f} s; "
+          f"{OUT} sent in {time.monotonic() - begin:.1f} s", flush=True)
     for process in processes(peer.name):
         os.kill(int(process.name), signal.SIGKILL)
 
@@ -173,7 +175,7 @@ def main():
             begin = time.monotonic()
             manager.start()
             wait_for("the modem", manager.has_modem)
-            print(f"ModemManager knows the modem after {time.monotonic() - begin:.1f} s")
+            print(f"ModemManager has found the modem after {time.monotonic() - begin:.1f} s")
             measure("veld, ModemManager", Veld(""), modem, ("ModemManager", "dbus-daemon"))
             manager.stop()
             continue

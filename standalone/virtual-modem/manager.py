@@ -1,4 +1,4 @@
-"""Runs a separate ModemManager with a virtual modem: on a private system bus, with a test profile for its port."""
+"""Runs a ModemManager for a virtual modem: on a system bus of its own, with a test profile that names the modem's port."""
 import os
 import pathlib
 import subprocess
@@ -21,7 +21,8 @@ def wait_for(what, condition, bound=30):
 
 
 class Manager:
-    """`socket` names the modem's socket. All files are under /run: use it in a private gateway."""
+    """A bus and its ModemManager. `socket` is the abstract name of the modem's socket. Writes files to /run: use it in a
+    private gateway."""
 
     def __init__(self, socket, log="/run/ModemManager.log"):
         self.socket, self.log, self.daemon = socket, log, None
@@ -51,8 +52,8 @@ class Manager:
                         "array:string:abstract:" + self.socket) is not None
 
     def has_modem(self):
-        said = self.ask("/org/freedesktop/ModemManager1", "org.freedesktop.DBus.ObjectManager.GetManagedObjects")
-        return said is not None and NAME + ".Modem.Messaging" in said
+        objects = self.ask("/org/freedesktop/ModemManager1", "org.freedesktop.DBus.ObjectManager.GetManagedObjects")
+        return objects is not None and NAME + ".Modem.Messaging" in objects
 
     def kill(self):
         self.daemon.kill()

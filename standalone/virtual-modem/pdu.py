@@ -1,4 +1,4 @@
-"""Short messages as the network carries them (3GPP TS 23.038 and TS 23.040), independent of the tool's code."""
+"""Encodes and decodes short messages (3GPP TS 23.038 and TS 23.040). Shares no code with the tool that it tests."""
 import time
 
 ALPHABET = ("@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\x1bÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
@@ -8,7 +8,7 @@ NAME, INTERNATIONAL, NATIONAL = 0xD0, 0x91, 0x81
 
 
 def gsm(text):
-    """The GSM codes of a text; None when a character is in neither table."""
+    """Returns the GSM codes of a text; None if a character is in neither table."""
     codes = bytearray()
     for character in text:
         if character in EXTENSIONS:
@@ -44,7 +44,7 @@ def semi_octets(digits):
 
 
 def address(who):
-    """An address: length, type and value of a number, or of a name of up to 11 letters."""
+    """Returns the address of a number, or of a name of up to 11 letters: its length, type and value."""
     if who.lstrip("+").isdigit():
         digits = who.lstrip("+")
         return bytes([len(digits), INTERNATIONAL if who[0] == "+" else NATIONAL]) + semi_octets(digits)
@@ -56,8 +56,8 @@ def time_stamp(when):
     return semi_octets(time.strftime("%y%m%d%H%M%S", time.gmtime(when)) + "00")
 
 
-def deliver(sender, content, coding=0, header=b"", when=None, length=None):
-    """One SMS-DELIVER, in hexadecimal digits; `content` holds GSM codes if `coding` is 0, otherwise octets."""
+def deliver(sender, content, coding=0, header=b"", when=None):
+    """Returns an SMS-DELIVER in hexadecimal digits. `content` consists of GSM codes if `coding` is 0, otherwise octets."""
     data = (bytes([len(header)]) if header else b"") + header
     if coding == 0:
         septets = (8 * len(data) + 6) // 7
@@ -72,7 +72,7 @@ def deliver(sender, content, coding=0, header=b"", when=None, length=None):
 
 
 def pieces(content, coding, room, escapes):
-    """Splits content between characters."""
+    """Splits `content` into pieces of at most `room`. `escapes` says whether a piece ends inside a character."""
     while content:
         end = min(room, len(content))
         if end < len(content) and escapes(content[:end]):
@@ -82,7 +82,7 @@ def pieces(content, coding, room, escapes):
 
 
 def deliveries(sender, text, reference=1, wide=False, when=None):
-    """The SMS-DELIVERs of a text, one for each part."""
+    """Returns the SMS-DELIVERs of a text, one for each part."""
     content, coding, whole, part = gsm(text), 0, 160, 152 if wide else 153
     escapes = lambda piece: piece[-1] == 0x1B
     if content is None:
@@ -97,7 +97,7 @@ def deliveries(sender, text, reference=1, wide=False, when=None):
 
 
 def read_submit(pdu):
-    """Parses an SMS-SUBMIT: number, coding, concatenation (reference, count, number) or None, and content."""
+    """Parses an SMS-SUBMIT. Returns the number, the coding, (reference, count, number) of a part or None, and the content."""
     octets = bytes.fromhex(pdu)
     octets = octets[1 + octets[0]:]
     has_header, validity, digits = octets[0] & 0x40, octets[0] >> 3 & 3, octets[2]
@@ -117,7 +117,7 @@ def read_submit(pdu):
 
 
 def texts_of(submits):
-    """(number, text) of each completely sent message, in order."""
+    """Returns (number, text) of each completely sent message, in order."""
     texts, parts = [], {}
     for number, coding, part, content in map(read_submit, submits):
         whole = content

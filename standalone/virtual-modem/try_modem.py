@@ -1,4 +1,5 @@
-"""Sends messages under faults and keeps a ledger: try_modem.py GATEWAY SMS MESSAGES SEED. scripts/try-modem runs it."""
+"""Lets the daemon receive messages while faults occur: try_modem.py GATEWAY SMS MESSAGES SEED. GATEWAY and SMS are
+programs. Reports messages that were lost, invented or filed twice. scripts/try-modem runs it."""
 import collections
 import json
 import os
@@ -21,15 +22,15 @@ from virtual_modem import VirtualModem  # noqa: E402
 
 CONFIG, STATE, PORT = pathlib.Path("/run/smsconfig"), pathlib.Path("/run/veld-sms/state"), "/run/port"
 SOCKET = "tried-" + secrets.token_hex(8)  # abstract names are global to the machine
-# Faults that may file a message twice: between listing and deletion the tool or ModemManager loses the information that
-# the daemon has the message, or cannot distinguish it from a new one.
+# Faults that may file a message twice. Between listing and deletion the tool or ModemManager then forgets that the daemon
+# has the message, or cannot distinguish the message from a new one.
 MAY_REPEAT = {"the tool killed", "ModemManager killed", "the modem unplugged", "a deletion refused"}
 
 
 class Trial:
     def __init__(self, by_manager, chance):
         self.by_manager, self.chance = by_manager, chance
-        self.modem = VirtualModem((0, 12))  # soon full
+        self.modem = VirtualModem((0, 12))  # a small memory, which is soon full
         self.sent, self.filed = {}, collections.Counter()
         self.manager = Manager(SOCKET) if by_manager else None
         CONFIG.write_text("" if by_manager else f"port = {PORT}\n")
@@ -44,7 +45,7 @@ class Trial:
         else:
             self.modem.plug_into_port(PORT)
 
-    # The faults. Each ends before it returns, or with the pass.
+    # The faults. Each ends before its function returns, or with the pass.
 
     def kill_tool(self):
         """Kills the tool at a random moment of the next pass."""
@@ -89,7 +90,7 @@ class Trial:
                  "a deletion refused": self.refuse_deletions}
         return {**named, "ModemManager killed": self.kill_manager} if self.by_manager else named
 
-    # A round.
+    # One round: messages arrive, a fault occurs, and the daemon runs two passes.
 
     def text(self):
         number = len(self.sent)
@@ -102,15 +103,15 @@ class Trial:
             self.modem.receive(message)
 
     def collect(self):
-        """Removes complete messages from the daemon's folder, whose limit would discard the oldest."""
+        """Counts the complete messages in the daemon's folder and removes them, so that its limit discards none."""
         for file in (BOXES / "inbox/received").iterdir():
             record = json.loads(file.read_text())
             if "part-id" not in record:
                 self.filed[record["message"]] += 1
                 file.unlink()
 
-    def time_passes(self):
-        """Backdates the tool's last look, so that the tool makes ModemManager fetch messages again."""
+    def make_fetch_due(self):
+        """Backdates the tool's last fetch, so that the tool makes ModemManager fetch all messages again."""
         if STATE.exists():
             text = STATE.read_text()
             STATE.write_text(re.sub("^looked .*", f"looked {round(time.clock_gettime(time.CLOCK_BOOTTIME)) - 61} 1", text,
@@ -120,16 +121,16 @@ class Trial:
         fault = self.chance.choice(list(self.faults()))
         for _ in range(self.chance.randint(1, 4)):
             self.receive(fault)
-        for text in self.on_its_way():  # which also meets this fault
+        for text in self.on_their_way():  # this fault affects all of them
             self.sent[text] = fault if fault != "none" else self.sent[text]
         self.faults()[fault]()
         self.gateway.run("pass")
         self.collect()
-        self.time_passes()
+        self.make_fetch_due()
         self.gateway.run("pass")
         self.collect()
 
-    def on_its_way(self):
+    def on_their_way(self):
         return [text for text in self.sent if not self.filed[text]]
 
     def run(self, messages):
@@ -142,31 +143,32 @@ class Trial:
             while len(self.sent) < messages:
                 self.round()
             end = time.monotonic() + 60
-            while (self.on_its_way() or self.modem.held()) and time.monotonic() < end:
-                self.time_passes()
+            while (self.on_their_way() or self.modem.held()) and time.monotonic() < end:
+                self.make_fetch_due()
                 self.gateway.run("pass")
                 self.collect()
             for _ in range(4):
-                self.time_passes()
+                self.make_fetch_due()
                 self.gateway.run("pass")
                 self.collect()
         if self.manager:
             self.manager.stop()
-        return self.tell()
+        return self.report()
 
-    def tell(self):
+    def report(self):
+        """Prints the result. Returns True if no message was lost, invented, or filed twice without an expected fault."""
         lost = [text for text in self.sent if not self.filed[text]]
-        foreign = [text for text in self.filed if text not in self.sent]
+        invented = [text for text in self.filed if text not in self.sent]
         repeated = {text: self.sent[text] for text in self.sent if self.filed[text] > 1}
-        unnamed = [text for text, fault in repeated.items() if fault not in MAY_REPEAT]
+        unexpected = [text for text, fault in repeated.items() if fault not in MAY_REPEAT]
         print(f"{'ModemManager' if self.by_manager else 'Port'}: {len(self.sent)} messages, {len(lost)} lost, "
-              f"{len(foreign)} that nobody sent, {len(repeated)} filed twice, {len(unnamed)} of them without a fault "
-              "that is named")
+              f"{len(invented)} that nobody sent, {len(repeated)} filed twice, {len(unexpected)} of them without an expected "
+              "fault")
         for fault, count in collections.Counter(repeated.values()).items():
-            print(f"  twice: {count}, with {fault}")
-        for text in (lost + foreign + unnamed)[:10]:
-            print("  wrong:", repr(text[:60]), "with", self.sent.get(text))
-        return not (lost or foreign or unnamed)
+            print(f"  filed twice: {count}; fault: {fault}")
+        for text in (lost + invented + unexpected)[:10]:
+            print("  wrong:", repr(text[:60]), "fault:", self.sent.get(text))
+        return not (lost or invented or unexpected)
 
 
 good = [Trial(by_manager, random.Random(SEED)).run(MESSAGES // 2) for by_manager in (False, True)]

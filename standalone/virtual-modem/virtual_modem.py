@@ -1,5 +1,5 @@
-"""A simulated modem: answers AT commands (3GPP TS 27.005 in PDU mode, TS 27.007) on an abstract UNIX socket, where
-ModemManager's test profile finds it, and on a pseudo terminal, as a serial port."""
+"""A simulated modem. It answers AT commands (3GPP TS 27.005 in PDU mode, TS 27.007) on an abstract UNIX socket, which a
+test profile of ModemManager names, or on a pseudo terminal, which replaces a serial port."""
 import os
 import pty
 import re
@@ -10,7 +10,7 @@ import time
 import tty
 
 CTRL_Z, ESCAPE = b"\x1a", b"\x1b"
-FIXED = {  # the constant answers
+FIXED = {  # commands with a constant answer
     "+CGMI": "Virtual", "+GMI": "Virtual", "+CGMM": "Modem", "+GMM": "Modem", "+CGMR": "1", "+GMR": "1",
     "+CGSN": "490154203237518", "+GSN": "490154203237518", "+CIMI": "001010123456789", "+GCAP": "+GCAP: +CGSM",
     "+CREG=?": "+CREG: (0-2)", "+CGREG=?": "+CGREG: (0-2)", "+CEREG=?": "+CEREG: (0-2)", "+CSQ": "+CSQ: 23,99",
@@ -26,10 +26,10 @@ ACCEPTED = re.compile(r"([EVXZQ&S].*|\+(CMEE|CMGF|CNMI|CREG|CGREG|CEREG|CSCS|CFU
 class Memory:
     def __init__(self, places):
         self.places = places
-        self.messages = {}  # place: [0 unread, 1 read, 2 draft, 3 sent; PDU]
+        self.messages = {}  # by place: [kind, PDU]; the kind is 0 unread, 1 read, 2 draft, 3 sent
 
     def put(self, pdu, kind=0):
-        """Stores a message. Returns its place, or None when the memory is full."""
+        """Stores a message. Returns its place, or None if the memory is full."""
         place = next((i for i in range(1, self.places + 1) if i not in self.messages), None)
         if place is not None:
             self.messages[place] = [kind, pdu]
@@ -37,7 +37,7 @@ class Memory:
 
 
 class Connection:
-    """A program that has opened the modem. One thread writes the answers, another the unsolicited lines."""
+    """A connection of a program to the modem. Its own thread writes the answers, others write unsolicited lines."""
 
     def __init__(self, modem, read, write, stop, close):
         self.modem, self.read, self.write_bytes, self.stop, self.close = modem, read, write, stop, close
@@ -80,18 +80,18 @@ class Connection:
     def answer(self, line):
         time.sleep(self.modem.delay)
         if self.data_for:
-            self.data_for, said = None, self.modem.submit(line)
+            self.data_for, reply = None, self.modem.submit(line)
         elif line.upper().startswith("AT+CMGS="):
             self.data_for = line
             self.write("\r\n> ")
             return
         elif re.match(r"AT$|ATE[01]", line, re.I):
             self.echo = self.echo if len(line) == 2 else line[3] == "1"
-            said = "OK"
+            reply = "OK"
         else:
             with self.modem.lock:
-                said = self.modem.command(line[2:]) if line.upper().startswith("AT") else "ERROR"
-        self.write(f"\r\n{said}\r\n")
+                reply = self.modem.command(line[2:]) if line.upper().startswith("AT") else "ERROR"
+        self.write(f"\r\n{reply}\r\n")
 
 
 class VirtualModem:
@@ -101,7 +101,7 @@ class VirtualModem:
         self.listed, self.received = "ME", "ME"
         self.connections, self.sent, self.waiting, self.log = set(), [], [], []
         self.delay = 0              # seconds before each answer
-        self.pin, self.pins = None, []  # the PIN that the SIM requires; the PINs that it was given
+        self.pin, self.pins = None, []  # the PIN that the SIM requires; the PINs that programs have entered
         self.has_sim, self.registration = True, 1
         self.refuses_deletion, self.refusal_to_send = False, None
         self.listener = self.link = None
@@ -109,7 +109,7 @@ class VirtualModem:
     # The network's side.
 
     def receive(self, pdu):
-        """Delivers a message; when the memory is full, the message waits in the network."""
+        """Delivers a message. If the memory is full, the message waits in the network."""
         with self.lock:
             self.waiting.append(pdu)
             self.take_waiting()
@@ -143,9 +143,9 @@ class VirtualModem:
         if self.pin and name in ("+CIMI", "+CPMS", "+CMGL", "+CMGR", "+CNUM", "+CMGF", "+CSCA"):
             return "+CME ERROR: 11"
         handler = getattr(self, "do_" + name.strip("+").lower(), None)
-        said = handler(text[len(name):]) if handler else None
-        if said is not None:
-            return said
+        reply = handler(text[len(name):]) if handler else None
+        if reply is not None:
+            return reply
         if text in FIXED:
             return FIXED[text] + "\r\n\r\nOK"
         return "OK" if ACCEPTED.match(text) else "ERROR"
@@ -213,7 +213,7 @@ class VirtualModem:
     # The connections.
 
     def plug_into_socket(self, name):
-        """Listens on an abstract UNIX socket. ModemManager takes the word before the colon for a part of its name."""
+        """Listens on the abstract UNIX socket "abstract:NAME". ModemManager's profile uses this prefix, too."""
         self.listener = socket.socket(socket.AF_UNIX)
         self.listener.bind("\0abstract:" + name)
         self.listener.listen()
@@ -229,7 +229,7 @@ class VirtualModem:
                                             lambda peer=peer: peer.shutdown(socket.SHUT_RDWR), peer.close))
 
     def plug_into_port(self, link):
-        """Makes `link` a serial port. The modem keeps it open too: otherwise a program that ends would hang it up."""
+        """Makes `link` a serial port. Keeps it open: otherwise the end of a program that uses it would hang it up."""
         master, slave = pty.openpty()
         tty.setraw(slave)
         os.symlink(os.ttyname(slave), link)
@@ -247,7 +247,7 @@ class VirtualModem:
                                         close))
 
     def unplug(self):
-        """Disconnects every program that has opened the modem before it returns."""
+        """Disconnects all programs from the modem, and waits until their connections have ended."""
         if self.listener:
             self.listener.shutdown(socket.SHUT_RDWR)
             self.listener.close()

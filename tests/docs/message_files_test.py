@@ -112,7 +112,7 @@ class MessageFilesTest(unittest.TestCase):
             ("no `message`", queued()["guid"], queued(message=None), 1, "sent"),
             ("`message` or `recipient` is a number", queued()["guid"], queued(message=42), 1, "sent"),
             ("the content is an array", "other", [1], 0, "sending"),
-            ("the content is no JSON", queued()["guid"], "{", 0, "sending"),
+            ("the content is not JSON", queued()["guid"], "{", 0, "sending"),
         ]
         for beginning, name, content, sent, folder in rows:
             with self.subTest(beginning):

@@ -203,7 +203,7 @@ class Engine:
         self.renew_registration("home")
         self.sms("list", "unread")
         self.assertEqual([self.logged(), self.logged()], ["not registered with a network: denied",
-                                                          "well again; it was: not registered with a network: denied"])
+                                                          "no longer: not registered with a network: denied"])
         self.assertTrue(self.lines.empty())
 
     def test_status(self):
@@ -246,7 +246,7 @@ class PortTest(Engine, unittest.TestCase):
         self.sms("list", "unread")
         self.assertEqual(self.modem.held(), 0)
         self.assertRegex(self.logged(), "^cannot delete")
-        self.assertRegex(self.logged(), "^well again; it was: cannot delete")
+        self.assertRegex(self.logged(), "^no longer: cannot delete")
 
     def test_room_is_shown(self):
         self.assertEqual(json.loads(self.sms("status", "--json"))["room"], sum(self.places))

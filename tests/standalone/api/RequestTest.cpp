@@ -123,8 +123,8 @@ const AnswerRow answerRows[] = {
     {"NoName", post(""), R"({"code":404,"result":"no such command"})"},
     {"Elsewhere", post("../bin/veldctl"), R"({"code":404,"result":"no such command"})"},
     {"SwitchedOff", post("sms_restart"), R"({"code":403,"result":"the command is switched off"})"},
-    {"BadBody", post("do_ping_through_sms", "{}"), R"({"code":400,"result":"the body is no command"})"},
-    {"NoHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is no HTTP request"})"},
+    {"BadBody", post("do_ping_through_sms", "{}"), R"({"code":400,"result":"the body is not a command"})"},
+    {"NoHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is not an HTTP request"})"},
 };
 TEST_ROWS(Request, IsAnswered, answerRows) {
   const ApiFolder folder;
