@@ -62,6 +62,12 @@ class Gateway {
     writeFile(world.root.path + "/spool/" + name, NoteFile::framed(text));
   }
 
+  /// Lets every save fail from now on.
+  void blockStaging() {
+    world.takeStagingAway();
+    writeFile(world.root.path + "/staging", "in the way");
+  }
+
   /// The files of the spool, without the reserve.
   std::vector<std::string> spool() const {
     std::vector<std::string> names;
@@ -235,14 +241,24 @@ TEST(InTransit, FilesAnotherMessageFirstInEachPass) {
   gateway.pass();
   gateway.note("1.sent-2", "[{'guid':'a'}]");
   gateway.note("2.sent-2", "[{'guid':'b'}]");
-  gateway.world.takeStagingAway();
-  writeFile(gateway.world.root.path + "/staging", "in the way");
+  gateway.note("3.received-0", "[{'guid':'c'}]");
+  gateway.blockStaging();
   SMSCommand commands(json(settings));
   RetryState retry;
   for (int passes = 0; passes < 3; ++passes)
     runPass(gateway.world.provider, gateway.world.storage, commands, gateway.world.inTransit, {}, retry);
-  EXPECT_THAT(gateway.world.folders->saved, testing::ElementsAre("a", "b", "a"));
-  EXPECT_EQ(gateway.spool().size(), 2u);
+  EXPECT_THAT(gateway.world.folders->saved, testing::ElementsAre("a", "c", "b", "c", "a", "c"));
+  EXPECT_THAT(gateway.spool(), testing::UnorderedElementsAre("1.sent-2", "2.sent-2", "3.received-0"));
+}
+
+TEST(InTransit, KeepsTheNoteOfASendUntilItIsFiled) {
+  Gateway gateway;
+  gateway.pass();
+  gateway.world.put("{'guid':'1'}", Sending);
+  gateway.blockStaging();
+  gateway.world.provider.onSend = [&] { gateway.world.provider.events = nullptr; };  // announces no answer
+  gateway.pass();
+  EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.sent-2"));
 }
 
 TEST(InTransit, SetsAsideANoteThatIsNotAnEntry) {
