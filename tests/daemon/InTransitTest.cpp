@@ -261,6 +261,16 @@ TEST(InTransit, KeepsTheNoteOfASendUntilItIsFiled) {
   EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.sent-2"));
 }
 
+TEST(InTransit, KeepsTheRestOfABatchWithItsCommand) {
+  Gateway gateway;
+  gateway.note("1.received-2", "[{'guid':'1'},{'guid':'2'}]");
+  gateway.world.folders->onSave = [&] {
+    if (gateway.world.folders->saved.size() == 2) gateway.blockStaging();
+  };
+  gateway.pass();
+  EXPECT_THAT(gateway.spool(), testing::ElementsAre("2.received-1"));
+}
+
 TEST(InTransit, SetsAsideANoteThatIsNotAnEntry) {
   Gateway gateway;
   gateway.note("1.received-0", "[{'guid':'1','message':{}}]");
