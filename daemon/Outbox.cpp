@@ -62,25 +62,23 @@ bool Outbox::send(const Json::Value& record, int from) {
   const bool sent = provider_.sendMessage(record);
   inTransit_.answered(sent);
   const bool filed = file(record, from, sent);
-  if (auto noted = inTransit_.takeSend()) answered_.push_back({noted->first, noted->second, filed});
+  if (auto noted = inTransit_.takeSend())
+    answered_.push_back({noted->first, noted->second, filed && !isLeftUnderFrom(noted->second)});
   return sent;
 }
 
 bool Outbox::isAnswered(const Json::Value& record, int from) const {
   return std::any_of(answered_.begin(), answered_.end(), [&](const Noted& noted) {
     const Send& send = noted.send;
-    return send.from == from && MessageRecord::guid(send.record) == MessageRecord::guid(record) &&
-           liesUnderFrom(send);
+    return !noted.isFiled && send.from == from &&
+           MessageRecord::guid(send.record) == MessageRecord::guid(record) && liesUnderFrom(send);
   });
 }
 
 void Outbox::settle() {
   // An exception has ended this send. The message stays in its folder.
   if (const auto unanswered = inTransit_.takeSend()) inTransit_.spool.remove(unanswered->first);
-  const auto isLeft = [this](const Noted& noted) {
-    const Send& send = noted.send;
-    return !noted.isFiled || (send.from != statusAfter(send) && liesUnderFrom(send));
-  };
+  const auto isLeft = [](const Noted& noted) { return !noted.isFiled; };
   const auto done = std::stable_partition(answered_.begin(), answered_.end(), isLeft);
   std::vector<std::string> files;
   for (auto noted = done; noted != answered_.end(); ++noted)
@@ -107,13 +105,21 @@ void Outbox::fileAgain(Noted& noted) {
   const int to = statusAfter(send);
   const Json::Value record = recordAfter(send);
   if (liesUnderFrom(send)) storage_.remove(send.record, send.from);
-  noted.isFiled = MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
+  const bool filed =
+      MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
+  noted.isFiled = filed && !isLeftUnderFrom(send);
 }
 
 bool Outbox::file(const Json::Value& record, int from, bool sent) {
   if (sent || from == MessageStatus::Sending) return storage_.move(record, from, statusAfter(sent));
   storage_.remove(record, from);
   return storage_.save(afterFailedRetry(record), from);
+}
+
+// Whether the record should have left its folder, but did not. Asked at once: another program may queue the
+// same message again.
+bool Outbox::isLeftUnderFrom(const Send& send) const {
+  return send.from != statusAfter(send) && liesUnderFrom(send);
 }
 
 bool Outbox::liesUnderFrom(const Send& send) const {

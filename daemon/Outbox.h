@@ -37,6 +37,7 @@ class Outbox : private Orvel::NonCopyable {
   void takeIn(std::string name, Send send);
   void fileAgain(Noted& noted);
   bool file(const Json::Value& record, int from, bool sent);
+  [[nodiscard]] bool isLeftUnderFrom(const Send& send) const;
   [[nodiscard]] bool liesUnderFrom(const Send& send) const;
 
   SmsProvider& provider_;

@@ -261,6 +261,18 @@ TEST(InTransit, KeepsTheNoteOfASendUntilItIsFiled) {
   EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.sent-2"));
 }
 
+TEST(InTransit, SendsAMessageThatIsQueuedAgainInTheSamePass) {
+  Gateway gateway({{"outbox/sending/1", R"({"guid":"1"})"}, {"outbox/sending/2", R"({"guid":"2"})"}});
+  gateway.world.provider.onSend = [&] {
+    if (gateway.world.names(Sent).size() == 1)
+      gateway.world.put("{'guid':'" + gateway.world.names(Sent)[0] + "'}", Sending);
+  };
+  gateway.pass();
+  gateway.world.provider.onSend = nullptr;
+  gateway.pass();
+  EXPECT_EQ(gateway.world.provider.attempts.size(), 3u);
+}
+
 TEST(InTransit, KeepsTheRestOfABatchWithItsCommand) {
   Gateway gateway;
   gateway.note("1.received-2", "[{'guid':'1'},{'guid':'2'}]");
