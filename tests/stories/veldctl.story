@@ -10,7 +10,7 @@ expect well  the daemon runs since
 expect-not status
 
 # Why did my command not run?
-settings smsCommands.password.enabled false
+password off
 settings smsCommands.whitelist.enabled false
 veldctl check
 expect ILL   anyone may send #reboot: neither whitelist nor password is on
