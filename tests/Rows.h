@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <string>
 #include <type_traits>
@@ -11,6 +11,14 @@ inline std::string times(std::size_t count, const std::string& text) {
   while (count-- > 0) all += text;
   return all;
 }
+
+/// A row of a table that compares one value with what a function makes of another.
+template <typename Given, typename Expected>
+struct Row {
+  const char* name;
+  Given given;
+  Expected expected;
+};
 
 /// Runs a parameterised suite over a table, each row under its `name`.
 #define INSTANTIATE_ROWS(Suite, rows)                            \

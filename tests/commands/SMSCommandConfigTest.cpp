@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "commands/SMSCMD.h"
 #include "commands/SMSCommandConfig.h"
 #include "tests/Json.h"
@@ -40,33 +38,24 @@ TEST_ROWS(Flag, PermitsItsCommandAlone, flagRows) {
     EXPECT_EQ(config.isCommandEnabled(command), command > 0 && command == GetParam().command) << command;
 }
 
-struct RefusalRow {
-  const char* name;
-  const char* without;  ///< the member that is taken away, as KEY or KEY.KEY
-  const char* log;
-  bool flagsRead, whitelistRead;
+constexpr char unparsable[] = "Unable to parse SMS Commands configuration\n";
+constexpr char noWhitelist[] = "Whitelist enable or numbers setting missing\n";
+constexpr char noPassword[] = "Password enable or text setting missing\n";
+// Given: the member that is removed, as KEY or KEY.KEY. Expected: the error that is logged.
+const Row<std::string, const char*> refusalRows[] = {
+    {"Enabled", "enabled", unparsable},
+    {"Whitelist", "whitelist", unparsable},
+    {"Password", "password", unparsable},
+    {"Checkin", "checkinEnabled", unparsable},
+    {"Reboot", "rebootEnabled", unparsable},
+    {"WhitelistEnabled", "whitelist.enabled", noWhitelist},
+    {"WhitelistNumbers", "whitelist.numbers", noWhitelist},
+    {"PasswordEnabled", "password.enabled", noPassword},
+    {"PasswordText", "password.text", noPassword},
 };
-constexpr char unparsable[] =
-    "[ERROR] SMSCommandConfig::setConfig: Unable to parse SMS Commands configuration\n";
-constexpr char noWhitelist[] =
-    "[ERROR] SMSCommandConfig::setConfig: Whitelist enable or numbers setting missing\n";
-constexpr char noPassword[] =
-    "[ERROR] SMSCommandConfig::setConfig: Password enable or text setting missing\n";
-const RefusalRow refusalRows[] = {
-    {"Enabled", "enabled", unparsable, false, false},
-    {"Whitelist", "whitelist", unparsable, false, false},
-    {"Password", "password", unparsable, false, false},
-    {"Checkin", "checkinEnabled", unparsable, false, false},
-    {"Reboot", "rebootEnabled", unparsable, false, false},
-    {"WhitelistEnabled", "whitelist.enabled", noWhitelist, true, false},
-    {"WhitelistNumbers", "whitelist.numbers", noWhitelist, true, false},
-    {"PasswordEnabled", "password.enabled", noPassword, true, true},
-    {"PasswordText", "password.text", noPassword, true, true},
-};
-TEST_ROWS(Refusal, NamesWhatIsMissing, refusalRows) {
-  const RefusalRow& row = GetParam();
+TEST_ROWS(Refusal, NamesTheMissingMemberAndKeepsTheMembersBeforeIt, refusalRows) {
+  const auto& [name, path, error] = GetParam();
   Json::Value settings = json(least);
-  const std::string path = row.without;
   const std::size_t dot = path.find('.');
   Json::Value& holder = dot == std::string::npos ? settings : settings[path.substr(0, dot)];
   ASSERT_TRUE(holder.removeMember(dot == std::string::npos ? path : path.substr(dot + 1), nullptr));
@@ -74,11 +63,11 @@ TEST_ROWS(Refusal, NamesWhatIsMissing, refusalRows) {
   config.password = "earlier";
   LogCapture log;
   EXPECT_FALSE(config.setConfig(settings));
-  EXPECT_EQ(log.text(), row.log);
+  EXPECT_EQ(log.text(), std::string("[ERROR] SMSCommandConfig::setConfig: ") + error);
   EXPECT_EQ(config.config, settings);
-  EXPECT_EQ(config.enabled, row.flagsRead);
-  EXPECT_EQ(config.checkinEnabled, row.flagsRead);
-  EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), row.whitelistRead);
+  EXPECT_EQ(config.enabled, error != unparsable);
+  EXPECT_EQ(config.checkinEnabled, error != unparsable);
+  EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), error == noPassword);
   EXPECT_TRUE(!config.passwordEnabled && config.password == "earlier");
 }
 

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "commands/CommandTable.h"
 #include "commands/SMSCommand.h"
 #include "tests/CannedApi.h"

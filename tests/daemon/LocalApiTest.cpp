@@ -1,5 +1,4 @@
 #include <curl/curl.h>
-#include <gmock/gmock.h>
 
 #include "daemon/LocalApi.h"
 #include "tests/CannedApi.h"
@@ -11,12 +10,8 @@ namespace {
 constexpr char url[] = "http://localhost/api/sms";
 }
 
-struct SettingsRow {
-  const char* name;
-  std::string answer;
-  const char* result;  ///< "kept" when loadFromApi is to fail
-};
-const SettingsRow settingsRows[] = {
+// "kept": loading fails and leaves the value.
+const Row<std::string, const char*> settingsRows[] = {
     {"Success", CannedApi::ok("{\"code\": 200, \"result\": {\"a\": 1}, \"x\": 2}"), "{'a':1}"},
     {"NoResult", CannedApi::ok("{\"code\": 200}"), "null"},
     {"HttpStatusIsNotLookedAt", "HTTP/1.1 404 Not Found\r\n\r\n{\"code\": 200, \"result\": 1}", "1"},
@@ -35,10 +30,10 @@ const SettingsRow settingsRows[] = {
     {"HungUp", "", "'kept'"},
 };
 TEST_ROWS(Settings, AreLoaded, settingsRows) {
-  CannedApi api(GetParam().answer);
+  CannedApi api(GetParam().given);
   Json::Value result = "kept";
-  EXPECT_EQ(loadFromApi(url, result), json(GetParam().result) != "kept");
-  EXPECT_EQ(result, json(GetParam().result));
+  EXPECT_EQ(loadFromApi(url, result), json(GetParam().expected) != "kept");
+  EXPECT_EQ(result, json(GetParam().expected));
   EXPECT_THAT(api.request(), testing::StartsWith("GET /api/sms HTTP/1.1\r\n"));
 }
 

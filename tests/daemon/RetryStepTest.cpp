@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 

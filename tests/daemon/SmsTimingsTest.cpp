@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <cstring>
 
 #include "daemon/SmsTimings.h"
@@ -14,12 +12,8 @@ constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
 const std::string many = "1,2,3," + std::string(118, ',');  // three characters below the limit
 }  // namespace
 
-struct TimingsRow {
-  const char* name;
-  std::string file;
-  std::vector<std::uint32_t> seconds;  ///< none when reading is to fail
-};
-const TimingsRow timingsRows[] = {
+// No seconds: reading fails.
+const Row<std::string, std::vector<std::uint32_t>> timingsRows[] = {
     {"List", "timings-sms=[30,60,300]\n", {30, 60, 300}},
     {"WithoutBrackets", "timings-sms=30,60\n", {30, 60}},
     {"EmptyPieces", "timings-sms=[[,30,,60],]\n", {30, 60}},
@@ -51,10 +45,10 @@ const TimingsRow timingsRows[] = {
 };
 TEST_ROWS(Timings, AreRead, timingsRows) {
   const LogCapture quiet;
-  writeFile(timingsFile, GetParam().file);
+  writeFile(timingsFile, GetParam().given);
   smsTimings.clear();
-  EXPECT_EQ(readSmsTimings(), GetParam().seconds.empty());
-  EXPECT_EQ(smsTimings, GetParam().seconds);
+  EXPECT_EQ(readSmsTimings(), GetParam().expected.empty());
+  EXPECT_EQ(smsTimings, GetParam().expected);
 }
 
 TEST(Timings, AreCutWithOneLine) {

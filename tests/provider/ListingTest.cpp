@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <ctime>
 
@@ -32,12 +30,8 @@ std::string ahead() {
 
 }  // namespace
 
-struct ListingRow {
-  const char* name;
-  const char* text;
-  const char* records;  ///< without "guid" and "timestamp"
-};
-const ListingRow listingRows[] = {
+// The records are compared without "guid" and "timestamp".
+const Row<const char*, const char*> listingRows[] = {
     {"Empty", "", "[]"},
     {"NoMessage", "addr: 1\nuser-data: \"a\"\n", "[]"},
     {"Message", "index: 0\n  smsc-addr: +99\n  addr: +49\n  user-data: \"hi\"\n",
@@ -67,11 +61,11 @@ const ListingRow listingRows[] = {
 TEST_ROWS(Message, IsParsed, listingRows) {
   const LogCapture quiet;
   Json::Value records(Json::arrayValue);
-  for (Json::Value record : parseListing(lines(GetParam().text)).records) {
+  for (Json::Value record : parseListing(lines(GetParam().given)).records) {
     EXPECT_TRUE(record.removeMember("guid", nullptr) && record.removeMember("timestamp", nullptr));
     records.append(record);
   }
-  EXPECT_EQ(records, json(GetParam().records));
+  EXPECT_EQ(records, json(GetParam().expected));
 }
 
 TEST(Listing, LogsEachMessage) {

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "provider/GsmAlphabet.h"
 #include "provider/UserData.h"
 #include "tests/Json.h"
@@ -87,12 +85,7 @@ TEST_ROWS(Header, IsRemoved, headerRows) {
   EXPECT_EQ(text, GetParam().rest);
 }
 
-struct TextRow {
-  const char* name;
-  const char* text;
-  const char* result;
-};
-const TextRow unescapeRows[] = {
+const Row<const char*, const char*> unescapeRows[] = {
     {"All", R"(\"\\\n\r\t)", "\"\\\n\r\t"},
     {"BackslashIsNotLookedAtAgain", R"(a\\nb)", R"(a\nb)"},
     {"HexStays", R"(\x41)", R"(\x41)"},
@@ -101,9 +94,9 @@ const TextRow unescapeRows[] = {
     {"LoneBackslash", "a\\", "a\\"},
 };
 TEST_ROWS(Unescape, ResolvesItsFiveEscapes, unescapeRows) {
-  std::string text = GetParam().text;
+  std::string text = GetParam().given;
   unescapeText(text);
-  EXPECT_EQ(text, GetParam().result);
+  EXPECT_EQ(text, GetParam().expected);
 }
 
 TEST(GsmAlphabet, IsComplete) {
@@ -118,7 +111,7 @@ TEST(GsmAlphabet, IsComplete) {
   EXPECT_EQ(extension, "15\f 19^ 40{ 41} 47\\ 60[ 61~ 62] 64| 101€ ");
 }
 
-const TextRow decodeRows[] = {
+const Row<const char*, const char*> decodeRows[] = {
     {"HighBytesPass", "é\xFF", "é\xFF"},
     {"UpperSecondDigit", R"(\x0A)", "\n"},
     {"FirstOfTheExtension", R"(\x80)", "?"},
@@ -142,8 +135,8 @@ const TextRow decodeRows[] = {
     {"BackslashFromATableBeginsNothing", R"(\xafx41)", R"(\x41)"},
 };
 TEST_ROWS(Decode, ReplacesHexEscapes, decodeRows) {
-  const std::string text = GetParam().text;
+  const std::string text = GetParam().given;
   std::vector<char> bytes(text.begin(), text.end());
   decodeGsmEscapes(bytes);
-  EXPECT_EQ(std::string(bytes.begin(), bytes.end()), GetParam().result);
+  EXPECT_EQ(std::string(bytes.begin(), bytes.end()), GetParam().expected);
 }

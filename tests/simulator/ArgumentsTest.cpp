@@ -12,12 +12,8 @@ std::vector<Word> wordsOf(const std::string& line) {
   return splitLine(line, words) ? words : std::vector<Word>{{"a quote is left open", false}};
 }
 
-struct LineRow {
-  const char* name;
-  const char* line;
-  std::string words;  // in angle brackets; quoted ones in square brackets
-};
-const LineRow lineRows[] = {
+// Expected: unquoted words in angle brackets, quoted words in square brackets.
+const Row<const char*, std::string> lineRows[] = {
     {"Plain", "queue +49 text", "<queue><+49><text>"},
     {"Blanks", " \tqueue  +49\t text ", "<queue><+49><text>"},
     {"DoubleQuotes", "queue \"two  words\"", "<queue>[two  words]"},
@@ -29,9 +25,9 @@ const LineRow lineRows[] = {
 };
 TEST_ROWS(Line, IsSplit, lineRows) {
   std::string all;
-  for (const Word& word : wordsOf(GetParam().line))
+  for (const Word& word : wordsOf(GetParam().given))
     all += (word.quoted ? "[" : "<") + word.text + (word.quoted ? "]" : ">");
-  EXPECT_EQ(all, GetParam().words);
+  EXPECT_EQ(all, GetParam().expected);
 }
 
 TEST(Arguments, SeparatesOptionsFromWords) {

@@ -33,12 +33,7 @@ struct World {
   }
 };
 
-struct FailingRow {
-  const char* name;
-  const char* script;
-  const char* said;  // on standard error
-};
-const FailingRow failingRows[] = {
+const Row<const char*, const char*> failingRows[] = {
     {"UnknownCommand", "\nrecieve x y\nstatus", "script:2: recieve x y"},
     {"UnknownCommandInTheLastLine", "recieve x y", "did you mean: receive NUMBER TEXT"},
     {"NothingLikeIt", "xyz", "\"help\" lists them"},
@@ -74,8 +69,8 @@ TEST_ROWS(FailingScript, SaysWhy, failingRows) {
   World world;
   const Printed output(std::cout);
   const Printed errors(std::cerr);
-  EXPECT_FALSE(world.run(GetParam().script));
-  EXPECT_NE(errors.text().find(GetParam().said), std::string::npos) << errors.text();
+  EXPECT_FALSE(world.run(GetParam().given));
+  EXPECT_NE(errors.text().find(GetParam().expected), std::string::npos) << errors.text();
 }
 
 TEST(Script, EchoesItsLines) {
@@ -87,12 +82,7 @@ TEST(Script, EchoesItsLines) {
             "> expect-wrong no command \"bad\"\n");
 }
 
-struct AnswerRow {
-  const char* name;
-  const char* line;
-  const char* answer;
-};
-const AnswerRow answerRows[] = {
+const Row<const char*, const char*> answerRows[] = {
     {"OneMessage", "receive 1 a", "The modem has 1 message from 1."},
     {"ManyMessages", "receive 1 a --times 90", "The modem has 90 messages from 1."},
     {"Parts", "receive 1 abc --parts 3", "The modem has 1 message from 1, in 3 parts."},
@@ -107,7 +97,7 @@ const AnswerRow answerRows[] = {
 };
 TEST_ROWS(AnswerTo, Is, answerRows) {
   World world;
-  EXPECT_EQ(world.interpreter.execute(GetParam().line).text, GetParam().answer);
+  EXPECT_EQ(world.interpreter.execute(GetParam().given).text, GetParam().expected);
 }
 
 }  // namespace

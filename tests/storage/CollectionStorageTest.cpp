@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 
 #include "storage/FolderCollectionStorage.h"
@@ -82,12 +80,7 @@ TEST(MessageStatus, HasATextForEveryNumber) {
   EXPECT_EQ(texts, "unknown unknown received sending sent failed unknown ");
 }
 
-struct MoveRow {
-  const char* name;
-  int to;
-  const char* moved;
-};
-const MoveRow moveRows[] = {
+const Row<int, const char*> moveRows[] = {
     {"Received", Received, "[{'guid':'1'}]"},
     {"Sending", Sending, "[{'guid':'1','status':'sending'}]"},
     {"Sent", Sent, "[{'guid':'1','status':'sent'}]"},
@@ -96,10 +89,10 @@ const MoveRow moveRows[] = {
 };
 TEST_ROWS(Move, WritesTheStatus, moveRows) {
   const Folders folders;
-  const int from = GetParam().to == Sent ? Failed : Sent;
+  const int from = GetParam().given == Sent ? Failed : Sent;
   folders.storage->save(json("{'guid':'1','status':'old'}"), from);
-  StatusCollectionStorageDecorator(folders.storage).move(json("{'guid':'1'}"), from, GetParam().to);
-  EXPECT_EQ(folders.storage->load(Json::nullValue, GetParam().to), json(GetParam().moved));
+  StatusCollectionStorageDecorator(folders.storage).move(json("{'guid':'1'}"), from, GetParam().given);
+  EXPECT_EQ(folders.storage->load(Json::nullValue, GetParam().given), json(GetParam().expected));
   EXPECT_EQ(folders.storage->load(Json::nullValue, from), json("[]"));
 }
 

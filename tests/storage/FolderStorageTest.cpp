@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include "storage/FolderStorage.h"
@@ -85,12 +84,8 @@ TEST(FolderStorage, SkipsUnreadableFiles) {
   EXPECT_THAT(text, testing::Not(HasSubstr("file tmp")));  // because there is a /tmp
 }
 
-struct FilterRow {
-  const char* name;
-  const char* filter;
-  unsigned taken;  ///< of an object and an array
-};
-const FilterRow filterRows[] = {
+// The folder holds an object and an array. Expected: how many of them the filter selects.
+const Row<const char*, unsigned> filterRows[] = {
     {"Null", "null", 2},
     {"NoMember", "{}", 2},
     {"EqualMember", "{'guid':'1'}", 1},
@@ -106,7 +101,7 @@ const FilterRow filterRows[] = {
 TEST_ROWS(Filter, SelectsTheRecordsWithItsMembers, filterRows) {
   const TemporaryFolder folder{{"1", R"({"guid":"1","retries":3,"parts":["a",null],"a\u0000b":1})"},
                                {"2", "[1]"}};
-  EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().filter)).size(), GetParam().taken);
+  EXPECT_EQ(FolderStorage(folder.path).load(json(GetParam().given)).size(), GetParam().expected);
 }
 
 TEST(FolderStorage, RemovesByGuidOrEverything) {

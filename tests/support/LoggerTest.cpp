@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <syslog.h>
 
 #include "support/Logger.h"
@@ -59,11 +58,7 @@ TEST(Logger, PrintsInfoAndAbove) {
   EXPECT_EQ(log.text(), "[INFO] 1\n[FATAL] 2\n");
 }
 
-struct TextRow {
-  const char* name;
-  std::string text, line;
-};
-const TextRow textRows[] = {
+const Row<std::string, std::string> textRows[] = {
     {"ForgedLine", "a\n[FATAL] b\x1B\x7F\t", "a#012[FATAL] b#033#177#011"},
     {"Utf8OfAnyLength", "~ \xC2\xA0é€\xED\x9F\xBF\uE000😀\xF4\x8F\xBF\xBF",
      "~ \xC2\xA0é€\xED\x9F\xBF\uE000😀\xF4\x8F\xBF\xBF"},
@@ -78,6 +73,6 @@ const TextRow textRows[] = {
 };
 TEST_ROWS(Text, IsEscaped, textRows) {
   LogCapture log;
-  ORVEL_LOG(INFO, "%s", GetParam().text.c_str());
-  EXPECT_EQ(log.text(), "[INFO] " + GetParam().line + "\n");
+  ORVEL_LOG(INFO, "%s", GetParam().given.c_str());
+  EXPECT_EQ(log.text(), "[INFO] " + GetParam().expected + "\n");
 }

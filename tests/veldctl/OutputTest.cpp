@@ -3,12 +3,7 @@
 
 namespace {
 
-struct PrintableRow {
-  const char* name;
-  std::string text;
-  const char* shown;
-};
-const PrintableRow printableRows[] = {
+const Row<std::string, const char*> printableRows[] = {
     {"Plain", "Grüße", "Grüße"},
     {"Escape", "\x1b[2J", "#033[2J"},
     {"LineFeed", "a\nb", "a#012b"},
@@ -21,7 +16,7 @@ const PrintableRow printableRows[] = {
     {"Arabic", "\u0633", "\u0633"},
 };
 TEST_ROWS(Printable, CannotSteerATerminal, printableRows) {
-  EXPECT_EQ(Output::printable(GetParam().text), GetParam().shown);
+  EXPECT_EQ(Output::printable(GetParam().given), GetParam().expected);
 }
 
 struct CutRow {

@@ -3,12 +3,7 @@
 
 namespace {
 
-struct NumberRow {
-  const char* name;
-  const char* number;
-  bool isNumber;
-};
-const NumberRow numberRows[] = {
+const Row<const char*, bool> numberRows[] = {
     {"Digits", "112", true},
     {"Plus", "+49", true},
     {"TwentyDigits", "+12345678901234567890", true},
@@ -19,7 +14,7 @@ const NumberRow numberRows[] = {
     {"Command", "1;reboot", false},
 };
 TEST_ROWS(Number, IsDigits, numberRows) {
-  EXPECT_EQ(ShortMessage::isNumber(GetParam().number), GetParam().isNumber);
+  EXPECT_EQ(ShortMessage::isNumber(GetParam().given), GetParam().expected);
 }
 
 struct ShapeRow {

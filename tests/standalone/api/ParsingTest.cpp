@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "standalone/api/CommandRequest.h"
 #include "standalone/api/Http.h"
 #include "standalone/api/Reply.h"
@@ -8,12 +6,7 @@
 
 using namespace Standalone;
 
-struct HttpRow {
-  const char* name;
-  std::string received;
-  HttpState state;
-};
-const HttpRow httpRows[] = {
+const Row<std::string, HttpState> httpRows[] = {
     {"Plain", "GET /a HTTP/1.1\r\n\r\n", HttpState::Whole},
     {"Body", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}", HttpState::Whole},
     {"LengthInSmallLetters", "POST /a HTTP/1.1\r\ncontent-length:2\r\n\r\n{}", HttpState::Whole},
@@ -33,15 +26,10 @@ const HttpRow httpRows[] = {
 };
 TEST_ROWS(Http, IsRead, httpRows) {
   HttpRequest request;
-  EXPECT_EQ(parseHttp(GetParam().received, request), GetParam().state);
+  EXPECT_EQ(parseHttp(GetParam().given, request), GetParam().expected);
 }
 
-struct BodyRow {
-  const char* name;
-  const char* body;
-  bool isTaken;
-};
-const BodyRow bodyRows[] = {
+const Row<const char*, bool> bodyRows[] = {
     {"Plain", R"({"recipients": ["+49170"], "args": ["a", ""]})", true},
     {"NoArguments", R"({"recipients": ["49170"], "args": []})", true},
     {"ThirdMember", R"({"recipients": ["+49170"], "args": [], "c": 1})", false},
@@ -63,7 +51,7 @@ const BodyRow bodyRows[] = {
     {"QuoteInArgument", R"({"recipients": ["+49170"], "args": ["a"b"]})", false},
 };
 TEST_ROWS(Command, IsTaken, bodyRows) {
-  EXPECT_EQ(parseCommandRequest(GetParam().body).has_value(), GetParam().isTaken);
+  EXPECT_EQ(parseCommandRequest(GetParam().given).has_value(), GetParam().expected);
 }
 
 TEST(Command, KeepsSenderAndArguments) {

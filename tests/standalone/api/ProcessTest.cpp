@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "standalone/api/CommandProcess.h"
 #include "tests/Rows.h"
 

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -107,12 +106,7 @@ std::string bodyOf(const std::string& answer) {
 
 }  // namespace
 
-struct AnswerRow {
-  const char* name;
-  std::string request;
-  const char* answer;
-};
-const AnswerRow answerRows[] = {
+const Row<std::string, const char*> answerRows[] = {
     {"Settings", "GET /api/sms HTTP/1.1\r\n\r\n",
      R"({"code":200,"result":{"smsCommands":{"enabled":true,"pingEnabled":true}}})"},
     {"OtherPath", "GET /api/smsx HTTP/1.1\r\n\r\n", R"({"code":404,"result":"no such resource"})"},
@@ -128,8 +122,8 @@ const AnswerRow answerRows[] = {
 };
 TEST_ROWS(Request, IsAnswered, answerRows) {
   const ApiFolder folder;
-  const Api api(folder, GetParam().request);
-  EXPECT_EQ(bodyOf(api.answer()), GetParam().answer);
+  const Api api(folder, GetParam().given);
+  EXPECT_EQ(bodyOf(api.answer()), GetParam().expected);
 }
 
 struct SettingsRow {
@@ -157,12 +151,7 @@ TEST(InstalledSettings, PermitNothing) {
   EXPECT_EQ(bodyOf(api.answer()), R"({"code":403,"result":"the command is switched off"})");
 }
 
-struct SentRow {
-  const char* name;
-  const char* text;
-  const char* sent;
-};
-const SentRow sentRows[] = {
+const Row<const char*, const char*> sentRows[] = {
     {"Output", "echo \"$# $1 $2\"", "send +49170 -\n2 a b c"},
     {"Sender", "echo \"$SMS_SENDER\"", "send +49170 -\n+49170"},
     {"NoOtherEnvironment", "env | grep -vcE '^(PATH|SMS_SENDER|PWD|OLDPWD|SHLVL|_)='", "send +49170 -\n0"},
@@ -170,11 +159,11 @@ const SentRow sentRows[] = {
     {"Failure", "exit 1", "send +49170 -\nfailed"},
 };
 TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
-  const ApiFolder folder(GetParam().text);
+  const ApiFolder folder(GetParam().given);
   Api api(folder, post("do_ping_through_sms"));
   EXPECT_EQ(bodyOf(api.answer()), R"({"code":200,"result":null})");
   api.end();
-  EXPECT_EQ(folder.sent(), GetParam().sent);
+  EXPECT_EQ(folder.sent(), GetParam().expected);
 }
 
 TEST(ProgramThatWaits, HoldsNoAnswerAndOneOtherProgram) {

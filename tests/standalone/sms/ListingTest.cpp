@@ -82,12 +82,7 @@ TEST(Listing, KeepsLongMessagesApart) {
 
 TEST(Listing, PrintsANulAsReplacement) { EXPECT_EQ(arriving(std::string("a\0b", 3)), "a\uFFFDb"); }
 
-struct SenderRow {
-  const char* name;
-  std::string sender;
-  const char* arrives;
-};
-const SenderRow senderRows[] = {
+const Row<std::string, const char*> senderRows[] = {
     {"Number", "+4917011111", "+4917011111"},
     {"Name", "My Bank", "My Bank"},
     {"None", " ", "unknown"},
@@ -98,10 +93,9 @@ const SenderRow senderRows[] = {
     {"LineFeed", "a\nb", "a b"},
 };
 TEST_ROWS(ListedSender, Arrives, senderRows) {
-  const std::vector<Json::Value> records =
-      readByTheDaemon(listed({{"1", false, "", GetParam().sender, "t"}}));
+  const std::vector<Json::Value> records = readByTheDaemon(listed({{"1", false, "", GetParam().given, "t"}}));
   ASSERT_EQ(records.size(), 1U);
-  EXPECT_EQ(records[0][Key::Source].asString(), GetParam().arrives);
+  EXPECT_EQ(records[0][Key::Source].asString(), GetParam().expected);
   EXPECT_EQ(records[0][Key::Message].asString(), "t");
 }
 
