@@ -8,7 +8,6 @@ import sys
 
 GATEWAY = sys.argv.pop(1)
 DOCS = pathlib.Path(__file__).resolve().parents[2] / "docs"
-SMS = pathlib.Path("/var/config/sms")
 
 
 class Document:

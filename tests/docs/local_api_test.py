@@ -118,5 +118,4 @@ class LocalApiTest(unittest.TestCase):
                 self.assertNotEqual(json.loads(http_request("POST", COMMANDS[0][1], body))["code"], 200)
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -8,11 +8,11 @@ import unittest
 
 import jsonschema
 
-from documents import DOCS, SMS, Document, Gateway
+from documents import DOCS, Document, Gateway
+from shared import FOLDERS, SMS, remove_messages
 
 DOCUMENT = Document("message-files.md")
 SCHEMA = json.loads((DOCS / "message-record.schema.json").read_text())
-FOLDERS = {"received": SMS / "inbox/received", **{name: SMS / "outbox" / name for name in ("sending", "sent", "failed")}}
 
 
 def validator(definition=None):
@@ -38,9 +38,7 @@ def queued(guid="2026010100000000", **keys):
 
 class MessageFilesTest(unittest.TestCase):
     def setUp(self):
-        for folder in FOLDERS.values():
-            for file in folder.glob("*"):
-                file.unlink()
+        remove_messages()
         shutil.rmtree("/run/modem", ignore_errors=True)
 
     def test_the_folders_are_those_of_the_gateway(self):
@@ -155,5 +153,4 @@ class MessageFilesTest(unittest.TestCase):
         return found[0] if found else None
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

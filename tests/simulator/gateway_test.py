@@ -10,6 +10,8 @@ import tempfile
 import time
 import unittest
 
+from shared import wait_for, write_program
+
 LAUNCHER, GATEWAY = (os.path.realpath(sys.argv.pop(1)) for _ in range(2))
 
 
@@ -21,13 +23,6 @@ def run(command, text="", **options):
 
 def processes(command):
     return subprocess.run(["pgrep", "-fx", command], stdout=subprocess.DEVNULL).returncode == 0
-
-
-def wait_for(happened):
-    end = time.monotonic() + 30
-    while not happened():
-        assert time.monotonic() < end, "it did not happen"
-        time.sleep(0.01)
 
 
 def modes():
@@ -137,9 +132,7 @@ class CommandLineTest(unittest.TestCase):
             ("a missing script", ["--script", "/nothing"], "", 2, []),
         ]
         with tempfile.TemporaryDirectory(dir=os.getcwd()) as folder:
-            with open(folder + "/own-sms", "w") as tool:
-                print('#!/bin/sh\necho "own tool: $*" >>/run/calls', file=tool)
-            os.chmod(folder + "/own-sms", 0o755)
+            write_program(folder + "/own-sms", 'echo "own tool: $*" >>/run/calls\n')
             for name, arguments, script, status, lines in rows:
                 with self.subTest(name):
                     command = 'status=0; "$@" || status=$?; cat /run/calls 2>/dev/null; exit $status'
@@ -216,5 +209,4 @@ class ConsoleTest(unittest.TestCase):
             self.assertIn("receive", history.read())
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

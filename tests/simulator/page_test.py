@@ -289,5 +289,4 @@ class PageTest(unittest.TestCase):
                 connection.close()
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

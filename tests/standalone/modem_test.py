@@ -14,14 +14,13 @@ import threading
 import time
 import unittest
 
-HERE = pathlib.Path(__file__).resolve()
-sys.path += [str(HERE.parents[2] / "standalone/virtual-modem"), str(HERE.parents[1] / "docs")]
-SMS = os.path.abspath(sys.argv.pop(2))
-import pdu  # noqa: E402
-from documents import SMS as BOXES, Gateway  # noqa: E402
-from manager import Manager, wait_for  # noqa: E402
-from virtual_modem import VirtualModem  # noqa: E402
+import pdu
+from documents import Gateway
+from manager import Manager, wait_for
+from shared import FOLDERS, remove_messages, write_program
+from virtual_modem import VirtualModem
 
+SMS = os.path.abspath(sys.argv.pop(1))
 CONFIG = pathlib.Path("/run/smsconfig")
 STATE = pathlib.Path("/run/veld-sms/state")
 ALL_OF_GSM = pdu.ALPHABET.replace("\x1b", "") + "".join(pdu.EXTENSIONS)
@@ -50,8 +49,7 @@ class Engine:
         log.bind("/dev/log")
         self.lines = queue.SimpleQueue()
         threading.Thread(target=self.keep_log, args=(log,), daemon=True).start()
-        for file in BOXES.glob("*/*/*"):
-            file.unlink()
+        remove_messages()
         self.configure("")
         self.plug_in()
 
@@ -89,10 +87,7 @@ class Engine:
     def daemon(self, gateway):
         """Makes the real daemon use the tool under test."""
         pathlib.Path("/dev/log").unlink()  # it is the gateway's now
-        tool = pathlib.Path("/run/gateway/bin/sms")
-        tool.unlink()
-        tool.write_text(f"#!/bin/sh\nSMS_CONFIG={CONFIG} exec {SMS} \"$@\"\n")
-        tool.chmod(0o755)
+        write_program("/run/gateway/bin/sms", f"SMS_CONFIG={CONFIG} exec {SMS} \"$@\"\n")
         gateway.run("start")
 
     def test_every_text_is_received(self):
@@ -103,7 +98,7 @@ class Engine:
         with Gateway() as gateway:
             self.daemon(gateway)
             gateway.run("pass")
-        records = [json.loads(file.read_text()) for file in sorted((BOXES / "inbox/received").iterdir())]
+        records = [json.loads(file.read_text()) for file in sorted(FOLDERS["received"].iterdir())]
         self.assertCountEqual([(record["source"], record["message"]) for record in records],
                               [(sender.replace("findex", "fIndex"), text) for sender, text in TEXTS])
         self.assertEqual(self.modem.held(), 0)
@@ -113,11 +108,11 @@ class Engine:
             self.daemon(gateway)
             for i, text in enumerate(OUTGOING):
                 record = {"guid": f"20260101000000{i:02}", "recipient": "+4917011111", "message": text}
-                (BOXES / "outbox/sending" / record["guid"]).write_text(json.dumps(record))
+                (FOLDERS["sending"] / record["guid"]).write_text(json.dumps(record))
             gateway.run("pass")
         sent = [text for _, text in pdu.texts_of(self.modem.sent)]
         self.assertCountEqual(sent, OUTGOING)
-        self.assertEqual(len(list((BOXES / "outbox/sent").iterdir())), len(OUTGOING))
+        self.assertEqual(len(list(FOLDERS["sent"].iterdir())), len(OUTGOING))
 
     def test_root_leaves_the_state_to_its_owner(self):
         """The daemon may run as its own user, while a person asks as root."""
@@ -388,5 +383,4 @@ class ManagerTest(Engine, unittest.TestCase):
         wait_for(name, lambda: name in subprocess.run([SMS, "status"], capture_output=True, text=True).stdout)
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -14,9 +14,8 @@ using namespace Standalone;
 
 namespace {
 
-std::string program;  // veld-api
-std::string sources;  // the folder with the files that are installed beside it
-
+// The build defines PROGRAM, the path of veld-api, and SOURCES, the folder with the files that are installed
+// beside it.
 constexpr char command[] = R"({"recipients": ["+49170"], "args": ["a", "b c"]})";
 constexpr char settings[] = R"({"smsCommands": {"enabled": true, "pingEnabled": true}})";
 
@@ -36,7 +35,7 @@ class Api {
       dup2(ends[1], STDIN_FILENO);
       const std::string path = "PATH=" + folder.path + "/bin:/usr/bin:/bin";
       const char* const environment[] = {path.c_str(), "SECRET=1", nullptr};
-      execle(program.c_str(), program.c_str(), folder.path.c_str(), nullptr, environment);
+      execle(PROGRAM, PROGRAM, folder.path.c_str(), nullptr, environment);
       _exit(127);
     }
     close(ends[1]);
@@ -142,7 +141,7 @@ TEST_ROWS(FaultySettings, AreAnsweredWith500AndPermitNothing, faultyRows) {
 }
 
 TEST(InstalledSettings, PermitNothing) {
-  const ApiFolder folder("", readFile(sources + "/settings.json").c_str());
+  const ApiFolder folder("", readFile(SOURCES "/settings.json").c_str());
   const Api settingsApi(folder, "GET /api/sms HTTP/1.1\r\n\r\n");
   std::string fault;
   EXPECT_EQ(parseStrictJson(bodyOf(settingsApi.answer()), fault).value_or(Json::Value())["result"]["enabled"],
@@ -189,11 +188,4 @@ TEST(Client, RunsNothingAfterItDisconnects) {
     const Api api(folder, whole.substr(0, whole.size() - 1));
   }
   EXPECT_EQ(folder.sent(), "");
-}
-
-int main(int count, char** words) {
-  testing::InitGoogleTest(&count, words);
-  program = words[1];
-  sources = words[2];
-  return RUN_ALL_TESTS();
 }
