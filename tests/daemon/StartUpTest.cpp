@@ -20,8 +20,7 @@
 
 namespace {
 
-/// Which call fails with EPERM. "none" for none. While it is set, fork() makes no process and returns as in
-/// the child.
+/// The call that fails with EPERM; "none" for none. While it is set, fork() creates no process and returns 0.
 std::string failing;
 
 bool fails(const char* call) {
@@ -73,27 +72,25 @@ struct CheckRow {
   const char* name;
   const char* settings;
   std::optional<int> status;
-  const char* log;
+  const char* log;  ///< the reason
 };
+constexpr char noSwitch[] = "the sms enabled key has invalid value or it is missing.";
 const CheckRow checkRows[] = {
-    {"Nothing", "{}", 1, "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"EnabledIsText", "{'enabled':'true'}", 1,
-     "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"EnabledIsNumber", "{'enabled':1}", 1,
-     "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"OnlyEnabled", "{'enabled':true}", 1,
-     "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
-    {"OnlyDisabled", "{'enabled':false}", 0, "[ERROR] Exit: the sms are disabled.\n"},
+    {"Nothing", "{}", 1, noSwitch},
+    {"EnabledIsText", "{'enabled':'true'}", 1, noSwitch},
+    {"EnabledIsNumber", "{'enabled':1}", 1, noSwitch},
+    {"OnlyEnabled", "{'enabled':true}", 1, "the sms sent limit key has invalid value or it is missing."},
+    {"OnlyDisabled", "{'enabled':false}", 0, "the sms are disabled."},
     {"NullSentLimit", "{'enabled':true,'sentLimit':null}", 1,
-     "[ERROR] Exit: the sms received limit key has invalid value or it is missing.\n"},
+     "the sms received limit key has invalid value or it is missing."},
     {"NullReceivedLimit", "{'enabled':true,'sentLimit':'x','receivedLimit':null}", 1,
-     "[ERROR] Exit: the smsCommands sub-collection is invalid or missing.\n"},
-    {"Whole", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", std::nullopt, ""},
+     "the smsCommands sub-collection is invalid or missing."},
+    {"Complete", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", std::nullopt, ""},
 };
-TEST_ROWS(Check, EndsAtTheFirstFault, checkRows) {
+TEST_ROWS(Check, StopsAtTheFirstFault, checkRows) {
   LogCapture log;
   EXPECT_EQ(checkSettings(json(GetParam().settings)), GetParam().status);
-  EXPECT_EQ(log.text(), GetParam().log);
+  EXPECT_EQ(log.text(), GetParam().status ? std::string("[ERROR] Exit: ") + GetParam().log + "\n" : "");
 }
 
 namespace {
@@ -111,8 +108,14 @@ std::string answer(const char* change) {
   return CannedApi::ok(envelope.toStyledString());
 }
 
-/// Runs the daemon in a child that has seen SIGTERM already, so that it runs no pass. A call fails there.
-/// Gives the exit status, or a signal as a number below 0.
+/// Waits for the end of a child. Returns its exit status, or its signal as a negative number.
+int exitStatus(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+/// Runs the daemon in a child in which one call fails. The child has received SIGTERM and thus runs no pass.
 int runDaemon(const std::string& failingCall) {
   smsTimings.clear();
   std::filesystem::remove(timingsFile);
@@ -124,9 +127,7 @@ int runDaemon(const std::string& failingCall) {
       stopRequested = 1;
       std::exit(daemonMain());
     }();
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+  return exitStatus(child);
 }
 
 std::string receiveAll(DatagramSocket& syslog) {
@@ -141,7 +142,7 @@ struct EndRow {
   const char* name;
   const char* failingCall;
   const char* settings;  ///< changes
-  int status;            ///< below 0 for a signal
+  int status;            ///< negative for a signal
   const char* log;       ///< the end of the last line
 };
 const EndRow endRows[] = {
@@ -211,12 +212,11 @@ TEST(Main, MakesTheFoldersInTheirOrder) {
 
 namespace {
 
-/// The state of this process, a line each. `inherited` is a descriptor that its starter left open.
+/// The state of this process, one line each. `inherited` is a descriptor that the starter left open.
 std::string describeProcess(int inherited) {
   std::string text = "folder " + std::filesystem::current_path().string();
   text += getsid(0) == getpid() ? ", session its own" : ", session of its starter";
-  const mode_t mask = umask(0);
-  text += ", umask " + std::to_string(mask) + "\n";
+  text += ", umask " + std::to_string(umask(0)) + "\n";
   for (const int descriptor : {0, 1, 2}) {
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     text += std::filesystem::read_symlink(link).string() + " mode " +
@@ -234,37 +234,34 @@ std::string describeProcess(int inherited) {
   return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
 }
 
-/// Starts the daemon with everything changed that a starter can change, and writes its state to `report`.
-[[noreturn]] void startUnkindly(int report) {
+/// Starts the daemon with everything changed that a starter can change. The daemon writes its state to
+/// `pipe`.
+[[noreturn]] void startUnkindly(int pipe) {
   umask(077);
   (void)!chdir("/tmp");
   for (const int signal : {SIGHUP, SIGINT, SIGCHLD, SIGRTMAX}) std::signal(signal, SIG_IGN);
   sigset_t all;
   sigfillset(&all);
   sigprocmask(SIG_SETMASK, &all, nullptr);
-  const std::string text = startUp() ? describeProcess(report) : "no settings\n";
-  (void)!write(report, text.data(), text.size());
+  const std::string text = startUp() ? describeProcess(pipe) : "no settings\n";
+  (void)!write(pipe, text.data(), text.size());
   std::_Exit(0);
 }
 
 }  // namespace
 
-TEST(StartUp, RunsAlikeWhateverTheStarterDid) {
+TEST(StartUp, GivesTheDaemonTheSameStateWhateverItsStarterDid) {
   const CannedApi api(answer("{}"));
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   const pid_t starter = fork();
   if (starter == 0) startUnkindly(ends[1]);
   close(ends[1]);
-  int status = -1;
-  waitpid(starter, &status, 0);
-  EXPECT_EQ(status, 0);
-  std::string report(1000, '\0');
-  std::size_t size = 0;
-  for (ssize_t count = 0; (count = read(ends[0], &report[size], report.size() - size)) > 0;)
-    size += static_cast<std::size_t>(count);
+  EXPECT_EQ(exitStatus(starter), 0);
+  std::string state(1000, '\0');
+  const ssize_t size = read(ends[0], state.data(), state.size());  // the daemon writes once
   close(ends[0]);
-  EXPECT_EQ(report.substr(0, size),
+  EXPECT_EQ(state.substr(0, size > 0 ? static_cast<std::size_t>(size) : 0),
             "folder /, session its own, umask 0\n/dev/null mode 0\n/dev/null mode 1\n/dev/null mode 2\n"
             "catches 15\nclosed for tools\n");
 }
@@ -280,9 +277,7 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
     std::raise(SIGTERM);
     std::_Exit(stopRequested == 1 ? 7 : 8);
   }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), 7);
+  EXPECT_EQ(exitStatus(child), 7);
   std::signal(SIGTERM, SIG_DFL);
 }
 
