@@ -18,3 +18,11 @@ inline Json::Value json(std::string text) {
     if (c == '\'') c = '"';
   return jsonAsItIs(text);
 }
+
+/// `base` with the members of `changes`. Where both have an object, its other members stay.
+inline Json::Value merged(Json::Value base, const Json::Value& changes) {
+  for (const std::string& key : changes.getMemberNames())
+    base[key] =
+        base[key].isObject() && changes[key].isObject() ? merged(base[key], changes[key]) : changes[key];
+  return base;
+}

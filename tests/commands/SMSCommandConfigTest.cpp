@@ -1,13 +1,9 @@
-#include "commands/SMSCMD.h"
-#include "commands/SMSCommandConfig.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
+#include "tests/Commands.h"
+#include "tests/Testing.h"
 
 namespace {
-constexpr char least[] =
-    "{'enabled':true,'checkinEnabled':true,'rebootEnabled':false,'whitelist':{'enabled':true,'numbers':[1]},"
-    "'password':{'enabled':true,'text':'secret'}}";
+const Json::Value least = merged(
+    json(commandSettings), json("{'whitelist':{'enabled':true,'numbers':[1]},'password':{'enabled':true}}"));
 }
 
 TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
@@ -29,7 +25,7 @@ const FlagRow flagRows[] = {
     {"otherEnabled", 0},
 };
 TEST_ROWS(Flag, PermitsItsCommandAlone, flagRows) {
-  Json::Value settings = json(least);
+  Json::Value settings = least;
   settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
   settings[GetParam().name] = true;
   SMSCommandConfig config;
@@ -55,7 +51,7 @@ const Row<std::string, const char*> refusalRows[] = {
 };
 TEST_ROWS(Refusal, NamesTheMissingMemberAndKeepsTheMembersBeforeIt, refusalRows) {
   const auto& [name, path, error] = GetParam();
-  Json::Value settings = json(least);
+  Json::Value settings = least;
   const std::size_t dot = path.find('.');
   Json::Value& holder = dot == std::string::npos ? settings : settings[path.substr(0, dot)];
   ASSERT_TRUE(holder.removeMember(dot == std::string::npos ? path : path.substr(dot + 1), nullptr));
@@ -73,7 +69,7 @@ TEST_ROWS(Refusal, NamesTheMissingMemberAndKeepsTheMembersBeforeIt, refusalRows)
 
 TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
   for (const char* const on : {"enabled", "whitelist", "password"}) {
-    Json::Value settings = json(least);
+    Json::Value settings = least;
     settings["enabled"] = settings["whitelist"]["enabled"] = settings["password"]["enabled"] = false;
     (settings[on].isObject() ? settings[on]["enabled"] : settings[on]) = true;
     SMSCommandConfig config;
@@ -87,7 +83,7 @@ TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
 
 TEST(SMSCommandConfig, ThrowsForAValueOfTheWrongType) {
   for (const char* const key : {"enabled", "checkinEnabled", "pingEnabled"}) {
-    Json::Value settings = json(least);
+    Json::Value settings = least;
     settings[key] = "true";
     SMSCommandConfig config;
     EXPECT_THROW(config.setConfig(settings), Json::LogicError) << key;

@@ -1,8 +1,7 @@
 #include "commands/SMSCommandExecutor.h"
 #include "tests/CannedApi.h"
 #include "tests/CurlCalls.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
 namespace {
 

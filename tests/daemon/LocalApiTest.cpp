@@ -3,8 +3,7 @@
 #include "daemon/LocalApi.h"
 #include "tests/CannedApi.h"
 #include "tests/CurlCalls.h"
-#include "tests/Json.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
 namespace {
 constexpr char url[] = "http://localhost/api/sms";

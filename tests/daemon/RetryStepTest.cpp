@@ -4,8 +4,7 @@
 #include <ctime>
 
 #include "daemon/RetryStep.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 #include "tests/daemon/World.h"
 
 using testing::ElementsAre;

@@ -1,9 +1,7 @@
 #include <cstring>
 
 #include "daemon/SmsTimings.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using namespace std::string_literals;
 

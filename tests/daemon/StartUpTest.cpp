@@ -12,11 +12,9 @@
 #include "daemon/SmsTimings.h"
 #include "daemon/StartUp.h"
 #include "tests/CannedApi.h"
+#include "tests/Commands.h"
 #include "tests/DatagramSocket.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 namespace {
 
@@ -96,15 +94,10 @@ TEST_ROWS(Check, StopsAtTheFirstFault, checkRows) {
 namespace {
 
 constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
-constexpr char settings[] =
-    "{'enabled':true,'receivedLimit':3,'sentLimit':2,'smsCommands':{'enabled':true,'checkinEnabled':true,"
-    "'rebootEnabled':true,'whitelist':{'enabled':true,'numbers':[]},'password':{'enabled':true,'text':''}}}";
-
-std::string answer(const char* change) {
-  Json::Value envelope = json("{'code':200}");
-  envelope["result"] = json(settings);
-  const Json::Value changes = json(change);
-  for (const std::string& key : changes.getMemberNames()) envelope["result"][key] = changes[key];
+std::string answer(const char* changes) {
+  Json::Value envelope = json("{'code':200,'result':{'enabled':true,'receivedLimit':3,'sentLimit':2}}");
+  envelope["result"]["smsCommands"] = json(commandSettings);
+  envelope["result"] = merged(envelope["result"], json(changes));
   return CannedApi::ok(envelope.toStyledString());
 }
 
@@ -152,7 +145,7 @@ const EndRow endRows[] = {
     {"NoRootFolder", "chdir", "{}", 1, "working directory to \"/\". [1][Operation not permitted]"},
     {"NoNullDevice", "open", "{}", 1, "open null device failed!"},
     {"SwitchedOff", "none", "{'enabled':false}", 0, "Exit: the sms are disabled."},
-    {"CommandsBeforeLimits", "none", "{'smsCommands':{},'sentLimit':'x'}", 1,
+    {"CommandsBeforeLimits", "none", "{'smsCommands':null,'sentLimit':'x'}", 1,
      "Exit: Failed to set SmsCommand config"},
     {"LargestLimits", "none", "{'receivedLimit':4294967295,'sentLimit':4294967295}", 0,
      "Error reading sms timings"},

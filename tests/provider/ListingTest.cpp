@@ -2,9 +2,7 @@
 #include <ctime>
 
 #include "provider/Listing.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
 using testing::MatchesRegex;
 

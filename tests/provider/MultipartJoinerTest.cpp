@@ -1,6 +1,5 @@
 #include "provider/MultipartJoiner.h"
-#include "tests/Json.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
 const Row<const char*, const char*> joinRows[] = {
     {"None", "[]", "[]"},

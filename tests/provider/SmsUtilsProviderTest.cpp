@@ -5,10 +5,7 @@
 
 #include "provider/SmsUtilsProvider.h"
 #include "storage/MessageStatus.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using testing::HasSubstr;
 

@@ -1,7 +1,6 @@
 #include "provider/GsmAlphabet.h"
 #include "provider/UserData.h"
-#include "tests/Json.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
 struct ByteRow {
   const char* name;

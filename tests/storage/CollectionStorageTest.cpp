@@ -7,10 +7,7 @@
 #include "storage/MessageStatus.h"
 #include "storage/MessageStore.h"
 #include "storage/StatusCollectionStorageDecorator.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using namespace MessageStatus;
 

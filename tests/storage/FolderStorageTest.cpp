@@ -2,10 +2,7 @@
 
 #include "storage/FolderStorage.h"
 #include "storage/MoveFolderStorage.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using testing::HasSubstr;
 

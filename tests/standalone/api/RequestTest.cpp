@@ -7,8 +7,7 @@
 #include <sstream>
 
 #include "standalone/api/StrictJson.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using namespace Standalone;
 
