@@ -22,7 +22,6 @@ const Row<std::string, const char*> answerRows[] = {
     {"RootIsNotAnObject", CannedApi::ok("[200]"), noCode},
     {"NegativeCode", CannedApi::ok("{\"code\": -1}"), "request failed with response code: -1"},
     {"NoCode", CannedApi::ok("{}"), noCode},
-    {"NullCode", CannedApi::ok("{\"code\": null}"), noCode},
     {"NoJson", CannedApi::ok("OK"), noJson},
     {"Large", CannedApi::ok("{\"code\": 200, \"x\": \"" + std::string(100000, 'x') + "\"}"), ""},
     {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", noJson},

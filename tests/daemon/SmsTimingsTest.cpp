@@ -13,7 +13,6 @@ const std::string many = "1,2,3," + std::string(118, ',');  // three characters 
 // No seconds: reading fails.
 const Row<std::string, std::vector<std::uint32_t>> timingsRows[] = {
     {"List", "timings-sms=[30,60,300]\n", {30, 60, 300}},
-    {"WithoutBrackets", "timings-sms=30,60\n", {30, 60}},
     {"EmptyPieces", "timings-sms=[[,30,,60],]\n", {30, 60}},
     {"Blanks", "timings-sms=[ 30, 60 ]\n", {30, 60}},
     {"NoFinalNewline", "timings-sms=[30]", {30}},

@@ -114,7 +114,6 @@ const Row<const char*, const char*> decodeRows[] = {
     {"HighBytesPass", "é\xFF", "é\xFF"},
     {"UpperSecondDigit", R"(\x0A)", "\n"},
     {"FirstOfTheExtension", R"(\x80)", "?"},
-    {"Braces", R"(\xa8\xa9)", "{}"},
     {"LastDecodable", R"(\xaf)", "\\"},
     {"UpperFirstDigitEnds", R"(A\x41\xB1\x41)", R"(AA\xB1\x41)"},
     {"UpperAEnds", R"(\x41\xA8)", R"(A\xA8)"},

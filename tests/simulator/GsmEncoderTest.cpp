@@ -88,25 +88,19 @@ TEST_ROWS(SplitText, IsReadByTheDaemon, splitRows) {
   EXPECT_EQ(whole, GetParam().text);
 }
 
-struct RefusalRow {
-  const char* name;
-  std::string text;
-  unsigned parts;
-  const char* problem;
-};
-const RefusalRow refusalRows[] = {
-    {"CharacterOutsideTheAlphabet", "aж", 0, "no \"ж\""},
-    {"Tab", "\t", 0, "no \"\t\""},
-    {"InvalidUtf8", "ab\xff", 0, "byte 3"},
-    {"TruncatedUtf8", "\xc3", 0, "byte 1"},
-    {"OverlongUtf8", "\xc0\xaf", 0, "byte 1"},
-    {"MorePartsThanCharacters", "ab", 3, "3 parts"},
-    {"TooLong", times(153 * 255 + 1, "a"), 0, "256 parts"},
+const Row<std::string, const char*> refusalRows[] = {
+    {"CharacterOutsideTheAlphabet", "aж", "no \"ж\""},
+    {"Tab", "\t", "no \"\t\""},
+    {"InvalidUtf8", "ab\xff", "byte 3"},
+    {"TruncatedUtf8", "\xc3", "byte 1"},
+    {"OverlongUtf8", "\xc0\xaf", "byte 1"},
+    {"MorePartsThanCharacters", "ab", "3 parts"},
+    {"TooLong", times(153 * 255 + 1, "a"), "256 parts"},
 };
 TEST_ROWS(RefusedText, IsExplained, refusalRows) {
   GsmEncoder encoder;
-  const std::string problem = encoder.encode(GetParam().text, {false, GetParam().parts, 1});
-  EXPECT_NE(problem.find(GetParam().problem), std::string::npos) << problem;
+  const std::string problem = encoder.encode(GetParam().given, {false, 3, 1});
+  EXPECT_NE(problem.find(GetParam().expected), std::string::npos) << problem;
 }
 
 }  // namespace

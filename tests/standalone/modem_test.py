@@ -22,6 +22,7 @@ from virtual_modem import VirtualModem
 
 SMS = os.path.abspath(sys.argv.pop(1))
 CONFIG = pathlib.Path("/run/smsconfig")
+os.environ["SMS_CONFIG"] = str(CONFIG)
 STATE = pathlib.Path("/run/veld-sms/state")
 ALL_OF_GSM = pdu.ALPHABET.replace("\x1b", "") + "".join(pdu.EXTENSIONS)
 TEXTS = [
@@ -54,7 +55,7 @@ class Engine:
         self.plug_in()
 
     def sms(self, *words, status=0):
-        call = subprocess.run([SMS, *words], env={**os.environ, "SMS_CONFIG": str(CONFIG)}, capture_output=True)
+        call = subprocess.run([SMS, *words], capture_output=True)
         if status is not None:
             self.assertEqual(call.returncode, status, (words, call.stderr.decode()))
         return call.stderr.decode() if status else call.stdout.decode()
@@ -77,12 +78,22 @@ class Engine:
         file.write_bytes(text.encode() if isinstance(text, str) else text)
         return self.sms("--verbose", "send", "-f", str(file), number, status=status)
 
-    def receive(self, *texts, sender="+4917011111"):
-        """Sends them one after the other, so that ModemManager sees each."""
-        for text in texts:
-            for message in pdu.deliveries(sender, text):
-                self.modem.receive(message)
-                self.settle()
+    def deliver(self, *messages):
+        """Delivers one after the other, so that ModemManager sees each."""
+        for message in messages:
+            self.modem.receive(message)
+            self.settle()
+
+    def receive(self, text):
+        self.deliver(*pdu.deliveries("+4917011111", text))
+
+    def give_pins(self):
+        self.configure("pin = 1111")
+        for _ in range(2):
+            self.assertIn(self.refused_pin, self.sms("list", "unread", status=1))
+        self.configure("pin = 1234")
+        self.sms("list", "unread")
+        self.assertEqual(self.modem.pins, ["1111", "1234"])
 
     def daemon(self, gateway):
         """Makes the real daemon use the tool under test."""
@@ -144,7 +155,7 @@ class Engine:
         self.sms("list", "unread")
         reader, writer = os.pipe()
         os.close(reader)
-        subprocess.run([SMS, "list", "read"], env={**os.environ, "SMS_CONFIG": str(CONFIG)}, stdout=writer)
+        subprocess.run([SMS, "list", "read"], stdout=writer)
         os.close(writer)
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 1)
@@ -152,24 +163,19 @@ class Engine:
     def test_a_long_message_waits_for_its_parts_up_to_a_limit(self):
         now = time.time()
         parts = pdu.deliveries("+4917011111", "p" * 300)
-        for message in [parts[0], pdu.deliveries("+4917022222", "o" * 300, 2, when=now - 71 * 3600)[0],
-                        pdu.deliveries("+4917033333", "q" * 300, 3, when=now - 73 * 3600)[1]]:
-            self.modem.receive(message)
-            self.settle()
+        self.deliver(parts[0], pdu.deliveries("+4917022222", "o" * 300, 2, when=now - 71 * 3600)[0],
+                     pdu.deliveries("+4917033333", "q" * 300, 3, when=now - 73 * 3600)[1])
         [line] = self.texts("list", "unread")
         self.assertIn("Incomplete message", line)
-        self.modem.receive(parts[1])
-        self.settle()
+        self.deliver(parts[1])
         self.assertEqual(self.texts("list", "unread"), ["p" * 300])
         self.assertEqual(len(self.texts("list", "read")), 2)
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 1)
 
     def test_data_is_listed_in_hex(self):
-        self.modem.receive(pdu.deliver("+49", b"\x01\x00\xff", 4))
-        self.settle()
-        self.modem.receive(pdu.deliver("+49", b"\x01\x06\x01\xbe\x00", 4, bytes.fromhex("05040b8423f0")))
-        self.settle()
+        self.deliver(pdu.deliver("+49", b"\x01\x00\xff", 4),
+                     pdu.deliver("+49", b"\x01\x06\x01\xbe\x00", 4, bytes.fromhex("05040b8423f0")))
         self.assertEqual(self.texts("list", "unread"),
                          ["8-bit data, octets 0100FF", "MMS notification, octets 010601BE00"])
 
@@ -212,7 +218,7 @@ class Engine:
 
 
 class PortTest(Engine, unittest.TestCase):
-    refusal = "the network is out of order"
+    refusal, refused_pin = "the network is out of order", "refuse"
 
     def plug_in(self):
         pathlib.Path("/run/port").unlink(missing_ok=True)
@@ -255,12 +261,7 @@ class PortTest(Engine, unittest.TestCase):
     def test_the_pin_is_tried_once(self):
         self.modem.pin = "1234"
         self.assertIn("settings have none", self.sms("list", "unread", status=1))
-        self.configure("pin = 1111")
-        for _ in range(2):
-            self.assertIn("refuse", self.sms("list", "unread", status=1))
-        self.configure("pin = 1234")
-        self.sms("list", "unread")
-        self.assertEqual(self.modem.pins, ["1111", "1234"])
+        self.give_pins()
 
     def test_no_sim_and_no_modem(self):
         self.modem.has_sim = False
@@ -275,8 +276,7 @@ class PortTest(Engine, unittest.TestCase):
     def test_a_call_that_was_killed_disturbs_no_other(self):
         self.modem.delay = 0.03
         for moment in (0.02, 0.08, 0.14, 0.2, 0.23):
-            call = subprocess.Popen([SMS, "send", "-f", "/etc/passwd", "+49170"],
-                                    env={**os.environ, "SMS_CONFIG": str(CONFIG)})
+            call = subprocess.Popen([SMS, "send", "-f", "/etc/passwd", "+49170"])
             time.sleep(moment)
             call.kill()
             call.wait()
@@ -290,7 +290,7 @@ class PortTest(Engine, unittest.TestCase):
 
 
 class ManagerTest(Engine, unittest.TestCase):
-    refusal = "38"
+    refusal, refused_pin = "38", ""
 
     def plug_in(self):
         self.name = "modem-" + secrets.token_hex(8)  # abstract names are shared by the machine
@@ -311,24 +311,19 @@ class ManagerTest(Engine, unittest.TestCase):
             kind for memory in self.modem.memories.values() for kind, _ in memory.messages.values()))
         self.sms("status")  # it answers in order
 
-    def an_hour_passes(self):
-        STATE.write_text(re.sub("^looked .*", "looked -3600 0", STATE.read_text(), flags=re.M))
+    def set_last_look(self, values):
+        STATE.write_text(re.sub("^looked .*", f"looked {values}", STATE.read_text(), flags=re.M))
+        self.sms("list", "unread")
 
     def look_again(self):
-        self.an_hour_passes()
-        self.sms("list", "unread")
+        self.set_last_look("-3600 0")  # an hour before the start of the machine
 
     def test_the_pin_is_given(self):
         self.manager.kill()
         self.modem.pin = "1234"
         self.manager.start()
         wait_for("the locked modem", lambda: "locked" in self.sms("status", status=None))
-        self.configure("pin = 1111")
-        for _ in range(2):
-            self.sms("list", "unread", status=1)
-        self.configure("pin = 1234")
-        self.sms("list", "unread")
-        self.assertEqual(self.modem.pins, ["1111", "1234"])
+        self.give_pins()
 
     def test_messages_that_come_together_are_found(self):
         self.modem.delay = 0.05
@@ -341,9 +336,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.assertLess(len(known), 10)  # ModemManager itself loses them
         self.sms("list", "read")
         self.sms("delete", "read")
-        STATE.write_text(re.sub("^looked .*", f"looked {-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1",
-                                STATE.read_text(), flags=re.M))
-        self.sms("list", "unread")
+        self.set_last_look(f"{-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1")
         self.assertCountEqual(known + self.texts("list", "unread"), texts)
 
     def test_calls_that_the_manager_rejects_for_now_are_repeated(self):

@@ -44,30 +44,29 @@ class Folders {
 }  // namespace
 
 TEST(FolderCollectionStorage, HasAFolderForEachStatusAndMovesNothing) {
-  const TemporaryFolder root;
-  FolderCollectionStorage storage(root.path, root.path + "/staging");
-  const std::pair<int, const char*> folders[] = {{Received, "/inbox/received/1"},
-                                                 {Sending, "/outbox/sending/1"},
-                                                 {Sent, "/outbox/sent/1"},
-                                                 {Failed, "/outbox/failed/1"}};
-  for (const auto& [status, file] : folders) {
+  const Folders folders;
+  FolderCollectionStorage& storage = *folders.storage;
+  const std::pair<int, const char*> files[] = {{Received, "/inbox/received/1"},
+                                               {Sending, "/outbox/sending/1"},
+                                               {Sent, "/outbox/sent/1"},
+                                               {Failed, "/outbox/failed/1"}};
+  for (const auto& [status, file] : files) {
     storage.save(json("{'guid':'1'}"), status);
     storage.move(Json::nullValue, status, status % Failed + 1);
-    EXPECT_TRUE(std::filesystem::exists(root.path + file)) << file;
+    EXPECT_TRUE(std::filesystem::exists(folders.root.path + file)) << file;
     EXPECT_EQ(storage.load(Json::nullValue, status).size(), 1u);
     EXPECT_EQ(storage.load(Json::nullValue, status % Failed + 1).size(), 0u);
     storage.remove(json("{'guid':'1'}"), status);
-    EXPECT_FALSE(std::filesystem::exists(root.path + file)) << file;
+    EXPECT_FALSE(std::filesystem::exists(folders.root.path + file)) << file;
   }
 }
 
 TEST(FolderCollectionStorage, TakesAnUnknownStatus) {
-  const TemporaryFolder root;
-  FolderCollectionStorage storage(root.path, root.path + "/staging");
+  const Folders folders;
   for (const int status : {-1, 0, 5}) {
-    storage.save(json("{'guid':'1'}"), status);
-    storage.remove(Json::nullValue, status);
-    EXPECT_EQ(storage.load(Json::nullValue, status), Json::Value());
+    folders.storage->save(json("{'guid':'1'}"), status);
+    folders.storage->remove(Json::nullValue, status);
+    EXPECT_EQ(folders.storage->load(Json::nullValue, status), Json::Value());
   }
 }
 

@@ -1,8 +1,6 @@
 #include "tests/Rows.h"
 #include "veldctl/Output.h"
 
-namespace {
-
 const Row<std::string, const char*> printableRows[] = {
     {"Plain", "Grüße", "Grüße"},
     {"Escape", "\x1b[2J", "#033[2J"},
@@ -38,5 +36,3 @@ const CutRow cutRows[] = {
 TEST_ROWS(Cut, CountsColumns, cutRows) {
   EXPECT_EQ(Output::cut(GetParam().text, GetParam().columns), GetParam().cut);
 }
-
-}  // namespace

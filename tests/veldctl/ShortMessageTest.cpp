@@ -1,8 +1,6 @@
 #include "tests/Rows.h"
 #include "veldctl/ShortMessage.h"
 
-namespace {
-
 const Row<const char*, bool> numberRows[] = {
     {"Digits", "112", true},
     {"Plus", "+49", true},
@@ -54,5 +52,3 @@ TEST_ROWS(Shape, IsCounted, shapeRows) {
   EXPECT_EQ(shape.messages, GetParam().messages);
   EXPECT_EQ(shape.fault.empty() ? shape.outside : "", GetParam().outside);
 }
-
-}  // namespace
