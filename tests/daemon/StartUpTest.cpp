@@ -66,29 +66,25 @@ int sigaction(int signal, const struct sigaction* action, struct sigaction* befo
 /// The `main` of the daemon, under another name in this program.
 int daemonMain();
 
-struct CheckRow {
-  const char* name;
-  const char* settings;
-  std::optional<int> status;
-  const char* log;  ///< the reason
-};
-constexpr char noSwitch[] = "the sms enabled key has invalid value or it is missing.";
-const CheckRow checkRows[] = {
-    {"Nothing", "{}", 1, noSwitch},
-    {"EnabledIsText", "{'enabled':'true'}", 1, noSwitch},
-    {"EnabledIsNumber", "{'enabled':1}", 1, noSwitch},
-    {"OnlyEnabled", "{'enabled':true}", 1, "the sms sent limit key has invalid value or it is missing."},
-    {"OnlyDisabled", "{'enabled':false}", 0, "the sms are disabled."},
-    {"NullSentLimit", "{'enabled':true,'sentLimit':null}", 1,
-     "the sms received limit key has invalid value or it is missing."},
-    {"NullReceivedLimit", "{'enabled':true,'sentLimit':'x','receivedLimit':null}", 1,
-     "the smsCommands sub-collection is invalid or missing."},
-    {"Complete", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", std::nullopt, ""},
+constexpr char noSwitch[] = "1 [ERROR] Exit: the sms enabled key has invalid value or it is missing.\n";
+// Expected: the exit status, if the daemon is to end, and the log.
+const Row<const char*, const char*> checkRows[] = {
+    {"Nothing", "{}", noSwitch},
+    {"EnabledIsText", "{'enabled':'true'}", noSwitch},
+    {"EnabledIsNumber", "{'enabled':1}", noSwitch},
+    {"OnlyEnabled", "{'enabled':true}",
+     "1 [ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
+    {"OnlyDisabled", "{'enabled':false}", "0 [ERROR] Exit: the sms are disabled.\n"},
+    {"NullSentLimit", "{'enabled':true,'sentLimit':null}",
+     "1 [ERROR] Exit: the sms received limit key has invalid value or it is missing.\n"},
+    {"NullReceivedLimit", "{'enabled':true,'sentLimit':'x','receivedLimit':null}",
+     "1 [ERROR] Exit: the smsCommands sub-collection is invalid or missing.\n"},
+    {"Complete", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", ""},
 };
 TEST_ROWS(Check, StopsAtTheFirstFault, checkRows) {
   LogCapture log;
-  EXPECT_EQ(checkSettings(json(GetParam().settings)), GetParam().status);
-  EXPECT_EQ(log.text(), GetParam().status ? std::string("[ERROR] Exit: ") + GetParam().log + "\n" : "");
+  const std::optional<int> status = checkSettings(json(GetParam().given));
+  EXPECT_EQ((status ? std::to_string(*status) + " " : "") + log.text(), GetParam().expected);
 }
 
 namespace {

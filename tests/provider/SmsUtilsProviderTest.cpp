@@ -113,9 +113,8 @@ struct SendRow {
   const char* log;   ///< the end of what is logged
 };
 constexpr char sendLine[] =
-    "[INFO] bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send -f /tmp/sms/sms-tmp +49 >> "
-    "/var/log/veld.log "
-    "2>&1'\n";
+    "[INFO] bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send -f /tmp/sms/sms-tmp +49 "
+    ">> /var/log/veld.log 2>&1'\n";
 const SendRow sendRows[] = {
     {"Text", "{'recipient':'+49','message':'two\\nlines'}", "", true, "two\nlines", sendLine},
     {"NumericRecipient", "{'recipient':49,'message':'a'}", "", true, "a",

@@ -48,13 +48,14 @@ class Api {
   Api(const Api&) = delete;
   Api& operator=(const Api&) = delete;
 
-  // The whole answer.
+  // The body of the answer.
   std::string answer() const {
     std::string all;
     char piece[4096];
     for (ssize_t count; (count = recv(socket_, piece, sizeof piece, 0)) > 0;)
       all.append(piece, static_cast<std::size_t>(count));
-    return all;
+    const std::size_t end = all.find("\r\n\r\n");
+    return end == std::string::npos ? "" : all.substr(end + 4);
   }
 
   // Whether it waits for a lock before it ends.
@@ -97,11 +98,6 @@ struct ApiFolder : TemporaryFolder {
   std::string sent() const { return readFile(path + "/bin/sent"); }
 };
 
-std::string bodyOf(const std::string& answer) {
-  const std::size_t end = answer.find("\r\n\r\n");
-  return end == std::string::npos ? "" : answer.substr(end + 4);
-}
-
 }  // namespace
 
 const Row<std::string, const char*> answerRows[] = {
@@ -121,7 +117,7 @@ const Row<std::string, const char*> answerRows[] = {
 TEST_ROWS(Request, IsAnswered, answerRows) {
   const ApiFolder folder;
   const Api api(folder, GetParam().given);
-  EXPECT_EQ(bodyOf(api.answer()), GetParam().expected);
+  EXPECT_EQ(api.answer(), GetParam().expected);
 }
 
 struct SettingsRow {
@@ -133,7 +129,7 @@ TEST_ROWS(FaultySettings, AreAnsweredWith500AndPermitNothing, faultyRows) {
   const ApiFolder folder("echo run", GetParam().settings);
   for (const std::string& request : {std::string("GET /api/sms HTTP/1.1\r\n\r\n"), post("own")}) {
     Api api(folder, request);
-    EXPECT_EQ(bodyOf(api.answer()), R"({"code":500,"result":"the settings cannot be read"})");
+    EXPECT_EQ(api.answer(), R"({"code":500,"result":"the settings cannot be read"})");
     api.end();
   }
   EXPECT_EQ(folder.sent(), "");
@@ -143,10 +139,9 @@ TEST(InstalledSettings, PermitNothing) {
   const ApiFolder folder("", readFile(SOURCES "/settings.json").c_str());
   const Api settingsApi(folder, "GET /api/sms HTTP/1.1\r\n\r\n");
   std::string fault;
-  EXPECT_EQ(parseStrictJson(bodyOf(settingsApi.answer()), fault).value_or(Json::Value())["result"]["enabled"],
-            true);
+  EXPECT_EQ(parseStrictJson(settingsApi.answer(), fault).value_or(Json::Value())["result"]["enabled"], true);
   const Api api(folder, post("own"));
-  EXPECT_EQ(bodyOf(api.answer()), R"({"code":403,"result":"the command is switched off"})");
+  EXPECT_EQ(api.answer(), R"({"code":403,"result":"the command is switched off"})");
 }
 
 const Row<const char*, const char*> sentRows[] = {
@@ -159,7 +154,7 @@ const Row<const char*, const char*> sentRows[] = {
 TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
   const ApiFolder folder(GetParam().given);
   Api api(folder, post("do_ping_through_sms"));
-  EXPECT_EQ(bodyOf(api.answer()), R"({"code":200,"result":null})");
+  EXPECT_EQ(api.answer(), R"({"code":200,"result":null})");
   api.end();
   EXPECT_EQ(folder.sent(), GetParam().expected);
 }
@@ -169,10 +164,10 @@ TEST(ProgramThatWaits, HoldsNoAnswerAndOneOtherProgram) {
   const std::string pipe = folder.path + "/pipe";
   mkfifo(pipe.c_str(), 0600);
   Api first(folder, post("do_ping_through_sms"));
-  EXPECT_EQ(bodyOf(first.answer()), R"({"code":200,"result":null})");
+  EXPECT_EQ(first.answer(), R"({"code":200,"result":null})");
   std::ofstream unlocked(pipe);  // opens once the program reads
   Api second(folder, post("own"));
-  EXPECT_EQ(bodyOf(second.answer()), R"({"code":200,"result":null})");
+  EXPECT_EQ(second.answer(), R"({"code":200,"result":null})");
   EXPECT_TRUE(second.waitsForALock());
   unlocked << "go\n" << std::flush;
   first.end();
