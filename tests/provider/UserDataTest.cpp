@@ -24,9 +24,7 @@ const ByteRow byteRows[] = {
     {"Bell", "\\a", 7, 2},
     {"Tab", "\\t", 9, 2},
     {"VerticalTab", "\\v", 11, 2},
-    {"UnknownInsideTheTable", "\\e", -1, 2},
-    {"BelowTheTable", "\\!", -1, 2},
-    {"AboveTheTable", "\\w", -1, 2},
+    {"UnknownEscape", "\\e", -1, 2},
     {"HighByteBehindBackslash", "\\\xE9", -1, 2},
     {"LoneBackslash", "\\", -1, 2},
     {"End", "", 0, 1},
@@ -42,51 +40,49 @@ TEST(EscapedByte, IsZeroPastTheEnd) {
   EXPECT_EQ(readEscapedByte(cursor, "abc"), 0);
 }
 
-struct HeaderRow {
-  const char* name;
-  const char* text;
-  const char* record;
-  const char* rest;
-};
-const HeaderRow headerRows[] = {
-    {"Empty", "", "null", ""},
-    {"UndecodableReference16Low", R"(\x06\x08\x04\x12\xzz\x03\x02)",
-     "{'part-id':4863,'part-index':1,'part-count':3}", ""},
-    {"UndecodableReference16", R"(\x06\x08\x04\xzz\x34\x03\x02)",
-     "{'part-id':65332,'part-index':1,'part-count':3}", ""},
-    {"FillOctetOnce", R"(\x05\x00\x03\x2a\x02\x01\x00\x00Hello)",
-     "{'part-id':42,'part-index':0,'part-count':2}", R"(\x00Hello)"},
-    {"HeaderLengthOne", R"(\x01\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
-     "Hello"},
-    {"PrintedOctets", R"(\x05\x00\x03*\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
-     "Hello"},
-    {"NamedEscapes", R"(\a\x08\x04\n\f\r\b!)", "{'part-id':2572,'part-index':7,'part-count':13}", "!"},
-    {"AnyHeaderLength", R"(\x63\x00\x03\x2a\x02\x01Hello)", "{'part-id':42,'part-index':0,'part-count':2}",
-     "Hello"},
-    {"NoHeaderLength", R"(\x00\x00\x03\x2a\x02\x01Hello)", "null", R"(\x00\x00\x03\x2a\x02\x01Hello)"},
-    {"UndecodableLength", R"(\xzz\x00\x03\x2a\x02\x01Hello)", "null", R"(\xzz\x00\x03\x2a\x02\x01Hello)"},
-    {"OtherElement", R"(\x05\x05\x03\x2a\x02\x01Hello)", "null", R"(\x05\x05\x03\x2a\x02\x01Hello)"},
-    {"WrongLength8", R"(\x05\x00\x04\x2a\x02\x01Hello)", "null", R"(\x05\x00\x04\x2a\x02\x01Hello)"},
-    {"WrongLength16", R"(\x06\x08\x03\x12\x34\x03\x02)", "null", R"(\x06\x08\x03\x12\x34\x03\x02)"},
-    {"UndecodableReference8", R"(\x05\x00\x03\xzz\x02\x01)", "null", R"(\x05\x00\x03\xzz\x02\x01)"},
-    {"UndecodableCount", R"(\x05\x00\x03\x2a\xzz\x01)", "null", R"(\x05\x00\x03\x2a\xzz\x01)"},
-    {"UndecodableNumber", R"(\x05\x00\x03\x2a\x02\xzz)", "null", R"(\x05\x00\x03\x2a\x02\xzz)"},
-    {"NumberZero", R"(\x05\x00\x03\x2a\x02\x00Hello)", "null", "Hello"},
-    {"NumberAboveCount", R"(\x05\x00\x03\x2a\x02\x03Hello)", "null", "Hello"},
-    {"CutBehindReference", R"(\x05\x00\x03\x2a)", "null", ""},
-    {"CutInsideNumber", R"(\x05\x00\x03\x2a\x02\x0)", "null", R"(\x05\x00\x03\x2a\x02\x0)"},
+namespace {
+
+// The reference, the index and the count of a part, then the rest of the text. "-" without a header.
+std::string described(const Json::Value& record, const std::string& rest) {
+  if (record.isNull()) return "- " + rest;
+  return record["part-id"].asString() + " " + record["part-index"].asString() + "/" +
+         record["part-count"].asString() + " " + rest;
+}
+
+}  // namespace
+
+const Row<const char*, const char*> headerRows[] = {
+    {"Empty", "", "- "},
+    {"UndecodableReference16Low", R"(\x06\x08\x04\x12\xzz\x03\x02)", "4863 1/3 "},
+    {"UndecodableReference16", R"(\x06\x08\x04\xzz\x34\x03\x02)", "65332 1/3 "},
+    {"FillOctetOnce", R"(\x05\x00\x03\x2a\x02\x01\x00\x00Hello)", R"(42 0/2 \x00Hello)"},
+    {"HeaderLengthOne", R"(\x01\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
+    {"PrintedOctets", R"(\x05\x00\x03*\x02\x01Hello)", "42 0/2 Hello"},
+    {"NamedEscapes", R"(\a\x08\x04\n\f\r\b!)", "2572 7/13 !"},
+    {"AnyHeaderLength", R"(\x63\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
+    {"NoHeaderLength", R"(\x00\x00\x03\x2a\x02\x01Hello)", R"(- \x00\x00\x03\x2a\x02\x01Hello)"},
+    {"UndecodableLength", R"(\xzz\x00\x03\x2a\x02\x01Hello)", R"(- \xzz\x00\x03\x2a\x02\x01Hello)"},
+    {"OtherElement", R"(\x05\x05\x03\x2a\x02\x01Hello)", R"(- \x05\x05\x03\x2a\x02\x01Hello)"},
+    {"WrongLength8", R"(\x05\x00\x04\x2a\x02\x01Hello)", R"(- \x05\x00\x04\x2a\x02\x01Hello)"},
+    {"WrongLength16", R"(\x06\x08\x03\x12\x34\x03\x02)", R"(- \x06\x08\x03\x12\x34\x03\x02)"},
+    {"UndecodableReference8", R"(\x05\x00\x03\xzz\x02\x01)", R"(- \x05\x00\x03\xzz\x02\x01)"},
+    {"UndecodableCount", R"(\x05\x00\x03\x2a\xzz\x01)", R"(- \x05\x00\x03\x2a\xzz\x01)"},
+    {"UndecodableNumber", R"(\x05\x00\x03\x2a\x02\xzz)", R"(- \x05\x00\x03\x2a\x02\xzz)"},
+    {"NumberZero", R"(\x05\x00\x03\x2a\x02\x00Hello)", "- Hello"},
+    {"NumberAboveCount", R"(\x05\x00\x03\x2a\x02\x03Hello)", "- Hello"},
+    {"CutBehindReference", R"(\x05\x00\x03\x2a)", "- "},
+    {"CutInsideNumber", R"(\x05\x00\x03\x2a\x02\x0)", R"(- \x05\x00\x03\x2a\x02\x0)"},
 };
 TEST_ROWS(Header, IsRemoved, headerRows) {
   Json::Value record;
-  std::string text = GetParam().text;
+  std::string text = GetParam().given;
   parseUserDataHeader(record, text);
-  EXPECT_EQ(record, json(GetParam().record));
-  EXPECT_EQ(text, GetParam().rest);
+  EXPECT_EQ(described(record, text), GetParam().expected);
 }
 
 const Row<const char*, const char*> unescapeRows[] = {
     {"All", R"(\"\\\n\r\t)", "\"\\\n\r\t"},
-    {"BackslashIsNotLookedAtAgain", R"(a\\nb)", R"(a\nb)"},
+    {"ResolvedBackslashBeginsNoEscape", R"(a\\nb)", R"(a\nb)"},
     {"HexStays", R"(\x41)", R"(\x41)"},
     {"OtherEscapesStay", R"(\a\?\')", R"(\a\?\')"},
     {"OtherEscapeHidesABackslash", R"(\\x\q\\n)", R"(\x\q\n)"},
@@ -115,7 +111,6 @@ const Row<const char*, const char*> decodeRows[] = {
     {"UpperSecondDigit", R"(\x0A)", "\n"},
     {"FirstOfTheExtension", R"(\x80)", "?"},
     {"LastDecodable", R"(\xaf)", "\\"},
-    {"UpperFirstDigitEnds", R"(A\x41\xB1\x41)", R"(AA\xB1\x41)"},
     {"UpperAEnds", R"(\x41\xA8)", R"(A\xA8)"},
     {"LowerBEnds", R"(\x41\xb1\x41)", R"(A\xb1\x41)"},
     {"NoDigitEnds", R"(\x41\x\x41)", R"(A\x\x41)"},
@@ -129,8 +124,8 @@ const Row<const char*, const char*> decodeRows[] = {
     {"EscapeUnknownCharacter", R"(\x1b[b)", "b"},
     {"EscapeAtTheEnd", R"(a\x1b)", "a"},
     {"EscapeBeforeEscape", R"(\x1B\x14)", "x14"},
-    {"ByteBehindNothingIsPassedOver", R"(\x1b[\x41\x41)", R"(\x41A)"},
-    {"BackslashFromATableBeginsNothing", R"(\xafx41)", R"(\x41)"},
+    {"EscapeThatGivesNothingSkipsAByte", R"(\x1b[\x41\x41)", R"(\x41A)"},
+    {"DecodedBackslashBeginsNoEscape", R"(\xafx41)", R"(\x41)"},
 };
 TEST_ROWS(Decode, ReplacesHexEscapes, decodeRows) {
   const std::string text = GetParam().given;

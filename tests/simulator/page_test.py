@@ -80,8 +80,10 @@ class PageTest(unittest.TestCase):
                                        "one => one.textContent.includes(arguments[1]))", selector, text)
         WebDriverWait(self.page, 20).until(shown, f'no {selector} shows "{text}"')
 
-    def click(self, label):
+    def click(self, label, selector="body", text=""):
+        """Clicks the button, and waits until an element of the selector shows the text."""
         self.page.find_element(By.XPATH, f'//button[normalize-space()="{label}"]').click()
+        self.see(selector, text)
 
     def write(self, text):
         box = self.one("#text")
@@ -89,12 +91,10 @@ class PageTest(unittest.TestCase):
         box.send_keys(text, Keys.ENTER)
 
     def run_pass(self):
-        self.click("Run a pass")
-        self.see("#said", "1 pass, 5 seconds.")
+        self.click("Run a pass", "#said", "1 pass, 5 seconds.")
 
     def test_the_example_reaches_the_api_and_is_answered(self):
-        self.click("Send")
-        self.see("#conversation .written", "p secret #ping 8.8.8.8 3")
+        self.click("Send", "#conversation .written", "p secret #ping 8.8.8.8 3")
         self.run_pass()
         self.see("#requests code", "POST /api/command/do_ping_through_sms")
         self.see("#requests pre", '{"recipients": ["+4917012345"], "args": ["8.8.8.8","3"]}')
@@ -116,30 +116,23 @@ class PageTest(unittest.TestCase):
 
     def test_a_command_that_the_api_refuses_is_not_carried_out(self):
         outcomes = self.count("#requests .outcome")
-        self.click("API answers 500")
-        self.see("#faults", "api: code 500")
+        self.click("API answers 500", "#faults", "api: code 500")
         self.write("p secret #wifi")
         self.run_pass()
         self.see("#requests .card", "POST /api/command/send_wifistatus_sms answered 500")
         self.see("#log .ERROR", "request failed with response code: 500")
-        self.click("Repair everything")
-        self.see("#faults", "Everything works.")
+        self.click("Repair everything", "#faults", "Everything works.")
         self.run_pass()
         self.assertEqual(self.count("#requests .outcome"), outcomes)
 
     def test_a_refused_message_is_retried_and_sent(self):
-        self.click("Modem refuses this number")
-        self.see("#faults", "refused: +4917022222")
-        self.click("Queue it")
-        self.see("#said", "Queued as")
+        self.click("Modem refuses this number", "#faults", "refused: +4917022222")
+        self.click("Queue it", "#said", "Queued as")
         self.run_pass()
         self.see("#messages .card:has(.failed)", "3 retries left")
-        self.click("Wait 30 s")
-        self.see("#messages .card:has(.failed)", "2 retries left")
-        self.click("Repair everything")
-        self.see("#faults", "Everything works.")
-        self.click("Wait 5 min")
-        self.see("#messages .card:has(.sent)", "Tank 3 is nearly empty")
+        self.click("Wait 30 s", "#messages .card:has(.failed)", "2 retries left")
+        self.click("Repair everything", "#faults", "Everything works.")
+        self.click("Wait 5 min", "#messages .card:has(.sent)", "Tank 3 is nearly empty")
         self.see("#log .ERROR", "Error to send SMS.")
         self.see("#sender", "+4917022222")
 
@@ -150,22 +143,20 @@ class PageTest(unittest.TestCase):
             self.see("#messages .card:has(.received) .tag", "no command: " + why)
 
     def test_a_hang_is_shown_and_ended(self):
-        self.click("Tool hangs")
-        self.see("#faults", "unread: hang")
-        self.click("Run a pass")
-        self.see("#daemon", 'the tool hangs in "unread" for ')
+        self.click("Tool hangs", "#faults", "unread: hang")
+        self.click("Run a pass", "#daemon", 'the tool hangs in "unread" for ')
         self.see("#said.wrong", 'Pass 1 does not end: the tool hangs in "unread"; "repair" ends that.')
-        self.click("Restart")
-        self.see("#said.wrong", "The daemon's pass does not end: the tool hangs in")
-        self.click("Repair everything")
-        self.see("#daemon", "veld runs")
+        self.click("Restart", "#said.wrong", "The daemon's pass does not end: the tool hangs in")
+        self.click("Repair everything", "#daemon", "veld runs")
         self.run_pass()
 
-    def test_a_daemon_that_ended_can_be_started(self):
-        self.command("kill")
+    def test_the_console_answers_and_kills_the_daemon_which_can_be_started(self):
+        for command in ("recieve +49 hello", "kill"):
+            self.one("#console-line").clear()
+            self.one("#console-line").send_keys(command, Keys.ENTER)
+        self.see("#log .wrong", "did you mean: receive NUMBER TEXT")
         self.see("#daemon", "veld ended with status signal 9")
-        self.click("Start")
-        self.see("#daemon", "veld runs")
+        self.click("Start", "#daemon", "veld runs")
 
     def test_open_pages_do_not_keep_commands_waiting(self):
         pages = [http.client.HTTPConnection(self.address.split("/")[2]) for _ in range(40)]
@@ -204,15 +195,6 @@ class PageTest(unittest.TestCase):
                 self.write(text)
                 self.run_pass()
                 self.see("#messages .card:has(.received) .text", text)
-
-    def command(self, text):
-        line = self.one("#console-line")
-        line.clear()
-        line.send_keys(text, Keys.ENTER)
-
-    def test_the_console_answers(self):
-        self.command("recieve +49 hello")
-        self.see("#log .wrong", "did you mean: receive NUMBER TEXT")
 
     def test_the_keyboard_reaches_everything_and_shows_where_it_is(self):
         wanted = self.page.execute_script(
