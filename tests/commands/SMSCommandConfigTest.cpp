@@ -12,26 +12,21 @@ TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
   EXPECT_FALSE(config.enabled || config.whitelistEnabled || config.passwordEnabled);
 }
 
-struct FlagRow {
-  const char* name;  ///< the only flag that is true; optional flags are missing
-  int command;
-};
-const FlagRow flagRows[] = {
-    {"checkinEnabled", 1},      {"rebootEnabled", 2},      {"rmEnabled", 3},
-    {"setCellularEnabled", 4},  {"apnEnabled", 5},         {"cellularStatusEnabled", 6},
-    {"radioEnabled", 7},        {"ethernetEnabled", 8},    {"wanStatusEnabled", 9},
-    {"wifiEnabled", 10},        {"pingEnabled", 11},       {"serialEnabled", 12},
-    {"geopositionEnabled", 13}, {"lnsRestartEnabled", 14}, {"wanIpsEnabled", 15},
-    {"otherEnabled", 0},
-};
-TEST_ROWS(Flag, PermitsItsCommandAlone, flagRows) {
-  Json::Value settings = least;
-  settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
-  settings[GetParam().name] = true;
-  SMSCommandConfig config;
-  ASSERT_TRUE(config.setConfig(settings));
-  for (int command = -1; command <= SMSCMD_COUNT; ++command)
-    EXPECT_EQ(config.isCommandEnabled(command), command > 0 && command == GetParam().command) << command;
+TEST(SMSCommandConfig, PermitsEachCommandByItsOwnFlag) {
+  const char* const flags[] = {
+      "otherEnabled",       "checkinEnabled",     "rebootEnabled",         "rmEnabled",
+      "setCellularEnabled", "apnEnabled",         "cellularStatusEnabled", "radioEnabled",
+      "ethernetEnabled",    "wanStatusEnabled",   "wifiEnabled",           "pingEnabled",
+      "serialEnabled",      "geopositionEnabled", "lnsRestartEnabled",     "wanIpsEnabled"};
+  for (int permitted = 0; permitted < SMSCMD_COUNT; ++permitted) {
+    Json::Value settings = least;
+    settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
+    settings[flags[permitted]] = true;
+    SMSCommandConfig config;
+    ASSERT_TRUE(config.setConfig(settings));
+    for (int command = -1; command <= SMSCMD_COUNT; ++command)
+      EXPECT_EQ(config.isCommandEnabled(command), command > 0 && command == permitted) << command;
+  }
 }
 
 constexpr char unparsable[] = "Unable to parse SMS Commands configuration\n";

@@ -74,26 +74,23 @@ TEST(StrictJson, SurvivesDeepNesting) {
   EXPECT_NE(fault, "");
 }
 
-struct ReplyRow {
-  const char* name;
-  std::string output;
-  bool succeeded;
-  std::string reply;
-};
-const ReplyRow replyRows[] = {
-    {"Output", " 3 answers\n", true, "3 answers"},
-    {"OutputOfAFailure", "no host\n", false, "no host"},
-    {"Nothing", "\n", true, "done"},
-    {"NothingAndFailed", "", false, "failed"},
-    {"LineFeed", "a\nb", true, "a\nb"},
-    {"ControlCharacter", "a\tb\x1b[0m", true, "a?b?[0m"},
-    {"NoUtf8", "a\xff\xc3", true, "a??"},
-    {"ThreeMessages", times(459, "a"), true, times(459, "a")},
-    {"MoreThanThree", times(460, "a"), true, times(459, "a")},
-    {"ExtensionTable", times(300, "€"), true, times(228, "€")},
-    {"Ucs2", times(300, "Ж"), true, times(201, "Ж")},
-    {"Emoji", times(300, "🙂"), true, times(99, "🙂")},
+const Row<std::string, std::string> replyRows[] = {
+    {"Output", " 3 answers\n", "3 answers"},
+    {"Nothing", "\n", "done"},
+    {"LineFeed", "a\nb", "a\nb"},
+    {"ControlCharacter", "a\tb\x1b[0m", "a?b?[0m"},
+    {"NoUtf8", "a\xff\xc3", "a??"},
+    {"ThreeMessages", times(459, "a"), times(459, "a")},
+    {"MoreThanThree", times(460, "a"), times(459, "a")},
+    {"ExtensionTable", times(300, "€"), times(228, "€")},
+    {"Ucs2", times(300, "Ж"), times(201, "Ж")},
+    {"Emoji", times(300, "🙂"), times(99, "🙂")},
 };
 TEST_ROWS(Reply, IsAtMostThreeMessages, replyRows) {
-  EXPECT_EQ(replyText(GetParam().output, GetParam().succeeded), GetParam().reply);
+  EXPECT_EQ(replyText(GetParam().given, true), GetParam().expected);
+}
+
+TEST(Reply, SaysThatASilentProgramFailed) {
+  EXPECT_EQ(replyText("", false), "failed");
+  EXPECT_EQ(replyText("no host\n", false), "no host");
 }
