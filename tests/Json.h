@@ -12,14 +12,14 @@ inline Json::Value jsonAsItIs(const std::string& text) {
   return value;
 }
 
-/// JSON from a text in the test's source, with ' for ".
+/// Parses JSON that is written with ' instead of ".
 inline Json::Value json(std::string text) {
   for (char& c : text)
     if (c == '\'') c = '"';
   return jsonAsItIs(text);
 }
 
-/// `base` with the members of `changes`. Where both have an object, its other members stay.
+/// Returns `base` with the members of `changes`. Objects in both are merged.
 inline Json::Value merged(Json::Value base, const Json::Value& changes) {
   for (const std::string& key : changes.getMemberNames())
     base[key] =

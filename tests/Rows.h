@@ -5,14 +5,14 @@
 #include <string>
 #include <type_traits>
 
-/// A long text for a row.
+/// Returns `count` copies of `text`.
 inline std::string times(std::size_t count, const std::string& text) {
   std::string all;
   while (count-- > 0) all += text;
   return all;
 }
 
-/// A row of a table that compares one value with what a function makes of another.
+/// A row that gives a function one value and compares its result with the expected one.
 template <typename Given, typename Expected>
 struct Row {
   const char* name;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What most tests include.
+// The headers that most tests include.
 
 #include "tests/Json.h"
 #include "tests/LogCapture.h"

@@ -25,10 +25,10 @@ const Row<std::string, const char*> answerRows[] = {
     {"NoJson", CannedApi::ok("OK"), noJson},
     {"Large", CannedApi::ok("{\"code\": 200, \"x\": \"" + std::string(100000, 'x') + "\"}"), ""},
     {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", noJson},
-    {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200}", noTransfer},
-    {"HungUp", "", noTransfer},
+    {"TruncatedBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200}", noTransfer},
+    {"ConnectionClosedAtOnce", "", noTransfer},
 };
-TEST_ROWS(Answer, CountsByItsCodeAlone, answerRows) {
+TEST_ROWS(Answer, IsASuccessOnlyWithCode200, answerRows) {
   const CannedApi api(GetParam().given);
   LogCapture log;
   const std::string error = GetParam().expected;

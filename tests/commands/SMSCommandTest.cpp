@@ -38,12 +38,12 @@ const ParseRow parseRows[] = {
     {"NoHash", "checkin", SMSCMD_UNKNOWN, "", {"checkin"}, noPasswordOrCommand},
     {"MarkerAlone", "p", SMSCMD_UNKNOWN, "", {"p"}, noPasswordOrCommand},
     {"MarkerInAWord", "password #checkin", SMSCMD_UNKNOWN, "", {"password", "#checkin"}, noPasswordOrCommand},
-    {"NoCommandBehindPassword", "p secret", SMSCMD_UNKNOWN, "secret", {"p", "secret"}, noCommand},
-    {"NoHashBehindPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalid("")},
+    {"NoCommandAfterPassword", "p secret", SMSCMD_UNKNOWN, "secret", {"p", "secret"}, noCommand},
+    {"NoHashAfterPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalid("")},
     {"TwoBlanksBeforeTheCommand", "p secret  #checkin", SMSCMD_UNKNOWN, "secret", {"#checkin"}, invalid("")},
     {"PasswordOfTwoWords", "p my secret #checkin", SMSCMD_UNKNOWN, "my", {"#checkin"}, invalid("")},
     {"UnknownKeyword", "#Format", SMSCMD_UNKNOWN, "", {}, invalid("format")},
-    {"KeywordAndMore", "#pings", SMSCMD_UNKNOWN, "", {}, invalid("pings")},
+    {"KeywordWithSuffix", "#pings", SMSCMD_UNKNOWN, "", {}, invalid("pings")},
 };
 TEST_ROWS(Parse, FindsTheCommand, parseRows) {
   const ParseRow& row = GetParam();
@@ -58,7 +58,7 @@ TEST_ROWS(Parse, FindsTheCommand, parseRows) {
 }
 
 // The tests of the documents compare keyword, path and flag of each command with local-api.md.
-TEST(CommandTable, HasItsOrder) {
+TEST(CommandTable, ListsTheCommandsInOrder) {
   std::string rows;
   for (const CommandRow& row : commandRows)
     rows += std::to_string(row.id) + row.name + "=" + std::to_string(row.executor) + " ";
@@ -71,10 +71,10 @@ TEST(CommandTable, HasItsOrder) {
 
 struct ValidateRow {
   const char* name;
-  const char* changes;  ///< merged into "whitelist", "password" or the settings themselves
+  const char* changes;  ///< of the settings
   const char* message;
   const char* source;
-  const char* log;  ///< the last line; a refusal's is an error
+  const char* log;  ///< the last line
 };
 constexpr char succeeded[] = "[INFO] SMSCommand::validateSMSCommand validation of command succeeded.\n";
 constexpr char disabled[] = "[ERROR] SMSCommand::validateSMSCommand: SMS Commands are disabled\n";
@@ -89,23 +89,23 @@ const ValidateRow validateRows[] = {
     {"ListedNumber", listOn, "#ping", "1234567", succeeded},
     {"ListedText", listOn, "#ping", "+49170", succeeded},
     {"Stranger", listOn, "#ping", "4567890", stranger},
-    {"StrangerBeforeTheText", listOn, "", "4567890", stranger},
+    {"StrangerIsRefusedBeforeParsing", listOn, "", "4567890", stranger},
     {"PlusMissing", listOn, "#ping", "49170", stranger},
-    {"BeginOfAListedNumber", listOn, "#ping", "123456", stranger},
-    {"ListedNumberAndMore", listOn, "#ping", "12345678", stranger},
+    {"PrefixOfAListedNumber", listOn, "#ping", "123456", stranger},
+    {"ListedNumberWithSuffix", listOn, "#ping", "12345678", stranger},
     {"NoNumber", listOn, "#ping", "", stranger},
     {"EmptyList", "{'whitelist':{'enabled':true,'numbers':[]}}", "#ping", "1234567", stranger},
     {"ListIsText", "{'whitelist':{'enabled':true,'numbers':'1234567'}}", "#ping", "1234567", stranger},
     {"NoCommand", "{}", "hello", "1234567", noPasswordOrCommand},
     {"RightPassword", passwordOn, "p secret #ping", "4567890", succeeded},
     {"WrongPassword", passwordOn, "p Secret #ping", "4567890", wrongPassword},
-    {"BeginOfThePassword", passwordOn, "p secre #ping", "4567890", wrongPassword},
+    {"PrefixOfThePassword", passwordOn, "p secre #ping", "4567890", wrongPassword},
     {"EmptyPassword", "{'password':{'enabled':true,'text':''}}", "#ping", "4567890", succeeded},
     {"PasswordIsANumber", "{'password':{'enabled':true,'text':1234}}", "p 1234 #ping", "4567890", succeeded},
     {"PasswordMissing", passwordOn, "#ping", "1234567", wrongPassword},
-    {"PasswordAndMore", passwordOn, "p secrets #ping", "1234567", wrongPassword},
-    {"CommandBeforePassword", passwordOn, "p wrong #format", "1234567", invalidFormat},
-    {"PasswordNotAskedFor", "{}", "p wrong #ping", "4567890", succeeded},
+    {"PasswordWithSuffix", passwordOn, "p secrets #ping", "1234567", wrongPassword},
+    {"CommandIsCheckedBeforeThePassword", passwordOn, "p wrong #format", "1234567", invalidFormat},
+    {"UnneededPasswordIsIgnored", "{}", "p wrong #ping", "4567890", succeeded},
 };
 TEST_ROWS(Validate, ChecksNumberTextAndPassword, validateRows) {
   const ValidateRow& row = GetParam();
@@ -145,7 +145,7 @@ TEST(Execute, IsTrueWhenTheRequestFails) {
   Commands commands(
       "{'pingEnabled':true,'enabled':false,'whitelist':{'enabled':true},'password':{'enabled':true}}");
   LogCapture log;
-  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // nothing is escaped
+  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // the body escapes nothing
   EXPECT_THAT(
       log.text(),
       EndsWith(

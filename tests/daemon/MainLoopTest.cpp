@@ -17,7 +17,7 @@ using namespace MessageStatus;
 
 namespace {
 
-// They obey one command of one number.
+// These changes permit only #reboot, and only from the number 1.
 constexpr char rebootByNumber1[] = "{'checkinEnabled':false,'whitelist':{'enabled':true,'numbers':['1']}}";
 constexpr char firstPart[] =
     "{'guid':'1','source':'1','part-id':7,'part-count':2,'part-index':0,'message':'#re ... "
@@ -141,7 +141,7 @@ TEST_F(Pass, FilesAPartThatFillsNoGap) {
   again["guid"] = "3";
   pass({again.toStyledString(), "{'guid':'4','part-id':7,'message':'','parts':[null,null,'x']}"});
   EXPECT_THAT(world_.names(Received), ElementsAre("1", "3", "4"));
-  EXPECT_EQ(world_.folders->loads[Received], 5);  // once a pass, and once for each save under a limit
+  EXPECT_EQ(world_.folders->loads[Received], 5);  // once in each pass, and once for each save under a limit
 }
 
 TEST_F(Pass, IgnoresStoredFilesThatCannotTakeThePart) {
@@ -170,10 +170,10 @@ TEST_F(Pass, SendsQueuedMessages) {
   world_.provider.onSend = [this] { ++now_; };
   world_.put("{'guid':'4','recipient':'bad'}", Sending);
   pass();
-  EXPECT_EQ(retry_.lastTime, 1003u);  // the retry step set it, and the timer runs already
+  EXPECT_EQ(retry_.lastTime, 1003u);  // the retry step set it; a running timer is not restarted
 }
 
-TEST_F(Pass, MovesTheRecordThatWasSentAndNotItsGuid) {
+TEST_F(Pass, MovesOnlyTheSentRecordOfTwoWithTheSameGuid) {
   for (const int to : {Sent, Failed}) {
     if (to == Failed) world_.provider.refused = {"one"};
     world_.put("{'guid':'1','recipient':'one'}", Sending);

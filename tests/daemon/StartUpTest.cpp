@@ -130,7 +130,7 @@ std::string receiveAll(DatagramSocket& syslog) {
 struct EndRow {
   const char* name;
   const char* failingCall;
-  const char* settings;  ///< changes
+  const char* settings;  ///< changes of the settings
   int status;            ///< negative for a signal
   const char* log;       ///< the end of the last line
 };
@@ -148,7 +148,7 @@ const EndRow endRows[] = {
     {"NegativeLimit", "none", "{'receivedLimit':-1}", -SIGABRT, "Exit: LargestInt out of UInt range"},
     {"LimitAbove32Bits", "none", "{'sentLimit':4294967296}", -SIGABRT, "Exit: LargestInt out of UInt range"},
 };
-TEST_ROWS(End, HasItsStatusAndItsLine, endRows) {
+TEST_ROWS(End, HasAnExitStatusAndALogLine, endRows) {
   const EndRow& row = GetParam();
   std::filesystem::remove_all("/var/config");
   const CannedApi api(answer(row.settings));
@@ -178,13 +178,13 @@ TEST(StartUp, InstallsTheHandlerBeforeItAsksForTheSettings) {
   EXPECT_THAT(receiveAll(syslog), testing::EndsWith("Error reading sms timings\n"));
 }
 
-TEST(StartUp, LogsToTheTerminalThatThereIsNoSyslog) {
+TEST(StartUp, WarnsOnStandardErrorWithoutSyslog) {
   LogCapture log;
   EXPECT_EQ(runDaemon("fork"), 1);
   EXPECT_EQ(log.text(), "[WARNING] unable to log to syslog\n");
 }
 
-TEST(Main, MakesTheFoldersInTheirOrder) {
+TEST(Main, CreatesTheFoldersInOrder) {
   const TemporaryFolder folder({{"mkdir", "#!/bin/sh\necho \"$@\" >>/tmp/made\n"}});
   std::filesystem::permissions(folder.path + "/mkdir", std::filesystem::perms{0755});
   const CannedApi api(answer("{}"));
@@ -255,7 +255,7 @@ TEST(StartUp, GivesTheDaemonTheSameStateWhateverItsStarterDid) {
             "catches 15\nclosed for tools\n");
 }
 
-TEST(TerminationHandler, InterruptsCallsAndStays) {
+TEST(TerminationHandler, InterruptsCallsAndStaysInstalled) {
   ASSERT_TRUE(installTerminationHandler());
   struct sigaction action;
   sigaction(SIGTERM, nullptr, &action);
@@ -270,7 +270,7 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
   std::signal(SIGTERM, SIG_DFL);
 }
 
-TEST(TerminationHandler, IsNamedOnStandardErrorWhereItCannotBeInstalled) {
+TEST(TerminationHandler, ReportsAFailedSigaction) {
   LogCapture log;
   failing = "sigaction";
   EXPECT_FALSE(installTerminationHandler());

@@ -6,17 +6,17 @@ struct ByteRow {
   const char* name;
   const char* text;
   int byte;
-  std::size_t cursor;  ///< where it stands afterwards
+  std::size_t cursor;  ///< its new position
 };
 const ByteRow byteRows[] = {
     {"Plain", "a", 'a', 1},
     {"PlainHighByte", "\xE9", 0xE9, 1},
     {"HexUpper", "\\xFF", 255, 4},
     {"HexLower", "\\xa0", 160, 4},
-    {"HexNoDigit", "\\xg0", -1, 4},
-    {"HexNoUpperDigit", "\\xG0", -1, 4},
+    {"HexWithLowerG", "\\xg0", -1, 4},
+    {"HexWithUpperG", "\\xG0", -1, 4},
     {"HexOneDigit", "\\x1", -1, 4},
-    {"HexNoDigits", "\\x", -1, 4},
+    {"HexWithoutDigits", "\\x", -1, 4},
     {"Quote", "\\\"", '"', 2},
     {"Apostrophe", "\\'", '\'', 2},
     {"QuestionMark", "\\?", '?', 2},
@@ -25,7 +25,7 @@ const ByteRow byteRows[] = {
     {"Tab", "\\t", 9, 2},
     {"VerticalTab", "\\v", 11, 2},
     {"UnknownEscape", "\\e", -1, 2},
-    {"HighByteBehindBackslash", "\\\xE9", -1, 2},
+    {"HighByteAfterBackslash", "\\\xE9", -1, 2},
     {"LoneBackslash", "\\", -1, 2},
     {"End", "", 0, 1},
 };
@@ -55,12 +55,12 @@ const Row<const char*, const char*> headerRows[] = {
     {"Empty", "", "- "},
     {"UndecodableReference16Low", R"(\x06\x08\x04\x12\xzz\x03\x02)", "4863 1/3 "},
     {"UndecodableReference16", R"(\x06\x08\x04\xzz\x34\x03\x02)", "65332 1/3 "},
-    {"FillOctetOnce", R"(\x05\x00\x03\x2a\x02\x01\x00\x00Hello)", R"(42 0/2 \x00Hello)"},
-    {"HeaderLengthOne", R"(\x01\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
+    {"OneFillOctetIsRemoved", R"(\x05\x00\x03\x2a\x02\x01\x00\x00Hello)", R"(42 0/2 \x00Hello)"},
+    {"HeaderLength1", R"(\x01\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
     {"PrintedOctets", R"(\x05\x00\x03*\x02\x01Hello)", "42 0/2 Hello"},
     {"NamedEscapes", R"(\a\x08\x04\n\f\r\b!)", "2572 7/13 !"},
-    {"AnyHeaderLength", R"(\x63\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
-    {"NoHeaderLength", R"(\x00\x00\x03\x2a\x02\x01Hello)", R"(- \x00\x00\x03\x2a\x02\x01Hello)"},
+    {"HeaderLength99", R"(\x63\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
+    {"HeaderLength0", R"(\x00\x00\x03\x2a\x02\x01Hello)", R"(- \x00\x00\x03\x2a\x02\x01Hello)"},
     {"UndecodableLength", R"(\xzz\x00\x03\x2a\x02\x01Hello)", R"(- \xzz\x00\x03\x2a\x02\x01Hello)"},
     {"OtherElement", R"(\x05\x05\x03\x2a\x02\x01Hello)", R"(- \x05\x05\x03\x2a\x02\x01Hello)"},
     {"WrongLength8", R"(\x05\x00\x04\x2a\x02\x01Hello)", R"(- \x05\x00\x04\x2a\x02\x01Hello)"},
@@ -70,8 +70,8 @@ const Row<const char*, const char*> headerRows[] = {
     {"UndecodableNumber", R"(\x05\x00\x03\x2a\x02\xzz)", R"(- \x05\x00\x03\x2a\x02\xzz)"},
     {"NumberZero", R"(\x05\x00\x03\x2a\x02\x00Hello)", "- Hello"},
     {"NumberAboveCount", R"(\x05\x00\x03\x2a\x02\x03Hello)", "- Hello"},
-    {"CutBehindReference", R"(\x05\x00\x03\x2a)", "- "},
-    {"CutInsideNumber", R"(\x05\x00\x03\x2a\x02\x0)", R"(- \x05\x00\x03\x2a\x02\x0)"},
+    {"TruncatedAfterTheReference", R"(\x05\x00\x03\x2a)", "- "},
+    {"TruncatedInTheNumber", R"(\x05\x00\x03\x2a\x02\x0)", R"(- \x05\x00\x03\x2a\x02\x0)"},
 };
 TEST_ROWS(Header, IsRemoved, headerRows) {
   Json::Value record;
@@ -85,10 +85,10 @@ const Row<const char*, const char*> unescapeRows[] = {
     {"ResolvedBackslashBeginsNoEscape", R"(a\\nb)", R"(a\nb)"},
     {"HexStays", R"(\x41)", R"(\x41)"},
     {"OtherEscapesStay", R"(\a\?\')", R"(\a\?\')"},
-    {"OtherEscapeHidesABackslash", R"(\\x\q\\n)", R"(\x\q\n)"},
+    {"BackslashAfterAnotherEscape", R"(\\x\q\\n)", R"(\x\q\n)"},
     {"LoneBackslash", "a\\", "a\\"},
 };
-TEST_ROWS(Unescape, ResolvesItsFiveEscapes, unescapeRows) {
+TEST_ROWS(Unescape, ResolvesFiveEscapes, unescapeRows) {
   std::string text = GetParam().given;
   unescapeText(text);
   EXPECT_EQ(text, GetParam().expected);
@@ -107,17 +107,17 @@ TEST(GsmAlphabet, IsComplete) {
 }
 
 const Row<const char*, const char*> decodeRows[] = {
-    {"HighBytesPass", "é\xFF", "é\xFF"},
+    {"HighBytesStay", "é\xFF", "é\xFF"},
     {"UpperSecondDigit", R"(\x0A)", "\n"},
     {"FirstOfTheExtension", R"(\x80)", "?"},
     {"LastDecodable", R"(\xaf)", "\\"},
-    {"UpperAEnds", R"(\x41\xA8)", R"(A\xA8)"},
-    {"LowerBEnds", R"(\x41\xb1\x41)", R"(A\xb1\x41)"},
-    {"NoDigitEnds", R"(\x41\x\x41)", R"(A\x\x41)"},
-    {"NoSecondDigit", R"(\x4g)", "è"},
+    {"UpperAEndsTheDecoding", R"(\x41\xA8)", R"(A\xA8)"},
+    {"LowerBEndsTheDecoding", R"(\x41\xb1\x41)", R"(A\xb1\x41)"},
+    {"MissingDigitEndsTheDecoding", R"(\x41\x\x41)", R"(A\x\x41)"},
+    {"InvalidSecondDigit", R"(\x4g)", "è"},
     {"HexPrefix", R"(\x0x41)", "@41"},
-    {"CutBehindX", R"(a\x)", R"(a\x)"},
-    {"CutBehindOneDigit", R"(a\x4)", "aè"},
+    {"TruncatedAfterX", R"(a\x)", R"(a\x)"},
+    {"TruncatedAfterOneDigit", R"(a\x4)", "aè"},
     {"DoubledBackslash", R"(\\x41)", "\\A"},
     {"EscapeWithoutExtension", R"(\x1bA)", "?"},
     {"EscapeFirstByteOfTwo", "\\x1b\xC3\xA4", "?\xA4"},

@@ -45,16 +45,16 @@ struct ShapeRow {
   const char* name;
   const char* shapes;
   const char* line;
-  const char* problem;  // empty: none
+  const char* problem;  // empty for none
 };
 const ShapeRow shapeRows[] = {
     {"Nothing", "", "x", ""},
     {"OneTooMany", "", "x a", "\"a\" is one word too many."},
-    {"MayBeMissing", "NUMBER [TEXT]", "x 1", ""},
-    {"AsManyAsWanted", "NUMBER...", "x 1 2 3", ""},
-    {"NoneOfMany", "NUMBER...", "x", "NUMBER is missing."},
+    {"OptionalWordIsMissing", "NUMBER [TEXT]", "x 1", ""},
+    {"AnyNumberOfWords", "NUMBER...", "x 1 2 3", ""},
+    {"FirstOfManyIsMissing", "NUMBER...", "x", "NUMBER is missing."},
     {"Choice", "api|tool", "x tool", ""},
-    {"NoChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
+    {"NotAChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
     {"ChoiceOrAny", "TEXT|off", "x on", ""},
     {"Number", "N", "x 65535", ""},
     {"TooLarge", "N", "x 65536", "\"65536\" is not a whole number from 0 to 65535."},
@@ -67,9 +67,9 @@ const ShapeRow shapeRows[] = {
     {"WrongList", "[--order N,N]", "x --order 2,b",
      "--order: \"2,b\" is not a list of whole numbers such as 2,1."},
     {"SecondShape", "api N, disk full", "x disk full", ""},
-    {"ShapeThatWasMeant", "api N, api slow N, disk full", "x api slow", "N is missing."},
+    {"ErrorOfTheNearestShape", "api N, api slow N, disk full", "x api slow", "N is missing."},
 };
-TEST_ROWS(ShapeOf, IsFollowed, shapeRows) {
+TEST_ROWS(Shapes, AreEnforced, shapeRows) {
   Arguments given;
   EXPECT_EQ(given.read(GetParam().shapes, wordsOf(GetParam().line)), GetParam().problem);
 }

@@ -36,7 +36,7 @@ struct World {
 const Row<const char*, const char*> failingRows[] = {
     {"UnknownCommand", "\nrecieve x y\nstatus", "script:2: recieve x y"},
     {"UnknownCommandInTheLastLine", "recieve x y", "did you mean: receive NUMBER TEXT"},
-    {"NothingLikeIt", "xyz", "\"help\" lists them"},
+    {"UnknownCommandWithoutSuggestion", "xyz", "\"help\" lists them"},
     {"MissingWord", "queue 1", "TEXT is missing. Write it as: queue NUMBER TEXT [--retries N]"},
     {"NotANumber", "fault tool send fail 0", "is not a whole number from 1"},
     {"NotADay", "date 2026-02-30", "\"2026-02-30\" is not a day"},
@@ -44,7 +44,7 @@ const Row<const char*, const char*> failingRows[] = {
     {"NotASignal", "kill STOP", "\"STOP\" is not KILL, TERM"},
     {"SettingWithoutAValue", "settings enabled", "The value for enabled is missing"},
     {"UnknownSetting", "settings a.b 1", "no place \"a.b\""},
-    {"SettingWhosePlaceIsGone", "settings smsCommands --remove\npassword x", "no place for that"},
+    {"SettingInARemovedObject", "settings smsCommands --remove\npassword x", "no place for that"},
     {"OpenQuote", "queue 1 \"2", "A quote is not closed"},
     {"PartThatDoesNotExist", "receive 1 2 --hold 2", "The message has 1 part;"},
     {"NotRunning", "pass", "The daemon is not running. \"start\" starts it"},
@@ -62,10 +62,10 @@ const Row<const char*, const char*> failingRows[] = {
     {"ExpectAnotherRefusal", "bad\nexpect-wrong x", "expect-wrong x\n  came: "},
     {"ExpectNothing", "faults\nexpect", "script:2: expect\n  came: "},
     {"UnexpectedEnding", "start\nkill\nexpect-exit 0", "came: status signal 9"},
-    {"UnnoticedEnding", "start\nkill\nawait exit",
+    {"EndingWithoutACheck", "start\nkill\nawait exit",
      "the end: the daemon must end with status 0\n  came: status signal 9"},
 };
-TEST_ROWS(FailingScript, SaysWhy, failingRows) {
+TEST_ROWS(FailingScript, PrintsTheReason, failingRows) {
   World world;
   const Printed output(std::cout);
   const Printed errors(std::cerr);
@@ -95,7 +95,7 @@ const Row<const char*, const char*> answerRows[] = {
      "The modem has 1 message from 1, in 2 parts, 1 part repeated."},
     {"HelpForACheck", "help expect-count", "expect-count N\nin a script: the last output must have N lines"},
 };
-TEST_ROWS(AnswerTo, Is, answerRows) {
+TEST_ROWS(ConsoleLine, IsAnswered, answerRows) {
   World world;
   EXPECT_EQ(world.interpreter.execute(GetParam().given).text, GetParam().expected);
 }

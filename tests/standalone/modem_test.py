@@ -1,5 +1,5 @@
-"""The tool `sms` with a virtual modem, by the real ModemManager and by a port: modem_test.py GATEWAY SMS
-In a gateway of its own; the daemon is the real one."""
+"""Tests the tool `sms` with a virtual modem, through the real ModemManager and through a port:
+modem_test.py GATEWAY SMS, in a private gateway. The daemon is the real one."""
 import json
 import os
 import pathlib
@@ -37,7 +37,7 @@ OUTGOING = [text for _, text in TEXTS if text != "Hello"]
 
 
 class Engine:
-    """The tests of both engines. A class says how the modem is plugged in."""
+    """The tests that run with each engine. A subclass connects the modem."""
 
     places = (10, 400)
 
@@ -64,13 +64,13 @@ class Engine:
         return re.findall(r'^user-data: "(.*)"$', self.sms(*words), re.M)
 
     def keep_log(self, log):
-        """ModemManager writes there, too, and would block without a reader."""
+        """Reads the log: ModemManager writes to it, too, and would block without a reader."""
         while line := log.recv(4000).decode():
             if found := re.match(r"<\d+>.* sms\[\d+\]: (.*)", line):
                 self.lines.put(found[1])
 
     def logged(self):
-        """The next line of the tool in the system's log."""
+        """Returns the next line that the tool logs."""
         return self.lines.get(timeout=10)
 
     def send(self, text, status=0, number="+4917011111"):
@@ -97,7 +97,7 @@ class Engine:
 
     def daemon(self, gateway):
         """Makes the real daemon use the tool under test."""
-        pathlib.Path("/dev/log").unlink()  # it is the gateway's now
+        pathlib.Path("/dev/log").unlink()  # the gateway provides it now
         write_program("/run/gateway/bin/sms", f"SMS_CONFIG={CONFIG} exec {SMS} \"$@\"\n")
         gateway.run("start")
 
@@ -126,7 +126,7 @@ class Engine:
         self.assertEqual(len(list(FOLDERS["sent"].iterdir())), len(OUTGOING))
 
     def test_root_leaves_the_state_to_its_owner(self):
-        """The daemon may run as its own user, while a person asks as root."""
+        """The daemon may run as its own user, and a person may run the tool as root."""
         folder = STATE.parent
         folder.mkdir(mode=0o700, exist_ok=True)
         for path in (folder, *folder.iterdir()):
@@ -235,7 +235,7 @@ class PortTest(Engine, unittest.TestCase):
     def renew_registration(self, _):
         pass
 
-    def test_what_cannot_be_deleted_is_not_listed_again(self):
+    def test_a_message_that_cannot_be_deleted_is_not_listed_again(self):
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")
@@ -266,14 +266,14 @@ class PortTest(Engine, unittest.TestCase):
     def test_no_sim_and_no_modem(self):
         self.modem.has_sim = False
         self.assertEqual(self.sms("list", "unread", status=1), "sms: no SIM\n")
-        self.assertEqual(self.sms("status", status=1), "")  # it shows the problem on its standard output
+        self.assertEqual(self.sms("status", status=1), "")  # status prints the problem to standard output
         self.modem.has_sim = True
         self.modem.unplug()
         self.assertIn("no modem", self.sms("list", "unread", status=1))
         self.plug_in()
         self.sms("list", "unread")
 
-    def test_a_call_that_was_killed_disturbs_no_other(self):
+    def test_a_killed_call_does_not_disturb_the_next(self):
         self.modem.delay = 0.03
         for moment in (0.02, 0.08, 0.14, 0.2, 0.23):
             call = subprocess.Popen([SMS, "send", "-f", "/etc/passwd", "+49170"])
@@ -299,7 +299,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.addCleanup(self.manager.stop)
         self.manager.start()
         wait_for("the modem", self.manager.has_modem)
-        self.sms("list", "unread")  # enables it
+        self.sms("list", "unread")  # enables the modem
         wait_for("the network", lambda: "registration: home" in self.sms("status", status=None))
 
     def configure(self, more):
@@ -309,7 +309,7 @@ class ManagerTest(Engine, unittest.TestCase):
         """Waits until ModemManager has fetched and shows the new messages."""
         wait_for("ModemManager to fetch", lambda: all(
             kind for memory in self.modem.memories.values() for kind, _ in memory.messages.values()))
-        self.sms("status")  # it answers in order
+        self.sms("status")  # ModemManager answers in order
 
     def set_last_look(self, values):
         STATE.write_text(re.sub("^looked .*", f"looked {values}", STATE.read_text(), flags=re.M))
@@ -325,7 +325,7 @@ class ManagerTest(Engine, unittest.TestCase):
         wait_for("the locked modem", lambda: "locked" in self.sms("status", status=None))
         self.give_pins()
 
-    def test_messages_that_come_together_are_found(self):
+    def test_messages_that_arrive_together_are_found(self):
         self.modem.delay = 0.05
         texts = [f"message {i}" for i in range(10)]
         for text in texts:
@@ -350,7 +350,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.settle()
         self.assertEqual(self.texts("list", "unread"), ["two"])
 
-    def test_marks_of_another_run_of_the_manager_mean_nothing(self):
+    def test_marks_of_an_earlier_run_of_the_manager_are_ignored(self):
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")

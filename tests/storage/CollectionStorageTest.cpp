@@ -61,7 +61,7 @@ TEST(FolderCollectionStorage, HasAFolderForEachStatusAndMovesNothing) {
   }
 }
 
-TEST(FolderCollectionStorage, TakesAnUnknownStatus) {
+TEST(FolderCollectionStorage, IgnoresAnUnknownStatus) {
   const Folders folders;
   for (const int status : {-1, 0, 5}) {
     folders.storage->save(json("{'guid':'1'}"), status);
@@ -95,8 +95,8 @@ TEST_ROWS(Move, WritesTheStatus, moveRows) {
 struct MoveFilterRow {
   const char* name;
   const char* filter;
-  const char* left;   ///< the files of each status afterwards
-  unsigned removals;  ///< that fail
+  const char* left;  ///< the files of each status afterwards
+  unsigned failedRemovals;
 };
 const MoveFilterRow moveFilterRows[] = {
     {"AllRecords", "null", "| | | 1 2 ", 2},  // the first removal empties the folder
@@ -104,7 +104,7 @@ const MoveFilterRow moveFilterRows[] = {
     {"Record", "{'guid':'1','message':'a'}", "| 2 other | | 1 ", 0},
     {"NoRecord", "{'guid':'1','message':'c'}", "| 1 2 other | | ", 0},
 };
-TEST_ROWS(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord, moveFilterRows) {
+TEST_ROWS(MoveFilter, SelectsRecordsAndRemovesOncePerRecord, moveFilterRows) {
   Folders folders;
   folders.put(json("{'guid':'1','message':'a'}"), Sending);
   folders.put(json("{'guid':'1','message':'b'}"), Sending, "other");
@@ -116,14 +116,14 @@ TEST_ROWS(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord, moveFilterRows)
   unsigned failures = 0;
   for (auto at = text.find("Cannot remove"); at != std::string::npos; at = text.find("Cannot remove", at + 1))
     ++failures;
-  EXPECT_EQ(failures, GetParam().removals) << text;
+  EXPECT_EQ(failures, GetParam().failedRemovals) << text;
 }
 
 TEST(Move, AcceptsValuesThatAreNotObjects) {
   Folders folders;
   folders.put(json("[1]"), Sending, "1");
   StatusCollectionStorageDecorator(folders.storage).move(json("null"), Sending, Sent);
-  EXPECT_EQ(folders.names(), "| | | ");  // it has no guid for a file name
+  EXPECT_EQ(folders.names(), "| | | ");  // without a guid it has no file name
 }
 
 struct LimitRow {
@@ -136,7 +136,7 @@ const LimitRow limitRows[] = {
     {"ReceivedBelow", "[[],['7','6']]", Received, "5 6 7 | | | "},
     {"ReceivedFull", "[[],['7','6','8']]", Received, "5 7 8 | | | "},
     {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "5 7 8 9 | | | "},
-    {"ReceivedBytewise", "[[],['9','10','8']]", Received, "5 8 9 | | | "},
+    {"ReceivedIsComparedBytewise", "[[],['9','10','8']]", Received, "5 8 9 | | | "},
     {"ReceivedReplacesItself", "[[],['4','5','6']]", Received, "5 6 | | | "},
     {"ReceivedWithoutGuid", "[[],['7',null,'8','9']]", Received, "5 7 8 9 x1 | | | "},
     {"ReceivedGuidWithoutText", "[[],['7',{},'8']]", Received, "5 7 8 x1 | | | "},

@@ -73,7 +73,7 @@ TEST(FolderStorage, SkipsUnreadableFiles) {
   const std::string text = log.text();
   EXPECT_THAT(text, HasSubstr("[ERROR] Cannot open file link: [2][No such file or directory]\n"));
   EXPECT_THAT(text, HasSubstr("[ERROR] Cannot parse JSON from file sub-folder: ["));
-  EXPECT_THAT(text, testing::Not(HasSubstr("file tmp")));  // because there is a /tmp
+  EXPECT_THAT(text, testing::Not(HasSubstr("file tmp")));  // stat() finds /tmp instead
 }
 
 // The folder holds an object and an array. Expected: how many of them the filter selects.
@@ -127,12 +127,12 @@ TEST(MoveFolderStorage, ReportsAFailedMoveAndKeepsTheStagedFile) {
   MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
   LogCapture log;
   errno = 0;
-  EXPECT_FALSE(storage.save(json("{'guid':'1 2'}")));                // nothing is quoted
+  EXPECT_FALSE(storage.save(json("{'guid':'1 2'}")));                // the shell splits the guid
   EXPECT_THAT(log.text(), HasSubstr("[ERROR] Error 0: Success\n"));  // mv hides its errno
   EXPECT_TRUE(std::filesystem::exists(folder.path + "/staging/1 2"));
 }
 
-TEST(MoveFolderStorage, MovesIntoAFolderOrNotAtAll) {
+TEST(MoveFolderStorage, DoesNotReplaceAMissingFolderByTheFile) {
   const TemporaryFolder folder;
   MoveFolderStorage storage(folder.path + "/status", folder.path + "/staging");
   std::filesystem::remove(folder.path + "/status");

@@ -1,4 +1,4 @@
-# The six questions of an operator, each answered by one command.
+# Each question of an operator is answered by one command of veldctl.
 whitelist +4917012345 "0170 12345" ""
 timings [30,60]
 start
@@ -34,7 +34,7 @@ veldctl check
 expect look  the daemon says: [WARNING] VELD: The value of timings-sms is too long.
 timings [30,60]
 
-# Send one now. List the last ones.
+# Send a message now. List the last messages.
 veldctl send +4917011111 "The tank is full"
 pass
 receive +4917099999 "hello there"
@@ -68,7 +68,7 @@ expect veldctl: "sentLimit" is reached: 1 that wait can be discarded unsent
 repair tool
 await pass
 
-# The API does not answer a command: veldctl shows what waits, and since when.
+# The API does not answer a command: veldctl shows the waiting message, and since when it waits.
 fault api silent
 receive +4917012345 "p secret #ping 8.8.8.8"
 pass --no-wait

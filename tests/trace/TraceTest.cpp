@@ -1,5 +1,4 @@
-// Tests the lines of a build that logs TRACE and DEBUG. This program has its own logger, which prints every
-// level.
+// Tests the log lines of TRACE and DEBUG. This program is built with a logger that prints every level.
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@ const Row<std::string, const char*> printableRows[] = {
     {"Isolate", "\u2066", "#342#201#246"},
     {"ArabicLetterMark", "\u061c", "#330#234"},
     {"LineSeparator", "\u2028", "#342#200#250"},
-    {"BesideThem", "\u2027\u202f", "\u2027\u202f"},
+    {"NeighboursOfTheSeparators", "\u2027\u202f", "\u2027\u202f"},
     {"Arabic", "\u0633", "\u0633"},
 };
 TEST_ROWS(Printable, CannotSteerATerminal, printableRows) {

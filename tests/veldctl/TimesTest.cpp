@@ -23,7 +23,7 @@ const Row<const char*, std::optional<std::time_t>> parseRows[] = {
     {"NoUnit", "30", std::nullopt},
     {"UnknownUnit", "1y", std::nullopt},
     {"NoNumber", "h", std::nullopt},
-    {"MoreBehind", "2027-01-15 8h", std::nullopt},
+    {"TrailingText", "2027-01-15 8h", std::nullopt},
 };
 TEST_ROWS(Parse, TakesSpansAndDates, parseRows) {
   setZone("UTC");

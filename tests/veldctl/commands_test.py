@@ -1,4 +1,4 @@
-"""Tests the command lines of veldctl: commands_test.py VELDCTL..., in a gateway of its own."""
+"""Tests the command lines of veldctl: commands_test.py VELDCTL..., in a private gateway."""
 import contextlib
 import fcntl
 import http.server
@@ -20,7 +20,7 @@ GUID = "2026010100000000"
 
 
 def run(*words, text=None):
-    """The exit status, standard output and standard error."""
+    """Returns the exit status, standard output and standard error."""
     ended = subprocess.run([*VELDCTL, *words], input=text, capture_output=True, timeout=60)
     return ended.returncode, ended.stdout.decode(), ended.stderr.decode()
 
@@ -46,7 +46,7 @@ class CommandsTest(unittest.TestCase):
             folder.mkdir(parents=True)
 
     def check(self, *rows):
-        """Rows of words, exit status, and a part of what is printed; None if nothing is."""
+        """Checks rows of words, exit status, and a part of the output; None for no output."""
         for words, status, part in rows:
             with self.subTest(words=words):
                 came, out, err = run(*words)
@@ -313,7 +313,7 @@ class FollowTest(unittest.TestCase):
 
 
 class ExamplesTest(unittest.TestCase):
-    """The files of packaging/ for a shell and for the hook."""
+    """Tests the examples for the hook, and the completion for bash."""
     setUp = CommandsTest.setUp
     packaging = pathlib.Path(__file__).resolve().parents[2] / "packaging"
 
@@ -343,7 +343,7 @@ class ExamplesTest(unittest.TestCase):
         self.assertEqual([self.hook("on-event-mail", event, SENDMAIL="/run/bin/sendmail") for event in ("received", "sent")], [75, 0])
 
     @unittest.skipUnless(shutil.which("curl"), "there is no curl")
-    def test_a_web_server_gets_the_event_or_gets_it_again(self):
+    def test_a_web_server_gets_an_event_again_after_an_error(self):
         class Handler(http.server.BaseHTTPRequestHandler):
             def do_POST(self):
                 got.append(self.rfile.read(int(self.headers["Content-Length"])))

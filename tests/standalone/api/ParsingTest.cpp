@@ -47,10 +47,10 @@ const Row<const char*, bool> bodyRows[] = {
     {"ArgumentHasNul", R"({"recipients": ["+49170"], "args": ["a\u0000b"]})", false},
     {"Array", R"(["recipients", "args"])", false},
     {"Comment", R"({"recipients": ["+49170"], "args": []} // a)", false},
-    {"MoreBehind", R"({"recipients": ["+49170"], "args": []} {})", false},
+    {"TextAfterTheObject", R"({"recipients": ["+49170"], "args": []} {})", false},
     {"QuoteInArgument", R"({"recipients": ["+49170"], "args": ["a"b"]})", false},
 };
-TEST_ROWS(Command, IsTaken, bodyRows) {
+TEST_ROWS(Command, IsAccepted, bodyRows) {
   EXPECT_EQ(parseCommandRequest(GetParam().given).has_value(), GetParam().expected);
 }
 

@@ -15,7 +15,7 @@ const ProcessRow processRows[] = {
     {"Signal", {"/bin/sh", "-c", "kill -9 $$"}, false, ""},
     {"NoProgram", {"/nothing/here"}, false, ""},
     {"Input", {"/bin/cat"}, true, "given"},
-    {"ArgumentsAsTheyAre", {"/usr/bin/printf", "%s|", "a b", "", "$(id)", "-e"}, true, "a b||$(id)|-e|"},
+    {"ArgumentsAreNotExpanded", {"/usr/bin/printf", "%s|", "a b", "", "$(id)", "-e"}, true, "a b||$(id)|-e|"},
     {"Environment", {"/usr/bin/env"}, true, "A=1\n"},
     {"Folder", {"/bin/pwd"}, true, "/\n"},
     {"LeadsItsGroup", {"/bin/sh", "-c", "[ $(ps -o pgid= $$) = $$ ] && echo yes"}, true, "yes\n"},
@@ -24,7 +24,7 @@ const ProcessRow processRows[] = {
      {"/bin/sh", "-c", "/usr/bin/yes | /usr/bin/head -c 1000000"},
      true,
      times(32 << 10, "y\n")},
-    {"OthersHoldTheOutput", {"/bin/sh", "-c", "sleep 1000 & echo out"}, true, "out\n"},
+    {"GrandchildKeepsTheOutputOpen", {"/bin/sh", "-c", "sleep 1000 & echo out"}, true, "out\n"},
 };
 TEST_ROWS(Process, IsRun, processRows) {
   const Ending ending = runCommand(GetParam().words, {"A=1"}, "given", 60);

@@ -58,7 +58,7 @@ class Api {
     return end == std::string::npos ? "" : all.substr(end + 4);
   }
 
-  // Whether it waits for a lock before it ends.
+  // Waits until veld-api waits for a lock. False if it ends before.
   bool waitsForALock() const {
     const std::string entry = " " + std::to_string(process_) + " ";
     siginfo_t info{};
@@ -105,14 +105,14 @@ const Row<std::string, const char*> answerRows[] = {
      R"({"code":200,"result":{"smsCommands":{"enabled":true,"pingEnabled":true}}})"},
     {"OtherPath", "GET /api/smsx HTTP/1.1\r\n\r\n", R"({"code":404,"result":"no such resource"})"},
     {"Command", post("do_ping_through_sms"), R"({"code":200,"result":null})"},
-    {"CommandThatNoKeywordNames", post("own"), R"({"code":200,"result":null})"},
+    {"CommandWithoutAKeyword", post("own"), R"({"code":200,"result":null})"},
     {"NoCommand", post("nothing"), R"({"code":404,"result":"no such command"})"},
     {"NoProgram", post("notes"), R"({"code":404,"result":"no such command"})"},
     {"NoName", post(""), R"({"code":404,"result":"no such command"})"},
-    {"Elsewhere", post("../bin/veldctl"), R"({"code":404,"result":"no such command"})"},
+    {"PathOutsideTheFolder", post("../bin/veldctl"), R"({"code":404,"result":"no such command"})"},
     {"SwitchedOff", post("sms_restart"), R"({"code":403,"result":"the command is switched off"})"},
     {"BadBody", post("do_ping_through_sms", "{}"), R"({"code":400,"result":"the body is no command"})"},
-    {"NoHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is no HTTP request"})"},
+    {"NotHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is no HTTP request"})"},
 };
 TEST_ROWS(Request, IsAnswered, answerRows) {
   const ApiFolder folder;
@@ -156,13 +156,13 @@ TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
   EXPECT_EQ(folder.sent(), GetParam().expected);
 }
 
-TEST(ProgramThatWaits, HoldsNoAnswerAndOneOtherProgram) {
+TEST(RunningProgram, DelaysTheNextProgramButNoAnswer) {
   const ApiFolder folder("read line <${0%/*}/../pipe; echo first");
   const std::string pipe = folder.path + "/pipe";
   mkfifo(pipe.c_str(), 0600);
   Api first(folder, post("do_ping_through_sms"));
   EXPECT_EQ(first.answer(), R"({"code":200,"result":null})");
-  std::ofstream unlocked(pipe);  // opens once the program reads
+  std::ofstream unlocked(pipe);  // waits until the program reads
   Api second(folder, post("own"));
   EXPECT_EQ(second.answer(), R"({"code":200,"result":null})");
   EXPECT_TRUE(second.waitsForALock());

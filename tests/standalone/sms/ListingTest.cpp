@@ -14,7 +14,7 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr std::size_t pieceSize = 1023;  // the bytes that the daemon reads of a line
+constexpr std::size_t pieceSize = 1023;  // the daemon reads a line in pieces of this size
 
 // Parses a listing as the daemon does.
 std::vector<Json::Value> readByTheDaemon(const std::string& listing) {
@@ -53,7 +53,7 @@ const TextRow textRows[] = {
     {"HeaderBehindBackslash", "\\\b\4abcd"},
     {"Controls", "\a\b\t\v\f\x1b\x7f"},
     {"FullPart", std::string(900, 'a')},
-    {"OneMore", std::string(901, 'a')},
+    {"OneMoreThanAPart", std::string(901, 'a')},
     {"PrintedLonger", std::string(300, '\\')},
     {"Thousands", std::string(39000, 'l')},
 };
