@@ -74,13 +74,12 @@ struct ValidateRow {
   const char* changes;  ///< of the settings
   const char* message;
   const char* source;
-  const char* log;  ///< the last line
+  std::string log;  ///< the last line
 };
 constexpr char succeeded[] = "[INFO] SMSCommand::validateSMSCommand validation of command succeeded.\n";
 constexpr char disabled[] = "[ERROR] SMSCommand::validateSMSCommand: SMS Commands are disabled\n";
 constexpr char stranger[] = "[ERROR] SMSCommand::whiteListGood phone number not in white list\n";
 constexpr char wrongPassword[] = "[ERROR] SMSCommand::passwordGood password did not match\n";
-constexpr char invalidFormat[] = "[ERROR] SMSCommand::parseCommand: Invalid command string [format]\n";
 constexpr char listOn[] = "{'whitelist':{'enabled':true}}";
 constexpr char passwordOn[] = "{'password':{'enabled':true}}";
 const ValidateRow validateRows[] = {
@@ -104,7 +103,7 @@ const ValidateRow validateRows[] = {
     {"PasswordIsANumber", "{'password':{'enabled':true,'text':1234}}", "p 1234 #ping", "4567890", succeeded},
     {"PasswordMissing", passwordOn, "#ping", "1234567", wrongPassword},
     {"PasswordWithSuffix", passwordOn, "p secrets #ping", "1234567", wrongPassword},
-    {"CommandIsCheckedBeforeThePassword", passwordOn, "p wrong #format", "1234567", invalidFormat},
+    {"CommandIsCheckedBeforeThePassword", passwordOn, "p wrong #format", "1234567", invalid("format")},
     {"UnneededPasswordIsIgnored", "{}", "p wrong #ping", "4567890", succeeded},
 };
 TEST_ROWS(Validate, ChecksNumberTextAndPassword, validateRows) {

@@ -223,8 +223,7 @@ std::string describeProcess(int inherited) {
   return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
 }
 
-/// Starts the daemon with everything changed that a starter can change. The daemon writes its state to
-/// `pipe`.
+/// Changes all that a starter can change, and starts the daemon. It writes its state to `pipe`.
 [[noreturn]] void startUnkindly(int pipe) {
   umask(077);
   (void)!chdir("/tmp");

@@ -13,8 +13,7 @@ using namespace Standalone;
 
 namespace {
 
-// The build defines PROGRAM, the path of veld-api, and SOURCES, the folder with the files that are installed
-// beside it.
+// The build defines PROGRAM, the path of veld-api, and SOURCES, the folder of its other installed files.
 constexpr char command[] = R"({"recipients": ["+49170"], "args": ["a", "b c"]})";
 constexpr char settings[] = R"({"smsCommands": {"enabled": true, "pingEnabled": true}})";
 
