@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -23,14 +24,14 @@ class CannedApi {
     EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     listen(socket_, 1);
     thread_ = std::thread([this, answer] { serve(answer); });
-    // A fork while a thread begins could copy a lock of the sanitizer's allocator that nobody opens again.
+    // A fork during the start of the thread could copy a locked mutex of the sanitizer's allocator.
     while (!accepts_) std::this_thread::yield();
   }
   ~CannedApi() { request(); }
   CannedApi(const CannedApi&) = delete;
   CannedApi& operator=(const CannedApi&) = delete;
 
-  /// An answer with the given body.
+  /// Returns an HTTP answer with the given body.
   static std::string ok(const std::string& body) {
     return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
   }

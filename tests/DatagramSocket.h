@@ -26,7 +26,7 @@ class DatagramSocket {
   DatagramSocket(const DatagramSocket&) = delete;
   DatagramSocket& operator=(const DatagramSocket&) = delete;
 
-  /// The next datagram; empty if none has arrived.
+  /// Returns the next datagram; empty if none has arrived.
   std::string receive() {
     std::string text(100000, '\0');
     const ssize_t length = recv(fd_, text.data(), text.size(), MSG_DONTWAIT);

@@ -12,9 +12,17 @@ inline Json::Value jsonAsItIs(const std::string& text) {
   return value;
 }
 
-/// JSON from a text in the test's source, with ' for ".
+/// Parses JSON that is written with ' instead of ".
 inline Json::Value json(std::string text) {
   for (char& c : text)
     if (c == '\'') c = '"';
   return jsonAsItIs(text);
+}
+
+/// Returns `base` with the members of `changes`. Objects in both are merged.
+inline Json::Value merged(Json::Value base, const Json::Value& changes) {
+  for (const std::string& key : changes.getMemberNames())
+    base[key] =
+        base[key].isObject() && changes[key].isObject() ? merged(base[key], changes[key]) : changes[key];
+  return base;
 }

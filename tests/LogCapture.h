@@ -15,13 +15,13 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  /// Every line that was logged.
+  /// Returns every line that was logged.
   std::string text() {
     stop();
     return log_;
   }
 
-  /// Everything on standard output.
+  /// Returns the standard output.
   std::string echo() {
     stop();
     return echo_;

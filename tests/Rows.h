@@ -1,16 +1,24 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <string>
 #include <type_traits>
 
-/// A long text for a row.
+/// Returns `count` copies of `text`.
 inline std::string times(std::size_t count, const std::string& text) {
   std::string all;
   while (count-- > 0) all += text;
   return all;
 }
+
+/// A row that gives a function one value and compares its result with the expected one.
+template <typename Given, typename Expected>
+struct Row {
+  const char* name;
+  Given given;
+  Expected expected;
+};
 
 /// Runs a parameterised suite over a table, each row under its `name`.
 #define INSTANTIATE_ROWS(Suite, rows)                            \

@@ -13,7 +13,7 @@ inline void writeFile(const std::string& path, const std::string& content) {
   std::ofstream(path) << content;
 }
 
-/// The content of a file; empty if there is none.
+/// Returns the content of a file; empty if there is no file.
 inline std::string readFile(const std::string& path) {
   std::ifstream stream(path);
   return {std::istreambuf_iterator<char>(stream), {}};

@@ -1,15 +1,9 @@
-#include <gmock/gmock.h>
-
-#include "commands/SMSCMD.h"
-#include "commands/SMSCommandConfig.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
+#include "tests/Commands.h"
+#include "tests/Testing.h"
 
 namespace {
-constexpr char least[] =
-    "{'enabled':true,'checkinEnabled':true,'rebootEnabled':false,'whitelist':{'enabled':true,'numbers':[1]},"
-    "'password':{'enabled':true,'text':'secret'}}";
+const Json::Value least = merged(
+    json(commandSettings), json("{'whitelist':{'enabled':true,'numbers':[1]},'password':{'enabled':true}}"));
 }
 
 TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
@@ -18,55 +12,41 @@ TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
   EXPECT_FALSE(config.enabled || config.whitelistEnabled || config.passwordEnabled);
 }
 
-struct FlagRow {
-  const char* name;  ///< the only flag that is true; optional flags are missing
-  int command;
-};
-const FlagRow flagRows[] = {
-    {"checkinEnabled", 1},      {"rebootEnabled", 2},      {"rmEnabled", 3},
-    {"setCellularEnabled", 4},  {"apnEnabled", 5},         {"cellularStatusEnabled", 6},
-    {"radioEnabled", 7},        {"ethernetEnabled", 8},    {"wanStatusEnabled", 9},
-    {"wifiEnabled", 10},        {"pingEnabled", 11},       {"serialEnabled", 12},
-    {"geopositionEnabled", 13}, {"lnsRestartEnabled", 14}, {"wanIpsEnabled", 15},
-    {"otherEnabled", 0},
-};
-TEST_ROWS(Flag, PermitsItsCommandAlone, flagRows) {
-  Json::Value settings = json(least);
-  settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
-  settings[GetParam().name] = true;
-  SMSCommandConfig config;
-  ASSERT_TRUE(config.setConfig(settings));
-  for (int command = -1; command <= SMSCMD_COUNT; ++command)
-    EXPECT_EQ(config.isCommandEnabled(command), command > 0 && command == GetParam().command) << command;
+TEST(SMSCommandConfig, PermitsEachCommandByItsOwnFlag) {
+  const char* const flags[] = {
+      "otherEnabled",       "checkinEnabled",     "rebootEnabled",         "rmEnabled",
+      "setCellularEnabled", "apnEnabled",         "cellularStatusEnabled", "radioEnabled",
+      "ethernetEnabled",    "wanStatusEnabled",   "wifiEnabled",           "pingEnabled",
+      "serialEnabled",      "geopositionEnabled", "lnsRestartEnabled",     "wanIpsEnabled"};
+  for (int permitted = 0; permitted < SMSCMD_COUNT; ++permitted) {
+    Json::Value settings = least;
+    settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
+    settings[flags[permitted]] = true;
+    SMSCommandConfig config;
+    ASSERT_TRUE(config.setConfig(settings));
+    for (int command = -1; command <= SMSCMD_COUNT; ++command)
+      EXPECT_EQ(config.isCommandEnabled(command), command > 0 && command == permitted) << command;
+  }
 }
 
-struct RefusalRow {
-  const char* name;
-  const char* without;  ///< the member that is taken away, as KEY or KEY.KEY
-  const char* log;
-  bool flagsRead, whitelistRead;
+constexpr char unparsable[] = "Unable to parse SMS Commands configuration\n";
+constexpr char noWhitelist[] = "Whitelist enable or numbers setting missing\n";
+constexpr char noPassword[] = "Password enable or text setting missing\n";
+// Given: the member that is removed, as KEY or KEY.KEY. Expected: the error that is logged.
+const Row<std::string, const char*> refusalRows[] = {
+    {"Enabled", "enabled", unparsable},
+    {"Whitelist", "whitelist", unparsable},
+    {"Password", "password", unparsable},
+    {"Checkin", "checkinEnabled", unparsable},
+    {"Reboot", "rebootEnabled", unparsable},
+    {"WhitelistEnabled", "whitelist.enabled", noWhitelist},
+    {"WhitelistNumbers", "whitelist.numbers", noWhitelist},
+    {"PasswordEnabled", "password.enabled", noPassword},
+    {"PasswordText", "password.text", noPassword},
 };
-constexpr char unparsable[] =
-    "[ERROR] SMSCommandConfig::setConfig: Unable to parse SMS Commands configuration\n";
-constexpr char noWhitelist[] =
-    "[ERROR] SMSCommandConfig::setConfig: Whitelist enable or numbers setting missing\n";
-constexpr char noPassword[] =
-    "[ERROR] SMSCommandConfig::setConfig: Password enable or text setting missing\n";
-const RefusalRow refusalRows[] = {
-    {"Enabled", "enabled", unparsable, false, false},
-    {"Whitelist", "whitelist", unparsable, false, false},
-    {"Password", "password", unparsable, false, false},
-    {"Checkin", "checkinEnabled", unparsable, false, false},
-    {"Reboot", "rebootEnabled", unparsable, false, false},
-    {"WhitelistEnabled", "whitelist.enabled", noWhitelist, true, false},
-    {"WhitelistNumbers", "whitelist.numbers", noWhitelist, true, false},
-    {"PasswordEnabled", "password.enabled", noPassword, true, true},
-    {"PasswordText", "password.text", noPassword, true, true},
-};
-TEST_ROWS(Refusal, NamesWhatIsMissing, refusalRows) {
-  const RefusalRow& row = GetParam();
-  Json::Value settings = json(least);
-  const std::string path = row.without;
+TEST_ROWS(Refusal, NamesTheMissingMemberAndKeepsTheMembersBeforeIt, refusalRows) {
+  const auto& [name, path, error] = GetParam();
+  Json::Value settings = least;
   const std::size_t dot = path.find('.');
   Json::Value& holder = dot == std::string::npos ? settings : settings[path.substr(0, dot)];
   ASSERT_TRUE(holder.removeMember(dot == std::string::npos ? path : path.substr(dot + 1), nullptr));
@@ -74,17 +54,17 @@ TEST_ROWS(Refusal, NamesWhatIsMissing, refusalRows) {
   config.password = "earlier";
   LogCapture log;
   EXPECT_FALSE(config.setConfig(settings));
-  EXPECT_EQ(log.text(), row.log);
+  EXPECT_EQ(log.text(), std::string("[ERROR] SMSCommandConfig::setConfig: ") + error);
   EXPECT_EQ(config.config, settings);
-  EXPECT_EQ(config.enabled, row.flagsRead);
-  EXPECT_EQ(config.checkinEnabled, row.flagsRead);
-  EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), row.whitelistRead);
+  EXPECT_EQ(config.enabled, error != unparsable);
+  EXPECT_EQ(config.checkinEnabled, error != unparsable);
+  EXPECT_EQ(config.whitelistEnabled && config.numbers == json("[1]"), error == noPassword);
   EXPECT_TRUE(!config.passwordEnabled && config.password == "earlier");
 }
 
 TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
   for (const char* const on : {"enabled", "whitelist", "password"}) {
-    Json::Value settings = json(least);
+    Json::Value settings = least;
     settings["enabled"] = settings["whitelist"]["enabled"] = settings["password"]["enabled"] = false;
     (settings[on].isObject() ? settings[on]["enabled"] : settings[on]) = true;
     SMSCommandConfig config;
@@ -98,7 +78,7 @@ TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
 
 TEST(SMSCommandConfig, ThrowsForAValueOfTheWrongType) {
   for (const char* const key : {"enabled", "checkinEnabled", "pingEnabled"}) {
-    Json::Value settings = json(least);
+    Json::Value settings = least;
     settings[key] = "true";
     SMSCommandConfig config;
     EXPECT_THROW(config.setConfig(settings), Json::LogicError) << key;

@@ -1,44 +1,37 @@
 #include <curl/curl.h>
-#include <gmock/gmock.h>
 
 #include "daemon/LocalApi.h"
 #include "tests/CannedApi.h"
 #include "tests/CurlCalls.h"
-#include "tests/Json.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
 namespace {
 constexpr char url[] = "http://localhost/api/sms";
 }
 
-struct SettingsRow {
-  const char* name;
-  std::string answer;
-  const char* result;  ///< "kept" when loadFromApi is to fail
-};
-const SettingsRow settingsRows[] = {
+// Expected: "kept" if loading fails and leaves the value unchanged.
+const Row<std::string, const char*> settingsRows[] = {
     {"Success", CannedApi::ok("{\"code\": 200, \"result\": {\"a\": 1}, \"x\": 2}"), "{'a':1}"},
     {"NoResult", CannedApi::ok("{\"code\": 200}"), "null"},
-    {"HttpStatusIsNotLookedAt", "HTTP/1.1 404 Not Found\r\n\r\n{\"code\": 200, \"result\": 1}", "1"},
+    {"HttpStatusIsIgnored", "HTTP/1.1 404 Not Found\r\n\r\n{\"code\": 200, \"result\": 1}", "1"},
     {"OtherCode", CannedApi::ok("{\"code\": 201, \"result\": {}}"), "'kept'"},
     {"NoCode", CannedApi::ok("{\"result\": {}}"), "'kept'"},
-    {"NullCode", CannedApi::ok("{\"code\": null, \"result\": {}}"), "'kept'"},
     {"NoJson", CannedApi::ok("settings"), "'kept'"},
-    {"TextBehind", CannedApi::ok("{\"code\": 200, \"result\": {}} x"), "'kept'"},
+    {"TextAfterTheObject", CannedApi::ok("{\"code\": 200, \"result\": {}} x"), "'kept'"},
     {"Comment", CannedApi::ok("{\"code\": /* */ 200, \"result\": {}}"), "'kept'"},
     {"KeyTwice", CannedApi::ok("{\"code\": 404, \"code\": 200, \"result\": {}}"), "'kept'"},
     {"TooDeep", CannedApi::ok(std::string(2000, '[')), "'kept'"},
-    {"RootIsNoObject", CannedApi::ok("200"), "'kept'"},
+    {"RootIsNotAnObject", CannedApi::ok("200"), "'kept'"},
     {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://localhost/x\r\nContent-Length: 0\r\n\r\n", "'kept'"},
-    {"CutInTheBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200, \"result\": {}}",
+    {"TruncatedBody", "HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"code\": 200, \"result\": {}}",
      "'kept'"},
-    {"HungUp", "", "'kept'"},
+    {"ConnectionClosedAtOnce", "", "'kept'"},
 };
 TEST_ROWS(Settings, AreLoaded, settingsRows) {
-  CannedApi api(GetParam().answer);
+  CannedApi api(GetParam().given);
   Json::Value result = "kept";
-  EXPECT_EQ(loadFromApi(url, result), json(GetParam().result) != "kept");
-  EXPECT_EQ(result, json(GetParam().result));
+  EXPECT_EQ(loadFromApi(url, result), json(GetParam().expected) != "kept");
+  EXPECT_EQ(result, json(GetParam().expected));
   EXPECT_THAT(api.request(), testing::StartsWith("GET /api/sms HTTP/1.1\r\n"));
 }
 
@@ -50,7 +43,7 @@ TEST(LoadFromApi, FailsWithoutASocketAndSetsNoTimeOut) {
   EXPECT_EQ(curlCalls, "UNIX_SOCKET_PATH URL HEADER FOLLOWLOCATION WRITEFUNCTION WRITEDATA cleanup ");
 }
 
-TEST(LoadFromApi, ThrowsForACodeThatIsNoUnsignedNumber) {
+TEST(LoadFromApi, ThrowsForACodeThatIsNotAnUnsignedNumber) {
   for (const char* const code : {"\"200\"", "-200"}) {
     const CannedApi api(CannedApi::ok("{\"code\": " + std::string(code) + "}"));
     Json::Value result;
@@ -59,7 +52,7 @@ TEST(LoadFromApi, ThrowsForACodeThatIsNoUnsignedNumber) {
 }
 
 TEST(CurlWriter, AppendsAndCounts) {
-  const curl_write_callback writer = curlWriter;  // libcurl calls it as exactly this type
+  const curl_write_callback writer = curlWriter;  // the exact type that libcurl calls
   char bytes[] = "a\0bcd";
   std::string answer = "x";
   EXPECT_EQ(writer(bytes, 2, 2, &answer), 4u);

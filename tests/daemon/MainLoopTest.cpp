@@ -5,6 +5,7 @@
 #include "daemon/PartMerger.h"
 #include "support/Logger.h"
 #include "support/Watchdog.h"
+#include "tests/Commands.h"
 #include "tests/DatagramSocket.h"
 #include "tests/LogCapture.h"
 #include "tests/daemon/World.h"
@@ -16,10 +17,8 @@ using namespace MessageStatus;
 
 namespace {
 
-constexpr char commandSettings[] =
-    "{'enabled':true,'checkinEnabled':false,'rebootEnabled':true,'whitelist':{'enabled':true,'numbers':['1']}"
-    ","
-    "'password':{'enabled':false,'text':''}}";
+// These changes permit only #reboot, and only from the number 1.
+constexpr char rebootByNumber1[] = "{'checkinEnabled':false,'whitelist':{'enabled':true,'numbers':['1']}}";
 constexpr char firstPart[] =
     "{'guid':'1','source':'1','part-id':7,'part-count':2,'part-index':0,'message':'#re ... "
     "','parts':['#re',null]}";
@@ -29,8 +28,6 @@ constexpr char secondPart[] =
 
 class Pass : public testing::Test {
  protected:
-  Pass() : commands_(json(commandSettings)) { EXPECT_TRUE(commands_.loadConfig()); }
-
   /// Runs a pass that receives `incoming`. Returns what it logs.
   std::string pass(const std::vector<std::string>& incoming = {}) {
     for (const std::string& record : incoming) world_.provider.incoming.push_back(json(record));
@@ -42,7 +39,7 @@ class Pass : public testing::Test {
 
   std::uint32_t now_ = 1000;
   World world_;
-  SMSCommand commands_;
+  Commands commands_{rebootByNumber1};
   RetryState retry_;
 };
 
@@ -76,10 +73,7 @@ TEST_F(Pass, FilesARefusedCommandUnmarked) {
 }
 
 TEST_F(Pass, OffersNothingWhileCommandsAreDisabled) {
-  Json::Value settings = json(commandSettings);
-  settings["enabled"] = false;
-  SMSCommand disabled(settings);
-  ASSERT_TRUE(disabled.loadConfig());
+  Commands disabled("{'enabled':false}");
   world_.provider.incoming = {json("{'guid':'1','source':'1','message':'#reboot'}")};
   LogCapture log;
   runPass(world_.provider, world_.storage, disabled, world_.inTransit, {}, retry_);
@@ -147,7 +141,7 @@ TEST_F(Pass, FilesAPartThatFillsNoGap) {
   again["guid"] = "3";
   pass({again.toStyledString(), "{'guid':'4','part-id':7,'message':'','parts':[null,null,'x']}"});
   EXPECT_THAT(world_.names(Received), ElementsAre("1", "3", "4"));
-  EXPECT_EQ(world_.folders->loads[Received], 5);  // once a pass, and once for each save under a limit
+  EXPECT_EQ(world_.folders->loads[Received], 5);  // once in each pass, and once for each save under a limit
 }
 
 TEST_F(Pass, IgnoresStoredFilesThatCannotTakeThePart) {
@@ -176,10 +170,10 @@ TEST_F(Pass, SendsQueuedMessages) {
   world_.provider.onSend = [this] { ++now_; };
   world_.put("{'guid':'4','recipient':'bad'}", Sending);
   pass();
-  EXPECT_EQ(retry_.lastTime, 1003u);  // the retry step set it, and the timer runs already
+  EXPECT_EQ(retry_.lastTime, 1003u);  // the retry step set it; a running timer is not restarted
 }
 
-TEST_F(Pass, MovesTheRecordThatWasSentAndNotItsGuid) {
+TEST_F(Pass, MovesOnlyTheSentRecordOfTwoWithTheSameGuid) {
   for (const int to : {Sent, Failed}) {
     if (to == Failed) world_.provider.refused = {"one"};
     world_.put("{'guid':'1','recipient':'one'}", Sending);

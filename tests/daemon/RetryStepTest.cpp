@@ -1,12 +1,10 @@
-#include <gmock/gmock.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <ctime>
 
 #include "daemon/RetryStep.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 #include "tests/daemon/World.h"
 
 using testing::ElementsAre;
@@ -28,7 +26,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
 
 namespace {
 
-/// Runs a step every 5 seconds, from just before the clock wraps.
+/// Runs a step every 5 seconds. The clock starts just below its overflow.
 class RetryStep : public testing::Test {
  protected:
   RetryStep() { world_.provider.refused = {"bad"}; }
@@ -70,8 +68,8 @@ const ScheduleRow scheduleRows[] = {
     {"ThreeIntervals", {30, 60, 300}, "3", {30, 90, 390}, "0"},
     {"LastIntervalRepeats", {30, 60}, "4", {30, 90, 150, 210}, "0"},
     {"OneInterval", {10}, "3", {10, 20, 30}, "0"},
-    {"GranularityOfAPass", {7}, "2", {10, 20}, "0"},
-    {"FirstIntervalOfNone", {0, 60}, "2", {0, 60}, "0"},
+    {"RoundedUpToTheNextPass", {7}, "2", {10, 20}, "0"},
+    {"FirstIntervalIs0", {0, 60}, "2", {0, 60}, "0"},
     {"NegativeIntervalNeverComes", {4294967295u}, "2", {}, "2"},
     {"NoIntervals", {}, "3", {}, "3"},
     {"NoRetriesLeft", {10}, "0", {}, "0"},
@@ -119,7 +117,7 @@ TEST_F(RetryStep, DiscardsNoRecordAtTheLimit) {
   EXPECT_EQ(world_.names(Failed).size(), World::sentLimit);
 }
 
-TEST_F(RetryStep, MovesTheRecordAndNotItsGuid) {
+TEST_F(RetryStep, MovesOnlyTheSentRecordOfTwoWithTheSameGuid) {
   world_.put("{'guid':'1','recipient':'good','retries':1}", Failed);
   world_.put("{'guid':'1','recipient':'spent','retries':0}", Failed, "2");
   LogCapture log;
@@ -139,14 +137,14 @@ TEST_F(RetryStep, DoesNotCountAnAttemptThatThrows) {
   EXPECT_EQ(state_.time_not_attempting, 10u);
 }
 
-TEST(MayRetry, IsFalseForTheUnsignedZeroThatAFailedRetryLeaves) {
+TEST(MayRetry, IsFalseForAnUnsigned0) {
   Json::Value record = json("{'retries':1}");
   EXPECT_TRUE(mayRetry(record));
   record["retries"] = 0u;
   EXPECT_FALSE(mayRetry(record));
 }
 
-TEST_F(RetryStep, RestartsTheScheduleWhenNothingIsLeft) {
+TEST_F(RetryStep, RestartsTheScheduleWhenNoMessageMayRetry) {
   world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
   attemptTimes({10, 100}, 30);
   EXPECT_EQ(state_.dialAttempt, 2u);

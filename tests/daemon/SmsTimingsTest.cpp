@@ -1,11 +1,7 @@
-#include <gmock/gmock.h>
-
 #include <cstring>
 
 #include "daemon/SmsTimings.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using namespace std::string_literals;
 
@@ -14,14 +10,9 @@ constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
 const std::string many = "1,2,3," + std::string(118, ',');  // three characters below the limit
 }  // namespace
 
-struct TimingsRow {
-  const char* name;
-  std::string file;
-  std::vector<std::uint32_t> seconds;  ///< none when reading is to fail
-};
-const TimingsRow timingsRows[] = {
+// Expected: no seconds if reading fails.
+const Row<std::string, std::vector<std::uint32_t>> timingsRows[] = {
     {"List", "timings-sms=[30,60,300]\n", {30, 60, 300}},
-    {"WithoutBrackets", "timings-sms=30,60\n", {30, 60}},
     {"EmptyPieces", "timings-sms=[[,30,,60],]\n", {30, 60}},
     {"Blanks", "timings-sms=[ 30, 60 ]\n", {30, 60}},
     {"NoFinalNewline", "timings-sms=[30]", {30}},
@@ -29,8 +20,8 @@ const TimingsRow timingsRows[] = {
     {"OtherKeys", "a=1\nno equals\n\ntimings-sms=10\ntimings-data=20\n", {10}},
     {"LastLineWins", "timings-sms=10\ntimings-sms=20\n", {20}},
     {"BlankInTheKey", "timings-sms =10\n", {}},
-    {"NoNumberFirst", "timings-sms=[a,60]\n", {0, 60}},
-    {"NoNumberRepeats", "timings-sms=[30,a,60x]\n", {30, 30, 60}},
+    {"FirstIsNotANumber", "timings-sms=[a,60]\n", {0, 60}},
+    {"NotANumberRepeatsTheLast", "timings-sms=[30,a,60x]\n", {30, 30, 60}},
     {"Negative", "timings-sms=[-1]\n", {4294967295u}},
     {"TooLarge", "timings-sms=[99999999999,-99999999999]\n", {2147483647u, 2147483648u}},
     {"OtherSeparator", "timings-sms=30;40\n", {30}},
@@ -41,9 +32,9 @@ const TimingsRow timingsRows[] = {
     {"SecondEqualsSign", "timings-sms=30=40\n", {30}},
     {"AllThatFits", "timings-sms=" + many + "360\n", {1, 2, 3, 360}},
     {"CutInsideANumber", "timings-sms=" + many + "3600\n", {1, 2, 3}},
-    {"CutBehindANumber", "timings-sms=" + many + "360,5\n", {1, 2, 3, 360}},
+    {"CutAfterANumber", "timings-sms=" + many + "360,5\n", {1, 2, 3, 360}},
     {"LongLineCountsAsSeveral", "x" + std::string(1022, '=') + "timings-sms=30\n", {30}},
-    {"NulAtTheBegin", "\0timings-sms=20\ntimings-sms=30\n"s, {30}},
+    {"NulAtTheStart", "\0timings-sms=20\ntimings-sms=30\n"s, {30}},
     {"NulInside", "timings-sms=30\0,40\n"s, {3}},
     {"Empty", "", {}},
     {"EmptyValue", "timings-sms=\n", {}},
@@ -51,13 +42,13 @@ const TimingsRow timingsRows[] = {
 };
 TEST_ROWS(Timings, AreRead, timingsRows) {
   const LogCapture quiet;
-  writeFile(timingsFile, GetParam().file);
+  writeFile(timingsFile, GetParam().given);
   smsTimings.clear();
-  EXPECT_EQ(readSmsTimings(), GetParam().seconds.empty());
-  EXPECT_EQ(smsTimings, GetParam().seconds);
+  EXPECT_EQ(readSmsTimings(), GetParam().expected.empty());
+  EXPECT_EQ(smsTimings, GetParam().expected);
 }
 
-TEST(Timings, AreCutWithOneLine) {
+TEST(Timings, WarnOnceIfAValueIsCut) {
   const std::string line = "timings-sms=" + many + "3600\n";
   writeFile(timingsFile, line + line);
   LogCapture log;

@@ -1,6 +1,5 @@
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -13,16 +12,13 @@
 #include "daemon/SmsTimings.h"
 #include "daemon/StartUp.h"
 #include "tests/CannedApi.h"
+#include "tests/Commands.h"
 #include "tests/DatagramSocket.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 namespace {
 
-/// Which call fails with EPERM. "none" for none. While it is set, fork() makes no process and returns as in
-/// the child.
+/// The call that fails with EPERM; "none" for none. While it is set, fork() creates no process and returns 0.
 std::string failing;
 
 bool fails(const char* call) {
@@ -70,50 +66,45 @@ int sigaction(int signal, const struct sigaction* action, struct sigaction* befo
 /// The `main` of the daemon, under another name in this program.
 int daemonMain();
 
-struct CheckRow {
-  const char* name;
-  const char* settings;
-  std::optional<int> status;
-  const char* log;
+constexpr char noSwitch[] = "1 [ERROR] Exit: the sms enabled key has invalid value or it is missing.\n";
+// Expected: the exit status, if the daemon is to end, and the log.
+const Row<const char*, const char*> checkRows[] = {
+    {"Nothing", "{}", noSwitch},
+    {"EnabledIsText", "{'enabled':'true'}", noSwitch},
+    {"EnabledIsNumber", "{'enabled':1}", noSwitch},
+    {"OnlyEnabled", "{'enabled':true}",
+     "1 [ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
+    {"OnlyDisabled", "{'enabled':false}", "0 [ERROR] Exit: the sms are disabled.\n"},
+    {"NullSentLimit", "{'enabled':true,'sentLimit':null}",
+     "1 [ERROR] Exit: the sms received limit key has invalid value or it is missing.\n"},
+    {"NullReceivedLimit", "{'enabled':true,'sentLimit':'x','receivedLimit':null}",
+     "1 [ERROR] Exit: the smsCommands sub-collection is invalid or missing.\n"},
+    {"Complete", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", ""},
 };
-const CheckRow checkRows[] = {
-    {"Nothing", "{}", 1, "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"EnabledIsText", "{'enabled':'true'}", 1,
-     "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"EnabledIsNumber", "{'enabled':1}", 1,
-     "[ERROR] Exit: the sms enabled key has invalid value or it is missing.\n"},
-    {"OnlyEnabled", "{'enabled':true}", 1,
-     "[ERROR] Exit: the sms sent limit key has invalid value or it is missing.\n"},
-    {"OnlyDisabled", "{'enabled':false}", 0, "[ERROR] Exit: the sms are disabled.\n"},
-    {"NullSentLimit", "{'enabled':true,'sentLimit':null}", 1,
-     "[ERROR] Exit: the sms received limit key has invalid value or it is missing.\n"},
-    {"NullReceivedLimit", "{'enabled':true,'sentLimit':'x','receivedLimit':null}", 1,
-     "[ERROR] Exit: the smsCommands sub-collection is invalid or missing.\n"},
-    {"Whole", "{'enabled':true,'sentLimit':1,'receivedLimit':2,'smsCommands':null}", std::nullopt, ""},
-};
-TEST_ROWS(Check, EndsAtTheFirstFault, checkRows) {
+TEST_ROWS(Check, StopsAtTheFirstFault, checkRows) {
   LogCapture log;
-  EXPECT_EQ(checkSettings(json(GetParam().settings)), GetParam().status);
-  EXPECT_EQ(log.text(), GetParam().log);
+  const std::optional<int> status = checkSettings(json(GetParam().given));
+  EXPECT_EQ((status ? std::to_string(*status) + " " : "") + log.text(), GetParam().expected);
 }
 
 namespace {
 
 constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
-constexpr char settings[] =
-    "{'enabled':true,'receivedLimit':3,'sentLimit':2,'smsCommands':{'enabled':true,'checkinEnabled':true,"
-    "'rebootEnabled':true,'whitelist':{'enabled':true,'numbers':[]},'password':{'enabled':true,'text':''}}}";
-
-std::string answer(const char* change) {
-  Json::Value envelope = json("{'code':200}");
-  envelope["result"] = json(settings);
-  const Json::Value changes = json(change);
-  for (const std::string& key : changes.getMemberNames()) envelope["result"][key] = changes[key];
+std::string answer(const char* changes) {
+  Json::Value envelope = json("{'code':200,'result':{'enabled':true,'receivedLimit':3,'sentLimit':2}}");
+  envelope["result"]["smsCommands"] = json(commandSettings);
+  envelope["result"] = merged(envelope["result"], json(changes));
   return CannedApi::ok(envelope.toStyledString());
 }
 
-/// Runs the daemon in a child that has seen SIGTERM already, so that it runs no pass. A call fails there.
-/// Gives the exit status, or a signal as a number below 0.
+/// Waits for the end of a child. Returns its exit status, or its signal as a negative number.
+int exitStatus(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+/// Runs the daemon in a child in which one call fails. The child has received SIGTERM and thus runs no pass.
 int runDaemon(const std::string& failingCall) {
   smsTimings.clear();
   std::filesystem::remove(timingsFile);
@@ -125,9 +116,7 @@ int runDaemon(const std::string& failingCall) {
       stopRequested = 1;
       std::exit(daemonMain());
     }();
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+  return exitStatus(child);
 }
 
 std::string receiveAll(DatagramSocket& syslog) {
@@ -141,8 +130,8 @@ std::string receiveAll(DatagramSocket& syslog) {
 struct EndRow {
   const char* name;
   const char* failingCall;
-  const char* settings;  ///< changes
-  int status;            ///< below 0 for a signal
+  const char* settings;  ///< changes of the settings
+  int status;            ///< negative for a signal
   const char* log;       ///< the end of the last line
 };
 const EndRow endRows[] = {
@@ -152,14 +141,14 @@ const EndRow endRows[] = {
     {"NoRootFolder", "chdir", "{}", 1, "working directory to \"/\". [1][Operation not permitted]"},
     {"NoNullDevice", "open", "{}", 1, "open null device failed!"},
     {"SwitchedOff", "none", "{'enabled':false}", 0, "Exit: the sms are disabled."},
-    {"CommandsBeforeLimits", "none", "{'smsCommands':{},'sentLimit':'x'}", 1,
+    {"CommandsBeforeLimits", "none", "{'smsCommands':null,'sentLimit':'x'}", 1,
      "Exit: Failed to set SmsCommand config"},
     {"LargestLimits", "none", "{'receivedLimit':4294967295,'sentLimit':4294967295}", 0,
      "Error reading sms timings"},
     {"NegativeLimit", "none", "{'receivedLimit':-1}", -SIGABRT, "Exit: LargestInt out of UInt range"},
     {"LimitAbove32Bits", "none", "{'sentLimit':4294967296}", -SIGABRT, "Exit: LargestInt out of UInt range"},
 };
-TEST_ROWS(End, HasItsStatusAndItsLine, endRows) {
+TEST_ROWS(End, HasAnExitStatusAndALogLine, endRows) {
   const EndRow& row = GetParam();
   std::filesystem::remove_all("/var/config");
   const CannedApi api(answer(row.settings));
@@ -189,13 +178,13 @@ TEST(StartUp, InstallsTheHandlerBeforeItAsksForTheSettings) {
   EXPECT_THAT(receiveAll(syslog), testing::EndsWith("Error reading sms timings\n"));
 }
 
-TEST(StartUp, LogsToTheTerminalThatThereIsNoSyslog) {
+TEST(StartUp, WarnsOnStandardErrorWithoutSyslog) {
   LogCapture log;
   EXPECT_EQ(runDaemon("fork"), 1);
   EXPECT_EQ(log.text(), "[WARNING] unable to log to syslog\n");
 }
 
-TEST(Main, MakesTheFoldersInTheirOrder) {
+TEST(Main, CreatesTheFoldersInOrder) {
   const TemporaryFolder folder({{"mkdir", "#!/bin/sh\necho \"$@\" >>/tmp/made\n"}});
   std::filesystem::permissions(folder.path + "/mkdir", std::filesystem::perms{0755});
   const CannedApi api(answer("{}"));
@@ -212,12 +201,11 @@ TEST(Main, MakesTheFoldersInTheirOrder) {
 
 namespace {
 
-/// The state of this process, a line each. `inherited` is a descriptor that its starter left open.
+/// The state of this process, one line each. `inherited` is a descriptor that the starter left open.
 std::string describeProcess(int inherited) {
   std::string text = "folder " + std::filesystem::current_path().string();
   text += getsid(0) == getpid() ? ", session its own" : ", session of its starter";
-  const mode_t mask = umask(0);
-  text += ", umask " + std::to_string(mask) + "\n";
+  text += ", umask " + std::to_string(umask(0)) + "\n";
   for (const int descriptor : {0, 1, 2}) {
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     text += std::filesystem::read_symlink(link).string() + " mode " +
@@ -235,42 +223,38 @@ std::string describeProcess(int inherited) {
   return text + (fcntl(inherited, F_GETFD) == FD_CLOEXEC ? "closed for tools\n" : "left to tools\n");
 }
 
-/// Starts the daemon with everything changed that a starter can change, and writes its state to `report`.
-[[noreturn]] void startUnkindly(int report) {
+/// Changes all that a starter can change, and starts the daemon. It writes its state to `pipe`.
+[[noreturn]] void startUnkindly(int pipe) {
   umask(077);
   (void)!chdir("/tmp");
   for (const int signal : {SIGHUP, SIGINT, SIGCHLD, SIGRTMAX}) std::signal(signal, SIG_IGN);
   sigset_t all;
   sigfillset(&all);
   sigprocmask(SIG_SETMASK, &all, nullptr);
-  const std::string text = startUp() ? describeProcess(report) : "no settings\n";
-  (void)!write(report, text.data(), text.size());
+  const std::string text = startUp() ? describeProcess(pipe) : "no settings\n";
+  (void)!write(pipe, text.data(), text.size());
   std::_Exit(0);
 }
 
 }  // namespace
 
-TEST(StartUp, RunsAlikeWhateverTheStarterDid) {
+TEST(StartUp, GivesTheDaemonTheSameStateWhateverItsStarterDid) {
   const CannedApi api(answer("{}"));
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   const pid_t starter = fork();
   if (starter == 0) startUnkindly(ends[1]);
   close(ends[1]);
-  int status = -1;
-  waitpid(starter, &status, 0);
-  EXPECT_EQ(status, 0);
-  std::string report(1000, '\0');
-  std::size_t size = 0;
-  for (ssize_t count = 0; (count = read(ends[0], &report[size], report.size() - size)) > 0;)
-    size += static_cast<std::size_t>(count);
+  EXPECT_EQ(exitStatus(starter), 0);
+  std::string state(1000, '\0');
+  const ssize_t size = read(ends[0], state.data(), state.size());  // the daemon writes once
   close(ends[0]);
-  EXPECT_EQ(report.substr(0, size),
+  EXPECT_EQ(state.substr(0, size > 0 ? static_cast<std::size_t>(size) : 0),
             "folder /, session its own, umask 0\n/dev/null mode 0\n/dev/null mode 1\n/dev/null mode 2\n"
             "catches 15\nclosed for tools\n");
 }
 
-TEST(TerminationHandler, InterruptsCallsAndStays) {
+TEST(TerminationHandler, InterruptsCallsAndStaysInstalled) {
   ASSERT_TRUE(installTerminationHandler());
   struct sigaction action;
   sigaction(SIGTERM, nullptr, &action);
@@ -281,13 +265,11 @@ TEST(TerminationHandler, InterruptsCallsAndStays) {
     std::raise(SIGTERM);
     std::_Exit(stopRequested == 1 ? 7 : 8);
   }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), 7);
+  EXPECT_EQ(exitStatus(child), 7);
   std::signal(SIGTERM, SIG_DFL);
 }
 
-TEST(TerminationHandler, IsNamedOnStandardErrorWhereItCannotBeInstalled) {
+TEST(TerminationHandler, ReportsAFailedSigaction) {
   LogCapture log;
   failing = "sigaction";
   EXPECT_FALSE(installTerminationHandler());

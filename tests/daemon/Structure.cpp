@@ -40,8 +40,8 @@ static_assert(isInterface<IStorage, ICollectionStorage, SmsProvider>);
 
 template <typename... Types>
 constexpr bool hasVirtualDestructor = (std::has_virtual_destructor_v<Types> || ...);
-static_assert(hasVirtualDestructor<SmsProvider> && !hasVirtualDestructor<IStorage, ICollectionStorage>);
-static_assert(hasVirtualDestructor<SMSCommand> && hasVirtualDestructor<SMSCommandConfig> &&
+static_assert(!hasVirtualDestructor<IStorage, ICollectionStorage> && hasVirtualDestructor<SmsProvider> &&
+              hasVirtualDestructor<SMSCommand> && hasVirtualDestructor<SMSCommandConfig> &&
               hasVirtualDestructor<SMSCommandExecutor>);
 
 static_assert(std::is_same_v<decltype(&IStorage::save), bool (IStorage::*)(const Json::Value&)>);

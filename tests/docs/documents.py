@@ -1,4 +1,4 @@
-"""What the tests of the documents share: the examples in them, and a gateway to compare them with."""
+"""What the tests of the documents share: a document's examples and tables, and a simulated gateway."""
 import json
 import pathlib
 import re
@@ -8,7 +8,6 @@ import sys
 
 GATEWAY = sys.argv.pop(1)
 DOCS = pathlib.Path(__file__).resolve().parents[2] / "docs"
-SMS = pathlib.Path("/var/config/sms")
 
 
 class Document:
@@ -16,7 +15,7 @@ class Document:
         self.text = (DOCS / name).read_text()
 
     def block(self, name):
-        """The content of the fenced block whose second word is `name`."""
+        """Returns the content of the fenced block whose second word is `name`."""
         found = re.findall(rf"^```\w+ {name}\n(.*?)^```$", self.text, re.M | re.S)
         assert len(found) == 1, f"{len(found)} blocks are named {name}"
         return found[0]
@@ -26,7 +25,7 @@ class Document:
                 re.findall(r"^```json (\S+)\n(.*?)^```$", self.text, re.M | re.S)}
 
     def table(self, heading):
-        """The rows of the first table under a heading, without the table's head."""
+        """Returns the rows of the first table under a heading, without its header."""
         section = self.text.split(f"## {heading}\n", 1)[1].split("\n## ", 1)[0]
         rows = [[cell.strip() for cell in line.strip("|").split("|")]
                 for line in section.splitlines() if line.startswith("|")]
@@ -34,7 +33,7 @@ class Document:
 
 
 class Gateway:
-    """A gateway without a daemon until "start"; its commands are answered line by line."""
+    """A simulated gateway. It runs no daemon until "start"."""
 
     def __enter__(self):
         self.process = subprocess.Popen([GATEWAY, "--echo"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
@@ -65,7 +64,7 @@ class Gateway:
 
 
 def http_request(method, path, body=""):
-    """Asks the local API; the answer's body."""
+    """Sends a request to the local API. Returns the body of the answer."""
     with socket.socket(socket.AF_UNIX) as api:
         api.connect("/var/run/api/http.sock")
         api.sendall(f"{method} {path} HTTP/1.0\r\nHost: localhost\r\nContent-Type: application/json\r\n"

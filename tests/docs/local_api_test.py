@@ -1,4 +1,4 @@
-"""local-api.md and its OpenAPI document against what the daemon asks: local_api_test.py GATEWAY"""
+"""Compares local-api.md and its OpenAPI document with the requests of the daemon: local_api_test.py GATEWAY"""
 import json
 import os
 import re
@@ -25,17 +25,17 @@ def valid(name, value):
 
 
 def command(gateway, text):
-    """The bodies that the daemon posts when the text is received, unchanged."""
+    """Returns the bodies that the daemon posts when it receives the text."""
     gateway.ask("log --new")
     gateway.run(f"receive {PHONE} '{text}'", "pass")
     return [line.split("postFields = ", 1)[1] for line in gateway.ask("log --new") if "postFields = " in line]
 
 
 class LocalApiTest(unittest.TestCase):
-    def test_the_document_fits_the_schema_of_openapi(self):
+    def test_the_openapi_document_is_valid(self):
         jsonschema.Draft4Validator(yaml.safe_load(OPENAPI_SCHEMA.read_text())).validate(API)
 
-    def test_the_settings_are_those_of_the_gateway(self):
+    def test_the_settings_match_the_gateway(self):
         with Gateway() as gateway:
             answer = json.loads(http_request("GET", "/api/sms"))
             self.assertEqual(DOCUMENT.json_blocks()["settings"], answer)
@@ -67,7 +67,7 @@ class LocalApiTest(unittest.TestCase):
             self.assertTrue(valid("Settings", json.loads(http_request("GET", "/api/sms"))))
             self.assertIn("runs", gateway.ask("start")[0])
 
-    def test_the_bodies_are_what_is_posted(self):
+    def test_the_daemon_posts_the_bodies_of_the_document(self):
         blocks = {name: DOCUMENT.block(name).splitlines() for name in ("ping", "reboot", "broken")}
         with Gateway() as gateway:
             gateway.run("start")
@@ -83,7 +83,7 @@ class LocalApiTest(unittest.TestCase):
                 {"recipients": ["1"], "args": ["a b"]}, {"recipients": ["1"], "args": [], "message": ""}:
             self.assertFalse(valid("Command", body), body)
 
-    def test_the_commands_are_those_of_the_table(self):
+    def test_the_commands_match_the_command_table(self):
         self.assertEqual([[cell.strip("`") for cell in row] for row in DOCUMENT.table("Commands")], COMMANDS)
         manual = (DOCS.parent / "packaging/man/veld.8.in").read_text()
         keywords = re.search(r"^The keyword may be written .*:\n((?:\.Cm .*\n|or\n)+)", manual, re.M).group(1)
@@ -93,7 +93,7 @@ class LocalApiTest(unittest.TestCase):
         flags = {flag for flag in API["components"]["schemas"]["SmsCommands"]["properties"] if flag.endswith("Enabled")}
         self.assertEqual(flags, {row[2] for row in COMMANDS})
 
-    def test_each_keyword_leads_to_its_path_if_its_flag_permits(self):
+    def test_each_keyword_is_posted_to_its_path_if_its_flag_permits(self):
         with Gateway() as gateway:
             gateway.run("start")
             for keyword, path, flag in COMMANDS:
@@ -118,5 +118,4 @@ class LocalApiTest(unittest.TestCase):
                 self.assertNotEqual(json.loads(http_request("POST", COMMANDS[0][1], body))["code"], 200)
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -1,4 +1,4 @@
-"""message-files.md and its schema against what the daemon does: message_files_test.py GATEWAY"""
+"""Compares message-files.md and its schema with the files of the daemon: message_files_test.py GATEWAY"""
 import json
 import os
 import re
@@ -8,11 +8,11 @@ import unittest
 
 import jsonschema
 
-from documents import DOCS, SMS, Document, Gateway
+from documents import DOCS, Document, Gateway
+from shared import FOLDERS, SMS, remove_messages
 
 DOCUMENT = Document("message-files.md")
 SCHEMA = json.loads((DOCS / "message-record.schema.json").read_text())
-FOLDERS = {"received": SMS / "inbox/received", **{name: SMS / "outbox" / name for name in ("sending", "sent", "failed")}}
 
 
 def validator(definition=None):
@@ -21,7 +21,7 @@ def validator(definition=None):
 
 
 def timeless(record):
-    """The record with its times replaced, which are those of the test."""
+    """Returns the record as text, with placeholders for its times."""
     text = re.sub(r'"guid": "\d{16}"', '"guid": "G"', json.dumps(record, sort_keys=True))
     return re.sub(r'"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d"', '"T"', text)
 
@@ -38,19 +38,17 @@ def queued(guid="2026010100000000", **keys):
 
 class MessageFilesTest(unittest.TestCase):
     def setUp(self):
-        for folder in FOLDERS.values():
-            for file in folder.glob("*"):
-                file.unlink()
+        remove_messages()
         shutil.rmtree("/run/modem", ignore_errors=True)
 
-    def test_the_folders_are_those_of_the_gateway(self):
+    def test_the_folders_match_the_gateway(self):
         with Gateway() as gateway:
             gateway.run("start", "stop")
         rows = [row[0].strip("`") for row in DOCUMENT.table("Folders")]
         self.assertEqual(sorted(rows), sorted(str(folder.parent.relative_to(SMS)) + "/" + folder.name
                                               for folder in SMS.glob("*/*") if folder.is_dir()))
 
-    def test_the_examples_are_records_of_the_daemon_and_fit_the_schema(self):
+    def test_the_examples_match_the_records_of_the_daemon_and_the_schema(self):
         with Gateway() as gateway:
             gateway.run("start", 'receive +4917012345 "p secret #ping 8.8.8.8 3"', "pass",
                         'receive +4917099999 "Grüße aus dem Feld"', "refuse +4917022222",
@@ -74,7 +72,7 @@ class MessageFilesTest(unittest.TestCase):
         documented = set(re.findall(r"`([a-zA-Z-]+)`", " ".join(written)))
         self.assertEqual(documented, {key for example in examples.values() for key in example})
 
-    def test_the_schema_refuses(self):
+    def test_the_schema_refuses_faulty_records(self):
         received = {"guid": "2026010100000000", "source": "+491", "message": "", "timestamp": "2026/01/01 00:00:00"}
         rows = [  # name, record
             ("nothing", None),
@@ -94,9 +92,9 @@ class MessageFilesTest(unittest.TestCase):
             ("an unknown status", queued(status="received")),
             ("both directions", queued(source="+491")),
             ("another time format", dict(received, timestamp="2026-01-01T00:00:00")),
-            ("a command that is none", dict(received, isSMSCommand=False)),
+            ("isSMSCommand is false", dict(received, isSMSCommand=False)),
             ("parts without their keys", dict(received, parts=["a", None])),
-            ("a part of nothing", {**received, "part-id": 1}),
+            ("a part-id without parts", {**received, "part-id": 1}),
         ]
         validator().validate(received)
         validator().validate(queued(retries=0, other=[1]))
@@ -104,8 +102,8 @@ class MessageFilesTest(unittest.TestCase):
             with self.subTest(name):
                 self.assertFalse(validator().is_valid(record))
 
-    def test_what_goes_wrong(self):
-        rows = [  # the row's beginning, name and content of the bad file; after two passes: sent, and where it is
+    def test_faulty_files_end_where_the_document_says(self):
+        rows = [  # start of the document's row; name and content of the file; messages sent and folder after two passes
             ("the file's name is not the guid", "other", queued(), 2, "sending"),
             ("no `guid`", queued()["guid"], queued(guid=None), 2, "sending"),
             ("`recipient` is missing", queued()["guid"], queued(recipient=None), 0, "failed"),
@@ -124,20 +122,20 @@ class MessageFilesTest(unittest.TestCase):
             self.assertEqual(len([text for text in written if text.startswith(beginning)]), 1, beginning)
         self.assertEqual(len(written), len(rows) + 3)
 
-    def test_null_stands_for_all_records(self):
+    def test_a_null_file_moves_all_records(self):
         before, behind, lines = self.after_two_passes("2026010100000000", "null")
         self.assertEqual(len(lines), len(before) + len(behind))
         self.assertEqual([self.where(name) for name in before], ["sent"] * len(before))
         self.assertEqual([self.where(name) for name in behind], ["failed"] * len(behind))
         self.assertIsNone(self.where("2026010100000000"))
 
-    def test_an_object_for_a_text_ends_the_pass(self):
+    def test_an_object_as_the_text_ends_the_pass(self):
         before, behind, lines = self.after_two_passes("2026010100000000", queued(message={}))
         self.assertEqual(len(lines), len(before))
         self.assertEqual({self.where(name) for name in behind + ["2026010100000000"]}, {"sending"})
 
     def after_two_passes(self, name, content):
-        """Queues a bad file and good ones; the names of those listed before and behind it, and what was sent."""
+        """Queues a bad file among good ones. Returns the good ones listed before and after it, and the sent messages."""
         self.setUp()
         good = [f"20260101000000{number}" for number in range(10, 15)]
         with Gateway() as gateway:
@@ -155,5 +153,4 @@ class MessageFilesTest(unittest.TestCase):
         return found[0] if found else None
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -1,25 +1,16 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <ctime>
 
 #include "provider/Listing.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-
-using testing::MatchesRegex;
+#include "tests/Testing.h"
 
 namespace {
 
 // Lines as read from the pipe: each with its line feed, except perhaps the last one.
 std::vector<std::string> lines(const std::string& text) {
   std::vector<std::string> all;
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size() - 1) + 1;
-    all.push_back(text.substr(begin, end - begin));
-    begin = end;
-  }
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) all.push_back(line + (stream.eof() ? "" : "\n"));
   return all;
 }
 
@@ -32,12 +23,8 @@ std::string ahead() {
 
 }  // namespace
 
-struct ListingRow {
-  const char* name;
-  const char* text;
-  const char* records;  ///< without "guid" and "timestamp"
-};
-const ListingRow listingRows[] = {
+// The records are compared without "guid" and "timestamp".
+const Row<const char*, const char*> listingRows[] = {
     {"Empty", "", "[]"},
     {"NoMessage", "addr: 1\nuser-data: \"a\"\n", "[]"},
     {"Message", "index: 0\n  smsc-addr: +99\n  addr: +49\n  user-data: \"hi\"\n",
@@ -47,15 +34,15 @@ const ListingRow listingRows[] = {
     {"MarkersAreCaseSensitive", "index\nADDR: 1\naddr: 2\nUser-Data: a\n", "[{'source':'2'}]"},
     {"FirstOfTwo", "index\naddr: 1\naddr: 2\nuser-data: a\nuser-data: b\n", "[{'source':'1','message':'a'}]"},
     {"BothInOneLine", "index\naddr: 1 user-data: a\n", "[{'source':'1 user-data: a','message':'a'}]"},
-    {"TextThatHoldsIndex", "index\naddr: 1\nuser-data: \"an index\"\naddr: 2\n",
+    {"TextWithTheWordIndex", "index\naddr: 1\nuser-data: \"an index\"\naddr: 2\n",
      "[{'source':'1'},{'source':'2'}]"},
-    {"Unquoted", "index\naddr: 1\nuser-data: a\n", "[{'source':'1','message':'a'}]"},
     {"LeadingQuoteOnly", "index\naddr: 1\nuser-data: \"a\n", "[{'source':'1','message':'a'}]"},
     {"TrailingQuoteOnly", "index\naddr: 1\nuser-data: a\"\n", "[{'source':'1','message':'a'}]"},
     {"TwoTrailingQuotes", "index\naddr: 1\nuser-data: \"a\"\"\n", "[{'source':'1','message':'a\\\"'}]"},
     {"OneQuote", "index\naddr: 1\nuser-data: \"\n", "[{'source':'1','message':''}]"},
     {"QuotedBlanks", "index\naddr: 1\nuser-data:  \" a \" \n", "[{'source':'1','message':' a '}]"},
-    {"OneCharacterBehindTheMarker", "index\naddr:_49\nuser-data:_hi\n", "[{'source':'49','message':'hi'}]"},
+    {"CharacterAfterTheMarkerIsSkipped", "index\naddr:_49\nuser-data:_hi\n",
+     "[{'source':'49','message':'hi'}]"},
     {"SenderBesideServiceCentre", "index\naddr: 1 smsc-addr: 2\naddr: 3\n", "[{'source':'3'}]"},
     {"MarkersTwiceInALine", "index\naddr: 1 addr: 2\nuser-data: a user-data: b\n",
      "[{'source':'1 addr: 2','message':'a user-data: b'}]"},
@@ -67,49 +54,44 @@ const ListingRow listingRows[] = {
 TEST_ROWS(Message, IsParsed, listingRows) {
   const LogCapture quiet;
   Json::Value records(Json::arrayValue);
-  for (Json::Value record : parseListing(lines(GetParam().text)).records) {
+  for (Json::Value record : parseListing(lines(GetParam().given)).records) {
     EXPECT_TRUE(record.removeMember("guid", nullptr) && record.removeMember("timestamp", nullptr));
     records.append(record);
   }
-  EXPECT_EQ(records, json(GetParam().records));
+  EXPECT_EQ(records, json(GetParam().expected));
 }
 
-TEST(Listing, LogsEachMessage) {
+TEST(Listing, LogsTheDecodedText) {
   LogCapture log;
-  parseListing(lines("index\naddr: 1\nuser-data: a\\nb\nindex\naddr: 2\n"));
-  EXPECT_EQ(log.text(), "[INFO] New sms from 1, message: a#012b\n[INFO] New sms from 2, message: \n");
+  parseListing(lines("index\naddr: 1\nuser-data: a\\nb\n"));
+  EXPECT_EQ(log.text(), "[INFO] New sms from 1, message: a#012b\n");
 }
 
-TEST(Listing, NumbersRecordsNotMessagesAndTakesLocalTime) {
+TEST(Listing, NumbersItsRecordsAndSkipsATakenGuid) {
+  LogCapture log;
+  const auto isTaken = [](const std::string& guid) { return guid.substr(14) == "01"; };
+  const std::vector<Json::Value> records =
+      parseListing(lines("index\nno sender\n" + times(120, "index\naddr: 1\n")), isTaken).records;
+  EXPECT_EQ(log.text(),
+            "[WARNING] SMS recipient is empty\n" + times(120, "[INFO] New sms from 1, message: \n"));
+  ASSERT_EQ(records.size(), 120u);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const std::size_t ordinal = i == 0 ? 0 : i + 1;
+    EXPECT_EQ(records[i]["guid"].asString().substr(14), (ordinal < 10 ? "0" : "") + std::to_string(ordinal));
+  }
+}
+
+TEST(Listing, TakesTheLocalTime) {
   setenv("TZ", "AHEAD-9:30", 1);
   const std::string before = ahead();
-  std::string text = "index\nno sender\n";
-  for (int i = 0; i < 120; ++i) text += "index\naddr: 1\n";
-  std::vector<Json::Value> records;
-  Json::Value second;  // from a listing in which the ordinal 01 is taken
-  {
-    LogCapture log;
-    records = parseListing(lines(text)).records;
-    EXPECT_EQ(log.text().size(), std::string("[WARNING] SMS recipient is empty\n").size() +
-                                     120 * std::string("[INFO] New sms from 1, message: \n").size());
-  }
-  {
-    const LogCapture quiet;
-    second =
-        parseListing(lines(text), [](const std::string& guid) { return guid.substr(14) == "01"; }).records[1];
-  }
-  ASSERT_EQ(records.size(), 120u);
-  const std::pair<std::size_t, const char*> ordinals[] = {
-      {0, "00"}, {9, "09"}, {99, "99"}, {100, "100"}, {119, "119"}};
-  for (const auto& [i, ordinal] : ordinals)
-    EXPECT_THAT(records[i]["guid"].asString(), MatchesRegex(std::string("[0-9]{14}") + ordinal));
-  EXPECT_THAT(second["guid"].asString(), testing::EndsWith("02"));
+  const LogCapture quiet;
+  const Json::Value record = parseListing({"index\n", "addr: 1\n"}).records.at(0);
   unsetenv("TZ");
-  std::string digits = records[0]["timestamp"].asString();
-  EXPECT_THAT(digits, MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
+  std::string digits = record["timestamp"].asString();
+  EXPECT_THAT(digits, testing::MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
   digits.erase(std::remove_if(digits.begin(), digits.end(), [](char c) { return c < '0' || c > '9'; }),
                digits.end());
-  EXPECT_EQ(records[0]["guid"].asString(), digits + "00");
+  EXPECT_EQ(record["guid"].asString(), digits + "00");
   EXPECT_GE(digits, before);
   EXPECT_LE(digits, ahead());
 }

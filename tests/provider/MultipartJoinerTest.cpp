@@ -1,15 +1,7 @@
-#include <gmock/gmock.h>
-
 #include "provider/MultipartJoiner.h"
-#include "tests/Json.h"
-#include "tests/Rows.h"
+#include "tests/Testing.h"
 
-struct JoinRow {
-  const char* name;
-  const char* records;
-  const char* joined;
-};
-const JoinRow joinRows[] = {
+const Row<const char*, const char*> joinRows[] = {
     {"None", "[]", "[]"},
     {"Single", "[{'message':'a'}]", "[{'message':'a'}]"},
     {"Whole",
@@ -38,11 +30,11 @@ const JoinRow joinRows[] = {
      "[{'message':'a'}, {'message':'eight'}, {'message':'nine'}]"},
 };
 TEST_ROWS(Join, GroupsTheParts, joinRows) {
-  const Json::Value records = json(GetParam().records);
+  const Json::Value records = json(GetParam().given);
   Json::Value joined(Json::arrayValue);
   for (const Json::Value& record : joinMultipartMessages({records.begin(), records.end()}))
     joined.append(record);
-  EXPECT_EQ(joined.toStyledString(), json(GetParam().joined).toStyledString());
+  EXPECT_EQ(joined.toStyledString(), json(GetParam().expected).toStyledString());
 }
 
 TEST(JoinParts, LeavesOtherRecordsUnchanged) {

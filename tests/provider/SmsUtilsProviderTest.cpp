@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -6,10 +5,7 @@
 
 #include "provider/SmsUtilsProvider.h"
 #include "storage/MessageStatus.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using testing::HasSubstr;
 
@@ -66,7 +62,7 @@ TEST_F(SmsUtilsProviderTest, CutsALineAt1023CharactersAndReadsTheRestAsALine) {
   EXPECT_EQ(record["source"], "1");
 }
 
-TEST_F(SmsUtilsProviderTest, UsesTheListingOfAToolThatFailsAndHidesTheFirst) {
+TEST_F(SmsUtilsProviderTest, UsesTheListingOfAFailingToolAndHidesTheFirstListing) {
   tool(std::string("[ \"$1\" = delete ] || ") + twoMessages + "; exit 3");
   EXPECT_EQ(provider_.receiveMessages().size(), 2u);
   EXPECT_EQ(readFile(calls), std::string(listCalls) + deleteCall);
@@ -111,33 +107,32 @@ TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
 struct SendRow {
   const char* name;
   const char* record;
-  const char* tool;  ///< what it does with the send call
+  const char* tool;  ///< the script of its send call
   bool result;
-  const char* text;  ///< what it was given to send
-  const char* log;   ///< the end of what is logged
+  const char* text;  ///< the content of the file that it sends
+  const char* log;   ///< the end of the log
 };
 constexpr char sendLine[] =
-    "[INFO] bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send -f /tmp/sms/sms-tmp +49 >> "
-    "/var/log/veld.log "
-    "2>&1'\n";
+    "[INFO] bash -c 'SMS_CONFIG=/etc/smsconfig sms --verbose send -f /tmp/sms/sms-tmp +49 "
+    ">> /var/log/veld.log 2>&1'\n";
 const SendRow sendRows[] = {
     {"Text", "{'recipient':'+49','message':'two\\nlines'}", "", true, "two\nlines", sendLine},
     {"NumericRecipient", "{'recipient':49,'message':'a'}", "", true, "a",
      "send -f /tmp/sms/sms-tmp 49 >> /var/log/veld.log 2>&1'\n"},
     {"NoText", "{'recipient':'+49'}", "", true, "", sendLine},
-    {"UpToANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
-    {"RefusedAndTakenAway", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp; exit 3", false, "a",
+    {"TextEndsAtANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
+    {"RefusedAndFileRemoved", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp; exit 3", false, "a",
      "[ERROR] Error to send SMS. Error: 768\n"
      "rm: cannot remove '/tmp/sms/sms-tmp': No such file or directory\n"
      "[ERROR] Error to remove file rm /tmp/sms/sms-tmp: [0][Success]\n"},
     {"Killed", "{'recipient':'+49','message':'a'}", "kill -9 $$", false, "a",
      "[ERROR] Error to send SMS. Error: 35072\n"},
-    {"FileTakenAway", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp", true, "a",
+    {"FileRemoved", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp", true, "a",
      "[ERROR] Error to remove file rm /tmp/sms/sms-tmp: [0][Success]\n"},
     {"EmptyRecipient", "{'recipient':'','message':'a'}", "", false, "unsent",
      "[INFO] SMS recipient is empty\n"},
     {"NoRecipient", "{}", "", false, "unsent", "[INFO] SMS recipient is empty\n"},
-    {"NoRecord", "[1]", "", false, "unsent", "[INFO] SMS recipient is empty\n"},
+    {"NotARecord", "[1]", "", false, "unsent", "[INFO] SMS recipient is empty\n"},
 };
 class Send : public SmsUtilsProviderTest, public testing::WithParamInterface<SendRow> {};
 TEST_P(Send, HandsTheTextToTheTool) {
@@ -151,7 +146,7 @@ TEST_P(Send, HandsTheTextToTheTool) {
 }
 INSTANTIATE_ROWS(Send, sendRows);
 
-TEST_F(SmsUtilsProviderTest, AnnouncesStepsThatCannotBeUndone) {
+TEST_F(SmsUtilsProviderTest, AnnouncesIrreversibleSteps) {
   struct Events final : ModemEvents {
     bool isTaken(const std::string& guid) const override { return guid.substr(14) == "00"; }
     void aboutToDelete(const std::vector<Json::Value>& records) override {
@@ -187,7 +182,7 @@ TEST_F(SmsUtilsProviderTest, FailsWhenItsFolderIsFullOrMissing) {
   std::filesystem::create_symlink("/dev/full", "/tmp/sms/sms-tmp");
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':'a'}")));
   std::filesystem::remove_all("/tmp/sms");
-  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // its text is not read
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // the text is not read
   EXPECT_EQ(log_.text(),
             "[ERROR] Cannot write file /tmp/sms/sms-tmp: [28][No space left on device]\n"
             "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");

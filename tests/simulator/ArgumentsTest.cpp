@@ -12,12 +12,8 @@ std::vector<Word> wordsOf(const std::string& line) {
   return splitLine(line, words) ? words : std::vector<Word>{{"a quote is left open", false}};
 }
 
-struct LineRow {
-  const char* name;
-  const char* line;
-  std::string words;  // in angle brackets; quoted ones in square brackets
-};
-const LineRow lineRows[] = {
+// Expected: unquoted words in angle brackets, quoted words in square brackets.
+const Row<const char*, std::string> lineRows[] = {
     {"Plain", "queue +49 text", "<queue><+49><text>"},
     {"Blanks", " \tqueue  +49\t text ", "<queue><+49><text>"},
     {"DoubleQuotes", "queue \"two  words\"", "<queue>[two  words]"},
@@ -29,9 +25,9 @@ const LineRow lineRows[] = {
 };
 TEST_ROWS(Line, IsSplit, lineRows) {
   std::string all;
-  for (const Word& word : wordsOf(GetParam().line))
+  for (const Word& word : wordsOf(GetParam().given))
     all += (word.quoted ? "[" : "<") + word.text + (word.quoted ? "]" : ">");
-  EXPECT_EQ(all, GetParam().words);
+  EXPECT_EQ(all, GetParam().expected);
 }
 
 TEST(Arguments, SeparatesOptionsFromWords) {
@@ -49,16 +45,16 @@ struct ShapeRow {
   const char* name;
   const char* shapes;
   const char* line;
-  const char* problem;  // empty: none
+  const char* problem;  // empty for none
 };
 const ShapeRow shapeRows[] = {
     {"Nothing", "", "x", ""},
     {"OneTooMany", "", "x a", "\"a\" is one word too many."},
-    {"MayBeMissing", "NUMBER [TEXT]", "x 1", ""},
-    {"AsManyAsWanted", "NUMBER...", "x 1 2 3", ""},
-    {"NoneOfMany", "NUMBER...", "x", "NUMBER is missing."},
+    {"OptionalWordIsMissing", "NUMBER [TEXT]", "x 1", ""},
+    {"AnyNumberOfWords", "NUMBER...", "x 1 2 3", ""},
+    {"FirstOfManyIsMissing", "NUMBER...", "x", "NUMBER is missing."},
     {"Choice", "api|tool", "x tool", ""},
-    {"NoChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
+    {"NotAChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
     {"ChoiceOrAny", "TEXT|off", "x on", ""},
     {"Number", "N", "x 65535", ""},
     {"TooLarge", "N", "x 65536", "\"65536\" is not a whole number from 0 to 65535."},
@@ -71,9 +67,9 @@ const ShapeRow shapeRows[] = {
     {"WrongList", "[--order N,N]", "x --order 2,b",
      "--order: \"2,b\" is not a list of whole numbers such as 2,1."},
     {"SecondShape", "api N, disk full", "x disk full", ""},
-    {"ShapeThatWasMeant", "api N, api slow N, disk full", "x api slow", "N is missing."},
+    {"ErrorOfTheNearestShape", "api N, api slow N, disk full", "x api slow", "N is missing."},
 };
-TEST_ROWS(ShapeOf, IsFollowed, shapeRows) {
+TEST_ROWS(Shapes, AreEnforced, shapeRows) {
   Arguments given;
   EXPECT_EQ(given.read(GetParam().shapes, wordsOf(GetParam().line)), GetParam().problem);
 }

@@ -33,15 +33,10 @@ struct World {
   }
 };
 
-struct FailingRow {
-  const char* name;
-  const char* script;
-  const char* said;  // on standard error
-};
-const FailingRow failingRows[] = {
+const Row<const char*, const char*> failingRows[] = {
     {"UnknownCommand", "\nrecieve x y\nstatus", "script:2: recieve x y"},
     {"UnknownCommandInTheLastLine", "recieve x y", "did you mean: receive NUMBER TEXT"},
-    {"NothingLikeIt", "xyz", "\"help\" lists them"},
+    {"UnknownCommandWithoutSuggestion", "xyz", "\"help\" lists them"},
     {"MissingWord", "queue 1", "TEXT is missing. Write it as: queue NUMBER TEXT [--retries N]"},
     {"NotANumber", "fault tool send fail 0", "is not a whole number from 1"},
     {"NotADay", "date 2026-02-30", "\"2026-02-30\" is not a day"},
@@ -49,7 +44,7 @@ const FailingRow failingRows[] = {
     {"NotASignal", "kill STOP", "\"STOP\" is not KILL, TERM"},
     {"SettingWithoutAValue", "settings enabled", "The value for enabled is missing"},
     {"UnknownSetting", "settings a.b 1", "no place \"a.b\""},
-    {"SettingWhosePlaceIsGone", "settings smsCommands --remove\npassword x", "no place for that"},
+    {"SettingInARemovedObject", "settings smsCommands --remove\npassword x", "no place for that"},
     {"OpenQuote", "queue 1 \"2", "A quote is not closed"},
     {"PartThatDoesNotExist", "receive 1 2 --hold 2", "The message has 1 part;"},
     {"NotRunning", "pass", "The daemon is not running. \"start\" starts it"},
@@ -67,15 +62,15 @@ const FailingRow failingRows[] = {
     {"ExpectAnotherRefusal", "bad\nexpect-wrong x", "expect-wrong x\n  came: "},
     {"ExpectNothing", "faults\nexpect", "script:2: expect\n  came: "},
     {"UnexpectedEnding", "start\nkill\nexpect-exit 0", "came: status signal 9"},
-    {"UnnoticedEnding", "start\nkill\nawait exit",
+    {"EndingWithoutACheck", "start\nkill\nawait exit",
      "the end: the daemon must end with status 0\n  came: status signal 9"},
 };
-TEST_ROWS(FailingScript, SaysWhy, failingRows) {
+TEST_ROWS(FailingScript, PrintsTheReason, failingRows) {
   World world;
   const Printed output(std::cout);
   const Printed errors(std::cerr);
-  EXPECT_FALSE(world.run(GetParam().script));
-  EXPECT_NE(errors.text().find(GetParam().said), std::string::npos) << errors.text();
+  EXPECT_FALSE(world.run(GetParam().given));
+  EXPECT_NE(errors.text().find(GetParam().expected), std::string::npos) << errors.text();
 }
 
 TEST(Script, EchoesItsLines) {
@@ -87,12 +82,7 @@ TEST(Script, EchoesItsLines) {
             "> expect-wrong no command \"bad\"\n");
 }
 
-struct AnswerRow {
-  const char* name;
-  const char* line;
-  const char* answer;
-};
-const AnswerRow answerRows[] = {
+const Row<const char*, const char*> answerRows[] = {
     {"OneMessage", "receive 1 a", "The modem has 1 message from 1."},
     {"ManyMessages", "receive 1 a --times 90", "The modem has 90 messages from 1."},
     {"Parts", "receive 1 abc --parts 3", "The modem has 1 message from 1, in 3 parts."},
@@ -105,9 +95,9 @@ const AnswerRow answerRows[] = {
      "The modem has 1 message from 1, in 2 parts, 1 part repeated."},
     {"HelpForACheck", "help expect-count", "expect-count N\nin a script: the last output must have N lines"},
 };
-TEST_ROWS(AnswerTo, Is, answerRows) {
+TEST_ROWS(ConsoleLine, IsAnswered, answerRows) {
   World world;
-  EXPECT_EQ(world.interpreter.execute(GetParam().line).text, GetParam().answer);
+  EXPECT_EQ(world.interpreter.execute(GetParam().given).text, GetParam().expected);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-"""The launcher, and the simulated gateway at its command line: gateway_test.py LAUNCHER GATEWAY"""
+"""Tests the launcher, and the simulated gateway at its command line: gateway_test.py LAUNCHER GATEWAY"""
 import os
 import pty
 import re
@@ -10,11 +10,13 @@ import tempfile
 import time
 import unittest
 
+from shared import wait_for, write_program
+
 LAUNCHER, GATEWAY = (os.path.realpath(sys.argv.pop(1)) for _ in range(2))
 
 
 def run(command, text="", **options):
-    """The command's status, standard output and standard error."""
+    """Returns the command's status, standard output and standard error."""
     done = subprocess.run(command, input=text, capture_output=True, text=True, timeout=60, **options)
     return done.returncode, done.stdout, done.stderr
 
@@ -23,15 +25,8 @@ def processes(command):
     return subprocess.run(["pgrep", "-fx", command], stdout=subprocess.DEVNULL).returncode == 0
 
 
-def wait_for(happened):
-    end = time.monotonic() + 30
-    while not happened():
-        assert time.monotonic() < end, "it did not happen"
-        time.sleep(0.01)
-
-
 def modes():
-    """The ways in which this machine can give a private gateway."""
+    """Returns the ways in which this machine can create a private gateway."""
     def allows(*options):
         return run(["bwrap", "--unshare-pid", *options, "--bind", "/", "/", "--proc", "/proc", "true"])[0] == 0
     return (["proot"] + ["root"] * (os.geteuid() == 0 and allows()) + ["userns"] * allows("--unshare-user"))
@@ -47,12 +42,12 @@ class LauncherTest(unittest.TestCase):
         environment = dict(os.environ, PRIVATE_GATEWAY=mode)
         return run([launcher, *command], env=environment, cwd=cwd or self.folder, **options)
 
-    def test_each_mode_keeps_the_promises(self):
+    def test_each_mode_gives_a_private_gateway(self):
         named = self.folder + "/file"
         rows = [  # name, options, script, status, output
             ("passes the status on", {}, "exit 7", 7, ""),
             ("passes the streams on", {"text": "typed"}, "cat", 0, "typed"),
-            ("/run holds the mark alone", {}, "ls /run", 0, "private-gateway\n"),
+            ("/run holds only the mark", {}, "ls /run", 0, "private-gateway\n"),
             ("/var/run leads to /run", {}, "cd /var/run && pwd -P", 0, "/run\n"),
             ("the working folder is there", {}, "cat file", 0, "kept\n"),
             ("the devices work", {}, "echo lost >/dev/null; head -c 2 /dev/zero | tr '\\0' k", 0, "kk"),
@@ -81,7 +76,7 @@ class LauncherTest(unittest.TestCase):
             with self.subTest(mode=mode):
                 self.assertEqual([one.communicate()[0] for one in started], ["kept\n"] * 4)
 
-    def test_everything_ends_with_it(self):
+    def test_all_processes_end_with_the_launcher(self):
         for mode in modes():
             left, killed = (f"sleep {number}.{os.getpid()}" for number in (7654, 8765))
             with self.subTest("what runs in the background", mode=mode):
@@ -95,7 +90,7 @@ class LauncherTest(unittest.TestCase):
                 self.assertEqual(launcher.wait(30), 143)
                 self.assertFalse(processes(killed))
 
-    def test_a_machine_without_namespaces_and_proot_is_told_in_one_line(self):
+    def test_a_machine_without_namespaces_and_proot_gets_a_one_line_error(self):
         for tool in ("bash", "realpath", "grep", "env"):
             os.symlink(shutil.which(tool), self.folder + "/" + tool)
         environment = {"PATH": self.folder, "PRIVATE_GATEWAY": "proot"}
@@ -123,8 +118,8 @@ class CommandLineTest(unittest.TestCase):
             ("the program's status", ["--with", "exit 3"], "", 3, []),
             ("a missing program", ["--with", "no-such-program"], "", 127, []),
             ("a program that is killed", ["--with", "kill -9 $$"], "", 137, []),
-            ("a failing script counts more", ["--with", "exit 3"], "nonsense", 1, []),
-            ("the last line waits", ["--with", "veldctl list; echo done"], "", 0, ["done"]),
+            ("a failing script overrides the status of the program", ["--with", "exit 3"], "nonsense", 1, []),
+            ("the last line waits for the program", ["--with", "veldctl list; echo done"], "", 0, ["done"]),
             ("a program in the background does not hold it", ["--with", "sleep 100 >/dev/null 2>&1 &"], "", 0, []),
             ("passes run while a script waits", ["--with", snippet], await_program, 0, folders),
             ("an own tool", ["--tool", "./own-sms"], "start\n", 0, ["own tool: list unread", "own tool: list read"]),
@@ -137,9 +132,7 @@ class CommandLineTest(unittest.TestCase):
             ("a missing script", ["--script", "/nothing"], "", 2, []),
         ]
         with tempfile.TemporaryDirectory(dir=os.getcwd()) as folder:
-            with open(folder + "/own-sms", "w") as tool:
-                print('#!/bin/sh\necho "own tool: $*" >>/run/calls', file=tool)
-            os.chmod(folder + "/own-sms", 0o755)
+            write_program(folder + "/own-sms", 'echo "own tool: $*" >>/run/calls\n')
             for name, arguments, script, status, lines in rows:
                 with self.subTest(name):
                     command = 'status=0; "$@" || status=$?; cat /run/calls 2>/dev/null; exit $status'
@@ -159,7 +152,7 @@ class Terminal:
             os.execve(LAUNCHER, [LAUNCHER, GATEWAY], dict(os.environ, HOME=home, TERM="xterm"))
 
     def sees(self, text, seconds=90.0):
-        """Whether the text comes after what was seen last."""
+        """Waits for the text after what was seen last. False if it does not come in time."""
         end = time.monotonic() + seconds
         while (at := self.screen.find(text, self.seen)) < 0:
             if not select.select([self.terminal], [], [], max(0.0, end - time.monotonic()))[0]:
@@ -172,7 +165,7 @@ class Terminal:
         os.write(self.terminal, text.encode())
 
     def interrupts(self, line, text):
-        """Types the line and Ctrl-C until the text comes. Ctrl-C has no effect before the console waits, and then discards
+        """Types the line and Ctrl-C until the text appears. Ctrl-C has no effect before the console waits, and then discards
         what the console has not read."""
         for _ in range(100):
             self.types(line)
@@ -188,7 +181,7 @@ class ConsoleTest(unittest.TestCase):
     def test_completion_colours_and_ctrl_c(self):
         home = self.enterContext(tempfile.TemporaryDirectory(dir=os.getcwd()))
         console = Terminal(home)
-        steps = [  # what is typed, and what is then seen, in this order
+        steps = [  # the typed text, and the text that appears then
             ("", "gateway> "),
             ("start\n", "The daemon runs"),
             ('rece\t+4917012345 "p secret #reboot ä"\n', "The modem has 1 message from +4917012345."),
@@ -199,7 +192,7 @@ class ConsoleTest(unittest.TestCase):
         for typed, expected in steps:
             console.types(typed)
             self.assertTrue(console.sees(expected), f"{typed!r}: no {expected!r} in {console.screen!r}")
-        for _ in range(50):  # at whatever moment of the line editor it comes
+        for _ in range(50):  # in any state of the line editor
             self.assertTrue(console.interrupts("never run", "gateway> "), console.screen)
         console.types("faults\n")
         self.assertTrue(console.sees("Everything works."), console.screen)
@@ -216,5 +209,4 @@ class ConsoleTest(unittest.TestCase):
             self.assertIn("receive", history.read())
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -1,4 +1,4 @@
-"""Drives the page of the simulated gateway in headless Chromium: page_test.py GATEWAY"""
+"""Tests the page of the simulated gateway in headless Chromium: page_test.py GATEWAY"""
 import http.client
 import os
 import re
@@ -18,7 +18,7 @@ PERMITTED = "+4917012345"
 CHROMIUM = ("headless=new no-sandbox disable-gpu disable-quic no-first-run disable-background-networking "
             "disable-component-update disable-sync disable-dev-shm-usage window-size=1280,900").split()
 
-# The least contrast (as WCAG defines it) between the border of a control and the ground around it.
+# The least contrast (as WCAG defines it) between the border of a control and its background.
 LEAST_CONTRAST = """
 const light = (colour) => colour.match(/[\\d.]+/g).slice(0, 3).map((part) => part / 255)
   .map((part) => part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4)
@@ -80,8 +80,10 @@ class PageTest(unittest.TestCase):
                                        "one => one.textContent.includes(arguments[1]))", selector, text)
         WebDriverWait(self.page, 20).until(shown, f'no {selector} shows "{text}"')
 
-    def click(self, label):
+    def click(self, label, selector="body", text=""):
+        """Clicks the button, and waits until an element of the selector shows the text."""
         self.page.find_element(By.XPATH, f'//button[normalize-space()="{label}"]').click()
+        self.see(selector, text)
 
     def write(self, text):
         box = self.one("#text")
@@ -89,12 +91,10 @@ class PageTest(unittest.TestCase):
         box.send_keys(text, Keys.ENTER)
 
     def run_pass(self):
-        self.click("Run a pass")
-        self.see("#said", "1 pass, 5 seconds.")
+        self.click("Run a pass", "#said", "1 pass, 5 seconds.")
 
     def test_the_example_reaches_the_api_and_is_answered(self):
-        self.click("Send")
-        self.see("#conversation .written", "p secret #ping 8.8.8.8 3")
+        self.click("Send", "#conversation .written", "p secret #ping 8.8.8.8 3")
         self.run_pass()
         self.see("#requests code", "POST /api/command/do_ping_through_sms")
         self.see("#requests pre", '{"recipients": ["+4917012345"], "args": ["8.8.8.8","3"]}')
@@ -103,7 +103,7 @@ class PageTest(unittest.TestCase):
         self.run_pass()
         self.see("#conversation li:not(.written)", "do_ping_through_sms: done")
 
-    def test_a_reboot_shows(self):
+    def test_a_reboot_is_shown(self):
         process = self.one("#daemon").text
         self.click("reboot")
         self.click("Send")
@@ -116,30 +116,23 @@ class PageTest(unittest.TestCase):
 
     def test_a_command_that_the_api_refuses_is_not_carried_out(self):
         outcomes = self.count("#requests .outcome")
-        self.click("API answers 500")
-        self.see("#faults", "api: code 500")
+        self.click("API answers 500", "#faults", "api: code 500")
         self.write("p secret #wifi")
         self.run_pass()
         self.see("#requests .card", "POST /api/command/send_wifistatus_sms answered 500")
         self.see("#log .ERROR", "request failed with response code: 500")
-        self.click("Repair everything")
-        self.see("#faults", "Everything works.")
+        self.click("Repair everything", "#faults", "Everything works.")
         self.run_pass()
         self.assertEqual(self.count("#requests .outcome"), outcomes)
 
     def test_a_refused_message_is_retried_and_sent(self):
-        self.click("Modem refuses this number")
-        self.see("#faults", "refused: +4917022222")
-        self.click("Queue it")
-        self.see("#said", "Queued as")
+        self.click("Modem refuses this number", "#faults", "refused: +4917022222")
+        self.click("Queue it", "#said", "Queued as")
         self.run_pass()
         self.see("#messages .card:has(.failed)", "3 retries left")
-        self.click("Wait 30 s")
-        self.see("#messages .card:has(.failed)", "2 retries left")
-        self.click("Repair everything")
-        self.see("#faults", "Everything works.")
-        self.click("Wait 5 min")
-        self.see("#messages .card:has(.sent)", "Tank 3 is nearly empty")
+        self.click("Wait 30 s", "#messages .card:has(.failed)", "2 retries left")
+        self.click("Repair everything", "#faults", "Everything works.")
+        self.click("Wait 5 min", "#messages .card:has(.sent)", "Tank 3 is nearly empty")
         self.see("#log .ERROR", "Error to send SMS.")
         self.see("#sender", "+4917022222")
 
@@ -150,22 +143,20 @@ class PageTest(unittest.TestCase):
             self.see("#messages .card:has(.received) .tag", "no command: " + why)
 
     def test_a_hang_is_shown_and_ended(self):
-        self.click("Tool hangs")
-        self.see("#faults", "unread: hang")
-        self.click("Run a pass")
-        self.see("#daemon", 'the tool hangs in "unread" for ')
+        self.click("Tool hangs", "#faults", "unread: hang")
+        self.click("Run a pass", "#daemon", 'the tool hangs in "unread" for ')
         self.see("#said.wrong", 'Pass 1 does not end: the tool hangs in "unread"; "repair" ends that.')
-        self.click("Restart")
-        self.see("#said.wrong", "The daemon's pass does not end: the tool hangs in")
-        self.click("Repair everything")
-        self.see("#daemon", "veld runs")
+        self.click("Restart", "#said.wrong", "The daemon's pass does not end: the tool hangs in")
+        self.click("Repair everything", "#daemon", "veld runs")
         self.run_pass()
 
-    def test_a_daemon_that_ended_can_be_started(self):
-        self.command("kill")
+    def test_the_console_answers_and_a_killed_daemon_starts_again(self):
+        for command in ("recieve +49 hello", "kill"):
+            self.one("#console-line").clear()
+            self.one("#console-line").send_keys(command, Keys.ENTER)
+        self.see("#log .wrong", "did you mean: receive NUMBER TEXT")
         self.see("#daemon", "veld ended with status signal 9")
-        self.click("Start")
-        self.see("#daemon", "veld runs")
+        self.click("Start", "#daemon", "veld runs")
 
     def test_open_pages_do_not_keep_commands_waiting(self):
         pages = [http.client.HTTPConnection(self.address.split("/")[2]) for _ in range(40)]
@@ -184,13 +175,13 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.page.title, "veld on a simulated gateway")
         self.assertEqual(self.page.find_elements(By.CSS_SELECTOR, "img, main script"), [])
 
-    def test_a_text_of_blanks_is_no_empty_bubble(self):
+    def test_a_text_of_blanks_is_shown_as_their_count(self):
         self.write("   ")
         self.see("#conversation .written", "(3 blanks)")
         self.run_pass()
         self.see("#messages .card:has(.received)", "(3 blanks)")
 
-    def test_another_number_writes(self):
+    def test_a_message_from_another_number(self):
         for number in ("+4917055555", "+4917066666"):
             Select(self.one("#sender")).select_by_visible_text("another number …")
             self.one("#another-number").send_keys(number, Keys.ENTER)
@@ -205,16 +196,7 @@ class PageTest(unittest.TestCase):
                 self.run_pass()
                 self.see("#messages .card:has(.received) .text", text)
 
-    def command(self, text):
-        line = self.one("#console-line")
-        line.clear()
-        line.send_keys(text, Keys.ENTER)
-
-    def test_the_console_answers(self):
-        self.command("recieve +49 hello")
-        self.see("#log .wrong", "did you mean: receive NUMBER TEXT")
-
-    def test_the_keyboard_reaches_everything_and_shows_where_it_is(self):
+    def test_the_keyboard_reaches_each_control_and_shows_the_focus(self):
         wanted = self.page.execute_script(
             "return document.querySelectorAll(':is(button, input, textarea, select):not([hidden], [hidden] *)').length")
         reached = set()
@@ -241,7 +223,7 @@ class PageTest(unittest.TestCase):
                 self.assertGreater(conversation, 250)
         self.page.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
 
-    def test_controls_stand_out_from_their_ground(self):
+    def test_controls_stand_out_from_their_background(self):
         for scheme in ("light", "dark"):
             self.page.execute_cdp_cmd("Emulation.setEmulatedMedia", {
                 "features": [{"name": "prefers-color-scheme", "value": scheme}]})
@@ -249,13 +231,13 @@ class PageTest(unittest.TestCase):
                 self.assertGreater(self.page.execute_script(LEAST_CONTRAST), 3)
         self.page.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
 
-    def test_nothing_external_is_loaded_and_nothing_is_wrong(self):
+    def test_nothing_external_is_loaded_and_the_browser_logs_no_error(self):
         loaded = self.page.execute_script("return performance.getEntriesByType('resource').map(one => one.name)")
         self.assertGreaterEqual(len(loaded), 2)
         self.assertEqual([one for one in loaded if not one.startswith(self.address)], [])
         self.assertEqual(self.page.get_log("browser"), [])
 
-    def test_only_the_page_itself_is_answered(self):
+    def test_only_requests_of_the_page_are_answered(self):
         host = self.address.split("/")[2]
         port = host.split(":")[1]
         rows = [  # name, method, Host, Origin, status
@@ -269,11 +251,11 @@ class PageTest(unittest.TestCase):
             ("by name, a command", "POST", f"localhost:{port}", f"http://localhost:{port}", 200),
             ("another page's command", "POST", host, "http://example.org", 403),
             ("a file's command", "POST", host, "null", 403),
-            ("a command of nobody", "POST", host, None, 403),
-            ("rebound", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
+            ("a command without an origin", "POST", host, None, 403),
+            ("a rebound host name", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
             ("another site's page reads", "GET", host, None, 403, "cross-site"),
             ("its own page reads", "GET", host, None, 200, "same-origin"),
-            ("a person", "GET", host, None, 200, "none"),
+            ("an address that a person types", "GET", host, None, 200, "none"),
         ]
         for name, method, named, origin, status, *site in rows:
             with self.subTest(name):
@@ -289,5 +271,4 @@ class PageTest(unittest.TestCase):
                 connection.close()
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -1,5 +1,5 @@
-"""The tool `sms` with a virtual modem, by the real ModemManager and by a port: modem_test.py GATEWAY SMS
-In a gateway of its own; the daemon is the real one."""
+"""Tests the tool `sms` with a virtual modem, through the real ModemManager and through a port:
+modem_test.py GATEWAY SMS, in a private gateway. The daemon is the real one."""
 import json
 import os
 import pathlib
@@ -14,15 +14,15 @@ import threading
 import time
 import unittest
 
-HERE = pathlib.Path(__file__).resolve()
-sys.path += [str(HERE.parents[2] / "standalone/virtual-modem"), str(HERE.parents[1] / "docs")]
-SMS = os.path.abspath(sys.argv.pop(2))
-import pdu  # noqa: E402
-from documents import SMS as BOXES, Gateway  # noqa: E402
-from manager import Manager, wait_for  # noqa: E402
-from virtual_modem import VirtualModem  # noqa: E402
+import pdu
+from documents import Gateway
+from manager import Manager, wait_for
+from shared import FOLDERS, remove_messages, write_program
+from virtual_modem import VirtualModem
 
+SMS = os.path.abspath(sys.argv.pop(1))
 CONFIG = pathlib.Path("/run/smsconfig")
+os.environ["SMS_CONFIG"] = str(CONFIG)
 STATE = pathlib.Path("/run/veld-sms/state")
 ALL_OF_GSM = pdu.ALPHABET.replace("\x1b", "") + "".join(pdu.EXTENSIONS)
 TEXTS = [
@@ -37,7 +37,7 @@ OUTGOING = [text for _, text in TEXTS if text != "Hello"]
 
 
 class Engine:
-    """The tests of both engines. A class says how the modem is plugged in."""
+    """The tests that run with each engine. A subclass connects the modem."""
 
     places = (10, 400)
 
@@ -50,13 +50,12 @@ class Engine:
         log.bind("/dev/log")
         self.lines = queue.SimpleQueue()
         threading.Thread(target=self.keep_log, args=(log,), daemon=True).start()
-        for file in BOXES.glob("*/*/*"):
-            file.unlink()
+        remove_messages()
         self.configure("")
         self.plug_in()
 
     def sms(self, *words, status=0):
-        call = subprocess.run([SMS, *words], env={**os.environ, "SMS_CONFIG": str(CONFIG)}, capture_output=True)
+        call = subprocess.run([SMS, *words], capture_output=True)
         if status is not None:
             self.assertEqual(call.returncode, status, (words, call.stderr.decode()))
         return call.stderr.decode() if status else call.stdout.decode()
@@ -65,13 +64,13 @@ class Engine:
         return re.findall(r'^user-data: "(.*)"$', self.sms(*words), re.M)
 
     def keep_log(self, log):
-        """ModemManager writes there, too, and would block without a reader."""
+        """Reads the log: ModemManager writes to it, too, and would block without a reader."""
         while line := log.recv(4000).decode():
             if found := re.match(r"<\d+>.* sms\[\d+\]: (.*)", line):
                 self.lines.put(found[1])
 
     def logged(self):
-        """The next line of the tool in the system's log."""
+        """Returns the next line that the tool logs."""
         return self.lines.get(timeout=10)
 
     def send(self, text, status=0, number="+4917011111"):
@@ -79,20 +78,27 @@ class Engine:
         file.write_bytes(text.encode() if isinstance(text, str) else text)
         return self.sms("--verbose", "send", "-f", str(file), number, status=status)
 
-    def receive(self, *texts, sender="+4917011111"):
-        """Sends them one after the other, so that ModemManager sees each."""
-        for text in texts:
-            for message in pdu.deliveries(sender, text):
-                self.modem.receive(message)
-                self.settle()
+    def deliver(self, *messages):
+        """Delivers one after the other, so that ModemManager sees each."""
+        for message in messages:
+            self.modem.receive(message)
+            self.settle()
+
+    def receive(self, text):
+        self.deliver(*pdu.deliveries("+4917011111", text))
+
+    def give_pins(self):
+        self.configure("pin = 1111")
+        for _ in range(2):
+            self.assertIn(self.refused_pin, self.sms("list", "unread", status=1))
+        self.configure("pin = 1234")
+        self.sms("list", "unread")
+        self.assertEqual(self.modem.pins, ["1111", "1234"])
 
     def daemon(self, gateway):
         """Makes the real daemon use the tool under test."""
-        pathlib.Path("/dev/log").unlink()  # it is the gateway's now
-        tool = pathlib.Path("/run/gateway/bin/sms")
-        tool.unlink()
-        tool.write_text(f"#!/bin/sh\nSMS_CONFIG={CONFIG} exec {SMS} \"$@\"\n")
-        tool.chmod(0o755)
+        pathlib.Path("/dev/log").unlink()  # the gateway provides it now
+        write_program("/run/gateway/bin/sms", f"SMS_CONFIG={CONFIG} exec {SMS} \"$@\"\n")
         gateway.run("start")
 
     def test_every_text_is_received(self):
@@ -103,7 +109,7 @@ class Engine:
         with Gateway() as gateway:
             self.daemon(gateway)
             gateway.run("pass")
-        records = [json.loads(file.read_text()) for file in sorted((BOXES / "inbox/received").iterdir())]
+        records = [json.loads(file.read_text()) for file in sorted(FOLDERS["received"].iterdir())]
         self.assertCountEqual([(record["source"], record["message"]) for record in records],
                               [(sender.replace("findex", "fIndex"), text) for sender, text in TEXTS])
         self.assertEqual(self.modem.held(), 0)
@@ -113,14 +119,14 @@ class Engine:
             self.daemon(gateway)
             for i, text in enumerate(OUTGOING):
                 record = {"guid": f"20260101000000{i:02}", "recipient": "+4917011111", "message": text}
-                (BOXES / "outbox/sending" / record["guid"]).write_text(json.dumps(record))
+                (FOLDERS["sending"] / record["guid"]).write_text(json.dumps(record))
             gateway.run("pass")
         sent = [text for _, text in pdu.texts_of(self.modem.sent)]
         self.assertCountEqual(sent, OUTGOING)
-        self.assertEqual(len(list((BOXES / "outbox/sent").iterdir())), len(OUTGOING))
+        self.assertEqual(len(list(FOLDERS["sent"].iterdir())), len(OUTGOING))
 
     def test_root_leaves_the_state_to_its_owner(self):
-        """The daemon may run as its own user, while a person asks as root."""
+        """The daemon may run as its own user, and a person may run the tool as root."""
         folder = STATE.parent
         folder.mkdir(mode=0o700, exist_ok=True)
         for path in (folder, *folder.iterdir()):
@@ -149,7 +155,7 @@ class Engine:
         self.sms("list", "unread")
         reader, writer = os.pipe()
         os.close(reader)
-        subprocess.run([SMS, "list", "read"], env={**os.environ, "SMS_CONFIG": str(CONFIG)}, stdout=writer)
+        subprocess.run([SMS, "list", "read"], stdout=writer)
         os.close(writer)
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 1)
@@ -157,24 +163,19 @@ class Engine:
     def test_a_long_message_waits_for_its_parts_up_to_a_limit(self):
         now = time.time()
         parts = pdu.deliveries("+4917011111", "p" * 300)
-        for message in [parts[0], pdu.deliveries("+4917022222", "o" * 300, 2, when=now - 71 * 3600)[0],
-                        pdu.deliveries("+4917033333", "q" * 300, 3, when=now - 73 * 3600)[1]]:
-            self.modem.receive(message)
-            self.settle()
+        self.deliver(parts[0], pdu.deliveries("+4917022222", "o" * 300, 2, when=now - 71 * 3600)[0],
+                     pdu.deliveries("+4917033333", "q" * 300, 3, when=now - 73 * 3600)[1])
         [line] = self.texts("list", "unread")
         self.assertIn("Incomplete message", line)
-        self.modem.receive(parts[1])
-        self.settle()
+        self.deliver(parts[1])
         self.assertEqual(self.texts("list", "unread"), ["p" * 300])
         self.assertEqual(len(self.texts("list", "read")), 2)
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 1)
 
     def test_data_is_listed_in_hex(self):
-        self.modem.receive(pdu.deliver("+49", b"\x01\x00\xff", 4))
-        self.settle()
-        self.modem.receive(pdu.deliver("+49", b"\x01\x06\x01\xbe\x00", 4, bytes.fromhex("05040b8423f0")))
-        self.settle()
+        self.deliver(pdu.deliver("+49", b"\x01\x00\xff", 4),
+                     pdu.deliver("+49", b"\x01\x06\x01\xbe\x00", 4, bytes.fromhex("05040b8423f0")))
         self.assertEqual(self.texts("list", "unread"),
                          ["8-bit data, octets 0100FF", "MMS notification, octets 010601BE00"])
 
@@ -217,7 +218,7 @@ class Engine:
 
 
 class PortTest(Engine, unittest.TestCase):
-    refusal = "the network is out of order"
+    refusal, refused_pin = "the network is out of order", "refuse"
 
     def plug_in(self):
         pathlib.Path("/run/port").unlink(missing_ok=True)
@@ -234,7 +235,7 @@ class PortTest(Engine, unittest.TestCase):
     def renew_registration(self, _):
         pass
 
-    def test_what_cannot_be_deleted_is_not_listed_again(self):
+    def test_a_message_that_cannot_be_deleted_is_not_listed_again(self):
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")
@@ -260,28 +261,22 @@ class PortTest(Engine, unittest.TestCase):
     def test_the_pin_is_tried_once(self):
         self.modem.pin = "1234"
         self.assertIn("settings have none", self.sms("list", "unread", status=1))
-        self.configure("pin = 1111")
-        for _ in range(2):
-            self.assertIn("refuse", self.sms("list", "unread", status=1))
-        self.configure("pin = 1234")
-        self.sms("list", "unread")
-        self.assertEqual(self.modem.pins, ["1111", "1234"])
+        self.give_pins()
 
     def test_no_sim_and_no_modem(self):
         self.modem.has_sim = False
         self.assertEqual(self.sms("list", "unread", status=1), "sms: no SIM\n")
-        self.assertEqual(self.sms("status", status=1), "")  # it shows the problem on its standard output
+        self.assertEqual(self.sms("status", status=1), "")  # status prints the problem to standard output
         self.modem.has_sim = True
         self.modem.unplug()
         self.assertIn("no modem", self.sms("list", "unread", status=1))
         self.plug_in()
         self.sms("list", "unread")
 
-    def test_a_call_that_was_killed_disturbs_no_other(self):
+    def test_a_killed_call_does_not_disturb_the_next(self):
         self.modem.delay = 0.03
         for moment in (0.02, 0.08, 0.14, 0.2, 0.23):
-            call = subprocess.Popen([SMS, "send", "-f", "/etc/passwd", "+49170"],
-                                    env={**os.environ, "SMS_CONFIG": str(CONFIG)})
+            call = subprocess.Popen([SMS, "send", "-f", "/etc/passwd", "+49170"])
             time.sleep(moment)
             call.kill()
             call.wait()
@@ -295,7 +290,7 @@ class PortTest(Engine, unittest.TestCase):
 
 
 class ManagerTest(Engine, unittest.TestCase):
-    refusal = "38"
+    refusal, refused_pin = "38", ""
 
     def plug_in(self):
         self.name = "modem-" + secrets.token_hex(8)  # abstract names are shared by the machine
@@ -304,7 +299,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.addCleanup(self.manager.stop)
         self.manager.start()
         wait_for("the modem", self.manager.has_modem)
-        self.sms("list", "unread")  # enables it
+        self.sms("list", "unread")  # enables the modem
         wait_for("the network", lambda: "registration: home" in self.sms("status", status=None))
 
     def configure(self, more):
@@ -314,28 +309,23 @@ class ManagerTest(Engine, unittest.TestCase):
         """Waits until ModemManager has fetched and shows the new messages."""
         wait_for("ModemManager to fetch", lambda: all(
             kind for memory in self.modem.memories.values() for kind, _ in memory.messages.values()))
-        self.sms("status")  # it answers in order
+        self.sms("status")  # ModemManager answers in order
 
-    def an_hour_passes(self):
-        STATE.write_text(re.sub("^looked .*", "looked -3600 0", STATE.read_text(), flags=re.M))
+    def set_last_look(self, values):
+        STATE.write_text(re.sub("^looked .*", f"looked {values}", STATE.read_text(), flags=re.M))
+        self.sms("list", "unread")
 
     def look_again(self):
-        self.an_hour_passes()
-        self.sms("list", "unread")
+        self.set_last_look("-3600 0")  # an hour before the start of the machine
 
     def test_the_pin_is_given(self):
         self.manager.kill()
         self.modem.pin = "1234"
         self.manager.start()
         wait_for("the locked modem", lambda: "locked" in self.sms("status", status=None))
-        self.configure("pin = 1111")
-        for _ in range(2):
-            self.sms("list", "unread", status=1)
-        self.configure("pin = 1234")
-        self.sms("list", "unread")
-        self.assertEqual(self.modem.pins, ["1111", "1234"])
+        self.give_pins()
 
-    def test_messages_that_come_together_are_found(self):
+    def test_messages_that_arrive_together_are_found(self):
         self.modem.delay = 0.05
         texts = [f"message {i}" for i in range(10)]
         for text in texts:
@@ -346,9 +336,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.assertLess(len(known), 10)  # ModemManager itself loses them
         self.sms("list", "read")
         self.sms("delete", "read")
-        STATE.write_text(re.sub("^looked .*", f"looked {-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1",
-                                STATE.read_text(), flags=re.M))
-        self.sms("list", "unread")
+        self.set_last_look(f"{-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1")
         self.assertCountEqual(known + self.texts("list", "unread"), texts)
 
     def test_calls_that_the_manager_rejects_for_now_are_repeated(self):
@@ -362,7 +350,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.settle()
         self.assertEqual(self.texts("list", "unread"), ["two"])
 
-    def test_marks_of_another_run_of_the_manager_mean_nothing(self):
+    def test_marks_of_an_earlier_run_of_the_manager_are_ignored(self):
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")
@@ -388,5 +376,4 @@ class ManagerTest(Engine, unittest.TestCase):
         wait_for(name, lambda: name in subprocess.run([SMS, "status"], capture_output=True, text=True).stdout)
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

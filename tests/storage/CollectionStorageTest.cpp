@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 
 #include "storage/FolderCollectionStorage.h"
@@ -9,10 +7,7 @@
 #include "storage/MessageStatus.h"
 #include "storage/MessageStore.h"
 #include "storage/StatusCollectionStorageDecorator.h"
-#include "tests/Json.h"
-#include "tests/LogCapture.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using namespace MessageStatus;
 
@@ -49,30 +44,29 @@ class Folders {
 }  // namespace
 
 TEST(FolderCollectionStorage, HasAFolderForEachStatusAndMovesNothing) {
-  const TemporaryFolder root;
-  FolderCollectionStorage storage(root.path, root.path + "/staging");
-  const std::pair<int, const char*> folders[] = {{Received, "/inbox/received/1"},
-                                                 {Sending, "/outbox/sending/1"},
-                                                 {Sent, "/outbox/sent/1"},
-                                                 {Failed, "/outbox/failed/1"}};
-  for (const auto& [status, file] : folders) {
+  const Folders folders;
+  FolderCollectionStorage& storage = *folders.storage;
+  const std::pair<int, const char*> files[] = {{Received, "/inbox/received/1"},
+                                               {Sending, "/outbox/sending/1"},
+                                               {Sent, "/outbox/sent/1"},
+                                               {Failed, "/outbox/failed/1"}};
+  for (const auto& [status, file] : files) {
     storage.save(json("{'guid':'1'}"), status);
     storage.move(Json::nullValue, status, status % Failed + 1);
-    EXPECT_TRUE(std::filesystem::exists(root.path + file)) << file;
+    EXPECT_TRUE(std::filesystem::exists(folders.root.path + file)) << file;
     EXPECT_EQ(storage.load(Json::nullValue, status).size(), 1u);
     EXPECT_EQ(storage.load(Json::nullValue, status % Failed + 1).size(), 0u);
     storage.remove(json("{'guid':'1'}"), status);
-    EXPECT_FALSE(std::filesystem::exists(root.path + file)) << file;
+    EXPECT_FALSE(std::filesystem::exists(folders.root.path + file)) << file;
   }
 }
 
-TEST(FolderCollectionStorage, TakesAnUnknownStatus) {
-  const TemporaryFolder root;
-  FolderCollectionStorage storage(root.path, root.path + "/staging");
+TEST(FolderCollectionStorage, IgnoresAnUnknownStatus) {
+  const Folders folders;
   for (const int status : {-1, 0, 5}) {
-    storage.save(json("{'guid':'1'}"), status);
-    storage.remove(Json::nullValue, status);
-    EXPECT_EQ(storage.load(Json::nullValue, status), Json::Value());
+    folders.storage->save(json("{'guid':'1'}"), status);
+    folders.storage->remove(Json::nullValue, status);
+    EXPECT_EQ(folders.storage->load(Json::nullValue, status), Json::Value());
   }
 }
 
@@ -82,12 +76,7 @@ TEST(MessageStatus, HasATextForEveryNumber) {
   EXPECT_EQ(texts, "unknown unknown received sending sent failed unknown ");
 }
 
-struct MoveRow {
-  const char* name;
-  int to;
-  const char* moved;
-};
-const MoveRow moveRows[] = {
+const Row<int, const char*> moveRows[] = {
     {"Received", Received, "[{'guid':'1'}]"},
     {"Sending", Sending, "[{'guid':'1','status':'sending'}]"},
     {"Sent", Sent, "[{'guid':'1','status':'sent'}]"},
@@ -96,18 +85,18 @@ const MoveRow moveRows[] = {
 };
 TEST_ROWS(Move, WritesTheStatus, moveRows) {
   const Folders folders;
-  const int from = GetParam().to == Sent ? Failed : Sent;
+  const int from = GetParam().given == Sent ? Failed : Sent;
   folders.storage->save(json("{'guid':'1','status':'old'}"), from);
-  StatusCollectionStorageDecorator(folders.storage).move(json("{'guid':'1'}"), from, GetParam().to);
-  EXPECT_EQ(folders.storage->load(Json::nullValue, GetParam().to), json(GetParam().moved));
+  StatusCollectionStorageDecorator(folders.storage).move(json("{'guid':'1'}"), from, GetParam().given);
+  EXPECT_EQ(folders.storage->load(Json::nullValue, GetParam().given), json(GetParam().expected));
   EXPECT_EQ(folders.storage->load(Json::nullValue, from), json("[]"));
 }
 
 struct MoveFilterRow {
   const char* name;
   const char* filter;
-  const char* left;   ///< the files of each status afterwards
-  unsigned removals;  ///< that fail
+  const char* left;  ///< the files of each status afterwards
+  unsigned failedRemovals;
 };
 const MoveFilterRow moveFilterRows[] = {
     {"AllRecords", "null", "| | | 1 2 ", 2},  // the first removal empties the folder
@@ -115,7 +104,7 @@ const MoveFilterRow moveFilterRows[] = {
     {"Record", "{'guid':'1','message':'a'}", "| 2 other | | 1 ", 0},
     {"NoRecord", "{'guid':'1','message':'c'}", "| 1 2 other | | ", 0},
 };
-TEST_ROWS(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord, moveFilterRows) {
+TEST_ROWS(MoveFilter, SelectsRecordsAndRemovesOncePerRecord, moveFilterRows) {
   Folders folders;
   folders.put(json("{'guid':'1','message':'a'}"), Sending);
   folders.put(json("{'guid':'1','message':'b'}"), Sending, "other");
@@ -127,14 +116,14 @@ TEST_ROWS(MoveFilter, SelectsWhatIsMovedAndRemovedOncePerRecord, moveFilterRows)
   unsigned failures = 0;
   for (auto at = text.find("Cannot remove"); at != std::string::npos; at = text.find("Cannot remove", at + 1))
     ++failures;
-  EXPECT_EQ(failures, GetParam().removals) << text;
+  EXPECT_EQ(failures, GetParam().failedRemovals) << text;
 }
 
 TEST(Move, AcceptsValuesThatAreNotObjects) {
   Folders folders;
   folders.put(json("[1]"), Sending, "1");
   StatusCollectionStorageDecorator(folders.storage).move(json("null"), Sending, Sent);
-  EXPECT_EQ(folders.names(), "| | | ");  // it has no guid for a file name
+  EXPECT_EQ(folders.names(), "| | | ");  // without a guid it has no file name
 }
 
 struct LimitRow {
@@ -147,7 +136,7 @@ const LimitRow limitRows[] = {
     {"ReceivedBelow", "[[],['7','6']]", Received, "5 6 7 | | | "},
     {"ReceivedFull", "[[],['7','6','8']]", Received, "5 7 8 | | | "},
     {"ReceivedAbove", "[[],['7','6','8','9']]", Received, "5 7 8 9 | | | "},
-    {"ReceivedBytewise", "[[],['9','10','8']]", Received, "5 8 9 | | | "},
+    {"ReceivedIsComparedBytewise", "[[],['9','10','8']]", Received, "5 8 9 | | | "},
     {"ReceivedReplacesItself", "[[],['4','5','6']]", Received, "5 6 | | | "},
     {"ReceivedWithoutGuid", "[[],['7',null,'8','9']]", Received, "5 7 8 9 x1 | | | "},
     {"ReceivedGuidWithoutText", "[[],['7',{},'8']]", Received, "5 7 8 x1 | | | "},

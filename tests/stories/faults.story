@@ -1,22 +1,15 @@
-# The tool fails to delete: the messages are listed again.
+# If the tool fails to delete the messages, the next pass receives them again.
 start
 receive +4917099999 "twice"
 fault tool delete fail 1
-pass
-log --new
-expect ERROR VELD: [ERROR] [SMS-UTILS] Failed to delete SMS messages: [256]
-pass
+pass 2
 records received
 expect-count 2
 
-# The tool is killed, prints nothing, is missing.
+# The daemon recovers when the tool is killed while it sends, prints nothing, or is missing.
 queue +4917011111 "killed" --retries 1
 fault tool send kill 1
 pass
-log --new
-expect Error to send SMS. Error:
-records failed
-expect-count 1
 wait 30s
 records sent
 expect-count 1
@@ -50,7 +43,7 @@ expect-not unseen
 stop
 expect-exit 0
 
-# Syslog does not run when the daemon starts.
+# The daemon starts although syslog does not run.
 fault syslog gone
 start
 receive +4917099999 "not logged"

@@ -3,8 +3,7 @@ start
 kill TERM
 expect-exit 0
 
-# In a pass it lets the pass end, wherever that is.
-# While a message is sent.
+# During a pass, the daemon ends after the pass: here while it sends a message.
 start
 queue +4917011111 "last words"
 fault tool send hang
@@ -19,7 +18,7 @@ expect-count 1
 records failed
 expect-count 0
 
-# While a command is posted.
+# Here it posts a command.
 start
 receive +4917012345 "p secret #checkin"
 fault api silent
@@ -32,7 +31,7 @@ expect-exit 0
 records received
 expect "isSMSCommand":true
 
-# During start-up: no pass is run.
+# During start-up, the daemon ends without a pass.
 receive +4917099999 "third"
 fault api silent
 start --no-wait

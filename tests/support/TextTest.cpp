@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "support/Text.h"
 #include "tests/Rows.h"
 

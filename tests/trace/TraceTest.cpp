@@ -1,5 +1,4 @@
-// Tests the lines of a build that logs TRACE and DEBUG. This program has its own logger, which prints every
-// level.
+// Tests the log lines of TRACE and DEBUG. This program is built with a logger that prints every level.
 
 #include <gtest/gtest.h>
 
@@ -31,19 +30,18 @@ TEST(Trace, LogsTheTimeBeforeItIsAdded) {
             "[DEBUG] VELD: Try to send failed sms.\n");
 }
 
-TEST(Trace, NamesTheRequestForTheSettings) {
-  const CannedApi api(CannedApi::ok("{\"code\": 200}"));
-  Json::Value result;
+TEST(Trace, LogsEachRequestBeforeItsAnswer) {
+  const std::string answer = CannedApi::ok("{\"code\": 200}");
   LogCapture log;
-  EXPECT_TRUE(loadFromApi("http://localhost/api/sms", result));
-  EXPECT_EQ(log.text(), "[TRACE] loadFromApi\n[TRACE] curlWriter\n");
-}
-
-TEST(Trace, ShowsTheBodyOfACommandFirst) {
-  const CannedApi api(CannedApi::ok("{\"code\": 200}"));
-  LogCapture log;
+  {
+    const CannedApi api(answer);
+    Json::Value result;
+    EXPECT_TRUE(loadFromApi("http://localhost/api/sms", result));
+  }
+  const CannedApi api(answer);
   SMSCommandExecutor("http://localhost/x").execute("1", std::vector<std::string>{"a"});
   EXPECT_EQ(log.text(),
+            "[TRACE] loadFromApi\n[TRACE] curlWriter\n"
             "[DEBUG] [CMDCTRLR] execute args:{\"recipients\": [\"1\"], \"args\": [\"a\"]}\n"
             "[INFO] SMSCommandExecutor sending [http://localhost/x] command to [1] with args:\n"
             "[INFO]              a\n"

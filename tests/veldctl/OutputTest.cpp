@@ -1,14 +1,7 @@
 #include "tests/Rows.h"
 #include "veldctl/Output.h"
 
-namespace {
-
-struct PrintableRow {
-  const char* name;
-  std::string text;
-  const char* shown;
-};
-const PrintableRow printableRows[] = {
+const Row<std::string, const char*> printableRows[] = {
     {"Plain", "Grüße", "Grüße"},
     {"Escape", "\x1b[2J", "#033[2J"},
     {"LineFeed", "a\nb", "a#012b"},
@@ -17,11 +10,11 @@ const PrintableRow printableRows[] = {
     {"Isolate", "\u2066", "#342#201#246"},
     {"ArabicLetterMark", "\u061c", "#330#234"},
     {"LineSeparator", "\u2028", "#342#200#250"},
-    {"BesideThem", "\u2027\u202f", "\u2027\u202f"},
+    {"NeighboursOfTheSeparators", "\u2027\u202f", "\u2027\u202f"},
     {"Arabic", "\u0633", "\u0633"},
 };
 TEST_ROWS(Printable, CannotSteerATerminal, printableRows) {
-  EXPECT_EQ(Output::printable(GetParam().text), GetParam().shown);
+  EXPECT_EQ(Output::printable(GetParam().given), GetParam().expected);
 }
 
 struct CutRow {
@@ -43,5 +36,3 @@ const CutRow cutRows[] = {
 TEST_ROWS(Cut, CountsColumns, cutRows) {
   EXPECT_EQ(Output::cut(GetParam().text, GetParam().columns), GetParam().cut);
 }
-
-}  // namespace

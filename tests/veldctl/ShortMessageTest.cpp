@@ -1,14 +1,7 @@
 #include "tests/Rows.h"
 #include "veldctl/ShortMessage.h"
 
-namespace {
-
-struct NumberRow {
-  const char* name;
-  const char* number;
-  bool isNumber;
-};
-const NumberRow numberRows[] = {
+const Row<const char*, bool> numberRows[] = {
     {"Digits", "112", true},
     {"Plus", "+49", true},
     {"TwentyDigits", "+12345678901234567890", true},
@@ -19,7 +12,7 @@ const NumberRow numberRows[] = {
     {"Command", "1;reboot", false},
 };
 TEST_ROWS(Number, IsDigits, numberRows) {
-  EXPECT_EQ(ShortMessage::isNumber(GetParam().number), GetParam().isNumber);
+  EXPECT_EQ(ShortMessage::isNumber(GetParam().given), GetParam().expected);
 }
 
 struct ShapeRow {
@@ -40,12 +33,12 @@ const ShapeRow shapeRows[] = {
     {"Ucs2", times(70, "ж"), 1, "ж", ""},
     {"TwoMessagesOfUcs2", times(71, "ж"), 2, "ж", ""},
     {"APairOfUcs2", times(69, "ж") + "😀", 2, "ж😀", ""},
-    {"EachOutsideOnce", "ж€ёж", 1, "жё", ""},
+    {"EachOtherCharacterOnce", "ж€ёж", 1, "жё", ""},
     {"TheEscapeCode", "\x1b", 1, "\x1b", ""},
     {"LineFeedAndTab", "\n\t", 1, "\t", ""},
     {"TheLongest", times(39015, "Ω"), 255, "", ""},
     {"OneTooLong", times(39016, "x"), 256, "", tooLong},
-    {"MoreBytesThanCanBe", times(39016, "Ω"), 0, "", tooLong},
+    {"MoreBytesThanTheLimit", times(39016, "Ω"), 0, "", tooLong},
     {"Empty", "", 0, "", "the text is empty"},
     {"Nul", std::string("a\0", 2), 0, "", "the text holds a NUL character, at byte 2"},
     {"Delete", "\x7f", 0, "", "the text holds a control character, at byte 1"},
@@ -59,5 +52,3 @@ TEST_ROWS(Shape, IsCounted, shapeRows) {
   EXPECT_EQ(shape.messages, GetParam().messages);
   EXPECT_EQ(shape.fault.empty() ? shape.outside : "", GetParam().outside);
 }
-
-}  // namespace

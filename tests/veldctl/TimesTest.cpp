@@ -12,12 +12,7 @@ void setZone(const char* zone) {
   tzset();
 }
 
-struct ParseRow {
-  const char* name;
-  const char* text;
-  std::optional<std::time_t> time;
-};
-const ParseRow parseRows[] = {
+const Row<const char*, std::optional<std::time_t>> parseRows[] = {
     {"Seconds", "90s", now - 90},
     {"Minutes", "30min", now - 1800},
     {"Hours", "2h", now - 7200},
@@ -28,11 +23,11 @@ const ParseRow parseRows[] = {
     {"NoUnit", "30", std::nullopt},
     {"UnknownUnit", "1y", std::nullopt},
     {"NoNumber", "h", std::nullopt},
-    {"MoreBehind", "2027-01-15 8h", std::nullopt},
+    {"TrailingText", "2027-01-15 8h", std::nullopt},
 };
 TEST_ROWS(Parse, TakesSpansAndDates, parseRows) {
   setZone("UTC");
-  EXPECT_EQ(Times::parse(GetParam().text, now), GetParam().time);
+  EXPECT_EQ(Times::parse(GetParam().given, now), GetParam().expected);
 }
 
 TEST(Times, NameTheirZone) {
@@ -40,17 +35,12 @@ TEST(Times, NameTheirZone) {
   EXPECT_EQ(Times::withZone(now), "2027-01-15T13:30:00+05:30");
 }
 
-struct SpanRow {
-  const char* name;
-  std::int64_t seconds;
-  const char* text;
-};
-const SpanRow spanRows[] = {
+const Row<std::int64_t, const char*> spanRows[] = {
     {"LastSeconds", 119, "119 s"}, {"Minutes", 120, "2 min"},     {"LastMinutes", 7199, "119 min"},
     {"Hours", 7200, "2 h"},        {"LastHours", 172799, "47 h"}, {"Days", 172800, "2 d"},
 };
 TEST_ROWS(Span, HasItsLargestSensibleUnit, spanRows) {
-  EXPECT_EQ(Times::span(GetParam().seconds), GetParam().text);
+  EXPECT_EQ(Times::span(GetParam().given), GetParam().expected);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-"""Tests the command lines of veldctl: commands_test.py VELDCTL..., in a gateway of its own."""
+"""Tests the command lines of veldctl: commands_test.py VELDCTL..., in a private gateway."""
 import contextlib
 import fcntl
 import http.server
@@ -13,14 +13,14 @@ import threading
 import time
 import unittest
 
+from shared import FOLDERS, SMS as BOX, wait_for, write_program
+
 VELDCTL, sys.argv[1:] = sys.argv[1:], []
-BOX = pathlib.Path("/var/config/sms")
-FOLDERS = {"received": BOX / "inbox/received", **{name: BOX / "outbox" / name for name in ("sending", "sent", "failed")}}
 GUID = "2026010100000000"
 
 
 def run(*words, text=None):
-    """The exit status, standard output and standard error."""
+    """Returns the exit status, standard output and standard error."""
     ended = subprocess.run([*VELDCTL, *words], input=text, capture_output=True, timeout=60)
     return ended.returncode, ended.stdout.decode(), ended.stderr.decode()
 
@@ -39,13 +39,6 @@ def files():
     return sorted(str(file.relative_to(BOX)) for file in BOX.rglob("*") if not file.is_dir())
 
 
-def await_true(condition):
-    end = time.monotonic() + 20
-    while not condition():
-        assert time.monotonic() < end, "it does not happen"
-        time.sleep(0.01)
-
-
 class CommandsTest(unittest.TestCase):
     def setUp(self):
         shutil.rmtree(BOX, ignore_errors=True)
@@ -53,7 +46,7 @@ class CommandsTest(unittest.TestCase):
             folder.mkdir(parents=True)
 
     def check(self, *rows):
-        """Rows of words, exit status, and a part of what is printed; None if nothing is."""
+        """Checks rows of words, exit status, and a part of the output; None for no output."""
         for words, status, part in rows:
             with self.subTest(words=words):
                 came, out, err = run(*words)
@@ -132,7 +125,7 @@ class CommandsTest(unittest.TestCase):
                                         ("failed", 1, {"outcome": "failed", "reason": "the tool said nothing"})):
             with self.subTest(folder=folder):
                 sending = start("send", "1", "x", "--wait", "--json")
-                await_true(lambda: os.listdir(FOLDERS["sending"]))
+                wait_for(lambda: os.listdir(FOLDERS["sending"]))
                 guid, = os.listdir(FOLDERS["sending"])
                 (FOLDERS["sending"] / guid).rename(FOLDERS[folder] / guid)
                 said = json.loads(sending.communicate()[0])
@@ -274,14 +267,14 @@ class FollowTest(unittest.TestCase):
     def test_an_event_is_reported_once_across_a_restart(self):
         put("sent", "1")
         follower = start("follow", "--state", str(self.state))
-        await_true(self.state.exists)
+        wait_for(self.state.exists)
         put("sent", "2")
         self.assertEqual(self.event(follower), "sent 2")
         put("received", "3", parts=["a", None])
         self.assertEqual(self.event(follower), "received 3")
         put("received", "3")
         self.assertEqual(self.event(follower), "completed 3")
-        await_true(lambda: re.search(r'"received/3":\[\d+,false\]', self.state.read_text()))
+        wait_for(lambda: re.search(r'"received/3":\[\d+,false\]', self.state.read_text()))
         status, _, said = run("follow", "--state", str(self.state))
         self.assertEqual((status, said), (1, "veldctl: another veldctl follows with /run/state\n"))
         self.end(follower)
@@ -304,13 +297,11 @@ class FollowTest(unittest.TestCase):
         self.state.touch()
         put("received", "1", source="+49", message="first")
         put("sent", "2", message="second")
-        hook = pathlib.Path("/run/hook")
-        hook.write_text('#!/bin/sh\necho "$VELD_EVENT $VELD_GUID $VELD_NUMBER $VELD_TEXT" >>/run/told\ncat >>/run/input\n'
-                        '[ -e /run/good ] || { touch /run/good; exit 3; }\n')
-        hook.chmod(0o755)
+        hook = write_program("/run/hook", 'echo "$VELD_EVENT $VELD_GUID $VELD_NUMBER $VELD_TEXT" >>/run/told\ncat >>/run/input\n'
+                             '[ -e /run/good ] || { touch /run/good; exit 3; }\n')
         follower = start("follow", "--state", str(self.state), "--exec", str(hook))
         told = ["received 1 +49 first"] * 2 + ["sent 2 +491 second"]
-        await_true(lambda: '"sent/2"' in self.state.read_text())
+        wait_for(lambda: '"sent/2"' in self.state.read_text())
         self.assertEqual(pathlib.Path("/run/told").read_text().splitlines(), told)
         self.assertEqual([json.loads(line)["guid"] for line in pathlib.Path("/run/input").read_text().splitlines()], ["1", "1", "2"])
         self.assertEqual(follower.stderr.readline(), "veldctl: /run/hook ended with status 3 for 1; it runs again in 1 s\n")
@@ -322,7 +313,7 @@ class FollowTest(unittest.TestCase):
 
 
 class ExamplesTest(unittest.TestCase):
-    """The files of packaging/ for a shell and for the hook."""
+    """Tests the examples for the hook, and the completion for bash."""
     setUp = CommandsTest.setUp
     packaging = pathlib.Path(__file__).resolve().parents[2] / "packaging"
 
@@ -332,11 +323,8 @@ class ExamplesTest(unittest.TestCase):
                               env={**os.environ, **variables}, capture_output=True).returncode
 
     def program(self, name, text):
-        file = pathlib.Path("/run/bin") / name
-        file.parent.mkdir(exist_ok=True)
-        file.write_text("#!/bin/sh\n" + text)
-        file.chmod(0o755)
-        return {"PATH": f"{file.parent}:{os.environ['PATH']}"}
+        write_program("/run/bin/" + name, text)
+        return {"PATH": f"/run/bin:{os.environ['PATH']}"}
 
     def test_an_answer_goes_to_numbers_that_ask(self):
         path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
@@ -355,7 +343,7 @@ class ExamplesTest(unittest.TestCase):
         self.assertEqual([self.hook("on-event-mail", event, SENDMAIL="/run/bin/sendmail") for event in ("received", "sent")], [75, 0])
 
     @unittest.skipUnless(shutil.which("curl"), "there is no curl")
-    def test_a_web_server_gets_the_event_or_gets_it_again(self):
+    def test_a_web_server_gets_an_event_again_after_an_error(self):
         class Handler(http.server.BaseHTTPRequestHandler):
             def do_POST(self):
                 got.append(self.rfile.read(int(self.headers["Content-Length"])))
@@ -387,5 +375,4 @@ class ExamplesTest(unittest.TestCase):
                 self.assertEqual(said, completed + "\n")
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "standalone/api/CommandRequest.h"
 #include "standalone/api/Http.h"
 #include "standalone/api/Reply.h"
@@ -8,12 +6,7 @@
 
 using namespace Standalone;
 
-struct HttpRow {
-  const char* name;
-  std::string received;
-  HttpState state;
-};
-const HttpRow httpRows[] = {
+const Row<std::string, HttpState> httpRows[] = {
     {"Plain", "GET /a HTTP/1.1\r\n\r\n", HttpState::Whole},
     {"Body", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}", HttpState::Whole},
     {"LengthInSmallLetters", "POST /a HTTP/1.1\r\ncontent-length:2\r\n\r\n{}", HttpState::Whole},
@@ -33,15 +26,10 @@ const HttpRow httpRows[] = {
 };
 TEST_ROWS(Http, IsRead, httpRows) {
   HttpRequest request;
-  EXPECT_EQ(parseHttp(GetParam().received, request), GetParam().state);
+  EXPECT_EQ(parseHttp(GetParam().given, request), GetParam().expected);
 }
 
-struct BodyRow {
-  const char* name;
-  const char* body;
-  bool isTaken;
-};
-const BodyRow bodyRows[] = {
+const Row<const char*, bool> bodyRows[] = {
     {"Plain", R"({"recipients": ["+49170"], "args": ["a", ""]})", true},
     {"NoArguments", R"({"recipients": ["49170"], "args": []})", true},
     {"ThirdMember", R"({"recipients": ["+49170"], "args": [], "c": 1})", false},
@@ -59,11 +47,11 @@ const BodyRow bodyRows[] = {
     {"ArgumentHasNul", R"({"recipients": ["+49170"], "args": ["a\u0000b"]})", false},
     {"Array", R"(["recipients", "args"])", false},
     {"Comment", R"({"recipients": ["+49170"], "args": []} // a)", false},
-    {"MoreBehind", R"({"recipients": ["+49170"], "args": []} {})", false},
+    {"TextAfterTheObject", R"({"recipients": ["+49170"], "args": []} {})", false},
     {"QuoteInArgument", R"({"recipients": ["+49170"], "args": ["a"b"]})", false},
 };
-TEST_ROWS(Command, IsTaken, bodyRows) {
-  EXPECT_EQ(parseCommandRequest(GetParam().body).has_value(), GetParam().isTaken);
+TEST_ROWS(Command, IsAccepted, bodyRows) {
+  EXPECT_EQ(parseCommandRequest(GetParam().given).has_value(), GetParam().expected);
 }
 
 TEST(Command, KeepsSenderAndArguments) {
@@ -86,26 +74,23 @@ TEST(StrictJson, SurvivesDeepNesting) {
   EXPECT_NE(fault, "");
 }
 
-struct ReplyRow {
-  const char* name;
-  std::string output;
-  bool succeeded;
-  std::string reply;
-};
-const ReplyRow replyRows[] = {
-    {"Output", " 3 answers\n", true, "3 answers"},
-    {"OutputOfAFailure", "no host\n", false, "no host"},
-    {"Nothing", "\n", true, "done"},
-    {"NothingAndFailed", "", false, "failed"},
-    {"LineFeed", "a\nb", true, "a\nb"},
-    {"ControlCharacter", "a\tb\x1b[0m", true, "a?b?[0m"},
-    {"NoUtf8", "a\xff\xc3", true, "a??"},
-    {"ThreeMessages", times(459, "a"), true, times(459, "a")},
-    {"MoreThanThree", times(460, "a"), true, times(459, "a")},
-    {"ExtensionTable", times(300, "€"), true, times(228, "€")},
-    {"Ucs2", times(300, "Ж"), true, times(201, "Ж")},
-    {"Emoji", times(300, "🙂"), true, times(99, "🙂")},
+const Row<std::string, std::string> replyRows[] = {
+    {"Output", " 3 answers\n", "3 answers"},
+    {"Nothing", "\n", "done"},
+    {"LineFeed", "a\nb", "a\nb"},
+    {"ControlCharacter", "a\tb\x1b[0m", "a?b?[0m"},
+    {"NoUtf8", "a\xff\xc3", "a??"},
+    {"ThreeMessages", times(459, "a"), times(459, "a")},
+    {"MoreThanThree", times(460, "a"), times(459, "a")},
+    {"ExtensionTable", times(300, "€"), times(228, "€")},
+    {"Ucs2", times(300, "Ж"), times(201, "Ж")},
+    {"Emoji", times(300, "🙂"), times(99, "🙂")},
 };
 TEST_ROWS(Reply, IsAtMostThreeMessages, replyRows) {
-  EXPECT_EQ(replyText(GetParam().output, GetParam().succeeded), GetParam().reply);
+  EXPECT_EQ(replyText(GetParam().given, true), GetParam().expected);
+}
+
+TEST(Reply, SaysThatASilentProgramFailed) {
+  EXPECT_EQ(replyText("", false), "failed");
+  EXPECT_EQ(replyText("no host\n", false), "no host");
 }

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -8,16 +7,13 @@
 #include <sstream>
 
 #include "standalone/api/StrictJson.h"
-#include "tests/Rows.h"
-#include "tests/TemporaryFolder.h"
+#include "tests/Testing.h"
 
 using namespace Standalone;
 
 namespace {
 
-std::string program;  // veld-api
-std::string sources;  // the folder with the files that are installed beside it
-
+// The build defines PROGRAM, the path of veld-api, and SOURCES, the folder of its other installed files.
 constexpr char command[] = R"({"recipients": ["+49170"], "args": ["a", "b c"]})";
 constexpr char settings[] = R"({"smsCommands": {"enabled": true, "pingEnabled": true}})";
 
@@ -37,7 +33,7 @@ class Api {
       dup2(ends[1], STDIN_FILENO);
       const std::string path = "PATH=" + folder.path + "/bin:/usr/bin:/bin";
       const char* const environment[] = {path.c_str(), "SECRET=1", nullptr};
-      execle(program.c_str(), program.c_str(), folder.path.c_str(), nullptr, environment);
+      execle(PROGRAM, PROGRAM, folder.path.c_str(), nullptr, environment);
       _exit(127);
     }
     close(ends[1]);
@@ -51,16 +47,17 @@ class Api {
   Api(const Api&) = delete;
   Api& operator=(const Api&) = delete;
 
-  // The whole answer.
+  // The body of the answer.
   std::string answer() const {
     std::string all;
     char piece[4096];
     for (ssize_t count; (count = recv(socket_, piece, sizeof piece, 0)) > 0;)
       all.append(piece, static_cast<std::size_t>(count));
-    return all;
+    const std::size_t end = all.find("\r\n\r\n");
+    return end == std::string::npos ? "" : all.substr(end + 4);
   }
 
-  // Whether it waits for a lock before it ends.
+  // Waits until veld-api waits for a lock. False if it ends before.
   bool waitsForALock() const {
     const std::string entry = " " + std::to_string(process_) + " ";
     siginfo_t info{};
@@ -100,69 +97,50 @@ struct ApiFolder : TemporaryFolder {
   std::string sent() const { return readFile(path + "/bin/sent"); }
 };
 
-std::string bodyOf(const std::string& answer) {
-  const std::size_t end = answer.find("\r\n\r\n");
-  return end == std::string::npos ? "" : answer.substr(end + 4);
-}
-
 }  // namespace
 
-struct AnswerRow {
-  const char* name;
-  std::string request;
-  const char* answer;
-};
-const AnswerRow answerRows[] = {
+const Row<std::string, const char*> answerRows[] = {
     {"Settings", "GET /api/sms HTTP/1.1\r\n\r\n",
      R"({"code":200,"result":{"smsCommands":{"enabled":true,"pingEnabled":true}}})"},
     {"OtherPath", "GET /api/smsx HTTP/1.1\r\n\r\n", R"({"code":404,"result":"no such resource"})"},
     {"Command", post("do_ping_through_sms"), R"({"code":200,"result":null})"},
-    {"CommandThatNoKeywordNames", post("own"), R"({"code":200,"result":null})"},
+    {"CommandWithoutAKeyword", post("own"), R"({"code":200,"result":null})"},
     {"NoCommand", post("nothing"), R"({"code":404,"result":"no such command"})"},
     {"NoProgram", post("notes"), R"({"code":404,"result":"no such command"})"},
     {"NoName", post(""), R"({"code":404,"result":"no such command"})"},
-    {"Elsewhere", post("../bin/veldctl"), R"({"code":404,"result":"no such command"})"},
+    {"PathOutsideTheFolder", post("../bin/veldctl"), R"({"code":404,"result":"no such command"})"},
     {"SwitchedOff", post("sms_restart"), R"({"code":403,"result":"the command is switched off"})"},
     {"BadBody", post("do_ping_through_sms", "{}"), R"({"code":400,"result":"the body is not a command"})"},
-    {"NoHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is not an HTTP request"})"},
+    {"NotHttp", "hello\r\n\r\n", R"({"code":400,"result":"this is not an HTTP request"})"},
 };
 TEST_ROWS(Request, IsAnswered, answerRows) {
   const ApiFolder folder;
-  const Api api(folder, GetParam().request);
-  EXPECT_EQ(bodyOf(api.answer()), GetParam().answer);
+  const Api api(folder, GetParam().given);
+  EXPECT_EQ(api.answer(), GetParam().expected);
 }
 
-struct SettingsRow {
-  const char* name;
-  const char* settings;
-};
-const SettingsRow faultyRows[] = {{"Broken", "{\"enabled\": true,}"}, {"Array", "[]"}, {"Empty", ""}};
-TEST_ROWS(FaultySettings, AreAnsweredWith500AndPermitNothing, faultyRows) {
-  const ApiFolder folder("echo run", GetParam().settings);
-  for (const std::string& request : {std::string("GET /api/sms HTTP/1.1\r\n\r\n"), post("own")}) {
-    Api api(folder, request);
-    EXPECT_EQ(bodyOf(api.answer()), R"({"code":500,"result":"the settings cannot be read"})");
-    api.end();
+TEST(FaultySettings, AreAnsweredWith500AndPermitNothing) {
+  for (const char* const settingsText : {"{\"enabled\": true,}", "[]", ""}) {
+    const ApiFolder folder("echo run", settingsText);
+    for (const std::string& request : {std::string("GET /api/sms HTTP/1.1\r\n\r\n"), post("own")}) {
+      Api api(folder, request);
+      EXPECT_EQ(api.answer(), R"({"code":500,"result":"the settings cannot be read"})") << settingsText;
+      api.end();
+    }
+    EXPECT_EQ(folder.sent(), "") << settingsText;
   }
-  EXPECT_EQ(folder.sent(), "");
 }
 
 TEST(InstalledSettings, PermitNothing) {
-  const ApiFolder folder("", readFile(sources + "/settings.json").c_str());
+  const ApiFolder folder("", readFile(SOURCES "/settings.json").c_str());
   const Api settingsApi(folder, "GET /api/sms HTTP/1.1\r\n\r\n");
   std::string fault;
-  EXPECT_EQ(parseStrictJson(bodyOf(settingsApi.answer()), fault).value_or(Json::Value())["result"]["enabled"],
-            true);
+  EXPECT_EQ(parseStrictJson(settingsApi.answer(), fault).value_or(Json::Value())["result"]["enabled"], true);
   const Api api(folder, post("own"));
-  EXPECT_EQ(bodyOf(api.answer()), R"({"code":403,"result":"the command is switched off"})");
+  EXPECT_EQ(api.answer(), R"({"code":403,"result":"the command is switched off"})");
 }
 
-struct SentRow {
-  const char* name;
-  const char* text;
-  const char* sent;
-};
-const SentRow sentRows[] = {
+const Row<const char*, const char*> sentRows[] = {
     {"Output", "echo \"$# $1 $2\"", "send +49170 -\n2 a b c"},
     {"Sender", "echo \"$SMS_SENDER\"", "send +49170 -\n+49170"},
     {"NoOtherEnvironment", "env | grep -vcE '^(PATH|SMS_SENDER|PWD|OLDPWD|SHLVL|_)='", "send +49170 -\n0"},
@@ -170,22 +148,22 @@ const SentRow sentRows[] = {
     {"Failure", "exit 1", "send +49170 -\nfailed"},
 };
 TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
-  const ApiFolder folder(GetParam().text);
+  const ApiFolder folder(GetParam().given);
   Api api(folder, post("do_ping_through_sms"));
-  EXPECT_EQ(bodyOf(api.answer()), R"({"code":200,"result":null})");
+  EXPECT_EQ(api.answer(), R"({"code":200,"result":null})");
   api.end();
-  EXPECT_EQ(folder.sent(), GetParam().sent);
+  EXPECT_EQ(folder.sent(), GetParam().expected);
 }
 
-TEST(ProgramThatWaits, HoldsNoAnswerAndOneOtherProgram) {
+TEST(RunningProgram, DelaysTheNextProgramButNoAnswer) {
   const ApiFolder folder("read line <${0%/*}/../pipe; echo first");
   const std::string pipe = folder.path + "/pipe";
   mkfifo(pipe.c_str(), 0600);
   Api first(folder, post("do_ping_through_sms"));
-  EXPECT_EQ(bodyOf(first.answer()), R"({"code":200,"result":null})");
-  std::ofstream unlocked(pipe);  // opens once the program reads
+  EXPECT_EQ(first.answer(), R"({"code":200,"result":null})");
+  std::ofstream unlocked(pipe);  // waits until the program reads
   Api second(folder, post("own"));
-  EXPECT_EQ(bodyOf(second.answer()), R"({"code":200,"result":null})");
+  EXPECT_EQ(second.answer(), R"({"code":200,"result":null})");
   EXPECT_TRUE(second.waitsForALock());
   unlocked << "go\n" << std::flush;
   first.end();
@@ -200,11 +178,4 @@ TEST(Client, RunsNothingAfterItDisconnects) {
     const Api api(folder, whole.substr(0, whole.size() - 1));
   }
   EXPECT_EQ(folder.sent(), "");
-}
-
-int main(int count, char** words) {
-  testing::InitGoogleTest(&count, words);
-  program = words[1];
-  sources = words[2];
-  return RUN_ALL_TESTS();
 }

@@ -14,7 +14,7 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr std::size_t pieceSize = 1023;  // the bytes that the daemon reads of a line
+constexpr std::size_t pieceSize = 1023;  // the daemon reads a line in pieces of this size
 
 // Parses a listing as the daemon does.
 std::vector<Json::Value> readByTheDaemon(const std::string& listing) {
@@ -53,7 +53,7 @@ const TextRow textRows[] = {
     {"HeaderBehindBackslash", "\\\b\4abcd"},
     {"Controls", "\a\b\t\v\f\x1b\x7f"},
     {"FullPart", std::string(900, 'a')},
-    {"OneMore", std::string(901, 'a')},
+    {"OneMoreThanAPart", std::string(901, 'a')},
     {"PrintedLonger", std::string(300, '\\')},
     {"Thousands", std::string(39000, 'l')},
 };
@@ -82,12 +82,7 @@ TEST(Listing, KeepsLongMessagesApart) {
 
 TEST(Listing, PrintsANulAsReplacement) { EXPECT_EQ(arriving(std::string("a\0b", 3)), "a\uFFFDb"); }
 
-struct SenderRow {
-  const char* name;
-  std::string sender;
-  const char* arrives;
-};
-const SenderRow senderRows[] = {
+const Row<std::string, const char*> senderRows[] = {
     {"Number", "+4917011111", "+4917011111"},
     {"Name", "My Bank", "My Bank"},
     {"None", " ", "unknown"},
@@ -98,10 +93,9 @@ const SenderRow senderRows[] = {
     {"LineFeed", "a\nb", "a b"},
 };
 TEST_ROWS(ListedSender, Arrives, senderRows) {
-  const std::vector<Json::Value> records =
-      readByTheDaemon(listed({{"1", false, "", GetParam().sender, "t"}}));
+  const std::vector<Json::Value> records = readByTheDaemon(listed({{"1", false, "", GetParam().given, "t"}}));
   ASSERT_EQ(records.size(), 1U);
-  EXPECT_EQ(records[0][Key::Source].asString(), GetParam().arrives);
+  EXPECT_EQ(records[0][Key::Source].asString(), GetParam().expected);
   EXPECT_EQ(records[0][Key::Message].asString(), "t");
 }
 

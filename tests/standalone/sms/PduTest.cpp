@@ -6,7 +6,7 @@ using Standalone::readDeliver;
 
 namespace {
 
-// Centre, sender, alphabet, reference, number of count, seconds, text.
+// Prints centre, sender, alphabet, reference, number/count, seconds and text.
 std::string described(const std::optional<Part>& part) {
   if (!part) return "none";
   constexpr const char* alphabets[] = {"gsm", "data", "ucs2"};
@@ -16,15 +16,10 @@ std::string described(const std::optional<Part>& part) {
          textOf(part->alphabet, part->content);
 }
 
-struct DeliverRow {
-  const char* name;
-  const char* pdu;
-  const char* described;
-};
-const DeliverRow deliverRows[] = {
+const Row<const char*, const char*> deliverRows[] = {
     {"SevenBit", "07917283010010F5040BC87238880900F10000993092516195800AE8329BFD4697D9EC37",
      "+27381000015 27838890001 gsm 0 1/1 4078473419 hellohello"},
-    {"ZoneWest", "07917283010010F5040B917238880900F100009930925161958A0AE8329BFD4697D9EC37",
+    {"TimeZoneWest", "07917283010010F5040B917238880900F100009930925161958A0AE8329BFD4697D9EC37",
      "+27381000015 +27838890001 gsm 0 1/1 4078505819 hellohello"},
     {"NoCentre", "00040B917238880900F10000993092516195800AE8329BFD4697D9EC37",
      " +27838890001 gsm 0 1/1 4078473419 hellohello"},
@@ -46,10 +41,10 @@ const DeliverRow deliverRows[] = {
     {"Empty", "", "none"},
 };
 TEST_ROWS(Deliver, IsRead, deliverRows) {
-  EXPECT_EQ(described(readDeliver(GetParam().pdu)), GetParam().described);
+  EXPECT_EQ(described(readDeliver(GetParam().given)), GetParam().expected);
 }
 
-// Number of parts, then length and PDU of the first.
+// Prints the number of parts, then the length and the PDU of the first part.
 std::string submitted(const std::string& number, const std::string& text) {
   const std::vector<Standalone::Submit> parts = Standalone::makeSubmits(number, text, 0x12A);
   if (parts.empty()) return "none";
@@ -82,12 +77,7 @@ TEST_ROWS(Submits, AreMade, submitRows) {
   EXPECT_EQ(made.substr(0, std::string(GetParam().submitted).size()), GetParam().submitted);
 }
 
-struct NumberRow {
-  const char* name;
-  const char* number;
-  bool is;
-};
-const NumberRow numberRows[] = {
+const Row<const char*, bool> numberRows[] = {
     {"Plain", "0171", true},
     {"International", "+49171", true},
     {"Service", "*100#", true},
@@ -98,6 +88,8 @@ const NumberRow numberRows[] = {
     {"TwentyDigits", "+12345678901234567890", true},
     {"TooLong", "123456789012345678901", false},
 };
-TEST_ROWS(Number, IsTold, numberRows) { EXPECT_EQ(Standalone::isNumber(GetParam().number), GetParam().is); }
+TEST_ROWS(Number, IsRecognised, numberRows) {
+  EXPECT_EQ(Standalone::isNumber(GetParam().given), GetParam().expected);
+}
 
 }  // namespace
