@@ -13,7 +13,7 @@ expect-not status
 settings smsCommands.password.enabled false
 settings smsCommands.whitelist.enabled false
 veldctl check
-expect ILL   anyone may send #reboot: neither whitelist nor password is on
+expect ILL   anyone may send #reboot: whitelist and password are off
 expect well  a failed message is sent again after 30 s, 60 s
 settings smsCommands.whitelist.enabled true
 settings receivedLimit many
@@ -51,9 +51,9 @@ veldctl list received -n 1 --json
 expect-count 1
 expect "parts":["in two 
 veldctl status
-expect well  the last message came at 20
-expect well  the last message went out at 20
-expect well  1 wait for parts
+expect well  the last message was received at 20
+expect well  the last message was sent at 20
+expect well  1 received with missing parts
 
 # Why is this message stuck?
 refuse +4917022222
@@ -61,17 +61,17 @@ veldctl send +4917022222 "Pump ёж {€}" --retries 0
 expect veldctl: not in the GSM alphabet: ёж
 pass
 veldctl status
-expect look  1 failed for good: 20
+expect look  1 failed permanently: 20
 expect status 1
 fault tool send hang
 veldctl send +4917033333 "first"
 pass --no-wait
 await tool
 veldctl status
-expect well  it waits since
+expect well  the daemon has waited since
 expect sms --verbose send -f /tmp/sms/sms-tmp +4917033333
 veldctl send +4917033333 "second"
-expect veldctl: "sentLimit" is reached: 1 that wait can be discarded unsent
+expect veldctl: "sentLimit" is reached: the daemon may discard 1 of the waiting messages
 repair tool
 await pass
 
@@ -81,14 +81,14 @@ receive +4917012345 "p secret #ping 8.8.8.8"
 pass --no-wait
 await request
 veldctl status
-expect well  it waits for the local API
-expect well  1 received, not filed yet, the first since 20
-expect ILL   the local API does not answer: nothing comes within 3 s
+expect well  the daemon waits for the local API
+expect well  1 received but not filed yet; the first arrived at 20
+expect ILL   the local API does not answer: timeout after 3 s
 repair api
 await pass
 fault api garbage
 veldctl check
-expect ILL   the local API answers what is no JSON object with a "code"
+expect ILL   the answer of the local API is not a JSON object with a "code"
 fault api code 500
 veldctl check
 expect ILL   the local API answers with code 500

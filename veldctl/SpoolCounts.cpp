@@ -1,4 +1,4 @@
-#include "veldctl/OnItsWay.h"
+#include "veldctl/SpoolCounts.h"
 
 #include <optional>
 
@@ -15,9 +15,9 @@ std::time_t timeOf(const Json::Value& record) {
   return message.time();
 }
 
-// Adds one entry to what was found.
+// Adds one entry of the spool to the counts.
 struct Count {
-  OnItsWay& found;
+  SpoolCounts& found;
 
   void operator()(const Batch& batch) const {
     if (batch.filed >= batch.records.size()) return;
@@ -32,8 +32,8 @@ struct Count {
 
 }  // namespace
 
-OnItsWay readOnItsWay(const std::string& root) {
-  OnItsWay found;
+SpoolCounts readSpool(const std::string& root) {
+  SpoolCounts found;
   const Spool::Survey spool = Spool::survey(root);
   found.isReadable = spool.readable;
   found.damaged = spool.damaged;
