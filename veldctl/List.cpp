@@ -45,8 +45,7 @@ Filter filterOf(const Request& request) {
   return filter;
 }
 
-// Returns the last `most` messages that match. Reads the files from the newest on, and only as many as
-// needed.
+// Returns the last `most` messages that match. Reads the newest files first, and only as many as needed.
 std::vector<FileName> lastMatching(const Folders& folders, const std::vector<FileName>& files,
                                    const Filter& filter, std::size_t most) {
   std::vector<FileName> found;

@@ -28,11 +28,8 @@ struct Message {
   /// Returns the number of retries left; 0 if the record has none.
   std::uint32_t retries() const;
 
-  /// Whether it has failed and will not be retried.
-  bool hasFailedPermanently() const;
-
-  /// Whether `veldctl seen` has marked it.
-  bool isSeen() const;
+  bool hasFailedPermanently() const;  ///< it has failed and will not be retried
+  bool isSeen() const;                ///< `veldctl seen` has marked it
 
   /// Returns when the message was received, and else when its file was written.
   std::time_t time() const;

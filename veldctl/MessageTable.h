@@ -5,8 +5,7 @@
 #include "veldctl/Message.h"
 
 /// Prints messages on standard output: guids, one JSON object per line, or a table. On a terminal the table
-/// has one line for each message, or two if the terminal is narrow, and cuts the text. Otherwise it cuts
-/// nothing.
+/// cuts the text, and takes two lines for each message if the terminal is narrow.
 class MessageTable {
  public:
   enum class Form { Table, Json, Guids };

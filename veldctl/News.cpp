@@ -30,8 +30,7 @@ bool News::Known::operator==(const Known& other) const {
   return changed == other.changed && lacksParts == other.lacksParts;
 }
 
-// Lists the files and forgets the removed ones. If a folder cannot be listed, returns none and complains
-// once.
+// Lists the files and forgets the removed ones. Empty after a complaint if a folder cannot be listed.
 std::vector<FileName> News::listFiles() {
   Listing listing = folders_.names(statuses);
   const std::string error = listing.errors.empty() ? "" : listing.errors.front();

@@ -60,7 +60,7 @@ Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned s
   for (std::time_t seen = begin; !readOutcome(folders, logged, outcome); watch.wait(longestWait)) {
     const std::time_t now = std::time(nullptr);
     if (folders.changed(Sending, guid) != 0) seen = now;
-    if (now - seen > moveSeconds) outcome.reason = "it is not in a folder any more";
+    if (now - seen > moveSeconds) outcome.reason = "its file has disappeared";
     if (now - begin >= static_cast<std::time_t>(seconds)) outcome.reason = "it is still queued";
     if (!outcome.reason.empty()) break;
   }

@@ -17,8 +17,7 @@ struct Outcome {
 /// Returns the size of the send log. Later output of the tool is after that offset.
 std::streamoff endOfSendLog();
 
-/// Waits at most `seconds` until a message is sent or has failed. `logged` is the size of the send log before
-/// that.
+/// Waits at most `seconds` until a message is sent or has failed. `logged` is an earlier endOfSendLog().
 Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned seconds,
                      std::streamoff logged);
 

@@ -12,8 +12,8 @@ namespace Output {
 /// Returns `value` as JSON on one line, in ASCII.
 std::string line(const Json::Value& value);
 
-/// Returns `text`, but "#" and three octal digits for each byte of a control character, of a character that
-/// changes the direction of text, and of invalid UTF-8.
+/// Replaces each byte of a control character, of a character that changes the direction of text, and of
+/// invalid UTF-8 by "#" and three octal digits.
 std::string printable(std::string_view text);
 
 /// Writes "veldctl: TEXT" to standard error.
@@ -25,7 +25,7 @@ unsigned complaints();
 /// Returns the columns that printable text takes on a terminal.
 std::size_t width(std::string_view text);
 
-/// Cuts printable text to at most `columns` columns, with an ellipsis at the end if it was longer.
+/// Cuts printable text to at most `columns` columns. A text that was cut ends with an ellipsis.
 std::string cut(std::string_view text, std::size_t columns);
 
 /// Appends blanks to printable text up to `columns` columns.

@@ -25,7 +25,7 @@ bool isDaemonRunning();
 
 /// The program that a process waits for.
 struct Work {
-  std::string commandLine;  ///< of the last descendant, not of the shells between; empty without a child
+  std::string commandLine;  ///< of the innermost descendant, below the shells; empty without a child
   std::int64_t age = 0;     ///< of the oldest descendant, in seconds
 };
 Work workOf(const Process& process, const std::vector<Process>& all);
