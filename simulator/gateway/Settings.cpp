@@ -20,8 +20,8 @@ constexpr char defaultSettings[] = R"({
     "wanStatusEnabled": true, "wanIpsEnabled": true, "wifiEnabled": true, "pingEnabled": true,
     "serialEnabled": true, "geopositionEnabled": true, "lnsRestartEnabled": true}})";
 
-// The object in `settings` with the member that a path names, and the member's key. Null if there is no such
-// object.
+// Returns the object that has, or can have, the member at `path`, and sets `key` to the name of that member.
+// Null if there is no such object.
 Json::Value* find(Json::Value& settings, const std::string& path, std::string& key) {
   Json::Value* place = &settings;
   std::istringstream pieces(path);

@@ -17,12 +17,12 @@ class Settings {
   Settings();
 
   Json::Value value() const;
-  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when the gateway knows no
-  /// such setting, when the object around it is gone, or when there is nothing to remove.
+  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False if the gateway has no such
+  /// setting, if the object around it is missing, or if there is nothing to remove.
   bool set(const std::string& path, const Json::Value& value);
   bool remove(const std::string& path);
 
-  /// Replaces the timers file; `timings` are seconds, as in "[30,60]". False when that fails.
+  /// Replaces the timers file; `timings` are seconds, such as "[30,60]". False on failure.
   static bool setTimings(const std::string& timings);
 
  private:

@@ -60,7 +60,7 @@ void SyslogServer::close() {
   drain();
   const std::lock_guard lock(mutex_);
   if (socket_ >= 0) {
-    // Without this the closed socket would take the daemon's lines until the thread's poll() returns.
+    // Without shutdown(), the closed socket would accept lines until poll() returns in the thread.
     shutdown(socket_, SHUT_RDWR);
     ::close(socket_);
   }

@@ -26,14 +26,14 @@ class SyslogServer {
   SyslogServer();
   ~SyslogServer();
 
-  /// Binds the socket and listens; false when it cannot.
+  /// Binds the socket and listens; false on failure.
   bool listen();
   void close();
   bool listening() const { return socket_ >= 0; }
 
-  /// All lines from number `first` on, counting from 0, including those that were sent just before the call.
+  /// Returns all lines from number `first` on, counting from 0, including those sent just before the call.
   std::vector<Line> lines(std::size_t first = 0);
-  /// All lines, or those since the last call.
+  /// Returns all lines, or only those since the last call.
   std::vector<Line> read(bool onlyNew);
 
  private:

@@ -1,4 +1,4 @@
-"""Takes a picture of the page in use: screenshot.py GATEWAY PICTURE; scripts/screenshot calls it."""
+"""Takes a picture of the page in use: screenshot.py GATEWAY PICTURE. scripts/screenshot runs this."""
 import http.client
 import re
 import subprocess
