@@ -4,8 +4,7 @@
 
 #include "veldctl/Command.h"
 
-/// The action of a command on one guid. Returns the fault, empty on success. Throws std::system_error if a
-/// system call fails.
+/// Acts on one guid. Returns the fault, empty on success. Throws std::system_error if a system call fails.
 using Act = std::string (*)(const Request& request, const std::string& guid);
 
 /// Runs `act` for each guid of the command line. Prints "GUID: FAULT" for each failure, or with --json an

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iostream>
 
 #include "storage/MessageStatus.h"
 #include "support/Text.h"

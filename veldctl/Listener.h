@@ -23,8 +23,7 @@ class Listener : private Orvel::NonCopyable {
   /// Seconds to wait after Retry.
   [[nodiscard]] virtual unsigned pause() const { return 0; }
 
-  /// The file descriptors to poll between two events. isGone() takes the result of poll(2) and returns
-  /// whether the listener has ended.
+  /// The file descriptors to poll between two events. isGone() then gets the result of poll(2).
   [[nodiscard]] virtual std::vector<pollfd> watched() const { return {}; }
   virtual bool isGone(const std::vector<pollfd>& /*polled*/) { return false; }
 };

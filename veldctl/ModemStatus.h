@@ -8,8 +8,7 @@ namespace ModemStatus {
 /// Whether veld's own tool is installed.
 bool isKnown();
 
-/// Runs the tool for at most ten seconds. Reports the modem, the SIM card, the network and the room for
-/// messages.
+/// Runs the tool for at most ten seconds. Reports modem, SIM card, network, and the room for messages.
 void report(Report& report);
 
 /// Runs the tool and reports whether it prints the state of the modem.

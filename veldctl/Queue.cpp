@@ -14,6 +14,7 @@
 
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
+#include "support/NonCopyable.h"
 #include "veldctl/Output.h"
 
 namespace {
@@ -72,7 +73,7 @@ std::string guidOfNow() {
 }  // namespace
 
 // Holds the lock on the outbox during its lifetime. Reports a wait of more than one second.
-class Queue::Lock {
+class Queue::Lock : private Orvel::NonCopyable {
  public:
   explicit Lock(const std::string& folder) : file_(open(folder.c_str(), O_RDONLY | O_CLOEXEC)) {
     if (file_ < 0) fail(folder);
@@ -85,8 +86,6 @@ class Queue::Lock {
     if (flock(file_, LOCK_EX) != 0) fail(folder);
   }
   ~Lock() { close(file_); }
-  Lock(const Lock&) = delete;
-  Lock& operator=(const Lock&) = delete;
 
  private:
   static constexpr useconds_t second = 1'000'000, step = 2'000;

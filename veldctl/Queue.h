@@ -15,8 +15,7 @@ class Queue {
   /// Queues a record under a new guid and returns the guid.
   std::string add(Json::Value record) const;
 
-  /// Queues a failed message again, with new `retries` if given. False if a message with its guid is queued
-  /// already.
+  /// Queues a failed message again, with new `retries` if given. False if its guid is queued already.
   bool retry(const Message& failed, std::optional<std::uint32_t> retries) const;
 
   /// Marks a failed message as seen. Keeps the modification time of the file.
@@ -34,7 +33,6 @@ class Queue {
   const Folders& folders_;
 };
 
-/// Writes the file `temporary`, brings it to the disk, and renames it to `path`. A `changed` other than 0
-/// becomes the modification time.
+/// Writes and syncs `temporary`, and renames it to `path`. A `changed` other than 0 is its modification time.
 void replaceFile(const std::string& path, const std::string& temporary, const std::string& text,
                  std::int64_t changed = 0);

@@ -24,8 +24,8 @@ class Report {
 
   explicit Report(Form form) : form_(form) {}
 
-  /// Prints one line. Form::Text omits an empty `text`, Form::Prometheus an empty figure. Form::Json also
-  /// prints the members of `more`.
+  /// Prints one line: as text unless `text` is empty, for Prometheus if there is a figure, as JSON with
+  /// `more`.
   void add(Verdict verdict, const std::string& text, const Figure& figure = {},
            const Json::Value& more = Json::objectValue);
 

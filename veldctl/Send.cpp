@@ -17,8 +17,7 @@ namespace {
 namespace Key = MessageRecord::Key;
 using namespace MessageStatus;
 
-// Reads standard input, without the line feed at its end. Stops one byte after the longest text, because that
-// byte suffices to refuse the text.
+// Reads standard input without the line feed at its end, and at most one byte more than a message can have.
 std::string readText() {
   std::string text(ShortMessage::mostBytes + 2, '\0');
   std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));

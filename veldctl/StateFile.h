@@ -7,8 +7,7 @@
 #include "support/NonCopyable.h"
 #include "veldctl/News.h"
 
-/// The file of `follow --state`. It holds the reported files as one JSON object: [TIME, LACKS-PARTS] by
-/// folder and name.
+/// The file of `follow --state`: a JSON object with [TIME, LACKS-PARTS] for each reported "FOLDER/NAME".
 class StateFile : private Orvel::NonCopyable {
  public:
   /// Locks a file beside it. Throws std::runtime_error if another process holds the lock.

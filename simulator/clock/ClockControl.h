@@ -14,8 +14,7 @@ struct ClockControl {
   std::atomic<std::int64_t> skipped;    ///< what sleeps were cut short by; both clocks are ahead by this
   std::atomic<std::int64_t> wall;       ///< with `hold`: the wall clock without `skipped`
   std::atomic<std::int64_t> monotonic;  ///< with `hold`: the monotonic clock without `skipped`
-  /// 1: only a grant or a signal ends a sleep, and only sleeps take time. The daemon's behaviour then does
-  /// not depend on the load of the machine.
+  /// 1: only a grant or a signal ends a sleep, and only sleeps take time, however busy the machine is.
   std::atomic<std::uint32_t> hold;
   std::atomic<std::uint32_t> begun;  ///< sleeps begun since the daemon was started
   std::atomic<std::uint32_t> ended;  ///< how many of these have ended

@@ -9,12 +9,10 @@ namespace Simulator {
 /// Controls the daemon's clock.
 class GatewayClock {
  public:
-  /// Creates the shared files; a failure ends the process with a line on standard error. `hold`: see
-  /// ClockControl.
+  /// Creates the shared files. A failure ends the process. `hold`: see ClockControl.
   explicit GatewayClock(bool hold);
 
-  /// Call this before each start of a daemon. Forgets the sleeps of the previous daemon. With `hold` the
-  /// clock advances by one second.
+  /// Forgets the sleeps of the previous daemon. With `hold`, the clock advances by one second.
   void reset();
   /// Returns the wall clock as the daemon sees it.
   std::time_t now() const;

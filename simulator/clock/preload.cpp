@@ -27,8 +27,7 @@ constexpr long clockGettimeCall = SYS_clock_gettime;
 
 ClockControl* control = nullptr;
 
-// Calls the kernel directly. A sanitizer's allocator reads the clock while it holds its lock; dlsym() would
-// allocate memory and wait for that lock forever.
+// Does not use dlsym(), which allocates: a sanitizer's allocator reads the clock while it holds its lock.
 int realClock(clockid_t clock, timespec* now) {
   return static_cast<int>(syscall(clockGettimeCall, clock, now));
 }

@@ -7,8 +7,7 @@
 namespace Simulator {
 namespace {
 
-// Returns the character at `at`, or the one that an escape sequence there stands for. Moves `at` to the end
-// of the sequence.
+// Returns the character at `at`, or that of the escape sequence there. Moves `at` to the end of the sequence.
 char unescaped(const std::string& line, std::size_t& at) {
   const char next = at + 1 < line.size() ? line[at + 1] : '\0';
   if (line[at] != '\\' || (next != '"' && next != '\\' && next != 'n')) return line[at];

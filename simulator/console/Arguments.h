@@ -34,8 +34,7 @@ class Arguments {
   /// Reads the words after the first. Returns an empty string, or one line that says why no shape fits.
   [[nodiscard]] std::string read(const std::string& shapes, const std::vector<Word>& line);
 
-  /// Returns the words without the options.
-  const std::vector<std::string>& words() const { return words_; }
+  const std::vector<std::string>& words() const { return words_; }  ///< without the options
   /// Returns the word at `place`, counting from 0; empty if there is none.
   std::string word(std::size_t place) const { return place < words_.size() ? words_[place] : ""; }
   unsigned number(std::size_t place, unsigned otherwise) const {

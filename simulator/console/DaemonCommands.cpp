@@ -175,26 +175,26 @@ Answer settings(Gateway& gateway, const Arguments& given) {
   return {true, key + (remove ? " is removed" : " is " + toLine(value)) + applies};
 }
 
-Answer password(Gateway& gateway, const Arguments& given) {
+// Switches the password or the whitelist off, or sets its `member`.
+Answer setPermission(Gateway& gateway, const std::string& part, const std::string& member,
+                     const Json::Value& value, const Arguments& given) {
+  const std::string path = "smsCommands." + part + ".";
   const bool off = given.word(0) == "off";
-  const char* const key = "smsCommands.password.enabled";
-  if (!gateway.settings.set(key, !off)) return noSetting(key);
-  if (!off) gateway.settings.set("smsCommands.password.text", given.word(0));
-  return {true, "The password is " + given.word(0) + applies};
+  if (!gateway.settings.set(path + "enabled", !off)) return noSetting(path + "enabled");
+  if (!off) gateway.settings.set(path + member, value);
+  std::string text = "The " + part + " is";
+  for (const std::string& word : given.words()) text += " " + word;
+  return {true, text + applies};
+}
+
+Answer password(Gateway& gateway, const Arguments& given) {
+  return setPermission(gateway, "password", "text", given.word(0), given);
 }
 
 Answer whitelist(Gateway& gateway, const Arguments& given) {
-  const bool off = given.word(0) == "off";
   Json::Value numbers(Json::arrayValue);
-  std::string text;
-  for (const std::string& number : given.words()) {
-    numbers.append(number);
-    text += " " + number;
-  }
-  const char* const key = "smsCommands.whitelist.enabled";
-  if (!gateway.settings.set(key, !off)) return noSetting(key);
-  if (!off) gateway.settings.set("smsCommands.whitelist.numbers", numbers);
-  return {true, "The whitelist is" + text + applies};
+  for (const std::string& number : given.words()) numbers.append(number);
+  return setPermission(gateway, "whitelist", "numbers", numbers, given);
 }
 
 Answer timings(Gateway&, const Arguments& given) {

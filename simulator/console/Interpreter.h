@@ -49,8 +49,7 @@ class Interpreter {
   /// A thread must hold this lock while it uses gateway() or busy(), if there is another thread.
   std::unique_lock<std::mutex> lock() { return std::unique_lock(turn_); }
   Gateway& gateway() { return gateway_; }
-  /// Whether a command waits.
-  bool busy() const { return !waiting_.empty(); }
+  bool busy() const { return !waiting_.empty(); }  ///< a command waits
 
  private:
   Answer run(const Command& command, const std::vector<Word>& line);

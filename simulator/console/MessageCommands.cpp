@@ -27,8 +27,7 @@ struct Delivery {
     return true;
   }
 
-  // Returns the parts in the order of their arrival: first those of `order`, then the others, last the
-  // repeated.
+  // Returns the parts in the order of arrival: those of `order`, then the others, then the repeated ones.
   std::vector<unsigned> arrivals(std::size_t count) const {
     std::vector<unsigned> numbers = order;
     for (unsigned number = 1; number <= count; ++number)

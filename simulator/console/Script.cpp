@@ -27,9 +27,7 @@ Answer refuseCheck(Gateway&, const Arguments&) { return wrong("Only a script can
 }  // namespace
 
 struct Script::Check {
-  const char* name;
-  const char* arguments;
-  const char* summary;
+  const char *name, *arguments, *summary;
   bool (*holds)(Script& script, const std::string& wanted);
 };
 const Script::Check Script::checks[] = {

@@ -14,9 +14,9 @@ class Script {
   /// Error messages call this script `name`. With `echo` each line is printed before its output.
   Script(Interpreter& interpreter, std::string name, bool echo);
 
-  /// Runs the lines. At the first line that fails, prints the reason on standard error and returns false.
-  /// After the last line, waits for the program beside the daemon and stops the daemon, which must end with
-  /// status 0 or that of the last expect-exit.
+  /// Runs the lines. Stops at the first that fails, prints the reason and returns false. At the end, waits
+  /// for the program of --with and stops the daemon, which must end with status 0 or that of the last
+  /// expect-exit.
   [[nodiscard]] bool run(std::istream& text);
 
  private:

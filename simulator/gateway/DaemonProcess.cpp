@@ -18,13 +18,11 @@ constexpr char outputFile[] = "/run/gateway/daemon-output";  // the daemon's out
 constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 constexpr std::size_t longestName = 15;  // the kernel cuts longer process names
-constexpr int maxDescriptors = 1024;     // the default limit of the kernel
 constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
 
-// Returns the daemon's command line. env blocks SIGTERM and ignores SIGCHLD, because the daemon must work
-// even then. The daemon inherits the rest of the simulator's environment.
+// Returns the daemon's command line. The daemon must work although env blocks SIGTERM and ignores SIGCHLD.
 std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   const std::string reports = std::string("log_path=") + reportPrefix;
   return {"env",
@@ -46,7 +44,7 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
-  for (int other = STDERR_FILENO + 1; other < maxDescriptors; ++other) close(other);
+  closefrom(STDERR_FILENO + 1);
   execvp(command[0], command);
   _exit(127);
 }

@@ -12,8 +12,7 @@
 
 namespace Simulator {
 
-/// The daemon's process and its passes. The daemon detaches from its parent, so the constructor makes this
-/// process the reaper of its orphaned descendants.
+/// The daemon's process and its passes. This process is the subreaper, so the detached daemon is its child.
 class DaemonProcess {
  public:
   struct Paths {
@@ -24,12 +23,10 @@ class DaemonProcess {
   /// Whether a pass has ended. Ended: no, the daemon has.
   enum class Passed { Yes, Ended, NotYet };
 
-  /// `hangs` returns whether the daemon waits for something that only a repair ends. No call then waits for a
-  /// pass.
+  /// `hangs` returns whether only a repair ends what the daemon waits for. No call then waits for a pass.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
-  /// Starts the program and waits until it has detached. Returns an empty string, or one line that says why
-  /// it could not start or how it ended before it detached.
+  /// Starts the program and waits until it has detached. Returns an empty string, or one line on the failure.
   [[nodiscard]] std::string start();
   /// Sends SIGTERM and waits up to ten seconds. Returns whether the daemon has ended.
   bool stop();
@@ -38,8 +35,8 @@ class DaemonProcess {
   Footprint footprint() const { return Footprint::of(pid_); }
   /// Sends a signal; false if the daemon is not running.
   bool signal(int number);
-  /// Returns how the last daemon ended: "0", "1", "signal 9", followed by a sanitizer's report if there is
-  /// one. Empty while the daemon runs, and before the first start.
+  /// Returns how the last daemon ended: "0", "signal 9", with a sanitizer's report. Empty before it has
+  /// ended.
   std::string ending();
 
   /// Waits up to `seconds` until the daemon sleeps.
@@ -51,8 +48,7 @@ class DaemonProcess {
 
   /// True ends every wait early. A signal handler may set this.
   std::atomic<bool> interrupted{false};
-  /// A wait calls this between two checks.
-  std::function<void()> pause = sleepAMoment;
+  std::function<void()> pause = sleepAMoment;  ///< a wait calls this between two checks
 
  private:
   void ended(int status);

@@ -24,8 +24,7 @@ constexpr char toolLog[] = "/var/log/veld.log";
 constexpr char mark[] = "/run/private-gateway";
 constexpr double killSeconds = 10;
 
-// Refuses to run on a real machine, where the gateway would take /dev/log away from syslog. Creates the
-// folders before the first member of Gateway needs one.
+// Refuses to run on a real machine, whose /dev/log it would take. Creates the folders that the members need.
 const char* prepare(const char* modemFolder) {
   if (!fs::exists(mark)) {
     std::fputs("simulator: this is a real machine; run me through simulator/private-gateway\n", stderr);

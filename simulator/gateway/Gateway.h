@@ -50,22 +50,19 @@ class Gateway {
   bool servesApi() const { return servesApi_; }
   /// Creates the message folders and runs `command` beside the daemon, with the tool and veldctl in its PATH.
   void runBeside(const std::string& command);
-  /// Runs veldctl with these arguments. Returns its output, with its exit status in a last line unless that
-  /// is 0. The environment variable VELDCTL can replace the name of the program.
+  /// Runs veldctl, or $VELDCTL. Returns its output, with its exit status in a last line unless that is 0.
   std::string veldctl(const std::vector<std::string>& words) const;
 
   /// Puts the modem's tool into the PATH of the daemon, or removes it.
   void setToolThere(bool there);
 
-  /// Ends the faults of "api", "tool", "syslog", "disk", "tmp" or "all", but not the modem's refusals. False
-  /// if a socket cannot be bound.
+  /// Ends the faults of one part, as in faults(), but not the modem's refusals. False if bind() fails.
   bool repair(const std::string& part = "all");
   /// Returns the faults that are set, one line each, such as "tool: gone".
   std::vector<std::string> faults();
   /// Returns the fault that the daemon waits for; empty if it does not hang.
   std::string hang() const;
-  /// Returns for how many seconds it has waited.
-  unsigned hangSeconds() const;
+  unsigned hangSeconds() const;  ///< since the daemon waits for it
 
  private:
   std::string tool_;

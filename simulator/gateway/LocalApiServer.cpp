@@ -41,7 +41,6 @@ bool isCommand(const Json::Value& body) {
   return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
 }
 
-// Closes the connection in the middle of an answer.
 void breakOff(httplib::Response& response) {
   response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
     constexpr char beginning[] = "{\"code\": 200, \"res";

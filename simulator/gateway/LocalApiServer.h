@@ -25,8 +25,7 @@ namespace Simulator {
 /// connection in the middle of an answer. Silent: does not answer before a repair.
 enum class ApiFault { None, Code, Garbage, Close, Silent };
 
-/// The gateway's local HTTP API on its UNIX-domain socket. It serves the settings, accepts commands, and
-/// keeps all requests.
+/// The local HTTP API on its UNIX-domain socket: serves the settings, accepts commands, keeps all requests.
 class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
@@ -58,8 +57,7 @@ class LocalApiServer {
 
   /// Returns all requests from number `first` on, counting from 0, including those without an answer.
   std::vector<Request> requests(std::size_t first = 0) const;
-  /// Returns how many requests wait for their answer.
-  unsigned waiting() const { return waiting_; }
+  unsigned waiting() const { return waiting_; }  ///< requests without an answer so far
   /// Returns how many seconds the last request has waited for a repair; nullopt if none waits for that.
   std::optional<unsigned> silentSeconds() const;
 

@@ -9,8 +9,7 @@
 
 namespace Simulator {
 
-/// Carries out the commands of the API, as a program of the gateway does: it queues an answer to the sender,
-/// and restarts the daemon for a reboot.
+/// Carries out the commands of the API: queues an answer to the sender, and restarts the daemon for a reboot.
 class Responder {
  public:
   struct Event {
@@ -23,7 +22,7 @@ class Responder {
 
   /// Carries out the commands that the API accepted since the last call.
   void carryOut();
-  /// Returns everything that was done so far.
+
   const std::vector<Event>& events() const { return events_; }
 
  private:

@@ -20,8 +20,8 @@ constexpr char defaultSettings[] = R"({
     "wanStatusEnabled": true, "wanIpsEnabled": true, "wifiEnabled": true, "pingEnabled": true,
     "serialEnabled": true, "geopositionEnabled": true, "lnsRestartEnabled": true}})";
 
-// Returns the object that has, or can have, the member at `path`, and sets `key` to the name of that member.
-// Null if there is no such object.
+// Returns the object around the member at `path`, and the member's name in `key`. Null without such an
+// object.
 Json::Value* find(Json::Value& settings, const std::string& path, std::string& key) {
   Json::Value* place = &settings;
   std::istringstream pieces(path);

@@ -8,8 +8,7 @@
 
 namespace Simulator {
 
-/// The gateway's syslog. It listens on /dev/log, keeps every line, and appends it to a file unless the disk
-/// is full.
+/// The gateway's syslog: keeps each line from /dev/log and appends it to a file, unless the disk is full.
 class SyslogServer {
  public:
   static constexpr char socketPath[] = "/dev/log";

@@ -28,11 +28,9 @@ std::string escaped(unsigned octet) {
 // Returns the UTF-8 character at `at`. Its first byte gives its length.
 std::string characterAt(const std::string& text, std::size_t at) {
   const unsigned first = static_cast<unsigned char>(text[at]);
-  std::size_t length = 1;
-  if (first >= 0x80) length = 2;
-  if (first >= 0xE0) length = 3;
-  if (first >= 0xF0) length = 4;
-  return text.substr(at, length);
+  if (first < 0x80) return text.substr(at, 1);
+  if (first < 0xE0) return text.substr(at, 2);
+  return text.substr(at, first < 0xF0 ? 3 : 4);
 }
 
 struct Piece {

@@ -10,16 +10,15 @@ namespace Simulator {
 /// A fault of the modem's tool.
 enum class ToolFault { None, Fail, Hang, Kill, Silent };
 
-/// The modem: the messages that it received and sent, the numbers that it refuses, and the faults of its
-/// tool. The tool is a new process for each operation, so a folder holds all data. It is on a separate file
-/// system, which stays writable when a disk of the gateway is full.
+/// The modem: its messages, the numbers that it refuses, and the faults of its tool. The tool is a new
+/// process for each operation, so a folder holds all data. Its file system stays writable when others are
+/// full.
 class Modem {
  public:
   static constexpr char storeFolder[] = "/run/modem";
   /// The names of ToolFault, in its order.
   static constexpr const char* faultNames[] = {"none", "fail", "hang", "kill", "silent"};
 
-  /// Creates missing folders.
   explicit Modem(std::string folder);
 
   /// Receives a message. `userData` is what the tool prints, without quotes.
@@ -29,7 +28,7 @@ class Modem {
 
   /// Returns the messages of a box, "unread" or "read", as the tool prints them, in the order of arrival.
   std::vector<std::string> printed(const std::string& box) const;
-  /// Marks the unread messages as read.
+
   void markRead();
   /// Deletes the read messages; false on failure.
   bool deleteRead();
@@ -51,11 +50,10 @@ class Modem {
 
   /// The tool calls this when it begins to hang in `operation`, and with an empty string when it continues.
   void setHanging(const std::string& operation) { write("hanging", operation); }
-  /// Whether Hang is set for `operation`.
-  bool hangs(const std::string& operation) const;
+  bool hangs(const std::string& operation) const;  ///< Hang is set for `operation`
   /// Returns the operation in which the tool hangs; empty if it does not hang.
   std::string hangingOperation() const;
-  /// Returns for how many seconds the tool hangs.
+
   unsigned hangingSeconds() const;
 
  private:

@@ -12,10 +12,9 @@
 
 namespace Simulator {
 
-/// Serves the gateway's page on 127.0.0.1: its files; the data of Panes and the log as server-sent events
-/// (GET /events); and commands (POST /command with a line of text, answered by {"good", "text"}). A request
-/// that names another host or comes from another web page gets status 403, so that no other page in the
-/// browser can use the gateway.
+/// Serves the gateway's page on 127.0.0.1: its files, the data of Panes and the log as server-sent events
+/// (GET /events), and commands (POST /command, answered by {"good", "text"}). A request for another host or
+/// from another web page gets status 403, so that no other page in the browser can use the gateway.
 class PageServer {
  public:
   explicit PageServer(Interpreter& interpreter);

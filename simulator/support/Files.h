@@ -10,15 +10,13 @@ namespace Simulator {
 
 /// Returns the content of a file; empty if it cannot be read.
 std::string readFile(const std::string& path);
-/// Replaces a file by an atomic rename, so that a reader sees the old content or the new one. Returns false
-/// and keeps the old content on failure.
+/// Replaces a file by an atomic rename. Returns false and keeps the old content on failure.
 [[nodiscard]] bool writeFile(const std::string& path, const std::string& content);
 /// Appends to a file; false on failure.
 bool appendFile(const std::string& path, const std::string& content);
 /// Returns the names in a folder, sorted by byte; none if it cannot be read.
 std::vector<std::string> listFolder(const std::string& path);
 
-/// Makes a JSON object.
 Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members);
 /// Returns one line of JSON without blanks, in UTF-8.
 std::string toLine(const Json::Value& value);

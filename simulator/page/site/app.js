@@ -22,10 +22,7 @@ function element(name, properties = {}, ...children) {
   return made;
 }
 const tag = (text, kind = "") => element("span", { className: "tag " + kind, textContent: text });
-const readable = (text) => {
-  if (!text) return "(no text)";
-  return /\S/.test(text) ? text : `(${text.length} blanks)`;
-};
+const readable = (text) => (/^\s+$/.test(text) ? `(${text.length} blanks)` : text || "(no text)");
 
 // Replaces the cards of a list by an array of [key, content...]. Keeps open details and the focus.
 function fill(list, cards, empty) {
@@ -146,11 +143,10 @@ function daemonState({ running, process, ending, hang }) {
 }
 const SHOW = {
   daemon: (daemon) => {
-    const { running, hang } = daemon;
     at("daemon").textContent = daemonState(daemon);
-    at("daemon").className = "state " + (running && !hang ? "running" : "ended");
-    at("start").hidden = running;
-    at("restart").hidden = !running;
+    at("daemon").className = "state " + (daemon.running && !daemon.hang ? "running" : "ended");
+    at("start").hidden = daemon.running;
+    at("restart").hidden = !daemon.running;
   },
   clock: (now) => { at("clock").textContent = now; },
   settings: showPhone,
