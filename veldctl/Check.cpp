@@ -23,7 +23,7 @@ namespace {
 // The daemon's code logs a warning if it cuts the list.
 void reportTimings(Report& report) {
   const auto log = capturedLog([] { readSmsTimings(); });
-  for (const std::string& line : log) report.add(Look, "the daemon says: " + line);
+  for (const std::string& line : log) report.add(Look, "the daemon logs: " + line);
   if (smsTimings.empty())
     return report.add(Look, "there are no back-off timers: a failed message is never sent again");
   std::string spans;

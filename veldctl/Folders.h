@@ -13,7 +13,6 @@ struct Lookup {
   std::string error;  ///< such as "PATH: Permission denied"
 };
 
-/// The name of a file in a message folder.
 struct FileName {
   int status;
   std::string name;

@@ -89,7 +89,7 @@ Listener::Result AcknowledgedLines::report(const Event& event) {
   return Result::Reported;
 }
 
-// Polls for input only while none is unused. With unused input, only a hang-up ends the wait.
+// With unused input, does not poll for more, so that only a hang-up ends the wait.
 std::vector<pollfd> AcknowledgedLines::watched() const {
   std::vector<pollfd> all = Lines::watched();
   all.push_back({STDIN_FILENO, static_cast<short>(unused_.empty() ? POLLIN : 0), 0});

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-/// A verdict, and an exit status as monitoring systems read it: good, needs attention, broken.
+/// The result of an item, and the exit status for monitoring systems: good, needs attention, broken.
 enum Verdict : int { Well = 0, Look = 1, Ill = 2 };
 
 /// A number, for programs.

@@ -108,7 +108,7 @@ void reportStart(Report& report, const Json::Value& all) {
   Start start;
   const auto log = capturedLog([&] { start = tryStart(all); });
   if (start.isOff) return report.add(Well, "SMS is switched off");
-  for (const std::string& line : log) report.add(start.isGood ? Look : Ill, "the daemon says: " + line);
+  for (const std::string& line : log) report.add(start.isGood ? Look : Ill, "the daemon logs: " + line);
   const char* const text = start.isGood ? "the daemon starts" : "the daemon does not start";
   report.add(start.isGood ? Well : Ill, std::string(text) + " with these settings");
 }

@@ -13,7 +13,7 @@ constexpr char numberRule[] = "a number is 1 to 20 digits with an optional leadi
 /// The messages that a text needs.
 struct Shape {
   unsigned messages = 0;  ///< their number; 0 if the text cannot be encoded
-  std::string outside;    ///< the characters outside the GSM alphabet, each once; one makes the text UCS-2
+  std::string outside;    ///< its characters outside the GSM alphabet, each once; if any, it is sent as UCS-2
   std::string fault;      ///< why the text cannot be sent; empty if it can
 };
 Shape shapeOf(const std::string& text);

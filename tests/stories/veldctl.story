@@ -23,7 +23,7 @@ expect look  receivedLimit has the wrong type
 expect look  sentLimit is missing
 expect look  no sender can match "0170 12345" in the whitelist
 expect look  no sender can match "" in the whitelist
-expect ILL   the daemon says: [ERROR] Exit: the sms sent limit key has invalid value or it is missing.
+expect ILL   the daemon logs: [ERROR] Exit: the sms sent limit key has invalid value or it is missing.
 expect ILL   the daemon does not start with these settings
 settings receivedLimit 100
 settings sentLimit 1
@@ -34,7 +34,7 @@ expect-not look  sentLimit
 
 timings [10,20,30,40,50,60,70,80,90,100,110,120,130,140,150,160,170,180,190,200,210,220,230,240,250,260,270,280,290,300,310,320,330,3600]
 veldctl check
-expect look  the daemon says: [WARNING] VELD: The value of timings-sms is too long.
+expect look  the daemon logs: [WARNING] VELD: The value of timings-sms is too long.
 timings [30,60]
 
 # Send one now. List the last ones.
