@@ -11,8 +11,8 @@ struct ClockControl {
   static constexpr char file[] = "/run/gateway/clock";
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
-  std::atomic<std::int64_t> skipped;    ///< what sleeps were cut short by; both clocks are ahead by this
-  std::atomic<std::int64_t> wall;       ///< with `hold`: the wall clock without `skipped`
+  std::atomic<std::int64_t> skipped;  ///< the sum by which sleeps were cut short; both clocks are ahead by it
+  std::atomic<std::int64_t> wall;     ///< with `hold`: the wall clock without `skipped`
   std::atomic<std::int64_t> monotonic;  ///< with `hold`: the monotonic clock without `skipped`
   /// 1: only a grant or a signal ends a sleep, and only sleeps take time, however busy the machine is.
   std::atomic<std::uint32_t> hold;

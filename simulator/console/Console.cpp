@@ -29,7 +29,7 @@ constexpr char welcome[] =
 constexpr const char* colours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
                                    "\033[33m",   "\033[36m",   plain,        faint};
 
-// For the functions below, which the line editor and the signal handler call without an argument of ours.
+// Global, because the line editor and the signal handler pass no arguments to the functions below.
 Interpreter* interpreter = nullptr;
 std::vector<std::string> candidates;
 std::size_t nextAt = 0;

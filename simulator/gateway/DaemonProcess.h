@@ -20,7 +20,7 @@ class DaemonProcess {
     std::string clockLibrary;  ///< preloaded into the daemon
     std::string toolFolder;    ///< comes first in its PATH
   };
-  /// Whether a pass has ended. Ended: no, the daemon has.
+  /// Whether a pass has ended. Ended: the daemon has ended instead.
   enum class Passed { Yes, Ended, NotYet };
 
   /// `hangs` returns whether only a repair ends what the daemon waits for. No call then waits for a pass.
@@ -33,8 +33,7 @@ class DaemonProcess {
   bool running();
   pid_t pid() const { return pid_; }
   Footprint footprint() const { return Footprint::of(pid_); }
-  /// Sends a signal; false if the daemon is not running.
-  bool signal(int number);
+  bool signal(int number);  ///< sends a signal; false if the daemon is not running
   /// Returns how the last daemon ended: "0", "signal 9", with a sanitizer's report. Empty before it has
   /// ended.
   std::string ending();

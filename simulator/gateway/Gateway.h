@@ -25,7 +25,7 @@ class Gateway {
     std::string program;      ///< the daemon's executable
     std::string buildFolder;  ///< holds the simulated tool and the clock library
     bool hold = false;        ///< the clock stands still between requested passes
-    std::string tool = "";    ///< replaces the simulated tool; empty: nothing does
+    std::string tool = "";    ///< replaces the simulated tool, unless it is empty
     bool servesApi = true;    ///< false: the user's program serves the API
   };
 
@@ -62,7 +62,7 @@ class Gateway {
   std::vector<std::string> faults();
   /// Returns the fault that the daemon waits for; empty if it does not hang.
   std::string hang() const;
-  unsigned hangSeconds() const;  ///< since the daemon waits for it
+  unsigned hangSeconds() const;  ///< how long the daemon has waited for that
 
  private:
   std::string tool_;

@@ -58,7 +58,7 @@ class LocalApiServer {
   /// Returns all requests from number `first` on, counting from 0, including those without an answer.
   std::vector<Request> requests(std::size_t first = 0) const;
   unsigned waiting() const { return waiting_; }  ///< requests without an answer so far
-  /// Returns how many seconds the last request has waited for a repair; nullopt if none waits for that.
+  /// Returns how many seconds the last request has waited for a repair; nullopt if there is no such request.
   std::optional<unsigned> silentSeconds() const;
 
  private:

@@ -39,7 +39,7 @@ std::vector<Json::Value> MessageFolders::records(const std::string& box) {
   return all;
 }
 
-// Returns the time and an ordinal of two digits, of which no message has the guid yet.
+// Returns a guid that no message has: the time and an ordinal of two digits.
 std::string MessageFolders::freeGuid() const {
   const std::time_t now = clock_.now();
   char second[15];

@@ -25,15 +25,13 @@ class SyslogServer {
   SyslogServer();
   ~SyslogServer();
 
-  /// Binds the socket and listens; false on failure.
-  bool listen();
+  bool listen();  ///< binds the socket; false on failure
   void close();
   bool listening() const { return socket_ >= 0; }
 
   /// Returns all lines from number `first` on, counting from 0, including those sent just before the call.
   std::vector<Line> lines(std::size_t first = 0);
-  /// Returns all lines, or only those since the last call.
-  std::vector<Line> read(bool onlyNew);
+  std::vector<Line> read(bool onlyNew);  ///< all lines, or those since the last call
 
  private:
   void run();

@@ -25,7 +25,7 @@ const httplib::Headers defaultHeaders{
     {"X-Content-Type-Options", "nosniff"},
     {"Cache-Control", "no-store"}};
 
-// listen() reads the files once, because under proot a later open() sometimes fails.
+// listen() reads the files only once, because a later open() sometimes fails under proot.
 constexpr struct {
   const char *path, *file, *type;
 } site[] = {{"/", "/index.html", "text/html"},
