@@ -22,17 +22,15 @@ constexpr char usage[] =
     "usage: scripts/gateway [--script FILE] [--echo] [OPTION...]\n"
     "       scripts/gateway --page [PORT] [OPTION...]\n"
     "Runs veld in a simulated gateway. Commands come from FILE or standard input: a console at a terminal,\n"
-    "otherwise a script. The clock runs in the console and stands still in a script; \"help\" tells more.\n"
-    "  --page [PORT]   serves a page on 127.0.0.1, port 8400 (0: any free port), beside the console, and "
-    "starts\n"
-    "                  the daemon; without a terminal it reads no commands and ends on SIGINT or SIGTERM\n"
+    "otherwise a script. The clock runs in the console and stands still in a script (see \"help\").\n"
+    "  --page [PORT]   starts the daemon and serves a page on 127.0.0.1, port 8400 (0: any free port), "
+    "beside\n"
+    "                  the console; without a terminal it reads no commands and ends on SIGINT or SIGTERM\n"
     "  --echo          prints each line of the script before its output\n"
-    "  --with COMMAND  runs a shell command beside the daemon, with sms and veldctl in its PATH; a script "
-    "waits\n"
-    "                  for it after the last line or in \"await program\", and its status becomes this "
-    "one's\n"
-    "  --tool PROGRAM  PROGRAM takes the place of the simulated tool sms\n"
-    "  --api none      leaves the API's socket to a program of yours; \"await api\" waits for it\n"
+    "  --with COMMAND  runs a shell command beside the daemon, with sms and veldctl in its PATH; a script\n"
+    "                  waits for it after the last line or in \"await program\", and exits with its status\n"
+    "  --tool PROGRAM  replaces the simulated tool sms by PROGRAM\n"
+    "  --api none      does not serve the API, so that your program can; \"await api\" waits for its socket\n"
     "The environment variable VELD names another executable of the daemon.\n";
 
 struct Arguments {
@@ -41,7 +39,7 @@ struct Arguments {
   std::string with;
   std::string tool;
   bool servesApi = true;
-  std::optional<unsigned> page;  ///< its port
+  std::optional<unsigned> page;  ///< the port of the page
 };
 
 [[noreturn]] void refuse(const std::string& problem) {
@@ -88,6 +86,10 @@ sem_t ended;
 
 void end(int) { sem_post(&ended); }
 
+void awaitSignal() {
+  while (sem_wait(&ended) != 0) continue;  // fails with EINTR before the handler posts
+}
+
 bool servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
   Simulator::PageServer page(interpreter);
   if (!page.listen(static_cast<int>(port))) {
@@ -96,8 +98,10 @@ bool servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTermin
   }
   std::cout << "The page: " << page.address() << std::endl;
   interpreter.execute("start");
-  if (atTerminal) Simulator::runConsole(interpreter);
-  while (!atTerminal && sem_wait(&ended) != 0) continue;
+  if (atTerminal)
+    Simulator::runConsole(interpreter);
+  else
+    awaitSignal();
   return true;
 }
 

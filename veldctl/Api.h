@@ -4,11 +4,11 @@
 
 #include <string>
 
-/// What the local API says of the settings.
+/// The answer of the local API to a request for the settings.
 struct ApiAnswer {
-  Json::Value settings;  ///< null when there is a fault
-  std::string fault;     ///< what is wrong with the answer, or why there is none; empty when all is well
+  Json::Value settings;  ///< null on a fault
+  std::string fault;     ///< a fault of the answer or the connection; empty if there is none
 };
 
-/// Asks the local API for the settings, and waits three seconds at most.
+/// Requests the settings from the local API. Waits at most three seconds.
 ApiAnswer askForSettings();

@@ -12,14 +12,14 @@ namespace {
 
 using namespace MessageStatus;
 
-constexpr std::int64_t longQueued = 600;  // seconds; the queue before it is sent in the same pass
-constexpr std::size_t mostNamed = 5;      // guids that are named in one line
+constexpr std::int64_t longQueued = 600;  // seconds; a pass sends the whole queue
+constexpr std::size_t mostNamed = 5;      // guids in one line
 
 struct Census {
   std::int64_t broken = 0, dangerous = 0, incomplete = 0, again = 0, seen = 0, outbox = 0;
-  std::vector<std::string> forGood;  // guids of messages that failed, are not sent again and were not seen
-  std::int64_t oldestQueued = 0;     // seconds
-  Message lastReceived, lastSent;    // without a name when there is none
+  std::vector<std::string> permanent;  // guids of permanently failed messages that are not marked as seen
+  std::int64_t oldestQueued = 0;       // seconds
+  Message lastReceived, lastSent;      // the name is empty if there is none
 };
 
 void keepLater(Message& last, const Message& message) {
@@ -27,26 +27,26 @@ void keepLater(Message& last, const Message& message) {
 }
 
 void countFailed(Census& census, const Message& message) {
-  if (!message.hasFailedForGood())
+  if (!message.hasFailedPermanently())
     ++census.again;
   else if (message.isSeen())
     ++census.seen;
   else
-    census.forGood.push_back(message.name);
+    census.permanent.push_back(message.name);
 }
 
 void count(Census& census, const Message& message) {
   if (MessageRecord::has(message.record, MessageRecord::Key::Parts)) ++census.incomplete;
   if (!message.danger.empty()) ++census.dangerous;
-  const std::int64_t age = std::time(nullptr) - message.changed / 1'000'000'000;
+  const std::int64_t age = std::time(nullptr) - message.changedSecond();
   if (message.status == Sending) census.oldestQueued = std::max(census.oldestQueued, age);
   if (message.status == Failed) countFailed(census, message);
   if (message.status == Received) keepLater(census.lastReceived, message);
   if (message.status == Sent) keepLater(census.lastSent, message);
 }
 
-// A file that is wrong gets a line of its own.
-void look(Report& report, const Folders& folders, const FileName& file, Census& census) {
+// Counts one file. Reports a faulty one on its own line.
+void inspect(Report& report, const Folders& folders, const FileName& file, Census& census) {
   const Lookup found = folders.read(file.status, file.name);
   if (!found.error.empty()) report.add(Ill, found.error);
   if (!found.message) return;
@@ -74,13 +74,13 @@ void reportCount(Report& report, int status, std::size_t count, const Json::Valu
   if (limit.isUInt()) report.add(Well, "", {"limit", limit.asUInt(), {{"folder", folder}}});
 }
 
-// A limit holds for the received messages, and for the three folders of the outbox together.
+// One limit applies to the received messages, the other to the three folders of the outbox together.
 void reportLimit(Report& report, const char* key, const Json::Value& settings, std::int64_t count) {
   const Json::Value& limit = MessageRecord::member(settings, key);
   if (!limit.isUInt()) return;
   const std::string name = std::string("\"") + key + "\"";
   if (limit.asUInt() == 0)
-    report.add(Look, name + " is 0: no message is kept, and none that failed is sent again");
+    report.add(Look, name + " is 0: no message is kept, and no failed message is retried");
   else if (count > limit.asInt64())
     report.add(Look, std::to_string(count) + " messages are kept, more than " + name + " allows");
 }
@@ -89,10 +89,11 @@ void reportFolders(Report& report, const Folders& folders, const Json::Value& se
   std::int64_t received = 0;
   for (const int status : MessageStatus::all) {
     const Listing listing = folders.names({status});
-    for (const FileName& file : listing.files) look(report, folders, file, census);
+    for (const FileName& file : listing.files) inspect(report, folders, file, census);
     for (const std::string& error : listing.errors) report.add(Ill, std::string(text(status)) + ": " + error);
     if (listing.errors.empty()) reportCount(report, status, listing.files.size(), limitOf(status, settings));
-    (status == Received ? received : census.outbox) += static_cast<std::int64_t>(listing.files.size());
+    std::int64_t& sum = status == Received ? received : census.outbox;
+    sum += static_cast<std::int64_t>(listing.files.size());
   }
   reportLimit(report, SettingsKey::receivedLimit, settings, received);
   reportLimit(report, SettingsKey::sentLimit, settings, census.outbox);
@@ -116,12 +117,12 @@ std::string named(const std::vector<std::string>& guids) {
 }
 
 void reportFailed(Report& report, const Census& census) {
-  report.count(Well, "failed and will be tried again", {"failed", census.again, {{"again", "yes"}}});
+  report.count(Well, "failed and will be retried", {"failed", census.again, {{"again", "yes"}}});
   Json::Value more(Json::objectValue);
-  for (const std::string& guid : census.forGood) more["guids"].append(guid);
-  report.count(Look, "failed for good: " + named(census.forGood),
-               {"failed", static_cast<std::int64_t>(census.forGood.size()), {{"again", "no"}}}, more);
-  report.count(Well, "failed for good and were seen", {"failed", census.seen, {{"again", "seen"}}});
+  for (const std::string& guid : census.permanent) more["guids"].append(guid);
+  report.count(Look, "failed permanently: " + named(census.permanent),
+               {"failed", static_cast<std::int64_t>(census.permanent.size()), {{"again", "no"}}}, more);
+  report.count(Well, "failed permanently, marked as seen", {"failed", census.seen, {{"again", "seen"}}});
 }
 
 }  // namespace
@@ -129,14 +130,15 @@ void reportFailed(Report& report, const Census& census) {
 void reportMessages(Report& report, const Folders& folders, const Json::Value& settings) {
   Census census;
   reportFolders(report, folders, settings, census);
-  reportLast(report, census.lastReceived, "came", "last_received_time_seconds");
-  reportLast(report, census.lastSent, "went out", "last_sent_time_seconds");
+  reportLast(report, census.lastReceived, "was received", "last_received_time_seconds");
+  reportLast(report, census.lastSent, "was sent", "last_sent_time_seconds");
   const std::int64_t age = census.oldestQueued;
-  report.add(age > longQueued ? Look : Well,
-             age > 0 ? "the oldest queued message waits since " + Times::full(std::time(nullptr) - age) : "",
-             {"oldest_queued_seconds", age, {}});
+  report.add(
+      age > longQueued ? Look : Well,
+      age > 0 ? "the oldest queued message has waited since " + Times::full(std::time(nullptr) - age) : "",
+      {"oldest_queued_seconds", age, {}});
   reportFailed(report, census);
-  report.count(Well, "wait for parts", {"incomplete", census.incomplete, {}});
+  report.count(Well, "received with missing parts", {"incomplete", census.incomplete, {}});
   report.add(Well, "", {"broken_files", census.broken, {}});
   report.add(Well, "", {"dangerous_recipients", census.dangerous, {}});
 }

@@ -5,7 +5,6 @@
 #include "veldctl/Folders.h"
 #include "veldctl/Report.h"
 
-/// Reports the messages in the folders: how many, against the limits of `settings`, which are null when the
-/// local API does not answer; files that are no records; what waits, what failed, and what came and went
-/// last.
+/// Reports the number of messages in each folder and its limit, files that are not records, waiting and
+/// failed messages, and the last received and sent one. `settings` holds the limits; it may be null.
 void reportMessages(Report& report, const Folders& folders, const Json::Value& settings);

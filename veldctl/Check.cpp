@@ -11,8 +11,8 @@
 #include "storage/MessageStatus.h"
 #include "support/Text.h"
 #include "veldctl/Api.h"
+#include "veldctl/CapturedLog.h"
 #include "veldctl/Commands.h"
-#include "veldctl/DaemonWords.h"
 #include "veldctl/ModemStatus.h"
 #include "veldctl/Report.h"
 #include "veldctl/SettingsCheck.h"
@@ -20,10 +20,10 @@
 
 namespace {
 
-// The daemon itself says when the list is too long and is cut.
+// The daemon's code logs a warning if it cuts the list.
 void reportTimings(Report& report) {
-  const auto words = wordsOfDaemon([] { readSmsTimings(); });
-  for (const std::string& line : words) report.add(Look, "the daemon says: " + line);
+  const auto log = capturedLog([] { readSmsTimings(); });
+  for (const std::string& line : log) report.add(Look, "the daemon logs: " + line);
   if (smsTimings.empty())
     return report.add(Look, "there are no back-off timers: a failed message is never sent again");
   std::string spans;
@@ -39,11 +39,11 @@ void reportPrograms(Report& report) {
       return access(std::string(folder).append("/").append(tool).c_str(), X_OK) == 0;
     };
     if (std::none_of(folders.begin(), folders.end(), has))
-      report.add(Ill, "there is no program " + tool + " in the path");
+      report.add(Ill, "there is no program " + tool + " in the PATH");
   }
 }
 
-// Whether `path` is there, and not open to others in a way that is `forbidden`.
+// Reports a missing file, and a file mode with one of the `forbidden` bits.
 void reportMode(Report& report, const std::string& path, mode_t forbidden, Verdict verdict,
                 const char* danger) {
   struct stat info;
@@ -53,12 +53,12 @@ void reportMode(Report& report, const std::string& path, mode_t forbidden, Verdi
     report.add(verdict, path + " is open to every user: " + danger);
 }
 
-// It is made with the first message that is sent.
+// The first send creates the log.
 void reportSendLog(Report& report) {
   if (access(sendLog, F_OK) != 0 && errno == ENOENT)
-    report.add(Well, std::string("there is no ") + sendLog + " yet: nothing was sent");
+    report.add(Well, std::string("there is no ") + sendLog + " yet: no message was sent");
   else
-    reportMode(report, sendLog, S_IROTH | S_IWOTH, Look, "it tells what was sent");
+    reportMode(report, sendLog, S_IROTH | S_IWOTH, Look, "any user can read what was sent");
 }
 
 }  // namespace

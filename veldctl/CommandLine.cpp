@@ -13,24 +13,26 @@ namespace {
 using CommandLine::Parsed;
 
 const std::vector<Option> options = {
-    {'r', false, "retries", Option::Number, "N", "send a message that failed again, up to N times"},
+    {'r', false, "retries", Option::Number, "N", "repeat a failed send up to N times"},
     {'w', false, "wait", Option::OptionalNumber, "[SECONDS]",
-     "wait until it was sent or has failed, 60 seconds at most"},
-    {'n', true, "last", Option::Number, "N", "the last N alone"},
+     "wait until the message is sent or has failed, at most 60 seconds"},
+    {'n', true, "last", Option::Number, "N", "list only the last N messages"},
     {'i', false, "since", Option::Text, "TIME",
-     "only since TIME: 30min, 2h, 3d, 2026-11-25 or \"2026-11-25 14:00\""},
-    {'g', false, "grep", Option::Text, "TEXT", "only with TEXT in number or message, in upper or lower case"},
-    {'q', true, "quiet", Option::None, "", "print guids alone"},
+     "list only messages since TIME: 30min, 2h, 3d, 2026-11-25 or \"2026-11-25 14:00\""},
+    {'g', false, "grep", Option::Text, "TEXT",
+     "list only messages with TEXT in the number or the text, ignoring case"},
+    {'q', true, "quiet", Option::None, "", "print only guids"},
     {'s', false, "state", Option::Text, "FILE", "record reported events in FILE, and resume from it"},
     {'a', false, "ack", Option::None, "", "wait for a line on standard input after each event"},
-    {'x', false, "exec", Option::Text, "PROGRAM", "run PROGRAM for each event, until it ends with status 0"},
-    {'p', false, "prometheus", Option::None, "", "print numbers as Prometheus reads them"},
-    {'j', false, "json", Option::None, "", "print one JSON object a line"},
-    {'h', true, "help", Option::None, "", "print this"},
+    {'x', false, "exec", Option::Text, "PROGRAM",
+     "run PROGRAM for each event, again until it exits with status 0"},
+    {'p', false, "prometheus", Option::None, "", "print metrics in the format of Prometheus"},
+    {'j', false, "json", Option::None, "", "print one JSON object per line"},
+    {'h', true, "help", Option::None, "", "print this help"},
     {'v', false, "version", Option::None, "", "print the version"},
 };
 
-constexpr char everywhere[] = "hv";  // the options that each command takes
+constexpr char everywhere[] = "hv";  // the options of every command
 
 bool takes(const Command& command, char letter) {
   return std::strchr(command.options, letter) != nullptr || std::strchr(everywhere, letter) != nullptr;
@@ -59,11 +61,14 @@ std::vector<option> longOptions() {
   return all;
 }
 
-// "-": words come in their order; ":": an option without its value is told from an unknown one.
+// "-" keeps the order of the words. ":" separates an option without its value from an unknown option.
 std::string shortOptions() {
   std::string all = "-:";
-  for (const Option& each : options)
-    if (each.isShort) (all += each.letter) += each.value == Option::None ? "" : ":";
+  for (const Option& each : options) {
+    if (!each.isShort) continue;
+    all += each.letter;
+    if (each.value != Option::None) all += ":";
+  }
   return all;
 }
 
@@ -85,7 +90,7 @@ void checkValue(const Option& option, const std::string& value) {
                (isText ? "; write -- before a text that begins with '-'" : ""));
 }
 
-// The seconds behind --wait may be a word of their own, when the command has its other words already.
+// Takes the next word as the seconds of --wait if the command has all its arguments already. Null otherwise.
 const char* secondsOf(const Parsed& parsed, int count, char** words) {
   const bool isWhole = parsed.command != nullptr && parsed.request.words.size() >= parsed.command->most;
   return isWhole && optind < count && words[optind][0] != '-' ? words[optind++] : nullptr;
@@ -119,10 +124,10 @@ std::string usage(const Command& command) {
 void checkWords(const Parsed& parsed) {
   const Command& command = *parsed.command;
   const auto& words = parsed.request.words;
-  if (words.size() < command.least) throw Misuse("a word is missing; write: " + usage(command));
+  if (words.size() < command.least) throw Misuse("an argument is missing; usage: " + usage(command));
   if (words.size() > command.most)
-    throw Misuse("unexpected word '" + words[command.most] + "'; write: " + usage(command) +
-                 (command.run == send ? ", with quotes around a text of several words" : ""));
+    throw Misuse("unexpected argument '" + words[command.most] + "'; usage: " + usage(command) +
+                 (command.run == send ? "; quote a text of several words" : ""));
 }
 
 std::string describe(const Option& option) {
@@ -132,6 +137,24 @@ std::string describe(const Option& option) {
   char line[160];
   std::snprintf(line, sizeof(line), "  %-20s  %s\n", form.c_str(), option.help);
   return line;
+}
+
+void readWords(int count, char** words, Parsed& parsed) {
+  const std::vector<option> known = longOptions();
+  const std::string letters = shortOptions();
+  opterr = 0;
+  for (int at = optind, letter = 0; letter != -1; at = optind) {
+    letter = getopt_long(count, words, letters.c_str(), known.data(), nullptr);
+    if (letter == '?') refuse(parsed, words[at]);
+    if (letter == ':') throw Misuse(std::string(words[at]) + " needs a value");
+    const char* value = optarg;
+    if (letter == 'w' && value == nullptr) value = secondsOf(parsed, count, words);
+    if (letter == 1)
+      takeWord(parsed, value);
+    else if (letter != -1)
+      takeOption(parsed, optionOf(letter), value);
+  }
+  for (; optind < count; ++optind) takeWord(parsed, words[optind]);
 }
 
 }  // namespace
@@ -148,21 +171,7 @@ std::optional<std::uint32_t> readNumber(const std::string& text) {
 std::optional<std::uint32_t> Request::number(char letter) const { return readNumber(text(letter)); }
 
 void CommandLine::parse(int count, char** words, Parsed& parsed) {
-  const std::vector<option> known = longOptions();
-  const std::string letters = shortOptions();
-  opterr = 0;
-  optind = 0;  // reads anew, for the tests
-  for (int at = 1, letter; (letter = getopt_long(count, words, letters.c_str(), known.data(), nullptr)) != -1;
-       at = optind) {
-    if (letter == '?') refuse(parsed, words[at]);
-    if (letter == ':') throw Misuse(std::string(words[at]) + " needs a value");
-    if (letter == 1)
-      takeWord(parsed, optarg);
-    else
-      takeOption(parsed, optionOf(letter),
-                 letter == 'w' && optarg == nullptr ? secondsOf(parsed, count, words) : optarg);
-  }
-  for (; optind < count; ++optind) takeWord(parsed, words[optind]);
+  readWords(count, words, parsed);
   parsed.wantsHelp = parsed.wantsHelp || parsed.request.has('h');
   parsed.wantsVersion = parsed.request.has('v');
   if (parsed.wantsHelp || parsed.wantsVersion) return;
@@ -172,13 +181,14 @@ void CommandLine::parse(int count, char** words, Parsed& parsed) {
 }
 
 std::string CommandLine::help() {
-  std::string text = "veldctl sends short messages, and looks at those of the gateway.\n\n";
+  std::string text = "veldctl sends short messages and inspects those of the gateway.\n\n";
   for (const Command& command : commands) {
     char line[160];
     std::snprintf(line, sizeof(line), "  %-8s  %s\n", command.name, command.help);
     text += line;
   }
-  return text + "\n\"veldctl COMMAND --help\" has the words and options of a command, veldctl(1) the rest.\n";
+  return text +
+         "\n\"veldctl COMMAND --help\" prints the arguments and options of a command. See also veldctl(1).\n";
 }
 
 std::string CommandLine::help(const Command& command) {

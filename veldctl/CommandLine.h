@@ -4,23 +4,23 @@
 
 #include "veldctl/Command.h"
 
-/// The command line: `veldctl COMMAND [WORD...] [OPTION...]`, in any order.
+/// Reads the command line `veldctl COMMAND [ARGUMENT...] [OPTION...]`, in any order.
 namespace CommandLine {
 
 struct Parsed {
-  const Command* command = nullptr;  ///< null when help or the version is asked for in general
+  const Command* command = nullptr;  ///< null if the user asks for the general help or for the version
   Request request;
   bool wantsHelp = false;
   bool wantsVersion = false;
 };
 
-/// Fills `parsed` from main's arguments. Throws Misuse; `parsed.command` is then set if it was recognised.
+/// Fills `parsed` from the arguments of main(). Throws Misuse; `parsed.command` is then set if it is known.
 void parse(int count, char** words, Parsed& parsed);
 
-/// What veldctl can do, a line for each command.
+/// Returns the general help, with one line for each command.
 std::string help();
 
-/// What one command takes, its options and an example.
+/// Returns the help of one command: its arguments, its options and an example.
 std::string help(const Command& command);
 
 }  // namespace CommandLine

@@ -2,7 +2,7 @@
 
 #include "veldctl/Command.h"
 
-/// Each returns the exit status. An std::system_error says what could not be done.
+/// Each function runs a command and returns the exit status. Throws std::system_error if a system call fails.
 int send(const Request& request);
 int wait(const Request& request);
 int list(const Request& request);

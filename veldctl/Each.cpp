@@ -46,13 +46,13 @@ void print(const std::string& guid, const std::string& fault, bool isJson) {
 }  // namespace
 
 int forEachGuid(const Request& request, Act act) {
-  Ending ending = Done;
+  ExitStatus status = Done;
   for (const std::string& guid : request.words) {
     const std::string fault = attempt(request, guid, act);
     print(guid, fault, request.isJson());
-    if (!fault.empty()) ending = Bad;
+    if (!fault.empty()) status = Bad;
   }
-  return ending;
+  return status;
 }
 
 Lookup findFailed(const Folders& folders, const std::string& guid) {

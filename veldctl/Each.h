@@ -4,16 +4,15 @@
 
 #include "veldctl/Command.h"
 
-/// What a command does with one guid. Returns what went wrong, or an empty text; throws std::system_error for
-/// the same.
+/// Acts on one guid. Returns the fault, empty on success. Throws std::system_error if a system call fails.
 using Act = std::string (*)(const Request& request, const std::string& guid);
 
-/// Runs `act` for each guid on the command line. Prints "GUID: FAULT" for each that failed, or with --json an
-/// object with "guid" and "fault" for every one. Returns the exit status.
+/// Runs `act` for each guid of the command line. Prints "GUID: FAULT" for each failure, or with --json an
+/// object with "guid" and "fault" for each guid. Returns the exit status.
 int forEachGuid(const Request& request, Act act);
 
-/// The failed message of that guid. Without one, `error` says why: there is none, it is in another folder, or
-/// veld cannot handle it.
+/// Finds a failed message. Otherwise `error` says that there is no message with this guid, that it is in
+/// another folder, or that veld cannot handle its file.
 Lookup findFailed(const Folders& folders, const std::string& guid);
 
 constexpr char noSuchMessage[] = "there is no such message";

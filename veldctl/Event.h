@@ -4,14 +4,14 @@
 
 #include "veldctl/Message.h"
 
-/// What has happened to a message.
+/// A change of a message, as `follow` reports it.
 struct Event {
-  std::string what;  ///< "received", "completed", "sent" or "failed"
+  std::string kind;  ///< "received", "completed", "sent" or "failed"
   Message message;
 };
 
-/// The members of an event for programs: event, guid, time, record.
+/// Returns the event as a JSON object: event, guid, time, record.
 Json::Value toJson(const Event& event);
 
-/// One line for people: time, what happened, number, text.
+/// Returns the event as one line of text: time, kind, number, text.
 std::string toText(const Event& event);

@@ -7,15 +7,15 @@
 #include "support/NonCopyable.h"
 #include "veldctl/Folders.h"
 
-/// Tells when something has happened in message folders.
+/// Waits for changes in message folders.
 class FolderWatch : private Orvel::NonCopyable {
  public:
-  /// `folders` outlives the object.
+  /// `folders` must outlive the object.
   FolderWatch(const Folders& folders, std::vector<int> statuses);
   ~FolderWatch();
 
-  /// Waits until something happens there or to one of `others`, and `milliseconds` at most, since events can
-  /// be lost. Fills in what happened to `others`, as poll(2) does.
+  /// Waits for a change or for an event of `others`, but at most `milliseconds`, because inotify can lose
+  /// events. Sets `revents` of `others` like poll(2).
   void wait(int milliseconds, std::vector<pollfd>& others);
   void wait(int milliseconds);
 

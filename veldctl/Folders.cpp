@@ -15,7 +15,7 @@
 
 namespace {
 
-// Whether a path with this last part stays in its folder.
+// False for a name that leads to another folder.
 bool isFileName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
@@ -28,15 +28,15 @@ std::string readUpTo(int file, std::size_t most) {
   return content;
 }
 
-// Why a file of this kind is not opened; empty for a plain one.
+// Returns why a file of this type is not opened; empty for a regular file.
 std::string kindFault(const struct stat& info) {
   if (S_ISREG(info.st_mode)) return "";
   if (S_ISLNK(info.st_mode)) return "it is a symbolic link";
-  return S_ISDIR(info.st_mode) ? "it is a folder" : "it is no plain file";
+  return S_ISDIR(info.st_mode) ? "it is a folder" : "it is not a regular file";
 }
 
 void readFile(const std::string& path, Message& message) {
-  // The file may have been replaced since it was looked at.
+  // Another process may have replaced the file since lstat().
   const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) {
     message.fault = std::strerror(errno);
@@ -44,7 +44,7 @@ void readFile(const std::string& path, Message& message) {
   }
   struct stat info;
   if (fstat(file, &info) != 0 || !S_ISREG(info.st_mode))
-    message.fault = "it is no plain file";
+    message.fault = "it is not a regular file";
   else if (info.st_size > static_cast<off_t>(Folders::mostBytes))
     message.fault = "it has " + std::to_string(info.st_size) + " bytes, far more than a message";
   else

@@ -7,30 +7,29 @@
 
 #include "veldctl/Message.h"
 
-/// What a look for one file has found: the message, nothing, or a reason why nobody can tell.
+/// The result of reading one file: a message, an error, or neither if the file does not exist.
 struct Lookup {
   std::optional<Message> message;
-  std::string error;  ///< "PATH: Permission denied" and the like; empty when the file is there or is not
+  std::string error;  ///< such as "PATH: Permission denied"
 };
 
-/// The name of a file in a message folder.
 struct FileName {
   int status;
   std::string name;
 };
 
-/// The names in one or more folders.
+/// The files in one or more folders.
 struct Listing {
-  std::vector<FileName> files;      ///< by name, so of guids the oldest first
-  std::vector<std::string> errors;  ///< why a folder could not be listed, one text for each
+  std::vector<FileName> files;      ///< sorted by name, so the oldest guid is first
+  std::vector<std::string> errors;  ///< one text for each folder that cannot be listed
 };
 
-/// Looks at the message folders, which the daemon and other programs may change at any time. It follows no
-/// link, opens nothing but plain files, and reads no file of more than `mostBytes`. It writes nothing.
+/// Reads the message folders, which other processes may change at any time. Opens only regular files of at
+/// most `mostBytes`, and follows no symbolic link.
 class Folders {
  public:
-  static constexpr std::size_t mostBytes = 1
-                                           << 20;  ///< twice the longest record with every character escaped
+  /// Twice the size of the longest record with every character escaped.
+  static constexpr std::size_t mostBytes = 1 << 20;
 
   explicit Folders(std::string root) : root_(std::move(root)) {}
 
@@ -39,12 +38,12 @@ class Folders {
 
   Listing names(const std::vector<int>& statuses) const;
 
-  /// When that file was written, in nanoseconds since 1970; 0 when there is none, or it cannot be told.
+  /// Returns when a file was written, in nanoseconds since 1970; 0 if that cannot be read.
   std::int64_t changed(int status, const std::string& name) const;
 
   Lookup read(int status, const std::string& name) const;
 
-  /// The first folder of `statuses` with a file of that name decides.
+  /// Reads the file from the first folder of `statuses` that has one of that name.
   Lookup find(const std::string& name, const std::vector<int>& statuses) const;
 
  private:

@@ -11,35 +11,35 @@
 
 namespace {
 
-constexpr int lookInterval = 30'000;  // milliseconds
+constexpr int longestWait = 30'000;  // milliseconds
 
 std::unique_ptr<Listener> listenerOf(const Request& request) {
   if (request.has('x') && request.has('a')) throw Misuse("--exec and --ack exclude each other");
   if (request.has('x')) return std::make_unique<Program>(request.text('x'));
   const bool isJson = request.isJson() || isatty(STDOUT_FILENO) == 0;
-  if (request.has('a')) return std::make_unique<AnsweredLines>(isJson);
+  if (request.has('a')) return std::make_unique<AcknowledgedLines>(isJson);
   return std::make_unique<Lines>(isJson);
 }
 
-// Waits for the next look. False when nobody listens any more.
-bool waitFor(FolderWatch& watch, Listener& listener) {
+// Waits for a change in the folders. False if the listener has ended.
+bool waitForChange(FolderWatch& watch, Listener& listener) {
   std::vector<pollfd> polled = listener.watched();
-  watch.wait(lookInterval, polled);
+  watch.wait(longestWait, polled);
   return !listener.isGone(polled);
 }
 
-void tellOnAndOn(News& news, Listener& listener, StateFile* state, FolderWatch& watch) {
-  const auto note = [&] {
+void reportEvents(News& news, Listener& listener, StateFile* state, FolderWatch& watch) {
+  const auto record = [&] {
     if (state != nullptr) state->writeSoon(news.known());
   };
-  for (bool isThere = true; isThere;) {
-    const Listener::Answer answer = news.tell(listener, note);
+  for (bool isListening = true; isListening;) {
+    const Listener::Result result = news.report(listener, record);
     if (state != nullptr) state->write(news.known());
-    if (answer == Listener::Answer::Gone) return;
-    if (answer == Listener::Answer::Later)
+    if (result == Listener::Result::Gone) return;
+    if (result == Listener::Result::Retry)
       sleep(listener.pause());
     else
-      isThere = waitFor(watch, listener);
+      isListening = waitForChange(watch, listener);
   }
 }
 
@@ -58,6 +58,6 @@ int follow(const Request& request) {
   }
   News news(request.folders, known.value_or(News::AllKnown()));
   if (!known) news.skip();
-  tellOnAndOn(news, *listener, state.get(), watch);
+  reportEvents(news, *listener, state.get(), watch);
   return Done;
 }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iostream>
 
 #include "storage/MessageStatus.h"
 #include "support/Text.h"
@@ -10,12 +9,12 @@
 
 namespace {
 
-// What --since and --grep let through.
+// The conditions of --since and --grep.
 struct Filter {
   std::time_t since = 0;
   std::string text;  // in lower case
 
-  bool takes(const Message& message) const {
+  bool matches(const Message& message) const {
     const auto holds = [this](const std::string& where) {
       return Orvel::Text::toLowerCase(where).find(text) != std::string::npos;
     };
@@ -45,16 +44,16 @@ Filter filterOf(const Request& request) {
   return filter;
 }
 
-// The last messages that the filter takes. The files are read from the newest on, and no more than needed.
-std::vector<FileName> chosen(const Folders& folders, const std::vector<FileName>& files, const Filter& filter,
-                             std::size_t most) {
-  std::vector<FileName> taken;
-  for (auto file = files.rbegin(); file != files.rend() && taken.size() < most; ++file) {
-    const Lookup found = folders.read(file->status, file->name);
-    if (found.message && filter.takes(*found.message)) taken.push_back(*file);
+// Returns the last `most` messages that match. Reads the newest files first, and only as many as needed.
+std::vector<FileName> lastMatching(const Folders& folders, const std::vector<FileName>& files,
+                                   const Filter& filter, std::size_t most) {
+  std::vector<FileName> found;
+  for (auto file = files.rbegin(); file != files.rend() && found.size() < most; ++file) {
+    const Lookup lookup = folders.read(file->status, file->name);
+    if (lookup.message && filter.matches(*lookup.message)) found.push_back(*file);
   }
-  std::reverse(taken.begin(), taken.end());
-  return taken;
+  std::reverse(found.begin(), found.end());
+  return found;
 }
 
 std::vector<FileName> last(const std::vector<FileName>& files, std::size_t most) {
@@ -76,7 +75,7 @@ int list(const Request& request) {
   const std::size_t most = request.number('n').value_or(UINT32_MAX);
   const bool isFiltered = request.has('i') || request.has('g');
   const auto files =
-      isFiltered ? chosen(request.folders, listing.files, filter, most) : last(listing.files, most);
+      isFiltered ? lastMatching(request.folders, listing.files, filter, most) : last(listing.files, most);
   MessageTable table(formOf(request));
   for (const FileName& file : files) {
     const Lookup found = request.folders.read(file.status, file.name);

@@ -8,23 +8,22 @@
 #include "support/NonCopyable.h"
 #include "veldctl/Event.h"
 
-/// Who is told of events.
+/// Receives the events that `follow` reports.
 class Listener : private Orvel::NonCopyable {
  public:
-  enum class Answer {
-    Told,   ///< the event counts as told
-    Later,  ///< it is to be told again after pause(), and what comes after it waits
-    Gone    ///< nobody listens any more
+  enum class Result {
+    Reported,  ///< the event counts as reported
+    Retry,     ///< report the event again after pause(); later events wait
+    Gone       ///< the listener has ended
   };
 
   virtual ~Listener() = default;
-  virtual Answer tell(const Event& event) = 0;
+  virtual Result report(const Event& event) = 0;
 
-  /// Seconds to wait after Later.
+  /// Seconds to wait after Retry.
   [[nodiscard]] virtual unsigned pause() const { return 0; }
 
-  /// The descriptors by which it shows between two events that nobody listens any more, and whether it is so,
-  /// after poll(2) has looked at them.
+  /// The file descriptors to poll between two events. isGone() then gets the result of poll(2).
   [[nodiscard]] virtual std::vector<pollfd> watched() const { return {}; }
   virtual bool isGone(const std::vector<pollfd>& /*polled*/) { return false; }
 };
@@ -34,7 +33,7 @@ class Lines : public Listener {
  public:
   explicit Lines(bool isJson) : isJson_(isJson) {}
 
-  Answer tell(const Event& event) override;
+  Result report(const Event& event) override;
   [[nodiscard]] std::vector<pollfd> watched() const override;
   bool isGone(const std::vector<pollfd>& polled) override;
 
@@ -42,29 +41,29 @@ class Lines : public Listener {
   const bool isJson_;
 };
 
-/// Prints a line, and waits until a line on standard input answers it.
-class AnsweredLines final : public Lines {
+/// Prints a line for each event and waits until a line on standard input acknowledges it.
+class AcknowledgedLines final : public Lines {
  public:
-  explicit AnsweredLines(bool isJson) : Lines(isJson) {}
+  explicit AcknowledgedLines(bool isJson) : Lines(isJson) {}
 
-  Answer tell(const Event& event) override;
+  Result report(const Event& event) override;
   [[nodiscard]] std::vector<pollfd> watched() const override;
   bool isGone(const std::vector<pollfd>& polled) override;
 
  private:
   bool readMore();
 
-  std::string early_;  // what came on standard input and answers no line yet
+  std::string unused_;  ///< input that has not acknowledged an event yet
 };
 
-/// Runs a program for each event, one at a time: the event as JSON is its standard input, VELD_EVENT,
-/// VELD_GUID, VELD_NUMBER and VELD_TEXT are in its environment. Status 0 counts as told. After any other the
-/// pause grows from one second to five minutes.
+/// Runs a program for each event, one at a time. Its standard input is the event as JSON; VELD_EVENT,
+/// VELD_GUID, VELD_NUMBER and VELD_TEXT are in its environment. After exit status 0 the event counts as
+/// reported. After any other status the pause grows, from one second to five minutes.
 class Program final : public Listener {
  public:
   explicit Program(std::string path) : path_(std::move(path)) {}
 
-  Answer tell(const Event& event) override;
+  Result report(const Event& event) override;
   [[nodiscard]] unsigned pause() const override { return pause_; }
 
  private:

@@ -1,5 +1,6 @@
 #include "veldctl/Message.h"
 
+#include <optional>
 #include <sstream>
 
 #include "daemon/RetryStep.h"
@@ -11,39 +12,33 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds
-
-std::string textOf(const Json::Value& record, const char* key) {
-  const Json::Value& value = MessageRecord::member(record, key);
-  return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
-}
-
 std::string faultOf(const Message& message) {
-  if (!message.record.isObject()) return "it is no JSON object";
+  if (!message.record.isObject()) return "it is not a JSON object";
   if (MessageRecord::guid(message.record) != message.name) return "its guid is not the name of its file";
   for (const char* const key : {Key::Message, Key::Recipient, Key::Source})
     if (!MessageRecord::member(message.record, key).isConvertibleTo(Json::stringValue))
-      return std::string("its ") + key + " is no text";
+      return std::string("its ") + key + " is not a text";
   return "";
 }
 
 std::string dangerOf(const Message& message) {
   if (message.isIncoming() || ShortMessage::isNumber(message.number())) return "";
-  return message.number().empty() ? "it has no recipient" : "its recipient is no number: " + message.number();
+  if (message.number().empty()) return "it has no recipient";
+  return "its recipient is not a number: " + message.number();
 }
 
-// -1 for a text of another form.
-std::time_t parseTimestamp(const std::string& text) {
+std::optional<std::time_t> parseTimestamp(const std::string& text) {
   std::tm time{};
   time.tm_isdst = -1;
   const char* const end = strptime(text.c_str(), "%Y/%m/%d %H:%M:%S", &time);
-  return end != nullptr && *end == '\0' ? std::mktime(&time) : -1;
+  const std::time_t received = end != nullptr && *end == '\0' ? std::mktime(&time) : -1;
+  return received == -1 ? std::nullopt : std::optional(received);
 }
 
-// The parser's words are several lines with marks between them.
+// Joins the lines of the JSON parser's error, without the "*" before each.
 std::string syntaxFault(const std::string& errors) {
   std::istringstream words(errors);
-  std::string text = "it is no JSON:";
+  std::string text = "it is not JSON:";
   for (std::string word; words >> word;)
     if (word != "*") text += " " + word;
   return text;
@@ -62,13 +57,18 @@ std::uint32_t Message::retries() const {
   return value.isUInt() ? value.asUInt() : 0;
 }
 
-bool Message::hasFailedForGood() const { return status == MessageStatus::Failed && !mayRetry(record); }
+bool Message::hasFailedPermanently() const { return status == MessageStatus::Failed && !mayRetry(record); }
 
 bool Message::isSeen() const { return MessageRecord::member(record, seenKey) == true; }
 
 std::time_t Message::time() const {
-  const std::time_t received = isIncoming() ? parseTimestamp(textOf(record, Key::Timestamp)) : -1;
-  return received != -1 ? received : static_cast<std::time_t>(changed / second);
+  if (!isIncoming()) return changedSecond();
+  return parseTimestamp(textOf(record, Key::Timestamp)).value_or(changedSecond());
+}
+
+std::string textOf(const Json::Value& record, const char* key) {
+  const Json::Value& value = MessageRecord::member(record, key);
+  return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
 }
 
 void readRecord(Message& message, const std::string& content) {

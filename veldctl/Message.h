@@ -9,34 +9,37 @@
 /// One file of a message folder.
 struct Message {
   int status = 0;            ///< its folder, see MessageStatus
-  std::string name;          ///< of the file; the guid, when all is well
-  Json::Value record;        ///< null when the file holds none
-  std::string content;       ///< of a file that holds no record, as far as it was read
-  std::string fault;         ///< why veld cannot handle the file; empty when it can
-  std::string danger;        ///< why `veldctl send` would refuse the recipient; empty when it would not
+  std::string name;          ///< of the file; the guid if the file is good
+  Json::Value record;        ///< null if the file does not hold JSON
+  std::string content;       ///< of a file that does not hold a JSON object
+  std::string fault;         ///< why veld cannot handle the file; empty if it can
+  std::string danger;        ///< why `veldctl send` would refuse the recipient; empty if it would not
   std::int64_t changed = 0;  ///< when the file was written, in nanoseconds since 1970
 
-  /// What is to stand behind a question mark: the fault or the danger; empty when all is well.
+  /// Returns the fault, or else the danger; empty if there is neither.
   const std::string& problem() const { return fault.empty() ? danger : fault; }
+  std::time_t changedSecond() const { return static_cast<std::time_t>(changed / 1'000'000'000); }
   bool isIncoming() const;
 
-  /// The other end: the sender of a received message, else the recipient. Empty when the record names none.
+  /// Returns the sender of a received message, and else the recipient. Empty if the record has none.
   std::string number() const;
   std::string text() const;
 
-  /// How often it may be sent again; 0 when the record does not say.
+  /// Returns the number of retries left; 0 if the record has none.
   std::uint32_t retries() const;
 
-  /// Whether it failed and is not sent again, and whether `veldctl seen` has marked it.
-  bool hasFailedForGood() const;
-  bool isSeen() const;
+  bool hasFailedPermanently() const;  ///< it has failed and will not be retried
+  bool isSeen() const;                ///< `veldctl seen` has marked it
 
-  /// When it was received, or else when it came into its folder.
+  /// Returns when the message was received, and else when its file was written.
   std::time_t time() const;
 };
 
 /// The key that `veldctl seen` adds to a record.
 constexpr char seenKey[] = "seen";
 
-/// Fills `fault`, `danger`, `record` and `content` from what the file holds.
+/// Returns a member of a record as text; empty if it is missing or not a text.
+std::string textOf(const Json::Value& record, const char* key);
+
+/// Fills `fault`, `danger`, `record` and `content` from the content of a file.
 void readRecord(Message& message, const std::string& content);

@@ -4,9 +4,8 @@
 
 #include "veldctl/Message.h"
 
-/// Messages on standard output. Programs get one object a line, people a table that fits their terminal: one
-/// line for each message, or two when the terminal is narrow; the text is cut. Without a terminal nothing is
-/// cut.
+/// Prints messages on standard output: guids, one JSON object per line, or a table. On a terminal the table
+/// cuts the text, and takes two lines for each message if the terminal is narrow.
 class MessageTable {
  public:
   enum class Form { Table, Json, Guids };
@@ -24,12 +23,12 @@ class MessageTable {
   [[nodiscard]] Row rowOf(const Message& message) const;
 
   const Form form_;
-  const std::size_t width_;  ///< of the terminal; as wide as can be without one
+  const std::size_t width_;  ///< of the terminal; unlimited without one
   bool hasHeader_ = false;
 };
 
-/// The members of a message for programs: folder, guid, record, fault, time.
+/// Returns the message as a JSON object: folder, guid, record, fault, time.
 Json::Value toJson(const Message& message);
 
-/// "from NUMBER" or "to NUMBER", printable.
+/// Returns "from NUMBER" or "to NUMBER" as printable text.
 std::string otherEnd(const Message& message);

@@ -7,30 +7,26 @@
 
 #include "provider/SmsUtilsProvider.h"
 #include "storage/MessageRecord.h"
+#include "veldctl/Message.h"
 
 namespace {
 
-constexpr char marker[] = "/usr/lib/veld/standalone";  // a file of the package that has the tool
-constexpr char bound[] = "timeout 10 env ";
+constexpr char marker[] = "/usr/lib/veld/standalone";  // a file of the package that contains the tool
+constexpr char timeLimit[] = "timeout 10 env ";
 constexpr std::size_t mostBytes = 1 << 16;
 
-// What the tool prints; null when that is no JSON object.
+// Returns the tool's output; null if that is not a JSON object.
 Json::Value ask() {
-  const std::string command = std::string(bound) + smsTool + "status --json </dev/null 2>/dev/null";
+  const std::string command = std::string(timeLimit) + smsTool + "status --json </dev/null 2>/dev/null";
   std::FILE* const pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return Json::nullValue;
-  std::string said(mostBytes, '\0');
-  said.resize(std::fread(said.data(), 1, said.size(), pipe));
+  std::string output(mostBytes, '\0');
+  output.resize(std::fread(output.data(), 1, output.size(), pipe));
   pclose(pipe);
-  std::istringstream stream(said);
+  std::istringstream stream(output);
   Json::Value answer;
   std::string errors;
   return MessageRecord::parse(stream, answer, errors) && answer.isObject() ? answer : Json::nullValue;
-}
-
-std::string textOf(const Json::Value& answer, const char* key) {
-  const Json::Value& value = MessageRecord::member(answer, key);
-  return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
 }
 
 void addCount(Report& report, const Json::Value& answer, const char* key, const char* metric) {
@@ -52,7 +48,7 @@ std::string describe(const Json::Value& answer) {
          textOf(answer, "signal") + " %";
 }
 
-constexpr char noAnswer[] = "the tool does not say how the modem is: sms status --json";
+constexpr char noAnswer[] = "\"sms status --json\" does not report the state of the modem";
 
 }  // namespace
 
@@ -74,5 +70,5 @@ void ModemStatus::report(Report& report) {
 
 void ModemStatus::check(Report& report) {
   const bool answers = !ask().isNull();
-  report.add(answers ? Well : Ill, answers ? "the tool says how the modem is" : noAnswer);
+  report.add(answers ? Well : Ill, answers ? "the tool reports the state of the modem" : noAnswer);
 }

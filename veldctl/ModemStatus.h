@@ -2,17 +2,16 @@
 
 #include "veldctl/Report.h"
 
-/// Where veld's own tool drives the modem, and not a gateway's, that tool can say how the modem is.
+/// The state of the modem. Only veld's own tool can report it, a gateway's tool cannot.
 namespace ModemStatus {
 
-/// Whether the tool here is veld's own.
+/// Whether veld's own tool is installed.
 bool isKnown();
 
-/// Asks the tool, ten seconds at most, and reports the modem, the SIM card, the network and the room for
-/// messages.
+/// Runs the tool for at most ten seconds. Reports modem, SIM card, network, and the room for messages.
 void report(Report& report);
 
-/// Asks the tool, and reports whether it answers.
+/// Runs the tool and reports whether it prints the state of the modem.
 void check(Report& report);
 
 }  // namespace ModemStatus

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::time_t writing = 2;  // seconds for which a file may be half written
+constexpr std::time_t writeSeconds = 2;  // a younger file may be incomplete
 
 std::string keyOf(int status, const std::string& name) {
   return std::string(MessageStatus::text(status)).append("/").append(name);
@@ -18,9 +18,8 @@ bool lacksParts(const Message& message) {
   return MessageRecord::has(message.record, MessageRecord::Key::Parts);
 }
 
-bool mayBeHalfWritten(const Message& message) {
-  const auto written = static_cast<std::time_t>(message.changed / 1'000'000'000);
-  return !message.fault.empty() && std::time(nullptr) - written < writing;
+bool mayBeIncomplete(const Message& message) {
+  return !message.fault.empty() && std::time(nullptr) - message.changedSecond() < writeSeconds;
 }
 
 }  // namespace
@@ -31,60 +30,59 @@ bool News::Known::operator==(const Known& other) const {
   return changed == other.changed && lacksParts == other.lacksParts;
 }
 
-// Returns the files, and forgets known ones that are gone. None when a folder cannot be listed, which is said
-// once.
-std::vector<FileName> News::look() {
+// Lists the files and forgets the removed ones. Empty after a complaint if a folder cannot be listed.
+std::vector<FileName> News::listFiles() {
   Listing listing = folders_.names(statuses);
   const std::string error = listing.errors.empty() ? "" : listing.errors.front();
   if (!error.empty() && error != complained_) Output::complain(error);
   complained_ = error;
   if (!error.empty()) return {};
-  AllKnown there;
+  AllKnown existing;
   for (const FileName& file : listing.files) {
     const auto found = known_.find(keyOf(file.status, file.name));
-    if (found != known_.end()) there.insert(*found);
+    if (found != known_.end()) existing.insert(*found);
   }
-  known_ = std::move(there);
+  known_ = std::move(existing);
   return std::move(listing.files);
 }
 
-// None when nothing has happened to the file, or it is gone or half written.
-std::optional<Event> News::changeOf(const FileName& file) const {
+// Returns nullopt if the file has not changed, does not exist any more, or may be incomplete.
+std::optional<Event> News::eventOf(const FileName& file) const {
   const auto before = known_.find(keyOf(file.status, file.name));
   const bool isKnown = before != known_.end();
   if (isKnown && before->second.changed == folders_.changed(file.status, file.name)) return std::nullopt;
   Lookup found = folders_.read(file.status, file.name);
-  if (!found.message || mayBeHalfWritten(*found.message)) return std::nullopt;
+  if (!found.message || mayBeIncomplete(*found.message)) return std::nullopt;
   const bool isCompleted = isKnown && before->second.lacksParts;
   return Event{isCompleted ? "completed" : MessageStatus::text(file.status), std::move(*found.message)};
 }
 
-void News::know(const Event& event) {
+void News::remember(const Event& event) {
   const Message& message = event.message;
   known_[keyOf(message.status, message.name)] = {message.changed, lacksParts(message)};
 }
 
-// A part that does not complete a message is no event, and neither is a file that is no record.
-Listener::Answer News::tellOf(const Event& event, Listener& listener) {
-  if (event.what == "completed" && lacksParts(event.message)) return Listener::Answer::Told;
-  if (event.message.fault.empty()) return listener.tell(event);
+// Does not report a part that leaves its message incomplete, nor a file that is not a record.
+Listener::Result News::reportOne(const Event& event, Listener& listener) {
+  if (event.kind == "completed" && lacksParts(event.message)) return Listener::Result::Reported;
+  if (event.message.fault.empty()) return listener.report(event);
   Output::complain(folders_.path(event.message.status, event.message.name) + ": " + event.message.fault);
-  return Listener::Answer::Told;
+  return Listener::Result::Reported;
 }
 
 void News::skip() {
-  for (const FileName& file : look())
-    if (const std::optional<Event> event = changeOf(file)) know(*event);
+  for (const FileName& file : listFiles())
+    if (const std::optional<Event> event = eventOf(file)) remember(*event);
 }
 
-Listener::Answer News::tell(Listener& listener, const std::function<void()>& afterEach) {
-  for (const FileName& file : look()) {
-    const std::optional<Event> event = changeOf(file);
+Listener::Result News::report(Listener& listener, const std::function<void()>& afterEach) {
+  for (const FileName& file : listFiles()) {
+    const std::optional<Event> event = eventOf(file);
     if (!event) continue;
-    const Listener::Answer answer = tellOf(*event, listener);
-    if (answer != Listener::Answer::Told) return answer;
-    know(*event);
+    const Listener::Result result = reportOne(*event, listener);
+    if (result != Listener::Result::Reported) return result;
+    remember(*event);
     afterEach();
   }
-  return Listener::Answer::Told;
+  return Listener::Result::Reported;
 }

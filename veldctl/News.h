@@ -10,35 +10,36 @@
 #include "veldctl/Folders.h"
 #include "veldctl/Listener.h"
 
-/// What has happened in the message folders since it was last told.
+/// Finds the events in the message folders that were not reported yet.
 class News {
  public:
+  /// The state of a file when it was last reported.
   struct Known {
     std::int64_t changed;  ///< see Message
-    bool lacksParts;       ///< parts of a long message were missing
+    bool lacksParts;       ///< the message was concatenated and incomplete
     bool operator==(const Known& other) const;
   };
-  using AllKnown = std::map<std::string, Known>;  ///< by folder and name, as in "sent/2026112514032200"
+  using AllKnown = std::map<std::string, Known>;  ///< by folder and name, such as "sent/2026112514032200"
 
-  /// `folders` outlives the object.
+  /// `known` holds the reported files. `folders` must outlive the object.
   News(const Folders& folders, AllKnown known) : folders_(folders), known_(std::move(known)) {}
 
-  /// Takes what lies in the folders now as told.
+  /// Counts all existing files as reported.
   void skip();
 
-  /// Tells what is new, by guid, until the listener answers other than Told, and returns the last answer.
-  /// `afterEach` runs after each event that was told.
-  Listener::Answer tell(Listener& listener, const std::function<void()>& afterEach);
+  /// Reports the new events in the order of their guids, and calls `afterEach` after each. Stops when the
+  /// listener returns a result other than Reported, and returns that.
+  Listener::Result report(Listener& listener, const std::function<void()>& afterEach);
 
   const AllKnown& known() const { return known_; }
 
-  static const std::vector<int> statuses;  ///< of the folders that it looks at
+  static const std::vector<int> statuses;  ///< of the folders with events
 
  private:
-  std::vector<FileName> look();
-  [[nodiscard]] std::optional<Event> changeOf(const FileName& file) const;
-  [[nodiscard]] Listener::Answer tellOf(const Event& event, Listener& listener);
-  void know(const Event& event);
+  std::vector<FileName> listFiles();
+  [[nodiscard]] std::optional<Event> eventOf(const FileName& file) const;
+  [[nodiscard]] Listener::Result reportOne(const Event& event, Listener& listener);
+  void remember(const Event& event);
 
   const Folders& folders_;
   AllKnown known_;

@@ -14,36 +14,41 @@ namespace {
 
 using namespace MessageStatus;
 
-constexpr std::time_t onItsWay = 5;             // seconds for which a message may be in no folder
-constexpr int lookInterval = 1000;              // milliseconds
+constexpr std::time_t moveSeconds = 5;          // the longest time that a message may be in no folder
+constexpr int longestWait = 1000;               // milliseconds
 constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds
 
-// The last line of the send log behind `logged`.
+// Returns the last line of the send log after the offset `logged`.
 std::string reasonFrom(std::streamoff logged) {
   std::ifstream log(sendLog);
   log.seekg(logged);
-  std::string reason = "the tool said nothing";
+  std::string reason = "the tool printed nothing";
   for (std::string line; std::getline(log, line);)
     if (!line.empty()) reason = line;
   return reason;
 }
 
-// Fills in `outcome` when the message is in a folder where it ends.
-bool isSettled(const Folders& folders, std::streamoff logged, Outcome& outcome) {
+// Fills in `outcome` if the message was sent or has failed. False if it has not.
+bool readOutcome(const Folders& folders, std::streamoff logged, Outcome& outcome) {
   const std::int64_t sent = folders.changed(Sent, outcome.guid);
   const std::int64_t failed = folders.changed(Failed, outcome.guid);
   if (sent == 0 && failed == 0) return false;
-  outcome.ending = sent != 0 ? Done : Bad;
+  outcome.status = sent != 0 ? Done : Bad;
   outcome.time = static_cast<std::time_t>(std::max(sent, failed) / second);
   if (sent == 0) outcome.reason = reasonFrom(logged);
   return true;
+}
+
+const char* nameOf(ExitStatus status) {
+  if (status == Done) return "sent";
+  return status == Bad ? "failed" : "unknown";
 }
 
 }  // namespace
 
 std::streamoff endOfSendLog() {
   const std::streamoff end = std::ifstream(sendLog, std::ios::ate).tellg();
-  return std::max<std::streamoff>(end, 0);  // -1 without a log
+  return std::max<std::streamoff>(end, 0);  // tellg() returns -1 if there is no log
 }
 
 Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned seconds,
@@ -52,27 +57,27 @@ Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned s
   outcome.guid = guid;
   FolderWatch watch(folders, {Sending, Sent, Failed});
   const std::time_t begin = std::time(nullptr);
-  for (std::time_t seen = begin; !isSettled(folders, logged, outcome); watch.wait(lookInterval)) {
+  for (std::time_t seen = begin; !readOutcome(folders, logged, outcome); watch.wait(longestWait)) {
     const std::time_t now = std::time(nullptr);
     if (folders.changed(Sending, guid) != 0) seen = now;
-    if (now - seen > onItsWay) outcome.reason = "it is in no folder any more";
-    if (now - begin >= static_cast<std::time_t>(seconds)) outcome.reason = "it still waits";
+    if (now - seen > moveSeconds) outcome.reason = "its file has disappeared";
+    if (now - begin >= static_cast<std::time_t>(seconds)) outcome.reason = "it is still queued";
     if (!outcome.reason.empty()) break;
   }
   return outcome;
 }
 
 int printOutcome(const Outcome& outcome, bool isJson) {
-  const bool isKnown = outcome.ending != Unknown;
+  const bool isKnown = outcome.status != Unknown;
   if (isJson) {
     Json::Value row;
     row["guid"] = outcome.guid;
-    row["outcome"] = outcome.ending == Done ? "sent" : outcome.ending == Bad ? "failed" : "unknown";
+    row["outcome"] = nameOf(outcome.status);
     if (!outcome.reason.empty()) row["reason"] = outcome.reason;
     if (isKnown) row["time"] = Times::withZone(outcome.time);
     std::cout << Output::line(row) << '\n';
-  } else if (outcome.ending != Done) {
+  } else if (outcome.status != Done) {
     Output::complain(outcome.guid + (isKnown ? " failed: " : ": ") + outcome.reason);
   }
-  return outcome.ending;
+  return outcome.status;
 }

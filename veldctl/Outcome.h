@@ -6,22 +6,22 @@
 
 #include "veldctl/Command.h"
 
-/// What became of a queued message.
+/// The outcome of a queued message.
 struct Outcome {
   std::string guid;
-  Ending ending = Unknown;  ///< Done when it was sent, Bad when it has failed
-  std::string reason;       ///< why it has failed, or why nobody knows
-  std::time_t time = 0;     ///< when it was sent or has failed
+  ExitStatus status = Unknown;  ///< Done if it was sent, Bad if it has failed
+  std::string reason;           ///< why it has failed, or why the outcome is unknown
+  std::time_t time = 0;         ///< when it was sent or has failed
 };
 
-/// Where the send log ends. What the tool says of a message that is queued later stands behind that.
+/// Returns the size of the send log. Later output of the tool is after that offset.
 std::streamoff endOfSendLog();
 
-/// Waits until a message was sent or has failed, `seconds` at most.
+/// Waits at most `seconds` until a message is sent or has failed. `logged` is an earlier endOfSendLog().
 Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned seconds,
                      std::streamoff logged);
 
-/// Prints it, as JSON or, when the message was not sent, on standard error. Returns the exit status.
+/// Prints the outcome as JSON; or on standard error, unless the message was sent. Returns the exit status.
 int printOutcome(const Outcome& outcome, bool isJson);
 
-constexpr unsigned waitSeconds = 60;  ///< unless the command line says otherwise
+constexpr unsigned waitSeconds = 60;  ///< if the command line has no time

@@ -15,7 +15,7 @@ namespace {
 
 unsigned complained = 0;
 
-// The character that `text` begins with, of printableLength() bytes.
+// Decodes the first character of `text`, which has `length` bytes.
 std::uint32_t decode(std::string_view text, std::size_t length) {
   constexpr unsigned leadBits[] = {0x7F, 0x1F, 0x0F, 0x07};
   std::uint32_t character = static_cast<unsigned char>(text[0]) & leadBits[length - 1];
@@ -24,8 +24,8 @@ std::uint32_t decode(std::string_view text, std::size_t length) {
   return character;
 }
 
-// The marks, embeddings, overrides and isolates of the bidirectional algorithm, and the line separators.
-bool steers(std::uint32_t character) {
+// True for the marks, embeddings, overrides and isolates of bidirectional text, and for line separators.
+bool changesDirection(std::uint32_t character) {
   return character == 0x061C || character == 0x200E || character == 0x200F ||
          (character >= 0x2028 && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
 }
@@ -46,7 +46,7 @@ std::size_t widthOf(std::uint32_t character) {
   return columns < 0 ? 1 : static_cast<std::size_t>(columns);
 }
 
-// The bytes of `text` that fit into `columns` columns.
+// Returns how many bytes of `text` fit into `columns` columns.
 std::size_t bytesWithin(std::string_view text, std::size_t columns) {
   std::size_t bytes = 0;
   for (std::size_t used = 0; bytes < text.size();) {
@@ -74,7 +74,7 @@ std::string Output::printable(std::string_view text) {
   std::string shown;
   while (!text.empty()) {
     const std::size_t length = Orvel::Text::printableLength(text);
-    const bool isPlain = length > 0 && !steers(decode(text, length));
+    const bool isPlain = length > 0 && !changesDirection(decode(text, length));
     const std::size_t taken = std::max<std::size_t>(length, 1);
     shown += isPlain ? std::string(text.substr(0, taken)) : escaped(text.substr(0, taken));
     text.remove_prefix(taken);
@@ -114,6 +114,6 @@ std::size_t Output::terminalWidth() {
   constexpr std::size_t usual = 80;
   if (isatty(STDOUT_FILENO) == 0) return 0;
   winsize size{};
-  const bool isTold = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return isTold ? size.ws_col : usual;
+  const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : usual;
 }

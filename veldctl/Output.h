@@ -5,33 +5,33 @@
 #include <string>
 #include <string_view>
 
-/// What veldctl prints. No message text can move the cursor of a terminal, forge a line, or turn the
-/// direction of what stands beside it.
+/// Formats and prints text. Escapes keep a message from moving the terminal's cursor, from forging a line,
+/// and from changing the direction of the text beside it.
 namespace Output {
 
-/// `value` on one line, in ASCII.
+/// Returns `value` as JSON on one line, in ASCII.
 std::string line(const Json::Value& value);
 
-/// `text` with "#" and three octal digits for each byte of a control character, of a character that steers
-/// the direction of text, and of what is no UTF-8.
+/// Replaces each byte of a control character, of a character that changes the direction of text, and of
+/// invalid UTF-8 by "#" and three octal digits.
 std::string printable(std::string_view text);
 
 /// Writes "veldctl: TEXT" to standard error.
 void complain(const std::string& text);
 
-/// How often complain() was called.
+/// Returns how often complain() was called.
 unsigned complaints();
 
-/// Columns that printable text takes on a terminal.
+/// Returns the columns that printable text takes on a terminal.
 std::size_t width(std::string_view text);
 
-/// Printable text of at most `columns` columns; what is cut off becomes an ellipsis.
+/// Cuts printable text to at most `columns` columns. A text that was cut ends with an ellipsis.
 std::string cut(std::string_view text, std::size_t columns);
 
-/// Printable text with blanks behind it up to `columns` columns.
+/// Appends blanks to printable text up to `columns` columns.
 std::string padded(std::string_view text, std::size_t columns);
 
-/// The width of the terminal on standard output; 0 when that is no terminal.
+/// Returns the width of the terminal on standard output; 0 if that is not a terminal.
 std::size_t terminalWidth();
 
 }  // namespace Output

@@ -19,7 +19,7 @@ std::string firstLine(const fs::path& file) {
   return line;
 }
 
-// PID (NAME) STATE PARENT GROUP SESSION, and as the 22nd field the start in ticks since the boot; no zombies.
+// Parses PID (NAME) STATE PARENT GROUP SESSION, and field 22: the start in clock ticks. False for a zombie.
 bool parse(const std::string& stat, Process& process, long long& start) {
   constexpr char fields[] =
       "%d (%15[^)]) %*1[^Z] %d %*d %d %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %lld";

@@ -12,23 +12,23 @@ struct Process {
   std::int64_t age = 0;  ///< seconds
   char name[16] = "";
 
-  /// Whether it is a daemon: it leads a session. What it starts bears its name for a moment, but leads none.
+  /// Whether this is a daemon, which is a session leader. A new child of a daemon has the name, too, until it
+  /// executes its program, but is not a session leader.
   bool isDaemon() const;
   std::string folder() const;  ///< in /proc
 };
 
-/// All processes but zombies.
+/// Returns all processes except zombies.
 std::vector<Process> processes();
 
 bool isDaemonRunning();
 
-/// The command line of the last of the children of `process`, their children and so on: the shells between
-/// say less. Empty without a child.
+/// The program that a process waits for.
 struct Work {
-  std::string commandLine;
-  std::int64_t age = 0;  ///< of the oldest of them, in seconds
+  std::string commandLine;  ///< of the innermost descendant, below the shells; empty without a child
+  std::int64_t age = 0;     ///< of the oldest descendant, in seconds
 };
 Work workOf(const Process& process, const std::vector<Process>& all);
 
-/// Whether a daemon waits for the local API: it then has a socket beside that of syslog.
+/// Whether a daemon waits for the local API. It then has a second socket, beside that of syslog.
 bool asksApi(const Process& daemon);

@@ -14,20 +14,21 @@
 
 #include "storage/MessageRecord.h"
 #include "storage/MessageStatus.h"
+#include "support/NonCopyable.h"
 #include "veldctl/Output.h"
 
 namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr char asideName[] = "/outbox/veldctl.new";  // belongs to who holds the lock
-constexpr useconds_t guidInterval = 10'000;          // microseconds; a guid counts hundredths of a second
+constexpr char temporaryName[] = "/outbox/veldctl.new";  // only the holder of the lock uses it
+constexpr useconds_t guidInterval = 10'000;              // microseconds; guids have hundredths of a second
 
 [[noreturn]] void fail(const std::string& path) {
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-// Brings a file, or the names in a folder, to the disk.
+// Brings the content of a file or folder to the disk.
 void sync(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0 || fsync(file) != 0) fail(path);
@@ -42,7 +43,7 @@ void setTime(const std::string& path, std::int64_t changed) {
   if (utimensat(AT_FDCWD, path.c_str(), both, 0) != 0) fail(path);
 }
 
-// The old file is not written into: it may have been linked into a folder.
+// Does not overwrite an old file: before a crash, moveToFree() may have linked it into a message folder.
 void write(const std::string& path, const std::string& text) {
   unlink(path.c_str());
   std::ofstream file(path);
@@ -52,15 +53,14 @@ void write(const std::string& path, const std::string& text) {
   throw error;
 }
 
-// Moves a file to a name that is free; false when it is not. The C library musl has no rename that refuses to
-// replace.
+// Moves a file; false if `to` exists. renameat2() would do this in one call, but the C library musl lacks it.
 bool moveToFree(const std::string& from, const std::string& to) {
   if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0;
   if (errno != EEXIST) fail(to);
   return false;
 }
 
-// Local time to the hundredth of a second, which has the form of the daemon's guids.
+// Returns the local time in hundredths of a second, in the form of the daemon's guids.
 std::string guidOfNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -72,8 +72,8 @@ std::string guidOfNow() {
 
 }  // namespace
 
-// The lock on the outbox, held until the object ends. After one second of waiting, the user is told.
-class Queue::Lock {
+// Holds the lock on the outbox during its lifetime. Reports a wait of more than one second.
+class Queue::Lock : private Orvel::NonCopyable {
  public:
   explicit Lock(const std::string& folder) : file_(open(folder.c_str(), O_RDONLY | O_CLOEXEC)) {
     if (file_ < 0) fail(folder);
@@ -86,15 +86,13 @@ class Queue::Lock {
     if (flock(file_, LOCK_EX) != 0) fail(folder);
   }
   ~Lock() { close(file_); }
-  Lock(const Lock&) = delete;
-  Lock& operator=(const Lock&) = delete;
 
  private:
   static constexpr useconds_t second = 1'000'000, step = 2'000;
   const int file_;
 };
 
-std::string Queue::aside() const { return folders_.root() + asideName; }
+std::string Queue::temporaryPath() const { return folders_.root() + temporaryName; }
 
 std::string Queue::add(Json::Value record) const {
   const Lock lock(folders_.root() + "/outbox");
@@ -105,23 +103,23 @@ std::string Queue::add(Json::Value record) const {
   };
   std::string guid;
   do {
-    // A message that is on its way between two folders is in none of them, so its guid looks free. Whoever
-    // holds the lock takes a later guid than the one before, so no guid is given twice.
+    // The wait makes this guid later than every guid before, so it is unique. isTaken() alone does not
+    // suffice: it does not see a message that the daemon is moving between two folders.
     usleep(guidInterval);
     guid = guidOfNow();
     record[Key::Guid] = guid;
-    write(aside(), Output::line(record) + "\n");
-  } while (isTaken(guid) || !moveToFree(aside(), folders_.path(MessageStatus::Sending, guid)));
+    write(temporaryPath(), Output::line(record) + "\n");
+  } while (isTaken(guid) || !moveToFree(temporaryPath(), folders_.path(MessageStatus::Sending, guid)));
   sync(folders_.path(MessageStatus::Sending));
   return guid;
 }
 
-// The daemon may have taken the message meanwhile: then it does not come back.
+// Fails if the daemon has moved or changed the file meanwhile, so that the message does not come back.
 void Queue::replaceFailed(const Message& failed, const Json::Value& record, std::int64_t changed) const {
   const std::string path = folders_.path(MessageStatus::Failed, failed.name);
   errno = ENOENT;
   if (folders_.changed(MessageStatus::Failed, failed.name) != failed.changed) fail(path);
-  replaceFile(path, aside(), Output::line(record) + "\n", changed);
+  replaceFile(path, temporaryPath(), Output::line(record) + "\n", changed);
 }
 
 bool Queue::retry(const Message& failed, std::optional<std::uint32_t> retries) const {
@@ -131,7 +129,7 @@ bool Queue::retry(const Message& failed, std::optional<std::uint32_t> retries) c
   Json::Value record = failed.record;
   record.removeMember(seenKey);
   if (retries) record[Key::Retries] = *retries;
-  replaceFailed(failed, record, 0);  // it waits from now on
+  replaceFailed(failed, record, 0);  // with the time of now, at which it begins to wait
   const bool moved = moveToFree(folders_.path(MessageStatus::Failed, failed.name), to);
   sync(folders_.path(MessageStatus::Sending));
   sync(folders_.path(MessageStatus::Failed));
@@ -155,9 +153,9 @@ bool Queue::remove(int status, const std::string& name) const {
   return true;
 }
 
-void replaceFile(const std::string& path, const std::string& aside, const std::string& text,
+void replaceFile(const std::string& path, const std::string& temporary, const std::string& text,
                  std::int64_t changed) {
-  write(aside, text);
-  if (changed != 0) setTime(aside, changed);
-  if (rename(aside.c_str(), path.c_str()) != 0) fail(path);
+  write(temporary, text);
+  if (changed != 0) setTime(temporary, changed);
+  if (rename(temporary.c_str(), path.c_str()) != 0) fail(path);
 }

@@ -7,26 +7,25 @@
 #include <utility>
 #include <vector>
 
-/// The answer of `status` and `check`: a line for each thing that was looked at.
-
-/// An exit status as monitoring systems read it.
+/// The result of an item, and the exit status for monitoring systems: good, needs attention, broken.
 enum Verdict : int { Well = 0, Look = 1, Ill = 2 };
 
-/// One number, for programs.
+/// A number, for programs.
 struct Figure {
-  std::string name;  ///< empty when there is no number to report
+  std::string name;  ///< empty if there is no number
   std::int64_t value = 0;
   std::vector<std::pair<std::string, std::string>> labels;
 };
 
+/// The output of `status` and `check`, one line for each item.
 class Report {
  public:
   enum class Form { Text, Json, Prometheus };
 
   explicit Report(Form form) : form_(form) {}
 
-  /// Prints one line. People see none when `text` is empty, Prometheus none without a figure. Programs that
-  /// read JSON see the members of `more`, too.
+  /// Prints one line: as text unless `text` is empty, for Prometheus if there is a figure, as JSON with
+  /// `more`.
   void add(Verdict verdict, const std::string& text, const Figure& figure = {},
            const Json::Value& more = Json::objectValue);
 
@@ -34,6 +33,7 @@ class Report {
   void count(Verdict verdict, const std::string& text, const Figure& figure,
              const Json::Value& more = Json::objectValue);
 
+  /// Returns the worst verdict so far.
   Verdict worst() const { return worst_; }
 
  private:

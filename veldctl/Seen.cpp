@@ -7,7 +7,8 @@ namespace {
 std::string markOne(const Request& request, const std::string& guid) {
   const Lookup found = findFailed(request.folders, guid);
   if (!found.message) return found.error;
-  if (!found.message->hasFailedForGood()) return "it will be sent again, so there is nothing to mark";
+  if (!found.message->hasFailedPermanently())
+    return "it will be sent again; only permanent failures can be marked";
   Queue(request.folders).markSeen(*found.message);
   return "";
 }

@@ -17,7 +17,7 @@ namespace {
 namespace Key = MessageRecord::Key;
 using namespace MessageStatus;
 
-// Standard input without the line feed at its end; one byte more than can be sent shows that it is too long.
+// Reads standard input without the line feed at its end, and at most one byte more than a message can have.
 std::string readText() {
   std::string text(ShortMessage::mostBytes + 2, '\0');
   std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
@@ -33,19 +33,19 @@ std::string faultOf(const std::string& number, const ShortMessage::Shape& shape)
 
 void warnOfShape(const ShortMessage::Shape& shape) {
   if (!shape.outside.empty()) Output::complain("not in the GSM alphabet: " + shape.outside);
-  if (shape.messages > 1) Output::complain("the text takes " + std::to_string(shape.messages) + " messages");
+  if (shape.messages > 1) Output::complain("the text needs " + std::to_string(shape.messages) + " messages");
 }
 
-// When "sentLimit" is reached, the oldest messages of the outbox go first, even those that wait.
+// At the limit the daemon discards the oldest messages of the outbox, even those that wait.
 void warnOfLimit(const Folders& folders, std::size_t limit) {
-  if (limit == 0) return Output::complain("\"sentLimit\" is 0: the message is not kept, nor sent again");
+  if (limit == 0) return Output::complain("\"sentLimit\" is 0: the message is neither kept nor retried");
   const auto outbox = folders.names({Sending, Sent, Failed}).files;
   const std::size_t surplus = outbox.size() - std::min(outbox.size(), limit);
   const auto waiting = std::count_if(outbox.begin(), outbox.begin() + static_cast<std::ptrdiff_t>(surplus),
                                      [](const FileName& file) { return file.status == Sending; });
   if (waiting > 0)
-    Output::complain("\"sentLimit\" is reached: " + std::to_string(waiting) +
-                     " that wait can be discarded unsent");
+    Output::complain("\"sentLimit\" is reached: the daemon may discard " + std::to_string(waiting) +
+                     " of the waiting messages unsent");
 }
 
 void warnOfGateway(const Folders& folders) {

@@ -7,13 +7,13 @@
 #include "commands/CommandTable.h"
 #include "daemon/StartUp.h"
 #include "support/Text.h"
-#include "veldctl/DaemonWords.h"
+#include "veldctl/CapturedLog.h"
 #include "veldctl/Output.h"
 #include "veldctl/ShortMessage.h"
 
 namespace {
 
-// The settings by their paths, as in "smsCommands.password.text".
+// Gives access to the settings by paths such as "smsCommands.password.text".
 class Settings {
  public:
   explicit Settings(const Json::Value& all) : all_(all) {}
@@ -51,7 +51,7 @@ void reportTypes(Report& report, const Settings& settings) {
       settings.reportType(report, pathOf(row), Json::booleanValue, row.id <= SMSCMD_REBOOT);
 }
 
-// A sender is a number as the tool prints it, or a name of eleven characters at most.
+// True if a sender can have this number or name. A name has at most eleven characters.
 bool canMatch(const Json::Value& entry) {
   constexpr std::size_t longestName = 11;
   const std::string text = entry.isConvertibleTo(Json::stringValue) ? entry.asString() : "";
@@ -63,14 +63,13 @@ bool canMatch(const Json::Value& entry) {
 void reportOpenCommands(Report& report, const Settings& settings) {
   for (const CommandRow& row : commandRows)
     if (row.key != nullptr && settings.isOn(pathOf(row)))
-      report.add(Ill,
-                 std::string("anyone may send #") + row.keyword + ": neither whitelist nor password is on");
+      report.add(Ill, std::string("anyone may send #") + row.keyword + ": whitelist and password are off");
 }
 
 void reportPassword(Report& report, const Json::Value& password) {
-  if (password == "") report.add(Ill, "the password is empty: nobody needs one");
+  if (password == "") report.add(Ill, "the password is empty: commands need no password");
   if (password.isString() && password.asString().find(' ') != std::string::npos)
-    report.add(Ill, "the password has a blank: no command can carry it");
+    report.add(Ill, "the password contains a blank: no command can match it");
 }
 
 void reportWhitelist(Report& report, const Json::Value& numbers) {
@@ -89,16 +88,16 @@ void reportPermissions(Report& report, const Settings& settings) {
   if (byNumber) reportWhitelist(report, settings.at("smsCommands.whitelist.numbers"));
 }
 
-// What the daemon would do with these settings.
+// The result of a start of the daemon.
 struct Start {
   bool isOff = false;
   bool isGood = false;
 };
 
-// Runs the daemon's own checks. Throws the JSON library's exception where the daemon would.
+// Runs the daemon's own checks. Throws the Json::Exception that would end the daemon.
 Start tryStart(const Json::Value& all) {
-  const std::optional<int> ending = checkSettings(all);
-  if (ending) return {*ending == EXIT_SUCCESS, false};
+  const std::optional<int> exitStatus = checkSettings(all);
+  if (exitStatus) return {*exitStatus == EXIT_SUCCESS, false};
   SMSCommandConfig config;
   if (!config.setConfig(all[SettingsKey::smsCommands])) return {};
   (void)(all[SettingsKey::receivedLimit].asUInt() + all[SettingsKey::sentLimit].asUInt());
@@ -107,9 +106,9 @@ Start tryStart(const Json::Value& all) {
 
 void reportStart(Report& report, const Json::Value& all) {
   Start start;
-  const auto words = wordsOfDaemon([&] { start = tryStart(all); });
+  const auto log = capturedLog([&] { start = tryStart(all); });
   if (start.isOff) return report.add(Well, "SMS is switched off");
-  for (const std::string& line : words) report.add(start.isGood ? Look : Ill, "the daemon says: " + line);
+  for (const std::string& line : log) report.add(start.isGood ? Look : Ill, "the daemon logs: " + line);
   const char* const text = start.isGood ? "the daemon starts" : "the daemon does not start";
   report.add(start.isGood ? Well : Ill, std::string(text) + " with these settings");
 }

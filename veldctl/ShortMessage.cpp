@@ -12,9 +12,9 @@ namespace {
 constexpr unsigned mostMessages = 255;
 constexpr char tooLong[] =
     "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 others";
-constexpr std::string_view escapeCode = "\x1B";  // a code of the alphabet, but no character
+constexpr std::string_view escapeCode = "\x1B";  // a code of the alphabet, but not a character
 
-// The septets of a character; 0 when the GSM alphabet lacks it.
+// Returns the length of a character in septets; 0 if the GSM alphabet lacks it.
 unsigned septets(std::string_view character) {
   const auto isIn = [&](const auto& codes) {
     return std::find(codes.begin(), codes.end(), character) != codes.end();
@@ -24,7 +24,8 @@ unsigned septets(std::string_view character) {
   return isIn(gsmExtensionAlphabet) ? 2 : 0;
 }
 
-// How many messages characters of these units take: one, or parts, and no character is cut.
+// Returns the number of messages for characters with these lengths. A single message has room for `whole`
+// units, a part of several for `part` units. No character is divided between two parts.
 unsigned count(const std::vector<unsigned>& units, unsigned whole, unsigned part) {
   unsigned all = 0, parts = 1, used = 0;
   for (const unsigned unit : units) {
@@ -37,7 +38,8 @@ unsigned count(const std::vector<unsigned>& units, unsigned whole, unsigned part
   return all <= whole ? 1 : parts;
 }
 
-// The bytes of the next character; 0 when it cannot be sent. Control characters below the blank can, but NUL.
+// Returns the length of the first character in bytes; 0 if it cannot be sent. Of the control characters below
+// the blank, only NUL cannot be sent.
 std::size_t lengthOfNext(std::string_view text) {
   const auto first = static_cast<unsigned char>(text[0]);
   return first > 0 && first < ' ' ? 1 : Orvel::Text::printableLength(text);

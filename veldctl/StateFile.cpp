@@ -22,7 +22,7 @@ int openLock(const std::string& path) {
   return file;
 }
 
-// Adds one member of the file to `known`; false when it is none that was written here.
+// Adds one member of the file to `known`; false if it does not have the form that write() gives it.
 bool take(const std::string& key, const Json::Value& member, News::AllKnown& known) {
   if (!member.isArray() || member.size() != 2 || !member[0].isInt64() || !member[1].isBool()) return false;
   known[key] = {member[0].asInt64(), member[1].asBool()};
@@ -41,7 +41,7 @@ bool takeAll(const Json::Value& members, News::AllKnown& known) {
 StateFile::StateFile(std::string path) : path_(std::move(path)), lock_(openLock(path_ + ".lock")) {
   if (flock(lock_, LOCK_EX | LOCK_NB) == 0) return;
   close(lock_);
-  throw std::runtime_error("another veldctl follows with " + path_);
+  throw std::runtime_error("another veldctl uses " + path_);
 }
 
 StateFile::~StateFile() { close(lock_); }
@@ -54,7 +54,7 @@ std::optional<News::AllKnown> StateFile::read() const {
   Json::Value members;
   std::string errors;
   if (MessageRecord::parse(stream, members, errors) && takeAll(members, known)) return known;
-  Output::complain(path_ + " is no state file: everything is told again");
+  Output::complain(path_ + " is not a state file: every message is reported again");
   return News::AllKnown();
 }
 

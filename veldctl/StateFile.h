@@ -7,25 +7,25 @@
 #include "support/NonCopyable.h"
 #include "veldctl/News.h"
 
-/// The file of `follow --state`: what was told, as one JSON object of [TIME, LACKS-PARTS] by folder and name.
+/// The file of `follow --state`: a JSON object with [TIME, LACKS-PARTS] for each reported "FOLDER/NAME".
 class StateFile : private Orvel::NonCopyable {
  public:
-  /// Takes a lock beside the file. Throws std::runtime_error when another process has it.
+  /// Locks a file beside it. Throws std::runtime_error if another process holds the lock.
   explicit StateFile(std::string path);
   ~StateFile();
 
-  /// None when there is no file. Of an empty one, or one that is no state file, nothing is known.
+  /// Reads the file. Returns nullopt if it does not exist, an empty map if it is empty or not a state file.
   [[nodiscard]] std::optional<News::AllKnown> read() const;
 
-  /// Writes what is known when it has changed since it was written.
+  /// Writes the file if `known` differs from its content.
   void write(const News::AllKnown& known);
 
-  /// The same, but once a second at most.
+  /// Calls write(), but at most once per second.
   void writeSoon(const News::AllKnown& known);
 
  private:
   const std::string path_;
   const int lock_;
   std::optional<News::AllKnown> written_;
-  std::time_t time_ = 0;  // of the last writing
+  std::time_t time_ = 0;  ///< of the last write
 };

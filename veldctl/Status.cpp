@@ -11,15 +11,15 @@
 #include "veldctl/Census.h"
 #include "veldctl/Commands.h"
 #include "veldctl/ModemStatus.h"
-#include "veldctl/OnItsWay.h"
 #include "veldctl/Processes.h"
+#include "veldctl/SpoolCounts.h"
 #include "veldctl/Times.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// Seconds. A tool takes some while for one message; what is on its way is filed in the same pass.
+// Seconds. The tool may need a while for one message. A pass files all that it has received and sent.
 constexpr std::int64_t longTool = 60, veryLongTool = 300, longStaged = 60, longUnfiled = 60;
 constexpr unsigned lowRoom = 10;  // per cent
 
@@ -31,10 +31,10 @@ void reportTool(Report& report, const Process& daemon, const std::vector<Process
   if (work.age >= longTool) verdict = Look;
   if (work.age >= veryLongTool) verdict = Ill;
   const bool isIdle = work.commandLine.empty();
-  report.add(verdict, isIdle ? "" : "it waits" + since(work.age) + " for: " + work.commandLine,
+  report.add(verdict, isIdle ? "" : "the daemon has waited" + since(work.age) + " for: " + work.commandLine,
              {"tool_seconds", work.age, {}});
   const bool asks = asksApi(daemon);
-  report.add(Well, asks ? "it waits for the local API" : "", {"api_requests", asks ? 1 : 0, {}});
+  report.add(Well, asks ? "the daemon waits for the local API" : "", {"api_requests", asks ? 1 : 0, {}});
 }
 
 void reportNoDaemon(Report& report, const Json::Value& settings) {
@@ -43,7 +43,7 @@ void reportNoDaemon(Report& report, const Json::Value& settings) {
              {"daemons", 0, {}});
 }
 
-// The folder in /proc of the daemon; empty when it does not run.
+// Reports the daemon and returns its folder in /proc; empty if it does not run.
 std::string reportDaemon(Report& report, const Json::Value& settings) {
   const std::vector<Process> all = processes();
   const auto isDaemon = [](const Process& process) { return process.isDaemon(); };
@@ -55,41 +55,41 @@ std::string reportDaemon(Report& report, const Json::Value& settings) {
   const auto count = std::count_if(all.begin(), all.end(), isDaemon);
   report.add(Well, "the daemon runs" + since(daemon->age) + " as process " + std::to_string(daemon->pid),
              {"daemons", count, {}});
-  if (count > 1) report.add(Look, "another daemon runs");
+  if (count > 1) report.add(Look, "more than one daemon runs");
   report.add(Well, "", {"age_seconds", daemon->age, {}});
   reportTool(report, *daemon, all);
   return daemon->folder();
 }
 
-void reportOnItsWay(Report& report, const std::string& root) {
-  const OnItsWay found = readOnItsWay(root);
-  if (!found.isReadable) report.add(Look, "the spool cannot be read");
-  const bool isLong = found.since != 0 && std::time(nullptr) - found.since > longUnfiled;
-  const std::string begin = found.since != 0 ? ", the first since " + Times::full(found.since) : "";
-  report.count(isLong ? Look : Well, "received, not filed yet" + begin,
-               {"unfiled", found.received, {{"way", "in"}}});
-  report.count(Well, "sends answered, not filed yet", {"unfiled", found.answered, {{"way", "out"}}});
-  report.count(Well, "sends begun", {"sends_begun", found.begun, {}});
-  report.count(Look, "files of messages on their way are damaged", {"damaged", found.damaged, {}});
+void reportSpool(Report& report, const std::string& root) {
+  const SpoolCounts spool = readSpool(root);
+  if (!spool.isReadable) report.add(Look, "the spool cannot be read");
+  const bool isLong = spool.since != 0 && std::time(nullptr) - spool.since > longUnfiled;
+  const std::string begin = spool.since != 0 ? "; the first arrived at " + Times::full(spool.since) : "";
+  report.count(isLong ? Look : Well, "received but not filed yet" + begin,
+               {"unfiled", spool.received, {{"way", "in"}}});
+  report.count(Well, "sent but not filed yet", {"unfiled", spool.answered, {{"way", "out"}}});
+  report.count(Well, "being sent by the tool", {"sends_begun", spool.begun, {}});
+  report.count(Look, "damaged in the spool", {"damaged", spool.damaged, {}});
 }
 
-// Files that stay in the staging folder, which the daemon leaves empty. `seen` is the folder as it is reached
-// from here: under its unit the daemon has a /tmp of its own.
-void reportStaged(Report& report, const std::string& seen, const std::string& folder) {
+// Reports old files in the staging folder, which the daemon leaves empty. `visible` is the path of the folder
+// for this process: systemd gives the daemon a private /tmp.
+void reportStaged(Report& report, const std::string& visible, const std::string& folder) {
   std::error_code gone;
-  const auto stays = [](const fs::directory_entry& entry) {
+  const auto isOld = [](const fs::directory_entry& entry) {
     struct stat info;
     return lstat(entry.path().c_str(), &info) == 0 && std::time(nullptr) - info.st_mtime >= longStaged;
   };
-  const auto count = std::count_if(fs::directory_iterator(seen, gone), fs::directory_iterator(), stays);
-  report.count(Look, "files stay in " + folder, {"staged", count, {}});
+  const auto count = std::count_if(fs::directory_iterator(visible, gone), fs::directory_iterator(), isOld);
+  report.count(Look, "left in " + folder, {"staged", count, {}});
 }
 
 bool isLow(std::uint64_t available, std::uint64_t all) { return available * 100 < all * lowRoom; }
 
-void reportRoom(Report& report, const std::string& seen, const std::string& folder) {
+void reportRoom(Report& report, const std::string& visible, const std::string& folder) {
   struct statvfs info;
-  if (statvfs(seen.c_str(), &info) != 0) return;
+  if (statvfs(visible.c_str(), &info) != 0) return;
   const bool isFull = info.f_bavail == 0 || (info.f_files > 0 && info.f_favail == 0);
   Verdict verdict = isLow(info.f_bavail, info.f_blocks) || isLow(info.f_favail, info.f_files) ? Look : Well;
   if (isFull) verdict = Ill;
@@ -113,10 +113,10 @@ int status(const Request& request) {
   const std::string process = reportDaemon(report, api.settings);
   if (ModemStatus::isKnown()) ModemStatus::report(report);
   reportMessages(report, request.folders, api.settings);
-  reportOnItsWay(report, request.folders.root());
-  const std::string seen = process.empty() ? stagingFolder : process + "/root" + stagingFolder;
-  reportStaged(report, seen, stagingFolder);
-  reportRoom(report, seen, stagingFolder);
+  reportSpool(report, request.folders.root());
+  const std::string visible = process.empty() ? stagingFolder : process + "/root" + stagingFolder;
+  reportStaged(report, visible, stagingFolder);
+  reportRoom(report, visible, stagingFolder);
   reportRoom(report, request.folders.root(), request.folders.root());
   return report.worst();
 }

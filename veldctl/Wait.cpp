@@ -15,7 +15,7 @@ int wait(const Request& request) {
   if (!found.error.empty()) return Bad;
   const bool hasFailed = found.message && found.message->status == Failed;
   Outcome outcome = awaitOutcome(request.folders, guid, *seconds, logged);
-  if (!found.message && outcome.ending == Unknown) outcome.reason = noSuchMessage;
-  if (hasFailed) outcome.reason = "before this command began";
+  if (!found.message && outcome.status == Unknown) outcome.reason = noSuchMessage;
+  if (hasFailed) outcome.reason = "before this command started";
   return printOutcome(outcome, request.isJson());
 }

@@ -31,8 +31,8 @@ int main(int count, char** words) {
   CommandLine::Parsed parsed;
   try {
     CommandLine::parse(count, words, parsed);
-    const int ending = run(parsed);
-    return std::cout.flush() ? ending : Bad;
+    const int status = run(parsed);
+    return std::cout.flush() ? status : Bad;
   } catch (const Misuse& misuse) {
     return misused(misuse.what(), parsed.command);
   } catch (const std::runtime_error& error) {

@@ -11,16 +11,14 @@ struct ClockControl {
   static constexpr char file[] = "/run/gateway/clock";
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
-  std::atomic<std::int64_t>
-      skipped;  ///< how far both clocks are ahead: the sum of the parts of sleeps that were cut
-  std::atomic<std::int64_t> wall;       ///< with `hold`: the wall clock without `skipped`
+  std::atomic<std::int64_t> skipped;  ///< the sum by which sleeps were cut short; both clocks are ahead by it
+  std::atomic<std::int64_t> wall;     ///< with `hold`: the wall clock without `skipped`
   std::atomic<std::int64_t> monotonic;  ///< with `hold`: the monotonic clock without `skipped`
-  /// 1: a sleep ends only by a grant or a signal, and only sleeps take time. The daemon's behaviour then does
-  /// not depend on the load of the machine.
+  /// 1: only a grant or a signal ends a sleep, and only sleeps take time, however busy the machine is.
   std::atomic<std::uint32_t> hold;
   std::atomic<std::uint32_t> begun;  ///< sleeps begun since the daemon was started
   std::atomic<std::uint32_t> ended;  ///< how many of these have ended
-  /// Sleep number `granted`, counting from 1, and all before it end at once.
+  /// Sleep number `granted`, counting from 1, and all sleeps before it end at once.
   std::atomic<std::uint32_t> granted;
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "two processes share the file");

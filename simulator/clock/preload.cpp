@@ -1,5 +1,5 @@
-// libgateway-clock.so: preloaded into the daemon, it lets the gateway control the daemon's time. The gateway
-// can cut a sleep short. The clocks then advance by the part that was cut.
+// libgateway-clock.so: LD_PRELOAD loads it into the daemon, so that the gateway controls the daemon's time.
+// The gateway can end a sleep early. The clocks then advance by the rest of the sleep.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -27,8 +27,7 @@ constexpr long clockGettimeCall = SYS_clock_gettime;
 
 ClockControl* control = nullptr;
 
-// Asks the kernel directly. A sanitizer's allocator reads the clock while it holds its lock. dlsym() would
-// allocate there, and deadlock.
+// Does not use dlsym(), which allocates: a sanitizer's allocator reads the clock while it holds its lock.
 int realClock(clockid_t clock, timespec* now) {
   return static_cast<int>(syscall(clockGettimeCall, clock, now));
 }
@@ -47,7 +46,7 @@ bool isHeld() { return control != nullptr && control->hold != 0; }
 
 bool isGranted(std::uint32_t number) { return static_cast<std::int32_t>(control->granted - number) >= 0; }
 
-// The rest of a sleep of `seconds` that began at `start`, rounded up; 0 when it is over.
+// Returns the rest of a sleep of `seconds` that began at `start`, rounded up; 0 if it is over.
 unsigned left(const timespec& start, unsigned seconds) {
   timespec now{};
   realClock(CLOCK_MONOTONIC, &now);
@@ -60,15 +59,15 @@ unsigned left(const timespec& start, unsigned seconds) {
 
 extern "C" {
 
-// As in the C library, a signal that is handled ends the sleep, and the result is the rest of it.
+// As in the C library, a handled signal ends the sleep, and the result is the rest of the sleep.
 unsigned sleep(unsigned seconds) {
   if (control == nullptr) return reinterpret_cast<unsigned (*)(unsigned)>(dlsym(RTLD_NEXT, "sleep"))(seconds);
-  // Opened for both directions, so that opening does not block and reading finds no end. Opened here, because
-  // the daemon does not keep the descriptors that are open when it starts.
+  // O_RDWR: open() does not block, and read() does not find an end of file. The first sleep opens the FIFO,
+  // because the daemon closes the file descriptors that are open when it starts.
   static const int wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
-  // Another process may see `begun` and send a signal at once. Only ppoll() unblocks it, so it ends the wait.
+  // The gateway may see `begun` and send a signal at once. Only ppoll() unblocks signals, so it returns then.
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

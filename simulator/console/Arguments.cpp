@@ -7,16 +7,19 @@
 namespace Simulator {
 namespace {
 
-// Appends a quoted text to `word`. `at` moves from the opening to the closing quote. False without a closing
-// quote.
+// Returns the character at `at`, or that of the escape sequence there. Moves `at` to the end of the sequence.
+char unescaped(const std::string& line, std::size_t& at) {
+  const char next = at + 1 < line.size() ? line[at + 1] : '\0';
+  if (line[at] != '\\' || (next != '"' && next != '\\' && next != 'n')) return line[at];
+  ++at;
+  return next == 'n' ? '\n' : next;
+}
+
+// Appends a quoted text to `word`. Moves `at` from the opening quote to the closing one; false without that.
 bool readQuoted(const std::string& line, std::size_t& at, std::string& word) {
   const char quote = line[at];
-  for (++at; at < line.size() && line[at] != quote; ++at) {
-    const char next = quote == '"' && line[at] == '\\' && at + 1 < line.size() ? line[at + 1] : '\0';
-    const bool escape = next == '"' || next == '\\' || next == 'n';
-    word += next == 'n' ? '\n' : escape ? next : line[at];
-    if (escape) ++at;
-  }
+  for (++at; at < line.size() && line[at] != quote; ++at)
+    word += quote == '"' ? unescaped(line, at) : line[at];
   return at < line.size();
 }
 
@@ -31,50 +34,86 @@ bool isAnyWord(const std::string& kind) {
   return kind.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
 }
 
-// Why `text` is not of this kind; empty if it is.
-std::string wrongIn(const std::string& text, const std::string& kind) {
-  if (kind == "N" && !readNumber(text)) return "\"" + text + "\" is not a whole number from 0 to 65535.";
-  if (kind == "TIMES" && !readNumber(text, 1))
-    return "\"" + text + "\" is not a whole number from 1 to 65535.";
-  if (kind == "N,N") {
-    const std::vector<std::string> pieces = split(text, ',');
-    const bool good =
-        std::all_of(pieces.begin(), pieces.end(), [](const auto& piece) { return readNumber(piece); });
-    return good && !pieces.empty() ? "" : "\"" + text + "\" is not a list of whole numbers such as 2,1.";
-  }
+bool isList(const std::string& text) {
+  const std::vector<std::string> pieces = split(text, ',');
+  const auto isNumber = [](const std::string& piece) { return readNumber(piece).has_value(); };
+  return !pieces.empty() && std::all_of(pieces.begin(), pieces.end(), isNumber);
+}
+
+bool isChoice(const std::string& text, const std::string& kind) {
   const std::vector<std::string> choices = split(kind, '|');
   const auto fits = [&text](const std::string& choice) { return choice == text || isAnyWord(choice); };
-  return std::any_of(choices.begin(), choices.end(), fits) ? "" : "\"" + text + "\" is not " + kind + ".";
+  return std::any_of(choices.begin(), choices.end(), fits);
+}
+
+// Returns why `text` is not of this kind; empty if it is.
+std::string problemOf(const std::string& text, const std::string& kind) {
+  const std::string isNot = "\"" + text + "\" is not ";
+  if (kind == "N") return readNumber(text) ? "" : isNot + "a whole number from 0 to 65535.";
+  if (kind == "TIMES") return readNumber(text, 1) ? "" : isNot + "a whole number from 1 to 65535.";
+  if (kind == "N,N") return isList(text) ? "" : isNot + "a list of whole numbers such as 2,1.";
+  return isChoice(text, kind) ? "" : isNot + kind + ".";
 }
 
 struct Shape {
-  std::vector<std::string> kinds;
-  std::size_t least = 0;                       // the number of words that must be there
-  bool goesOn = false;                         // all further words are of the last kind
+  std::vector<std::string> kinds;              // of the words
+  std::size_t least = 0;                       // the number of mandatory words
+  bool repeats = false;                        // all further words are of the last kind
   bool takesAll = false;                       // words that look like options count as words
   std::map<std::string, std::string> options;  // with the kinds of their values
 };
+
+// Adds the option "[--x]", or "[--x" and the kind of its value, "N]", which is the next token.
+void addOption(Shape& shape, const std::string& token, std::istream& tokens) {
+  std::string kind = "]";
+  if (token.back() != ']') tokens >> kind;
+  kind.pop_back();
+  shape.options[token.substr(1, token.find(']') - 1)] = kind;
+}
+
+void addWord(Shape& shape, std::string token) {
+  const bool optional = token.front() == '[';
+  if (optional) token = token.substr(1, token.size() - 2);
+  shape.takesAll = token == "WORD...";
+  shape.repeats = token.size() > 3 && token.compare(token.size() - 3, 3, "...") == 0;
+  if (shape.repeats) token.resize(token.size() - 3);
+  shape.kinds.push_back(token);
+  if (!optional) shape.least = shape.kinds.size();
+}
 
 Shape parse(const std::string& text) {
   Shape shape;
   std::istringstream tokens(text);
   for (std::string token; tokens >> token;) {
-    const bool optional = token.front() == '[';
-    if (optional) token.erase(0, 1);
-    if (token.compare(0, 2, "--") == 0) {
-      std::string kind;
-      if (token.back() != ']') tokens >> kind;
-      (kind.empty() ? token : kind).pop_back();
-      shape.options[token] = kind;
-      continue;
-    }
-    if (optional) token.pop_back();
-    shape.goesOn = token.size() > 3 && token.compare(token.size() - 3, 3, "...") == 0;
-    shape.kinds.push_back(shape.goesOn ? token.substr(0, token.size() - 3) : token);
-    shape.takesAll = token == "WORD...";
-    if (!optional) shape.least = shape.kinds.size();
+    if (token.compare(0, 3, "[--") == 0)
+      addOption(shape, token, tokens);
+    else
+      addWord(shape, token);
   }
   return shape;
+}
+
+// Reads the option at `at` and moves `at` to its value. Returns an empty string or the problem.
+std::string readOption(const Shape& shape, const std::vector<Word>& line, std::size_t& at,
+                       std::map<std::string, std::string>& options) {
+  const std::string& name = line[at].text;
+  const auto option = shape.options.find(name);
+  if (option == shape.options.end()) return "There is no option " + name + ".";
+  options[name] = "";
+  const std::string& kind = option->second;
+  if (kind.empty()) return "";
+  if (++at == line.size()) return name + " needs " + kind + ".";
+  options[name] = line[at].text;
+  const std::string problem = problemOf(line[at].text, kind);
+  return problem.empty() ? "" : name + ": " + problem;
+}
+
+// Appends the word to `words`. Returns an empty string or the problem.
+std::string readWord(const Shape& shape, const std::string& word, std::vector<std::string>& words) {
+  if (words.size() >= shape.kinds.size() && !shape.repeats) return "\"" + word + "\" is one word too many.";
+  const std::string problem = problemOf(word, shape.kinds[std::min(words.size(), shape.kinds.size() - 1)]);
+  if (problem.empty()) words.push_back(word);
+  return problem;
 }
 
 }  // namespace
@@ -112,10 +151,10 @@ std::string Arguments::read(const std::string& shapes, const std::vector<Word>& 
   std::size_t understood = 0;
   for (std::size_t begin = 0; begin <= shapes.size();) {
     const std::size_t end = std::min(shapes.find(", ", begin), shapes.size());
-    const std::string wrong = readShape(shapes.substr(begin, end - begin), line);
-    if (wrong.empty()) return "";
-    // Report the shape that fits most of the words.
-    if (problem.empty() || words_.size() > understood) problem = wrong;
+    const std::string next = readShape(shapes.substr(begin, end - begin), line);
+    if (next.empty()) return "";
+    // Reports the problem of the shape that fits most of the words.
+    if (problem.empty() || words_.size() > understood) problem = next;
     understood = std::max(understood, words_.size());
     begin = end + 2;
   }
@@ -126,22 +165,11 @@ std::string Arguments::readShape(const std::string& text, const std::vector<Word
   const Shape shape = parse(text);
   words_.clear();
   options_.clear();
-  for (std::size_t i = 1; i < line.size(); ++i) {
-    const std::string& word = line[i].text;
-    if (!line[i].quoted && !shape.takesAll && word.compare(0, 2, "--") == 0) {
-      const auto option = shape.options.find(word);
-      if (option == shape.options.end()) return "There is no option " + word + ".";
-      const std::string& kind = option->second;
-      if (!kind.empty() && ++i == line.size()) return std::string(word).append(" wants ").append(kind) + ".";
-      const std::string wrong = kind.empty() ? "" : wrongIn(line[i].text, kind);
-      if (!wrong.empty()) return std::string(word).append(": ").append(wrong);
-      options_[word] = line[i].text;
-      continue;
-    }
-    if (words_.size() >= shape.kinds.size() && !shape.goesOn) return "\"" + word + "\" is one word too many.";
-    const std::string& kind = shape.kinds[std::min(words_.size(), shape.kinds.size() - 1)];
-    if (const std::string wrong = wrongIn(word, kind); !wrong.empty()) return wrong;
-    words_.push_back(word);
+  for (std::size_t at = 1; at < line.size(); ++at) {
+    const bool isOption = !line[at].quoted && !shape.takesAll && line[at].text.compare(0, 2, "--") == 0;
+    const std::string problem =
+        isOption ? readOption(shape, line, at, options_) : readWord(shape, line[at].text, words_);
+    if (!problem.empty()) return problem;
   }
   return words_.size() >= shape.least ? "" : shape.kinds[words_.size()] + " is missing.";
 }

@@ -13,30 +13,29 @@ struct Word {
   bool quoted;
 };
 
-/// Splits a line into words at its blanks. Quotes keep blanks. In "..." a backslash escapes `"` and `\`, and
-/// `\n` is a line feed; in '...' it means itself. False when a quote is not closed.
+/// Splits a line into words at its blanks. Blanks in quotes belong to a word. In "..." a backslash escapes
+/// `"` and `\`, and `\n` is a line feed; in '...' it has no special meaning. False if a quote is not closed.
 [[nodiscard]] bool splitLine(const std::string& line, std::vector<Word>& words);
 
-/// The whole number in `text`; none when `text` is anything else, or not from `least` to `most`.
+/// Reads a whole number from `least` to `most`; nullopt for any other text.
 std::optional<unsigned> readNumber(const std::string& text, unsigned least = 0, unsigned most = 65535);
 
-/// The arguments of a command. They are read by shapes, as help shows them, separated by ", ". A shape
+/// The arguments of a command. Its shapes, separated by ", ", define them; help prints the shapes. A shape
 /// consists of
 ///   api|tool          one of these words
-///   N  TIMES  N,N     a whole number, one above 0, a list of whole numbers
+///   N  TIMES  N,N     a whole number, a whole number above 0, a list of whole numbers
 ///   TEXT  TEXT|off    a word in capitals stands for any word
 ///   TEXT...           one word or more, at the end
 ///   WORD...           the same, including words that look like options
-///   [--x] [--x N]     an option, at any place; its value is a number, a list, or any word
+///   [--x] [--x N]     an option at any place, without a value, or with a number, a list or any word
 /// A word in brackets may be missing, together with the words after it.
 class Arguments {
  public:
-  /// Reads the words from the second on. Returns an empty string, or one line on why no shape fits.
+  /// Reads the words after the first. Returns an empty string, or one line that says why no shape fits.
   [[nodiscard]] std::string read(const std::string& shapes, const std::vector<Word>& line);
 
-  /// The words, without the options.
-  const std::vector<std::string>& words() const { return words_; }
-  /// The word at `place`, counting from 0; empty if there is none.
+  const std::vector<std::string>& words() const { return words_; }  ///< without the options
+  /// Returns the word at `place`, counting from 0; empty if there is none.
   std::string word(std::size_t place) const { return place < words_.size() ? words_[place] : ""; }
   unsigned number(std::size_t place, unsigned otherwise) const {
     return readNumber(word(place)).value_or(otherwise);

@@ -29,12 +29,12 @@ constexpr char welcome[] =
 constexpr const char* colours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
                                    "\033[33m",   "\033[36m",   plain,        faint};
 
-// The line editor and the signal handler call plain functions, which need these.
+// Global, because the line editor and the signal handler pass no arguments to the functions below.
 Interpreter* interpreter = nullptr;
 std::vector<std::string> candidates;
 std::size_t nextAt = 0;
 
-// The literal words of a shape, as "received" in "received|sending"; the others are in capitals.
+// Returns the literal words of a shape, such as "received" in "received|sending"; all others are in capitals.
 std::set<std::string> wordsOf(const std::string& arguments) {
   static const std::regex word("[a-z-][a-z0-9-]+");
   return {std::sregex_token_iterator(arguments.begin(), arguments.end(), word), {}};
@@ -64,21 +64,21 @@ char** complete(const char* begun, int start, int) {
   return rl_completion_matches(begun, nextCandidate);
 }
 
-// Prints the gateway's actions and the log since the last call.
-void showNews(std::size_t& told, std::size_t& logged) {
+// Prints the gateway's actions from number `nextEvent` on, and the log from line `nextLine` on.
+void printNews(std::size_t& nextEvent, std::size_t& nextLine) {
   const auto turn = interpreter->lock();
   Gateway& gateway = interpreter->gateway();
   const std::vector<Responder::Event>& events = gateway.responder.events();
-  for (; told < events.size(); ++told) std::cout << events[told].text << "\n";
-  for (const SyslogServer::Line& line : gateway.syslog.lines(logged)) {
+  for (; nextEvent < events.size(); ++nextEvent) std::cout << events[nextEvent].text << "\n";
+  for (const SyslogServer::Line& line : gateway.syslog.lines(nextLine)) {
     std::cout << "  " << colours[line.level] << SyslogServer::levelNames[line.level] << " " << line.text
               << plain << "\n";
-    ++logged;
+    ++nextLine;
   }
   std::cout.flush();
 }
 
-// Without SA_RESTART, Ctrl-C ends the reading of a line; with it, the system calls of a command go on.
+// Without SA_RESTART, Ctrl-C ends the reading of a line. With it, the system calls of a command continue.
 void handleInterrupt(int flags) {
   struct sigaction action = {};
   action.sa_handler = [](int) { interpreter->gateway().daemon.interrupted = true; };
@@ -95,24 +95,27 @@ char* readCommand() {
   return line;
 }
 
-}  // namespace
-
-void runConsole(Interpreter& commands) {
+void setUpEditor(const std::string& history) {
   std::setlocale(LC_CTYPE, "");
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
-  const char* home = std::getenv("HOME");
-  const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
-  interpreter = &commands;
   rl_readline_name = "gateway";
-  rl_catch_signals = 0;  // its handler serves one signal a line, and changes the terminal's mode while a line is read
+  rl_catch_signals = 0;  // the editor's handler works once per line and changes the mode of the terminal
   rl_attempted_completion_function = complete;
   using_history();
   stifle_history(1000);
   read_history(history.c_str());
+}
 
+}  // namespace
+
+void runConsole(Interpreter& commands) {
+  const char* home = std::getenv("HOME");
+  const std::string history = std::string(home == nullptr ? "" : home) + historyFile;
+  interpreter = &commands;
+  setUpEditor(history);
   std::cout << welcome;
-  std::size_t told = 0;
-  std::size_t logged = 0;
+  std::size_t nextEvent = 0;
+  std::size_t nextLine = 0;
   for (;;) {
     char* typed = readCommand();
     if (typed == nullptr && !commands.gateway().daemon.interrupted) break;
@@ -127,7 +130,7 @@ void runConsole(Interpreter& commands) {
     const Answer answer = commands.execute(line);
     if (!answer.text.empty()) std::cout << (answer.good ? "" : refusedColour) << answer.text << plain << "\n";
     commands.carryOut();
-    showNews(told, logged);
+    printNews(nextEvent, nextLine);
   }
   write_history(history.c_str());
   std::cout << std::endl;

@@ -17,7 +17,10 @@ constexpr unsigned awaitSeconds = 30;
 constexpr double forEver = 1e9;  // seconds
 constexpr unsigned passSeconds = 5;
 constexpr char applies[] = "; \"restart\" applies it.";
-constexpr char noPlace[] = "The settings have no place for that; \"settings\" shows them.";
+
+Answer noSetting(const std::string& key) {
+  return wrong("There is no setting \"" + key + "\"; \"settings\" shows all.");
+}
 
 std::string ended(Gateway& gateway) {
   return "The daemon ended with status " + gateway.daemon.ending() + ".";
@@ -28,9 +31,9 @@ Answer notRunning(Gateway& gateway) {
   return wrong(before + " \"start\" starts it.");
 }
 
-// Says why a wait for `what` ended early.
+// Says why the command ends although `what` has not ended.
 Answer stillWaits(Gateway& gateway, const std::string& what) {
-  if (gateway.daemon.interrupted) return wrong("Interrupted. " + what + " goes on.");
+  if (gateway.daemon.interrupted) return wrong("Interrupted. " + what + " continues.");
   const std::string hang = gateway.hang();
   if (hang.empty()) return wrong(what + " takes very long.");
   return wrong(what + " does not end: " + hang + "; \"repair\" ends that.");
@@ -57,7 +60,7 @@ Answer stop(Gateway& gateway, const Arguments&) {
 }
 
 Answer restart(Gateway& gateway, const Arguments& given) {
-  // SIGTERM would end the daemon only after the repair, and nobody would start it then.
+  // During a hang, SIGTERM would end the daemon only after the repair, too late for the start below.
   if (gateway.daemon.running() && !gateway.hang().empty()) return stillWaits(gateway, "The daemon's pass");
   const Answer stopped = gateway.daemon.running() ? stop(gateway, given) : Answer{};
   return stopped.good ? start(gateway, given) : stopped;
@@ -92,15 +95,20 @@ Answer pass(Gateway& gateway, const Arguments& given) {
   return {true, "The pass has begun."};
 }
 
-Answer wait(Gateway& gateway, const Arguments& given) {
-  std::string text = given.word(0);
+// Reads a time such as "30", "30s", "5m" or "1h".
+std::optional<unsigned> readSeconds(std::string text) {
   const std::map<char, unsigned> units{{'s', 1}, {'m', 60}, {'h', 3600}};
   const auto unit = text.empty() ? units.end() : units.find(text.back());
-  if (unit != units.end()) text.pop_back();
+  if (unit == units.end()) return readNumber(text);
+  text.pop_back();
   const std::optional<unsigned> number = readNumber(text);
-  if (!number) return wrong("\"" + given.word(0) + "\" is not a time such as 30s, 5m or 1h.");
-  return passes(gateway,
-                (*number * (unit == units.end() ? 1 : unit->second) + passSeconds - 1) / passSeconds);
+  return number ? std::optional(*number * unit->second) : std::nullopt;
+}
+
+Answer wait(Gateway& gateway, const Arguments& given) {
+  const std::optional<unsigned> seconds = readSeconds(given.word(0));
+  if (!seconds) return wrong("\"" + given.word(0) + "\" is not a time such as 30s, 5m or 1h.");
+  return passes(gateway, (*seconds + passSeconds - 1) / passSeconds);
 }
 
 Answer date(Gateway& gateway, const Arguments& given) {
@@ -118,12 +126,12 @@ Answer date(Gateway& gateway, const Arguments& given) {
   return {true, "It is noon on " + day + "."};
 }
 
-// What "await" waits for.
+// An event that "await" waits for.
 struct Event {
   const char* name;
   bool (*happened)(Gateway& gateway);
   std::string (*text)(Gateway& gateway);
-  bool needsPasses = false;
+  bool needsPasses = false;  // passes run meanwhile
   double seconds = awaitSeconds;
 };
 
@@ -163,28 +171,30 @@ Answer settings(Gateway& gateway, const Arguments& given) {
   if (!remove && given.words().size() == 1) return wrong("The value for " + key + " is missing.");
   const Json::Value value = jsonOrText(given.word(1));
   const bool good = remove ? gateway.settings.remove(key) : gateway.settings.set(key, value);
-  if (!good) return wrong("The settings have no place \"" + key + "\"; \"settings\" shows them.");
-  return {true, key + (remove ? " is gone" : " is " + toLine(value)) + applies};
+  if (!good) return noSetting(key);
+  return {true, key + (remove ? " is removed" : " is " + toLine(value)) + applies};
+}
+
+// Switches the password or the whitelist off, or sets its `member`.
+Answer setPermission(Gateway& gateway, const std::string& part, const std::string& member,
+                     const Json::Value& value, const Arguments& given) {
+  const std::string path = "smsCommands." + part + ".";
+  const bool off = given.word(0) == "off";
+  if (!gateway.settings.set(path + "enabled", !off)) return noSetting(path + "enabled");
+  if (!off) gateway.settings.set(path + member, value);
+  std::string text = "The " + part + " is";
+  for (const std::string& word : given.words()) text += " " + word;
+  return {true, text + applies};
 }
 
 Answer password(Gateway& gateway, const Arguments& given) {
-  const bool off = given.word(0) == "off";
-  if (!gateway.settings.set("smsCommands.password.enabled", !off)) return wrong(noPlace);
-  if (!off) gateway.settings.set("smsCommands.password.text", given.word(0));
-  return {true, "The password is " + given.word(0) + applies};
+  return setPermission(gateway, "password", "text", given.word(0), given);
 }
 
 Answer whitelist(Gateway& gateway, const Arguments& given) {
-  const bool off = given.word(0) == "off";
   Json::Value numbers(Json::arrayValue);
-  std::string text;
-  for (const std::string& number : given.words()) {
-    numbers.append(number);
-    text += " " + number;
-  }
-  if (!gateway.settings.set("smsCommands.whitelist.enabled", !off)) return wrong(noPlace);
-  if (!off) gateway.settings.set("smsCommands.whitelist.numbers", numbers);
-  return {true, "The whitelist is" + text + applies};
+  for (const std::string& number : given.words()) numbers.append(number);
+  return setPermission(gateway, "whitelist", "numbers", numbers, given);
 }
 
 Answer timings(Gateway&, const Arguments& given) {
@@ -207,9 +217,8 @@ std::vector<Command> daemonCommands() {
        wait, true},
       {"date", "DAY", "sets the clock to noon of a day, such as 2045-06-15", date},
       {"await", "pass|tool|request|api|exit|program",
-       "waits until a pass ends, the tool hangs, a request waits, the API's socket exists, the daemon ends, "
-       "or "
-       "the program of --with ends; passes run while it waits for the last two",
+       "waits until a pass ends, the tool hangs, a request waits, the API's socket exists, the daemon ends,"
+       " or the program of --with ends; passes run while it waits for the last two",
        await, true},
       {"settings", "[KEY] [VALUE] [--remove]",
        "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},

@@ -5,9 +5,9 @@
 namespace Simulator {
 namespace {
 
-constexpr unsigned untilRepaired = 9999;  // times
+constexpr unsigned untilRepair = 9999;  // times
 
-// The fault with this name; None if there is none.
+// Returns the fault with this name; None if there is none.
 template <typename Fault, std::size_t count>
 Fault faultOf(const char* const (&names)[count], const std::string& name) {
   const auto place = std::find(std::begin(names), std::end(names), name) - std::begin(names);
@@ -15,7 +15,7 @@ Fault faultOf(const char* const (&names)[count], const std::string& name) {
 }
 
 Answer breakApi(Gateway& gateway, const Arguments& given) {
-  if (!gateway.servesApi()) return wrong("The API is not the gateway's own (--api none).");
+  if (!gateway.servesApi()) return wrong("The gateway does not serve the API (--api none).");
   const auto fault = faultOf<ApiFault>(LocalApiServer::faultNames, given.word(1));
   if (fault != ApiFault::None) {
     gateway.api.setFault(fault, given.number(2, 0));
@@ -33,14 +33,13 @@ Answer breakTool(Gateway& gateway, const Arguments& given) {
     return {true, "The tool is gone."};
   }
   gateway.modem.setFault(operation, faultOf<ToolFault>(Modem::faultNames, given.word(2)),
-                         given.number(3, untilRepaired));
+                         given.number(3, untilRepair));
   return {true, "The tool is broken: " + operation + " " + given.word(2) + "."};
 }
 
 Answer fill(Disk& disk, const std::string& name) {
   if (disk.fill()) return {true, name + " is full."};
-  return wrong(name +
-               " is not filled: it is not a file system of private-gateway's (under proot it has none).");
+  return wrong("Cannot fill " + name + ": it is not a file system of private-gateway (proot makes none).");
 }
 
 Answer fault(Gateway& gateway, const Arguments& given) {
@@ -74,8 +73,8 @@ std::vector<Command> faultCommands() {
       {"fault",
        "api code N, api garbage|close|silent|gone|refused, tool gone, "
        "tool unread|read|delete|send fail|hang|kill|silent [TIMES], syslog gone, disk full, tmp full",
-       "sets a fault; one of the tool ends after so many TIMES, each other one by repair", fault},
-      {"repair", "[api|tool|syslog|disk|tmp|all]", "ends faults; all: also the modem's refusals", repair},
+       "sets a fault; a fault of the tool ends after TIMES runs, every other one by repair", fault},
+      {"repair", "[api|tool|syslog|disk|tmp|all]", "ends faults; all also ends the modem's refusals", repair},
       {"faults", "", "shows the faults that are set", faults},
   };
 }

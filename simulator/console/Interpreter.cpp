@@ -5,13 +5,13 @@
 namespace Simulator {
 namespace {
 
-constexpr std::size_t sameLetters = 3;  // with these a wrong name still tells which command was meant
+constexpr std::size_t sameLetters = 3;  // a wrong name that begins like a command is taken for that command
 constexpr std::size_t nameWidth = 14;
 constexpr double turnSeconds = 30;
 constexpr char helpEnd[] =
     "\"help NAME\" shows how to write a command. The clock runs in the console and on the page. In a script "
-    "it "
-    "stands still:\nthe daemon then runs a pass only in start, restart, pass, wait, and await exit or "
+    "it\n"
+    "stands still: the daemon then runs a pass only in start, restart, pass, wait, await exit and await "
     "program.";
 
 std::string usage(const Command& command) {
@@ -27,7 +27,7 @@ bool isLike(const std::string& name, const std::string& meant) {
 
 Interpreter::Interpreter(Gateway& gateway) : gateway_(gateway) {
   for (const auto& some :
-       {messageCommands(), daemonCommands(), faultCommands(), lookCommands(), checkCommands()})
+       {messageCommands(), daemonCommands(), faultCommands(), showCommands(), checkCommands()})
     commands_.insert(commands_.end(), some.begin(), some.end());
   gateway_.daemon.pause = [this] { pause(); };
 }
@@ -76,7 +76,7 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   return answer;
 }
 
-// Waits until no other command waits. Refuses when that one hangs or takes too long.
+// Waits until no other command waits. Refuses if the other command hangs or takes too long.
 Answer Interpreter::takeTurn(const Command& command) {
   std::string hang;
   const auto decided = [&] {
@@ -84,9 +84,9 @@ Answer Interpreter::takeTurn(const Command& command) {
     return !busy() || !hang.empty();
   };
   const bool inTime = waitUntil(turnSeconds, decided, [this] { pause(); });
-  if (!hang.empty()) return wrong("\"" + waiting_ + "\" has not ended: " + hang + ".");
-  if (!inTime) return wrong("\"" + waiting_ + "\" has not ended.");
-  waiting_ = command.name;
+  if (!hang.empty()) return wrong(waiting_ + " has not ended: " + hang + ".");
+  if (!inTime) return wrong(waiting_ + " has not ended.");
+  waiting_ = std::string("\"").append(command.name) + "\"";
   gateway_.daemon.interrupted = false;
   return {};
 }
@@ -94,7 +94,7 @@ Answer Interpreter::takeTurn(const Command& command) {
 void Interpreter::carryOut() {
   const auto turn = lock();
   if (busy()) return;
-  waiting_ = "carry-out";
+  waiting_ = "A command of the API";
   gateway_.daemon.interrupted = false;
   gateway_.responder.carryOut();
   waiting_.clear();

@@ -18,17 +18,17 @@ inline Answer wrong(const std::string& text) { return {false, text}; }
 
 struct Command {
   const char* name;
-  const char* arguments;  ///< the shapes in which it may be written (Arguments)
+  const char* arguments;  ///< their shapes, see Arguments
   const char* summary;
   Answer (*run)(Gateway& gateway, const Arguments& given);
-  bool waits = false;  ///< lets other threads in while it waits; one such command runs at a time
+  bool waits = false;  ///< releases the lock while it waits; only one such command runs at a time
 };
 
-// The commands by theme, each theme in a file of its own.
+// The groups of commands, each in a file of its own.
 std::vector<Command> messageCommands();
 std::vector<Command> faultCommands();
 std::vector<Command> daemonCommands();
-std::vector<Command> lookCommands();
+std::vector<Command> showCommands();
 std::vector<Command> checkCommands();
 
 /// Executes command lines on a gateway. The console and the page may use it at the same time. Their commands
@@ -46,11 +46,10 @@ class Interpreter {
 
   const std::vector<Command>& all() const { return commands_; }
 
-  /// A thread holds this lock while it uses gateway() or busy() beside another thread.
+  /// A thread must hold this lock while it uses gateway() or busy(), if there is another thread.
   std::unique_lock<std::mutex> lock() { return std::unique_lock(turn_); }
   Gateway& gateway() { return gateway_; }
-  /// Whether a command waits.
-  bool busy() const { return !waiting_.empty(); }
+  bool busy() const { return !waiting_.empty(); }  ///< a command waits
 
  private:
   Answer run(const Command& command, const std::vector<Word>& line);
@@ -63,7 +62,7 @@ class Interpreter {
   Gateway& gateway_;
   std::mutex turn_;
   std::vector<Command> commands_;
-  std::string waiting_;  ///< the command that waits
+  std::string waiting_;  ///< names the command that waits; empty if none does
 };
 
 }  // namespace Simulator

@@ -15,7 +15,7 @@ bool contains(const std::vector<unsigned>& numbers, unsigned number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// Which parts of a message the network reorders, repeats, loses and holds back, by their numbers from 1.
+// The parts of a message that the network reorders, repeats, loses and holds back, by their numbers from 1.
 struct Delivery {
   std::vector<unsigned> order, repeated, lost, held;
 
@@ -27,7 +27,7 @@ struct Delivery {
     return true;
   }
 
-  // The parts in the order of their arrival: those of `order`, the others, the repeated ones.
+  // Returns the parts in the order of arrival: those of `order`, then the others, then the repeated ones.
   std::vector<unsigned> arrivals(std::size_t count) const {
     std::vector<unsigned> numbers = order;
     for (unsigned number = 1; number <= count; ++number)
@@ -75,11 +75,11 @@ Answer receive(Gateway& gateway, const Arguments& given) {
   gateway.phones.texts.push_back({sender, text, true, gateway.clock.now()});
   const unsigned times = given.number("--times", 1);
   for (unsigned i = 0; i < times; ++i) deliver(gateway, sender, encoder.parts, delivery);
-  std::string said = "The modem has " + counted(times, "message") + " from " + sender;
-  if (parts > 1) said += ", in " + counted(parts, "part") + (times > 1 ? " each" : "");
-  said += delivery.text() + ".\n";
-  for (const std::string& note : encoder.notes) said += "Note: " + note + "\n";
-  return {true, said};
+  std::string answer = "The modem has " + counted(times, "message") + " from " + sender;
+  if (parts > 1) answer += ", in " + counted(parts, "part") + (times > 1 ? " each" : "");
+  answer += delivery.text() + ".\n";
+  for (const std::string& note : encoder.notes) answer += "Note: " + note + "\n";
+  return {true, answer};
 }
 
 Answer release(Gateway& gateway, const Arguments&) {
@@ -92,7 +92,7 @@ Answer listing(Gateway& gateway, const Arguments& given) {
   const std::string& word = given.word(0);
   const std::string text = word.find('\n') == std::string::npos ? readFile(word) : word;
   if (text.empty())
-    return wrong("The file " + word + " is missing or empty; a listing as a text needs a line feed (\\n).");
+    return wrong("The file " + word + " is missing or empty; a text must contain a line feed (\\n).");
   gateway.modem.receiveRaw(text);
   return {true, "The modem lists these " + std::to_string(text.size()) + " bytes."};
 }

@@ -22,14 +22,12 @@ std::ptrdiff_t countLines(const std::string& text) {
   return text.empty() ? 0 : std::count(text.begin(), text.end(), '\n') + 1;
 }
 
-Answer refuseCheck(Gateway&, const Arguments&) { return wrong("Only a script can check."); }
+Answer refuseCheck(Gateway&, const Arguments&) { return wrong("Only a script can use a check."); }
 
 }  // namespace
 
 struct Script::Check {
-  const char* name;
-  const char* arguments;
-  const char* summary;
+  const char *name, *arguments, *summary;
   bool (*holds)(Script& script, const std::string& wanted);
 };
 const Script::Check Script::checks[] = {
@@ -46,9 +44,7 @@ const Script::Check Script::checks[] = {
      [](Script& script, const std::string& status) { return script.daemonEnds(status); }},
     {expectWrong, "TEXT...",
      "in a script: the last command must have been refused, with an error that contains TEXT",
-     [](Script& script, const std::string& text) {
-       return !std::exchange(script.last_.good, true) && script.outputHas(text);
-     }},
+     [](Script& script, const std::string& text) { return script.takeRefusal() && script.outputHas(text); }},
 };
 
 std::vector<Command> checkCommands() {
@@ -91,11 +87,14 @@ void Script::execute(const std::string& line) {
 
 bool Script::fail() const {
   std::cerr << name_ << ":" << number_ << ": " << line_
-            << "\n  came: " << (last_.text.empty() ? "nothing" : last_.text) << std::endl;
+            << "\n  got: " << (last_.text.empty() ? "nothing" : last_.text) << std::endl;
   return false;
 }
 
 bool Script::outputHas(const std::string& text) const { return last_.text.find(text) != std::string::npos; }
+
+// Returns whether the last command was refused, and lets the script continue after the refusal.
+bool Script::takeRefusal() { return !std::exchange(last_.good, true); }
 
 bool Script::daemonEnds(const std::string& status) {
   const auto turn = interpreter_.lock();

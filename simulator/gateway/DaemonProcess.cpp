@@ -14,17 +14,15 @@
 namespace Simulator {
 namespace {
 
-constexpr char outputFile[] = "/run/gateway/daemon-output";  // its output until it has detached
+constexpr char outputFile[] = "/run/gateway/daemon-output";  // the daemon's output until it detaches
 constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
-constexpr std::size_t longestName = 15;  // the kernel cuts a process's name there
-constexpr int maxDescriptors = 1024;     // the kernel allows a process so many
+constexpr std::size_t longestName = 15;  // the kernel cuts longer process names
 constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
 
-// The daemon's command line. The daemon must cope with the signals that env blocks and ignores. It inherits
-// the rest of the simulator's environment.
+// Returns the daemon's command line. The daemon must work although env blocks SIGTERM and ignores SIGCHLD.
 std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   const std::string reports = std::string("log_path=") + reportPrefix;
   return {"env",
@@ -37,17 +35,16 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
           paths.program};
 }
 
-// Runs in the child of a program with threads. A thread may have held the allocator's lock during the fork,
-// so this must not allocate. It closes every other file descriptor, so that those of the daemon can be
-// counted.
+// Runs the daemon in the child process. Must not allocate memory: a thread may have held the allocator's lock
+// during fork(). Closes all other file descriptors, so that a script can count those of the daemon.
 [[noreturn]] void run(char* const* command) {
-  setpgid(0, 0);  // a Ctrl-C must not reach it before it has a session of its own
+  setpgid(0, 0);  // a Ctrl-C must not reach the daemon before it has its own session
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
-  for (int other = STDERR_FILENO + 1; other < maxDescriptors; ++other) close(other);
+  closefrom(STDERR_FILENO + 1);
   execvp(command[0], command);
   _exit(127);
 }
@@ -84,7 +81,7 @@ std::string DaemonProcess::start() {
     ended(status);
     return "The daemon ended with status " + ending_ + " before it detached. " + readFile(outputFile);
   }
-  // The detached daemon is an orphan, and so became a child of this process.
+  // The detached daemon is an orphan, so it is now a child of this process.
   const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, longestName);
   for (const pid_t orphan : childrenOf(getpid()))
     if (readFile("/proc/" + std::to_string(orphan) + "/comm") == name + "\n") pid_ = orphan;
@@ -95,8 +92,7 @@ bool DaemonProcess::stop() {
   const auto hasEnded = [this] { return !running(); };
   signal(SIGTERM);
   if (wait(signalSeconds, hasEnded)) return true;
-  // A signal that comes just before the sleep does not end it. On a gateway the sleep ends after five
-  // seconds.
+  // A signal just before the sleep does not end the sleep. On a real gateway, it ends after five seconds.
   clock_.grant();
   wait(stopSeconds, [&] { return hasEnded() || hangs_(); });
   return hasEnded();
@@ -125,9 +121,13 @@ std::string DaemonProcess::ending() {
 }
 
 bool DaemonProcess::wait(double seconds, const std::function<bool()>& done) {
-  bool is = false;
-  waitUntil(seconds, [&] { return (is = done()) || interrupted; }, pause);
-  return is;
+  bool isDone = false;
+  const auto ends = [&] {
+    isDone = done();
+    return isDone || interrupted;
+  };
+  waitUntil(seconds, ends, pause);
+  return isDone;
 }
 
 DaemonProcess::Passed DaemonProcess::awaitSleep(double seconds) {

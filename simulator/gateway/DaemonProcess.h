@@ -12,8 +12,7 @@
 
 namespace Simulator {
 
-/// The daemon's process and its passes. The daemon detaches from its parent, so the process with this object
-/// becomes the reaper of its orphaned descendants.
+/// The daemon's process and its passes. This process is the subreaper, so the detached daemon is its child.
 class DaemonProcess {
  public:
   struct Paths {
@@ -21,37 +20,34 @@ class DaemonProcess {
     std::string clockLibrary;  ///< preloaded into the daemon
     std::string toolFolder;    ///< comes first in its PATH
   };
+  /// Whether a pass has ended. Ended: the daemon has ended instead.
   enum class Passed { Yes, Ended, NotYet };
 
-  /// `hangs` tells whether the daemon waits for something that only a repair ends. No call then waits for a
-  /// pass.
+  /// `hangs` returns whether only a repair ends what the daemon waits for. No call then waits for a pass.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
-  /// Runs the program until it has detached. Returns an empty string, or one line on why it could not be
-  /// started, or on how it ended before it detached.
+  /// Starts the program and waits until it has detached. Returns an empty string, or one line on the failure.
   [[nodiscard]] std::string start();
-  /// Sends SIGTERM and waits up to ten seconds. Whether the daemon has ended.
+  /// Sends SIGTERM and waits up to ten seconds. Returns whether the daemon has ended.
   bool stop();
   bool running();
   pid_t pid() const { return pid_; }
   Footprint footprint() const { return Footprint::of(pid_); }
-  /// Sends a signal; false when the daemon is not running.
-  bool signal(int number);
-  /// How the last daemon ended: "0", "1", "signal 9", followed by a sanitizer's report if there is one. Empty
-  /// while it runs, and before the first start.
+  bool signal(int number);  ///< sends a signal; false if the daemon is not running
+  /// Returns how the last daemon ended: "0", "signal 9", with a sanitizer's report. Empty before it has
+  /// ended.
   std::string ending();
 
   /// Waits up to `seconds` until the daemon sleeps.
   Passed awaitSleep(double seconds);
   /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
   Passed pass();
-  /// Waits up to `seconds` until `done` holds. Whether it does.
+  /// Waits up to `seconds` until `done` returns true. Returns whether it did.
   bool wait(double seconds, const std::function<bool()>& done);
 
-  /// Ends every wait early. A signal handler may set it.
+  /// True ends every wait early. A signal handler may set this.
   std::atomic<bool> interrupted{false};
-  /// Called between two looks of a wait.
-  std::function<void()> pause = sleepAMoment;
+  std::function<void()> pause = sleepAMoment;  ///< a wait calls this between two checks
 
  private:
   void ended(int status);

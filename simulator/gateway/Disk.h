@@ -4,12 +4,12 @@
 
 namespace Simulator {
 
-/// A file system of private-gateway's, which can be filled to the last byte.
+/// A small file system that private-gateway has made. It can be filled to the last byte.
 class Disk {
  public:
   explicit Disk(std::string folder) : filler_(folder + "/filler"), folder_(std::move(folder)) {}
 
-  /// False, with nothing done, when the file system is too large to be private-gateway's.
+  /// Fills the file system. Returns false and does nothing if it is too large to come from private-gateway.
   bool fill();
   void free();
   bool full() const;

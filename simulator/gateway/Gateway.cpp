@@ -24,8 +24,7 @@ constexpr char toolLog[] = "/var/log/veld.log";
 constexpr char mark[] = "/run/private-gateway";
 constexpr double killSeconds = 10;
 
-// On a real machine this program would take /dev/log away from syslog. The first object of the gateway
-// already needs the folders.
+// Refuses to run on a real machine, whose /dev/log it would take. Creates the folders that the members need.
 const char* prepare(const char* modemFolder) {
   if (!fs::exists(mark)) {
     std::fputs("simulator: this is a real machine; run me through simulator/private-gateway\n", stderr);
@@ -47,7 +46,7 @@ std::string quoted(const std::string& word) {
   return "'" + std::regex_replace(word, std::regex("'"), R"('\'')") + "'";
 }
 
-// A script, because the environment may name a whole command line.
+// Writes a script, because VELDCTL may contain a whole command line.
 bool writeVeldctl(const std::string& program) {
   const char* const other = std::getenv("VELDCTL");
   const std::string command = other != nullptr ? other : quoted(program);
@@ -92,16 +91,17 @@ std::string Gateway::veldctl(const std::vector<std::string>& words) const {
   for (const std::string& word : words) command += " " + quoted(word);
   std::FILE* const pipe = popen((command + " 2>&1; s=$?; [ $s -eq 0 ] || echo status $s").c_str(), "r");
   if (pipe == nullptr) return "";
-  std::string said;
+  std::string output;
   char piece[4096];
-  while (std::fgets(piece, sizeof(piece), pipe) != nullptr) said += piece;
+  while (std::fgets(piece, sizeof(piece), pipe) != nullptr) output += piece;
   pclose(pipe);
-  return said;
+  return output;
 }
 
 void Gateway::setToolThere(bool there) {
-  if (there == fs::exists(toolPath)) return;  // replacing the link would leave a moment without it
-  if ((there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath)) != 0) std::perror(toolPath);
+  if (there == fs::exists(toolPath)) return;  // a new link would leave a moment without the tool
+  const int result = there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath);
+  if (result != 0) std::perror(toolPath);
 }
 
 bool Gateway::repair(const std::string& part) {
@@ -120,7 +120,7 @@ bool Gateway::repair(const std::string& part) {
 
 std::vector<std::string> Gateway::faults() {
   std::vector<std::string> lines;
-  if (servesApi_ && !api.listening()) lines.emplace_back("api: no socket, or nobody listens");
+  if (servesApi_ && !api.listening()) lines.emplace_back("api: no socket, or nothing listens on it");
   if (!api.fault().empty()) lines.push_back("api: " + api.fault());
   if (!fs::exists(toolPath)) lines.emplace_back("tool: gone");
   for (const std::string& each : modem.faults()) lines.push_back("tool: " + each);

@@ -17,21 +17,21 @@
 
 namespace Simulator {
 
-/// The gateway around the daemon: everything that the daemon uses, at the absolute paths where it expects it.
-/// private-gateway makes these paths private, so each has one gateway.
+/// The gateway around the daemon: everything that the daemon uses, at the absolute paths where the daemon
+/// expects it. private-gateway makes these paths private, so that each private gateway has one object.
 class Gateway {
  public:
   struct Options {
     std::string program;      ///< the daemon's executable
     std::string buildFolder;  ///< holds the simulated tool and the clock library
-    bool hold = false;        ///< the clock stands still between the passes that are asked for
-    std::string tool = "";    ///< the modem's tool; empty: the simulated one
-    bool servesApi = true;    ///< false: a program of the user's serves the API
+    bool hold = false;        ///< the clock stands still between requested passes
+    std::string tool = "";    ///< replaces the simulated tool, unless it is empty
+    bool servesApi = true;    ///< false: the user's program serves the API
   };
 
-  /// Brings up everything but the daemon. Ends the process with a line on standard error when it cannot.
+  /// Starts everything except the daemon. A failure ends the process with a line on standard error.
   explicit Gateway(const Options& options);
-  /// Repairs every fault and ends the daemon, after ten seconds by SIGKILL.
+  /// Repairs every fault and ends the daemon; by SIGKILL if it still runs after ten seconds.
   ~Gateway();
 
   Modem modem;
@@ -48,25 +48,21 @@ class Gateway {
   Disk tmp{"/tmp"};
 
   bool servesApi() const { return servesApi_; }
-  /// Runs `command` beside the daemon, with the tool and veldctl in its PATH and the message folders in
-  /// place.
+  /// Creates the message folders and runs `command` beside the daemon, with the tool and veldctl in its PATH.
   void runBeside(const std::string& command);
-  /// Runs veldctl with these words. Returns its output, and its exit status as the last line unless that is
-  /// 0. The environment variable VELDCTL replaces the command line of veldctl.
+  /// Runs veldctl, or $VELDCTL. Returns its output, with its exit status in a last line unless that is 0.
   std::string veldctl(const std::vector<std::string>& words) const;
 
   /// Puts the modem's tool into the PATH of the daemon, or removes it.
   void setToolThere(bool there);
 
-  /// Ends the faults of "api", "tool", "syslog", "disk", "tmp" or "all"; the modem still refuses the numbers
-  /// that it refused. False when a socket cannot be bound.
+  /// Ends the faults of one part, as in faults(), but not the modem's refusals. False if bind() fails.
   bool repair(const std::string& part = "all");
-  /// The faults that are set, one line each: "tool: gone".
+  /// Returns the faults that are set, one line each, such as "tool: gone".
   std::vector<std::string> faults();
-  /// What the daemon waits for until it is repaired; empty if nothing.
+  /// Returns the fault that the daemon waits for; empty if it does not hang.
   std::string hang() const;
-  /// How long it has waited.
-  unsigned hangSeconds() const;
+  unsigned hangSeconds() const;  ///< how long the daemon has waited for that
 
  private:
   std::string tool_;

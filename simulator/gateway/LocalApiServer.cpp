@@ -16,10 +16,10 @@ namespace {
 constexpr char settingsPath[] = "/api/sms";
 constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
-constexpr int anyPort = 80;  // the library wants one; a UNIX-domain socket has none
+constexpr int anyPort = 80;  // the library requires a port; a UNIX-domain socket has none
 constexpr double startSeconds = 10;
 
-// The last path components of the commands that this gateway knows. Its list is independent of the daemon's.
+// The last path components of the known commands. The list does not come from the daemon's code.
 constexpr char knownCommands[] =
     " sms_restart checkin_to_quillo_sms set_rm_through_sms set_cellular_through_sms send_apn_through_sms "
     "send_cellularstatus_sms send_radiostatus_sms send_ethernetstatus_sms send_wanstatus_sms "
@@ -36,12 +36,11 @@ Json::Value envelope(unsigned code, const Json::Value& result) {
   return object({{"code", code}, {"result", result}});
 }
 
-// The daemon builds the body from a phone's text without escaping, so further members may have got in.
+// Refuses further members: a text with quotes can inject them, because the daemon does not escape it.
 bool isCommand(const Json::Value& body) {
   return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
 }
 
-// Closes the connection in the middle of an answer.
 void breakOff(httplib::Response& response) {
   response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
     constexpr char beginning[] = "{\"code\": 200, \"res";
@@ -127,17 +126,18 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   const unsigned faultCode = faultCode_;
   lock.unlock();
 
-  int code = noCode;
+  unsigned code = 0;
   if (fault == ApiFault::Garbage) {
-    response.set_content("<html>\xff\x01 this is no JSON", "text/html");
+    response.set_content("<html>\xff\x01 this is not JSON", "text/html");
   } else if (fault == ApiFault::Close) {
     breakOff(response);
   } else {
     const Json::Value json = fault == ApiFault::Code ? envelope(faultCode, Json::nullValue) : answer(kept);
     response.set_content(toLine(json), jsonType);
-    code = json["code"].asInt();
+    code = json["code"].asUInt();
   }
   lock.lock();
+  requests_[number].answered = true;
   requests_[number].code = code;
 }
 
@@ -146,7 +146,7 @@ Json::Value LocalApiServer::answer(const Request& request) const {
     return request.path == settingsPath ? envelope(200, settings_()) : envelope(404, "no such resource");
   if (!isKnown(request.path)) return envelope(404, "no such command");
   Json::Value body;
-  if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is no command");
+  if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is not a command");
   return envelope(200, Json::nullValue);
 }
 

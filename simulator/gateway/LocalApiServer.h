@@ -21,12 +21,11 @@ struct Response;
 
 namespace Simulator {
 
-/// A fault of the API: none; it answers with another code; with no JSON; it closes the
-/// connection in the middle of an answer; it does not answer until it is repaired.
+/// A fault of the API. Code: answers with another code. Garbage: answers without JSON. Close: closes the
+/// connection in the middle of an answer. Silent: does not answer before a repair.
 enum class ApiFault { None, Code, Garbage, Close, Silent };
 
-/// The gateway's local HTTP API on its UNIX-domain socket. It serves the settings, and accepts and keeps the
-/// commands.
+/// The local HTTP API on its UNIX-domain socket: serves the settings, accepts commands, keeps all requests.
 class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
@@ -37,30 +36,29 @@ class LocalApiServer {
     std::string method;
     std::string path;
     std::string body;
-    int code = 0;  ///< of the answer; 0 while there is none, noCode when it had none
+    bool answered = false;
+    unsigned code = 0;  ///< of the answer; 0 if the answer had none
   };
-  static constexpr int noCode = -1;
 
-  /// `settings` returns the settings object to serve. It is called on another thread.
+  /// `settings` returns the settings object to serve. Another thread calls it.
   explicit LocalApiServer(std::function<Json::Value()> settings);
   ~LocalApiServer();
 
-  /// Binds the socket and listens; false when it cannot.
+  /// Binds the socket and listens; false on failure.
   bool listen();
   /// Stops listening. With `leaveSocket` the socket's file stays, and connections are refused.
   void close(bool leaveSocket);
   bool listening() const { return server_ != nullptr; }
 
-  /// `code` is that of ApiFault::Code.
+  /// `code` is for ApiFault::Code.
   void setFault(ApiFault fault, unsigned code);
-  /// The fault that is set, as "code 500"; empty if none.
+  /// Returns the fault that is set, such as "code 500"; empty if there is none.
   std::string fault() const;
 
-  /// Every request so far from number `first` on, counting from 0, including those without an answer.
+  /// Returns all requests from number `first` on, counting from 0, including those without an answer.
   std::vector<Request> requests(std::size_t first = 0) const;
-  /// How many requests wait for their answer.
-  unsigned waiting() const { return waiting_; }
-  /// How long the last request has waited that gets no answer before a repair; none if there is none.
+  unsigned waiting() const { return waiting_; }  ///< requests without an answer so far
+  /// Returns how many seconds the last request has waited for a repair; nullopt if there is no such request.
   std::optional<unsigned> silentSeconds() const;
 
  private:

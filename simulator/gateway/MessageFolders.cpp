@@ -39,7 +39,7 @@ std::vector<Json::Value> MessageFolders::records(const std::string& box) {
   return all;
 }
 
-// The time and a two-digit ordinal.
+// Returns a guid that no message has: the time and an ordinal of two digits.
 std::string MessageFolders::freeGuid() const {
   const std::time_t now = clock_.now();
   char second[15];
@@ -57,7 +57,7 @@ std::string MessageFolders::queue(const Json::Value& recipient, const std::strin
   const std::string guid = freeGuid();
   const Json::Value record =
       object({{"guid", guid}, {"recipient", recipient}, {"message", text}, {"retries", retries}});
-  // The daemon takes any file in the folder for a whole record, so it is written beside the folder.
+  // Writes the file beside the folder, because the daemon takes any file inside for a complete record.
   const std::string target = pathOf("sending") + "/" + guid;
   const std::string beside = fs::path(target).parent_path().parent_path() / guid;
   const bool good = writeFile(beside, toLine(record)) && std::rename(beside.c_str(), target.c_str()) == 0;

@@ -15,16 +15,16 @@ class MessageFolders {
   static constexpr char root[] = "/var/config/sms";
   static constexpr const char* boxes[] = {"received", "sending", "sent", "failed"};
 
-  /// Creates the root, with the mode that the daemon's unit gives it.
+  /// Creates the root folder, with the mode that the daemon's unit gives it.
   explicit MessageFolders(const GatewayClock& clock);
 
-  /// Creates the folders that are missing, as the daemon does when it starts.
+  /// Creates missing folders, as the daemon does when it starts.
   static void create();
   static std::string pathOf(const std::string& box);
-  /// The records of a box, sorted by file name. A file that is not JSON becomes a string.
+  /// Returns the records of a box, sorted by file name. A file that is not JSON becomes a string.
   static std::vector<Json::Value> records(const std::string& box);
 
-  /// Queues an outgoing message. Returns its guid, or an empty string when the file cannot be written.
+  /// Queues an outgoing message. Returns its guid, or an empty string if the file cannot be written.
   [[nodiscard]] std::string queue(const Json::Value& recipient, const std::string& text,
                                   unsigned retries) const;
 

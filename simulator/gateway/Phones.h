@@ -7,7 +7,7 @@
 
 namespace Simulator {
 
-/// The phones and the network: the texts that phones wrote to the gateway, and those that reached them.
+/// The phones and the network: the texts from and to phones, and the parts that the network holds back.
 struct Phones {
   struct Text {
     std::string number;
@@ -15,7 +15,7 @@ struct Phones {
     bool written;      ///< by the phone; false: by the gateway
     std::time_t when;  ///< on the gateway's clock
   };
-  using Part = std::pair<std::string, std::string>;  ///< a number and the user data
+  using Part = std::pair<std::string, std::string>;  ///< the sender's number, the user data
 
   std::vector<Text> texts;     ///< in their order
   std::vector<Part> held;      ///< parts that the network holds back

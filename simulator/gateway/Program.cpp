@@ -7,7 +7,7 @@
 namespace Simulator {
 namespace {
 
-constexpr int cannotStart = 127;  // as the shell says it
+constexpr int cannotStart = 127;  // as in the shell
 constexpr int signalBase = 128;
 
 }  // namespace

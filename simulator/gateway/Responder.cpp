@@ -6,22 +6,22 @@ namespace Simulator {
 namespace {
 
 constexpr char rebootPath[] = "/api/command/sms_restart";
-constexpr int accepted = 200;
+constexpr unsigned accepted = 200;
 constexpr unsigned retries = 3;
 
 }  // namespace
 
 void Responder::carryOut() {
-  for (const LocalApiServer::Request& request : api_.requests(seen_)) {
-    if (request.code == 0) break;  // not answered yet
-    const std::size_t number = seen_++;
+  for (const LocalApiServer::Request& request : api_.requests(next_)) {
+    if (!request.answered) break;
+    const std::size_t number = next_++;
     if (request.method != "POST" || request.code != accepted) continue;
     const std::string text = carryOut(request);
     if (!text.empty()) events_.push_back({number, text});
   }
 }
 
-// Returns what was done; empty if nothing.
+// Carries out one command. Returns what was done; empty if nothing was.
 std::string Responder::carryOut(const LocalApiServer::Request& request) {
   Json::Value body;
   if (!readJson(request.body, body)) return "";

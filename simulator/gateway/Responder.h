@@ -9,8 +9,7 @@
 
 namespace Simulator {
 
-/// The program of the gateway that carries out the commands of its API. It queues an answer to the sender,
-/// and restarts the daemon for a reboot.
+/// Carries out the commands of the API: queues an answer to the sender, and restarts the daemon for a reboot.
 class Responder {
  public:
   struct Event {
@@ -23,7 +22,7 @@ class Responder {
 
   /// Carries out the commands that the API accepted since the last call.
   void carryOut();
-  /// Everything that was done so far.
+
   const std::vector<Event>& events() const { return events_; }
 
  private:
@@ -32,7 +31,7 @@ class Responder {
   const LocalApiServer& api_;
   const MessageFolders& folders_;
   DaemonProcess& daemon_;
-  std::size_t seen_ = 0;  ///< how many requests carryOut() has seen
+  std::size_t next_ = 0;  ///< the first request that carryOut() has not handled
   std::vector<Event> events_;
 };
 

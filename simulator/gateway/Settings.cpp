@@ -20,7 +20,7 @@ constexpr char defaultSettings[] = R"({
     "wanStatusEnabled": true, "wanIpsEnabled": true, "wifiEnabled": true, "pingEnabled": true,
     "serialEnabled": true, "geopositionEnabled": true, "lnsRestartEnabled": true}})";
 
-// The object in `settings` with the member that a path names, and the member's key. Null if there is no such
+// Returns the object around the member at `path`, and the member's name in `key`. Null without such an
 // object.
 Json::Value* find(Json::Value& settings, const std::string& path, std::string& key) {
   Json::Value* place = &settings;

@@ -7,8 +7,7 @@
 
 namespace Simulator {
 
-/// The SMS section of the gateway's configuration, and its back-off timers. The daemon reads both when it
-/// starts. Safe to use from several threads.
+/// The SMS settings and the back-off timers, which the daemon reads when it starts. Safe for several threads.
 class Settings {
  public:
   static constexpr char timersFile[] = "/var/run/config/backofftimers_config";
@@ -17,12 +16,11 @@ class Settings {
   Settings();
 
   Json::Value value() const;
-  /// Sets or removes the member at a path such as "smsCommands.pingEnabled". False when the gateway knows no
-  /// such setting, when the object around it is gone, or when there is nothing to remove.
+  /// Sets or removes a member such as "smsCommands.pingEnabled". False if there is no place for it.
   bool set(const std::string& path, const Json::Value& value);
   bool remove(const std::string& path);
 
-  /// Replaces the timers file; `timings` are seconds, as in "[30,60]". False when that fails.
+  /// Replaces the timers file; `timings` are seconds, such as "[30,60]". False on failure.
   static bool setTimings(const std::string& timings);
 
  private:

@@ -8,8 +8,7 @@
 
 namespace Simulator {
 
-/// The gateway's syslog. It listens on /dev/log, keeps every line, and appends it to a file unless the disk
-/// is full.
+/// The gateway's syslog: keeps each line from /dev/log and appends it to a file, unless the disk is full.
 class SyslogServer {
  public:
   static constexpr char socketPath[] = "/dev/log";
@@ -26,15 +25,13 @@ class SyslogServer {
   SyslogServer();
   ~SyslogServer();
 
-  /// Binds the socket and listens; false when it cannot.
-  bool listen();
+  bool listen();  ///< binds the socket; false on failure
   void close();
   bool listening() const { return socket_ >= 0; }
 
-  /// All lines from number `first` on, counting from 0, including those that were sent just before the call.
+  /// Returns all lines from number `first` on, counting from 0, including those sent just before the call.
   std::vector<Line> lines(std::size_t first = 0);
-  /// All lines, or those since the last call.
-  std::vector<Line> read(bool onlyNew);
+  std::vector<Line> read(bool onlyNew);  ///< all lines, or those since the last call
 
  private:
   void run();

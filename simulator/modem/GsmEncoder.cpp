@@ -17,16 +17,20 @@ constexpr std::pair<const char*, unsigned> extensions[] = {
     {"\f", 0x0A}, {"^", 0x14}, {"{", 0x28}, {"}", 0x29}, {"\\", 0x2F},
     {"[", 0x3C},  {"~", 0x3D}, {"]", 0x3E}, {"|", 0x40}, {"€", 0x65}};
 
+constexpr unsigned wholeRoom = 160;  // septets of a message that is not divided
+
 std::string escaped(unsigned octet) {
   char text[5];
   std::snprintf(text, sizeof text, "\\x%02x", octet & 0xFFU);
   return text;
 }
 
-// The UTF-8 character at `at`. Its first byte gives its length.
+// Returns the UTF-8 character at `at`. Its first byte gives its length.
 std::string characterAt(const std::string& text, std::size_t at) {
-  const unsigned lead = static_cast<unsigned char>(text[at]);
-  return text.substr(at, lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4);
+  const unsigned first = static_cast<unsigned char>(text[at]);
+  if (first < 0x80) return text.substr(at, 1);
+  if (first < 0xE0) return text.substr(at, 2);
+  return text.substr(at, first < 0xF0 ? 3 : 4);
 }
 
 struct Piece {
@@ -35,7 +39,7 @@ struct Piece {
 };
 using Table = std::map<std::string, Piece>;
 
-// Maps each character to its printed form.
+// Maps each character to the form in which the tool prints it.
 Table makeTable() {
   Table table;
   const std::string alphabet = defaultAlphabet;
@@ -50,12 +54,15 @@ Table makeTable() {
   table["\r"].printed = "\\r";
   table["\""].printed = "\\\"";
   table.erase("\x7f");
-  for (const auto& [character, of] : extensions)
-    table[character] = {escaped(0x1B) + (of < 0x20 ? escaped(of) : std::string(1, static_cast<char>(of))), 2};
+  for (const auto& [character, after] : extensions) {
+    const bool isControl = after < 0x20;
+    table[character] = {
+        escaped(0x1B) + (isControl ? escaped(after) : std::string(1, static_cast<char>(after))), 2};
+  }
   return table;
 }
 
-// Texts that veld does not receive as they were written.
+// Texts that arrive at veld in another form.
 constexpr std::pair<const char*, const char*> changed[] = {
     {"^", "\"^\" arrives as \"x14\": the tool prints its code in hex, and veld drops the escape before it."},
     {"\f",
@@ -81,10 +88,10 @@ std::vector<std::string> divide(const std::vector<Piece>& pieces, unsigned room,
   unsigned used = 0;
   std::size_t inPart = 0;
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    // Leave a character for each wanted part that follows.
-    const bool asked =
-        wanted > 1 && (inPart >= perPart || (inPart > 0 && pieces.size() - i + parts.size() <= wanted));
-    if (used + pieces[i].septets > room || asked) {
+    // Each wanted part that follows needs at least one character.
+    const bool isLastToSpare = inPart > 0 && pieces.size() - i + parts.size() <= wanted;
+    const bool isComplete = wanted > 1 && (inPart >= perPart || isLastToSpare);
+    if (used + pieces[i].septets > room || isComplete) {
       parts.emplace_back();
       used = 0;
       inPart = 0;
@@ -96,13 +103,9 @@ std::vector<std::string> divide(const std::vector<Piece>& pieces, unsigned room,
   return parts;
 }
 
-}  // namespace
-
-std::string GsmEncoder::encode(const std::string& text, const Options& options) {
-  notes.clear();
+// Appends the characters of `text` to `pieces`. Returns an empty string, or the problem of a character.
+std::string translate(const std::string& text, std::vector<Piece>& pieces) {
   static const Table table = makeTable();
-  std::vector<Piece> pieces;
-  unsigned total = 0;
   for (std::size_t at = 0; at < text.size();) {
     const std::string character = characterAt(text, at);
     const auto found = table.find(character);
@@ -110,22 +113,35 @@ std::string GsmEncoder::encode(const std::string& text, const Options& options) 
       return "The GSM 7-bit alphabet has no \"" + character + "\" (byte " + std::to_string(at + 1) +
              "). A network would send this text as UCS-2, which veld does not decode.";
     pieces.push_back(found->second);
-    total += found->second.septets;
     at += character.size();
   }
+  return "";
+}
+
+bool beginsWithFill(const std::string& part) { return part.compare(0, 4, escaped(0)) == 0; }
+
+}  // namespace
+
+std::string GsmEncoder::encode(const std::string& text, const Options& options) {
+  notes.clear();
+  std::vector<Piece> pieces;
+  if (const std::string problem = translate(text, pieces); !problem.empty()) return problem;
   if (options.parts > 1 && options.parts > pieces.size())
     return "A text of " + std::to_string(pieces.size()) + " characters cannot make " +
            std::to_string(options.parts) + " parts.";
-  const bool divided = total > 160 || options.parts > 1;
-  parts = divide(pieces, !divided ? 160 : options.wideReference ? 152 : 153, std::max(1U, options.parts));
+  unsigned total = 0;
+  for (const Piece& piece : pieces) total += piece.septets;
+  const bool divided = total > wholeRoom || options.parts > 1;
+  const unsigned partRoom = options.wideReference ? 152 : 153;
+  parts = divide(pieces, divided ? partRoom : wholeRoom, std::max(1U, options.parts));
   const auto count = static_cast<unsigned>(parts.size());
   if (count > 255) return "The text needs " + std::to_string(count) + " parts; a message has at most 255.";
   for (const auto& [found, note] : changed)
     if (text.find(found) != std::string::npos) notes.emplace_back(note);
-  const auto beginsWithFill = [](const std::string& part) { return part.compare(0, 4, escaped(0)) == 0; };
-  if (divided && options.wideReference && std::any_of(parts.begin(), parts.end(), beginsWithFill))
+  if (!divided) return "";
+  if (options.wideReference && std::any_of(parts.begin(), parts.end(), beginsWithFill))
     notes.emplace_back("A part begins with \"@\", which veld takes for the fill octet of the header.");
-  for (unsigned number = 1; divided && number <= count; ++number)
+  for (unsigned number = 1; number <= count; ++number)
     parts[number - 1].insert(0, header(options, count, number));
   return "";
 }

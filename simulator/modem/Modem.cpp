@@ -13,7 +13,7 @@
 namespace Simulator {
 namespace {
 
-// The United Kingdom's regulator reserves 07700 900000 to 900999 for drama.
+// The telephone regulator of the United Kingdom reserves 07700 900000 to 900999 for fiction.
 constexpr char serviceCentre[] = "+447700900123";
 
 }  // namespace
@@ -35,7 +35,7 @@ void Modem::receiveRaw(const std::string& listing) {
   write("state", toLine(now));
   char name[16];
   std::snprintf(name, sizeof name, "%08u", number);
-  // Written beside the boxes and moved, so that no half message is listed.
+  // Writes the file beside the boxes and then moves it, so that the tool never lists half a message.
   if (writeFile(path(name), listing)) std::filesystem::rename(path(name), path("unread/") + name);
 }
 

@@ -1,4 +1,4 @@
-// sms: the modem's command-line tool, with the forms that veld uses.
+// sms: the modem's command-line tool. It has the command lines that veld uses.
 #include <unistd.h>
 
 #include <csignal>
@@ -20,7 +20,7 @@ constexpr char usage[] =
     "sms: usage: sms list unread | sms list read | sms delete read | sms [--verbose] send -f FILE "
     "RECIPIENT\n";
 
-// The operation that the arguments name: "unread", "read", "delete" or "send"; empty for anything else.
+// Returns the operation: "unread", "read", "delete" or "send"; empty if the arguments name no operation.
 std::string operationOf(const std::vector<std::string>& words) {
   if (words == std::vector<std::string>{"list", "unread"}) return "unread";
   if (words == std::vector<std::string>{"list", "read"}) return "read";
@@ -49,7 +49,7 @@ int send(Modem& modem, const std::string& file, const std::string& recipient, bo
   return 0;
 }
 
-// Prints a box. With `hangs` it hangs after half of it.
+// Prints a box. If `hangs` is true, the tool hangs after half of the output.
 void list(Modem& modem, const std::string& operation, bool hangs) {
   std::string listing;
   for (const std::string& message : modem.printed(operation)) listing += message;

@@ -11,21 +11,21 @@ namespace Simulator {
 namespace {
 
 constexpr char loopback[] = "127.0.0.1";
-constexpr std::chrono::milliseconds lookEvery{100};
+constexpr std::chrono::milliseconds interval{100};  // between two checks for news
 constexpr std::size_t largestCommand = 64 << 10;
 constexpr std::size_t linesAtOnce = 500;
 constexpr std::size_t threadCount = 24;
-constexpr unsigned mostFollowers = 16;  // open pages; each takes a thread
+constexpr unsigned mostFollowers = 16;  // open pages; each needs a thread
 constexpr int forbidden = 403;
 
-// The page loads nothing from elsewhere, and no other page may embed it.
+// The page may load data only from this server, and no other page may embed it.
 const httplib::Headers defaultHeaders{
     {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
     {"X-Content-Type-Options", "nosniff"},
     {"Cache-Control", "no-store"}};
 
-// The files are read once, at the start: under proot an existing file is sometimes not found.
+// listen() reads the files only once, because a later open() sometimes fails under proot.
 constexpr struct {
   const char *path, *file, *type;
 } site[] = {{"/", "/index.html", "text/html"},
@@ -33,7 +33,7 @@ constexpr struct {
             {"/style.css", "/style.css", "text/css"},
             {"/icon.svg", "/icon.svg", "image/svg+xml"}};
 
-// Without the SO_REUSEPORT of httplib's default, so that two gateways cannot share a port.
+// Unlike httplib's default, does not set SO_REUSEPORT, so that two gateways cannot share a port.
 void setSocketOptions(int socket) {
   const int yes = 1;
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -45,9 +45,9 @@ std::string event(const std::string& name, const std::string& line) {
 
 }  // namespace
 
-struct PageServer::Seen {
+struct PageServer::Sent {
   std::map<std::string, std::string> panes;
-  std::size_t logged = 0;
+  std::size_t lines = 0;  // of the log
 };
 
 PageServer::PageServer(Interpreter& interpreter) : interpreter_(interpreter) {}
@@ -68,11 +68,9 @@ bool PageServer::listen(int port) {
   server_.set_payload_max_length(largestCommand);
   server_.set_default_headers(defaultHeaders);
   addHandlers();
-  if (port == 0)
-    port_ = server_.bind_to_any_port(loopback);
-  else
-    port_ = server_.bind_to_port(loopback, port) ? port : -1;
-  if (port_ < 0) return false;
+  if (port == 0) port_ = server_.bind_to_any_port(loopback);
+  if (port != 0 && server_.bind_to_port(loopback, port)) port_ = port;
+  if (port_ <= 0) return false;
   watcher_ = std::thread([this] { watch(); });
   listener_ = std::thread([this] { server_.listen_after_bind(); });
   while (!server_.is_running()) std::this_thread::yield();
@@ -108,11 +106,11 @@ bool PageServer::isOwn(const httplib::Request& request) const {
   const std::string host = request.get_header_value("Host");
   const std::string port = ":" + std::to_string(port_);
   if (host != loopback + port && host != "localhost" + port && host != "[::1]" + port) return false;
-  // Sent by browsers: "same-origin", or "none" when a person typed the address.
+  // A browser sends "same-origin", or "none" if a person typed the address.
   const std::string site = request.get_header_value("Sec-Fetch-Site");
   if (!site.empty() && site != "same-origin" && site != "none") return false;
-  const bool reads = request.method == "GET" || request.method == "HEAD";
-  return reads || request.get_header_value("Origin") == "http://" + host;
+  const bool onlyReads = request.method == "GET" || request.method == "HEAD";
+  return onlyReads || request.get_header_value("Origin") == "http://" + host;
 }
 
 void PageServer::follow(httplib::Response& response) {
@@ -123,39 +121,39 @@ void PageServer::follow(httplib::Response& response) {
   }
   response.set_chunked_content_provider(
       "text/event-stream",
-      [this, seen = Seen()](std::size_t, httplib::DataSink& sink) mutable { return sendNews(seen, sink); },
+      [this, sent = Sent()](std::size_t, httplib::DataSink& sink) mutable { return sendNews(sent, sink); },
       [this](bool) { --followers_; });
 }
 
-// Sends the changes since the last call, or waits a moment. False when the browser is gone.
-bool PageServer::sendNews(Seen& seen, httplib::DataSink& sink) {
+// Sends the changes since the last call, or waits for an interval. False if the browser has gone.
+bool PageServer::sendNews(Sent& sent, httplib::DataSink& sink) {
   std::string news;
   Json::Value log(Json::arrayValue);
-  for (const SyslogServer::Line& line : interpreter_.gateway().syslog.lines(seen.logged)) {
+  for (const SyslogServer::Line& line : interpreter_.gateway().syslog.lines(sent.lines)) {
     if (log.size() == linesAtOnce) break;
-    ++seen.logged;
+    ++sent.lines;
     log.append(object({{"level", SyslogServer::levelNames[line.level]}, {"text", line.text}}));
   }
   if (!log.empty()) news += event("log", toLine(log));
   std::unique_lock lock(mutex_);
   for (const auto& [name, line] : panes_) {
-    if (seen.panes[name] == line) continue;
-    seen.panes[name] = line;
+    if (sent.panes[name] == line) continue;
+    sent.panes[name] = line;
     news += event(name, line);
   }
   lock.unlock();
-  if (news.empty()) std::this_thread::sleep_for(lookEvery);
+  if (news.empty()) std::this_thread::sleep_for(interval);
   return !stop_ && (news.empty() || sink.write(news.data(), news.size()));
 }
 
 void PageServer::watch() {
   Panes panes(interpreter_);
   while (!stop_) {
-    const std::map<std::string, std::string> now = panes.look();
+    const std::map<std::string, std::string> now = panes.read();
     std::unique_lock lock(mutex_);
     panes_ = now;
     lock.unlock();
-    std::this_thread::sleep_for(lookEvery);
+    std::this_thread::sleep_for(interval);
   }
 }
 

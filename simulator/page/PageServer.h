@@ -13,25 +13,24 @@
 namespace Simulator {
 
 /// Serves the gateway's page on 127.0.0.1: its files, the data of Panes and the log as server-sent events
-/// (GET /events), and commands (POST /command with a line of text; the answer is {"good", "text"}). A request
-/// that names another host or comes from another page gets status 403, so that no other web page in the
-/// browser can reach the gateway.
+/// (GET /events), and commands (POST /command, answered by {"good", "text"}). A request for another host or
+/// from another web page gets status 403, so that no other page in the browser can use the gateway.
 class PageServer {
  public:
   explicit PageServer(Interpreter& interpreter);
   ~PageServer();
 
-  /// Listens; `port` 0 takes any free port. False when the port is taken.
+  /// Listens on `port`; 0 takes any free port. False if the port is in use.
   [[nodiscard]] bool listen(int port);
-  /// "http://127.0.0.1:PORT/"
+  /// Returns "http://127.0.0.1:PORT/".
   std::string address() const;
 
  private:
-  struct Seen;  // what was sent to one browser
+  struct Sent;  ///< the data that one browser has received
   void addHandlers();
   bool isOwn(const httplib::Request& request) const;
   void follow(httplib::Response& response);
-  bool sendNews(Seen& seen, httplib::DataSink& sink);
+  bool sendNews(Sent& sent, httplib::DataSink& sink);
   void watch();
 
   Interpreter& interpreter_;

@@ -34,8 +34,9 @@ Json::Value modemPane(const Modem& modem) {
 
 Json::Value requestsPane(const LocalApiServer& api, const Responder& responder) {
   Json::Value pane(Json::arrayValue);
-  for (const auto& [method, path, body, code] : api.requests())
-    pane.append(object({{"method", method}, {"path", path}, {"body", body}, {"code", code}}));
+  for (const auto& [method, path, body, answered, code] : api.requests())
+    pane.append(
+        object({{"method", method}, {"path", path}, {"body", body}, {"answered", answered}, {"code", code}}));
   for (const auto& [request, text] : responder.events())
     pane[static_cast<Json::ArrayIndex>(request)]["outcome"] = text;
   return pane;
@@ -63,7 +64,7 @@ Json::Value settingsPane(const Json::Value& all) {
                  {"enabled", commands["enabled"]}});
 }
 
-// The log lines about a refused command, and their meaning.
+// The log lines about a refused command, and their meanings.
 constexpr std::pair<const char*, const char*> refusals[] = {
     {"phone number not in white list", "not on the whitelist"},
     {"password did not match", "wrong password"},
@@ -73,34 +74,34 @@ constexpr std::pair<const char*, const char*> refusals[] = {
 
 }  // namespace
 
-// The daemon logs the text that it checks, and then the reason for a refusal.
+// The daemon logs each text that it checks as a command, and then the reason if it refuses the text.
 void Panes::readLog(SyslogServer& syslog) {
   const std::string before = "SMS commands processing message [";
   const std::string between = "] from recipient [";
-  for (const SyslogServer::Line& line : syslog.lines(logSeen_)) {
-    ++logSeen_;
+  for (const SyslogServer::Line& line : syslog.lines(nextLine_)) {
+    ++nextLine_;
     const std::size_t text = line.text.find(before);
     const std::size_t end = line.text.rfind(between);
     if (text != std::string::npos && end != std::string::npos) {
       const std::size_t begin = text + before.size();
       const std::string number = line.text.substr(end + between.size());
-      judged_ = number.substr(0, number.size() - 1) + " " + line.text.substr(begin, end - begin);
-      refusals_.removeMember(judged_);
+      checked_ = number.substr(0, number.size() - 1) + " " + line.text.substr(begin, end - begin);
+      refusals_.removeMember(checked_);
     }
-    for (const auto& [said, meaning] : refusals)
-      if (line.text.find(said) != std::string::npos) refusals_[judged_] = meaning;
+    for (const auto& [reason, meaning] : refusals)
+      if (line.text.find(reason) != std::string::npos) refusals_[checked_] = meaning;
   }
 }
 
-std::map<std::string, std::string> Panes::look() {
+std::map<std::string, std::string> Panes::read() {
   interpreter_.carryOut();
   const auto turn = interpreter_.lock();
   Gateway& gateway = interpreter_.gateway();
   const std::time_t now = gateway.clock.now();
   const std::vector<Json::Value> sent = gateway.modem.sent();
-  for (; sentSeen_ < sent.size(); ++sentSeen_)
+  for (; nextSent_ < sent.size(); ++nextSent_)
     gateway.phones.texts.push_back(
-        {sent[sentSeen_]["recipient"].asString(), sent[sentSeen_]["text"].asString(), false, now});
+        {sent[nextSent_]["recipient"].asString(), sent[nextSent_]["text"].asString(), false, now});
   readLog(gateway.syslog);
   return {
       {"daemon", toLine(daemonPane(gateway))},

@@ -13,16 +13,16 @@ class Panes {
  public:
   explicit Panes(Interpreter& interpreter) : interpreter_(interpreter) {}
 
-  /// Lets the gateway carry out the commands that its API accepted, and looks at everything.
-  std::map<std::string, std::string> look();
+  /// Lets the gateway carry out the commands that its API accepted, and returns all data.
+  std::map<std::string, std::string> read();
 
  private:
   void readLog(SyslogServer& syslog);
 
   Interpreter& interpreter_;
-  std::size_t sentSeen_ = 0;
-  std::size_t logSeen_ = 0;
-  std::string judged_;                       ///< the text that the daemon checked last
+  std::size_t nextSent_ = 0;
+  std::size_t nextLine_ = 0;                 ///< of the log
+  std::string checked_;                      ///< the "NUMBER TEXT" that the daemon checked last
   Json::Value refusals_{Json::objectValue};  ///< the reasons, by "NUMBER TEXT"
 };
 

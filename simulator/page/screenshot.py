@@ -1,5 +1,4 @@
-"""Takes a picture of the page in use: screenshot.py GATEWAY PICTURE; scripts/screenshot calls it."""
-import http.client
+"""Takes a picture of the page in use: screenshot.py GATEWAY PICTURE. scripts/screenshot runs this."""
 import re
 import subprocess
 import sys
@@ -15,14 +14,8 @@ COMMANDS = ['receive +4917099999 "The pump has stopped."', "refuse +4917022222",
             "pass", "pass"]
 FLAGS = ("headless=new no-sandbox disable-gpu disable-quic no-first-run disable-background-networking "
          "disable-component-update disable-sync disable-dev-shm-usage hide-scrollbars window-size=1280,1000").split()
-
-
-def command(host, text):
-    connection = http.client.HTTPConnection(host)
-    connection.request("POST", "/command", text, {"Origin": f"http://{host}"})
-    answer = connection.getresponse()
-    assert answer.status == 200, f"{text}: {answer.status}"
-    answer.read()
+RUN = """const [line, done] = arguments;
+fetch("/command", { method: "POST", body: line }).then((answer) => done(answer.status));"""
 
 
 def main():
@@ -36,7 +29,7 @@ def main():
         page = webdriver.Chrome(service=Service("/usr/bin/chromedriver", env={"TMPDIR": profile}), options=options)
         page.get(address)
         for text in COMMANDS:
-            command(address.split("/")[2], text)
+            assert page.execute_async_script(RUN, text) == 200, text
         WebDriverWait(page, 20).until(lambda _: "8.8.8.8" in page.page_source and "do_ping" in page.page_source)
         page.save_screenshot(PICTURE)
         page.quit()

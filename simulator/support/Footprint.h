@@ -15,14 +15,14 @@ struct Footprint {
   std::size_t descriptors = 0;  ///< open file descriptors
   std::size_t children = 0;
 
-  /// All 0 when there is no such process.
+  /// Measures a process; all 0 if it does not exist.
   static Footprint of(pid_t process);
 
-  /// "8188 kB resident, 512 kB written, 5 descriptors, 0 children"
+  /// Returns "8188 kB resident, 512 kB written, 5 descriptors, 0 children".
   std::string text() const;
 };
 
-/// The children that the first thread of a process started or inherited.
+/// Returns the children that the first thread of a process started or inherited.
 std::vector<pid_t> childrenOf(pid_t process);
 
 }  // namespace Simulator

@@ -4,11 +4,11 @@
 
 namespace Simulator {
 
-/// Sleeps between two looks of a wait.
+/// Sleeps for less than a millisecond, between two checks of a wait.
 void sleepAMoment();
 
-/// Waits up to `seconds` until `done` holds. Whether it does. `pause` is called between two looks; a caller
-/// that holds a lock can release it there for a moment.
+/// Waits up to `seconds` until `done` returns true. Returns whether it did. Calls `pause` between two checks;
+/// a caller that holds a lock can release it there.
 bool waitUntil(double seconds, const std::function<bool()>& done,
                const std::function<void()>& pause = sleepAMoment);
 

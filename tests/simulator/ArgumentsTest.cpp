@@ -62,7 +62,7 @@ const ShapeRow shapeRows[] = {
     {"NumberAndMore", "N", "x 1a", "\"1a\" is not a whole number from 0 to 65535."},
     {"EmptyNumber", "N", "x \"\"", "\"\" is not a whole number from 0 to 65535."},
     {"UnknownOption", "[--parts N]", "x --part 2", "There is no option --part."},
-    {"NoValue", "[--parts N]", "x --parts", "--parts wants N."},
+    {"NoValue", "[--parts N]", "x --parts", "--parts needs N."},
     {"WrongValue", "[--parts N]", "x --parts two", "--parts: \"two\" is not a whole number from 0 to 65535."},
     {"WrongList", "[--order N,N]", "x --order 2,b",
      "--order: \"2,b\" is not a list of whole numbers such as 2,1."},

@@ -140,7 +140,7 @@ class PageTest(unittest.TestCase):
         for text, why in (("p wrong #wan", "wrong password"), ("p secret #wam", "no such command")):
             self.write(text)
             self.run_pass()
-            self.see("#messages .card:has(.received) .tag", "no command: " + why)
+            self.see("#messages .card:has(.received) .tag", "not executed: " + why)
 
     def test_a_hang_is_shown_and_ended(self):
         self.click("Tool hangs", "#faults", "unread: hang")

@@ -63,8 +63,8 @@ class CommandsTest(unittest.TestCase):
             (["list", "lost"], 64, "unknown folder 'lost'; the folders are received"),
             (["list", "-n", "x"], 64, "-n takes a number up to 4294967295, not 'x'\nSee veldctl list --help"),
             (["list", "--since", "1y"], 64, "not '1y'"),
-            (["send", "1"], 64, "a word is missing; write: veldctl send NUMBER \"TEXT\""),
-            (["send", "1", "two", "words"], 64, "unexpected word 'words'"),
+            (["send", "1"], 64, "an argument is missing; usage: veldctl send NUMBER \"TEXT\""),
+            (["send", "1", "two", "words"], 64, "unexpected argument 'words'"),
             (["send", "1", "x", "--state", "f"], 64, "send does not take --state"),
             (["send", "1", "x", "--wait", "1m"], 64, "--wait takes seconds up to 4294967295, not '1m'"),
             (["send", "1", "x", "--retries", "4294967296"], 64, "not '4294967296'"),
@@ -122,7 +122,7 @@ class CommandsTest(unittest.TestCase):
 
     def test_a_message_is_waited_for(self):
         for folder, status, outcome in (("sent", 0, {"outcome": "sent"}),
-                                        ("failed", 1, {"outcome": "failed", "reason": "the tool said nothing"})):
+                                        ("failed", 1, {"outcome": "failed", "reason": "the tool printed nothing"})):
             with self.subTest(folder=folder):
                 sending = start("send", "1", "x", "--wait", "--json")
                 wait_for(lambda: os.listdir(FOLDERS["sending"]))
@@ -133,7 +133,7 @@ class CommandsTest(unittest.TestCase):
                 self.assertRegex(said.pop("time"), r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d$")
                 self.assertEqual(said, outcome)
                 self.assertEqual(run("wait", guid)[0], status)
-        self.check((["send", "1", "x", "--wait", "0"], 3, "it still waits"), (["wait", "7", "0"], 3, "no such message"))
+        self.check((["send", "1", "x", "--wait", "0"], 3, "it is still queued"), (["wait", "7", "0"], 3, "no such message"))
 
     def test_a_list_is_a_table(self):
         put("failed", "2026010100000001", retries=1, message="first")
@@ -149,8 +149,8 @@ class CommandsTest(unittest.TestCase):
 
     def test_a_dangerous_number_is_marked_and_not_queued(self):
         put("failed", recipient="+491;touch /tmp/x;")
-        self.check((["retry", GUID], 1, "its recipient is no number"), (["list"], 0, "? its recipient is no number"),
-                   (["show", GUID], 1, "its recipient is no number"), (["status"], 2, f"{GUID}: its recipient is no number"))
+        self.check((["retry", GUID], 1, "its recipient is not a number"), (["list"], 0, "? its recipient is not a number"),
+                   (["show", GUID], 1, "its recipient is not a number"), (["status"], 2, f"{GUID}: its recipient is not a number"))
         self.assertEqual(files(), [f"outbox/failed/{GUID}"])
 
     def test_failed_messages_are_sent_again(self):
@@ -169,7 +169,7 @@ class CommandsTest(unittest.TestCase):
     def test_a_failure_marked_as_seen_is_not_reported(self):
         put("failed")
         os.utime(FOLDERS["failed"] / GUID, ns=(1, 1234567890123456789))
-        self.check((["status"], 2, f"look  1 failed for good: {GUID}"), (["seen", GUID], 0, None),
+        self.check((["status"], 2, f"look  1 failed permanently: {GUID}"), (["seen", GUID], 0, None),
                    (["status", "--prometheus"], 2, 'veld_failed{again="no"} 0\nveld_failed{again="seen"} 1'))
         self.assertEqual((FOLDERS["failed"] / GUID).stat().st_mtime_ns, 1234567890123456789)
         put("failed", retries=1)
@@ -187,9 +187,9 @@ class CommandsTest(unittest.TestCase):
         (folder / "big").touch()
         os.truncate(folder / "big", 1 << 30)
         (folder / os.fsdecode(b"\xff\n")).touch()
-        faults = {"text": "it is no JSON: Line 1", "null": "it is no JSON object", "other": "its guid is not",
-                  "object": "its source is no text", "folder": "it is a folder", "fifo": "it is no plain file",
-                  "zero": "it is a symbolic link", "big": "it has 1073741824 bytes", "#377#012": "it is no JSON"}
+        faults = {"text": "it is not JSON: Line 1", "null": "it is not a JSON object", "other": "its guid is not",
+                  "object": "its source is not a text", "folder": "it is a folder", "fifo": "it is not a regular file",
+                  "zero": "it is a symbolic link", "big": "it has 1073741824 bytes", "#377#012": "it is not JSON"}
         said = {line.split()[0]: line for line in run("list")[1].splitlines()[1:]}
         self.assertEqual(sorted(said), sorted(faults))
         for name, fault in faults.items():
@@ -276,7 +276,7 @@ class FollowTest(unittest.TestCase):
         self.assertEqual(self.event(follower), "completed 3")
         wait_for(lambda: re.search(r'"received/3":\[\d+,false\]', self.state.read_text()))
         status, _, said = run("follow", "--state", str(self.state))
-        self.assertEqual((status, said), (1, "veldctl: another veldctl follows with /run/state\n"))
+        self.assertEqual((status, said), (1, "veldctl: another veldctl uses /run/state\n"))
         self.end(follower)
         put("failed", "4")
         follower = start("follow", "--state", str(self.state))

@@ -1,5 +1,5 @@
-// Follows the gateway by server-sent events and runs its commands. Everything from the gateway is shown by
-// textContent, so markup in a text stays text.
+// Shows the gateway's server-sent events and runs its commands. The page shows all data by textContent, so
+// markup in a text stays text.
 "use strict";
 
 const STRANGER = "+4917099999";
@@ -22,9 +22,9 @@ function element(name, properties = {}, ...children) {
   return made;
 }
 const tag = (text, kind = "") => element("span", { className: "tag " + kind, textContent: text });
-const readable = (text) => (/\S/.test(text) ? text : text ? `(${text.length} blanks)` : "(no text)");
+const readable = (text) => (/^\s+$/.test(text) ? `(${text.length} blanks)` : text || "(no text)");
 
-// Replaces the cards of a list by an array of [key, content...]. Opened details and the focus stay.
+// Replaces the cards of a list by an array of [key, content...]. Keeps open details and the focus.
 function fill(list, cards, empty) {
   const known = new Set([...list.children].map((card) => card.dataset.key));
   const open = new Set([...list.querySelectorAll("[open]")].map((one) => one.parentElement.dataset.key));
@@ -48,7 +48,7 @@ const mayCommand = (number) => !data.settings.whitelist?.enabled
 const password = () => (data.settings.password?.enabled ? `p ${data.settings.password.text} ` : "");
 
 function showPhone() {
-  if (!data.settings) return;  // they come last
+  if (!data.settings) return;  // the settings arrive last
   const permitted = (data.settings.whitelist?.numbers || []).map(String);
   const numbers = [...new Set([...permitted, STRANGER, ...data.phones.map((text) => text.number), ...added])];
   sender ??= numbers[0];
@@ -58,9 +58,12 @@ function showPhone() {
     at("sender").replaceChildren(...labels.map((label, i) => new Option(label, numbers[i])), new Option("another number …", ""));
   }
   at("sender").value = sender;
-  at("allowed").textContent = !data.settings.enabled ? "Commands are switched off."
-    : mayCommand(sender) ? `A command: ${password()}#keyword …` : "Its commands are filed and not carried out.";
+  at("allowed").textContent = hint();
   showConversation();
+}
+function hint() {
+  if (!data.settings.enabled) return "Commands are switched off.";
+  return mayCommand(sender) ? `A command: ${password()}#keyword …` : "veld files its commands and does not execute them.";
 }
 function showConversation() {
   const list = at("conversation");
@@ -94,11 +97,11 @@ function modemCard(listed, i) {
 }
 function recordCard(record, folder) {
   const path = (folder === "received" ? "inbox/" : "outbox/") + folder + "/";
-  if (!record?.guid) return messageCard(folder, folder + JSON.stringify(record), "", "", String(record), [tag("no record", "warn")], path);
+  if (!record?.guid) return messageCard(folder, folder + JSON.stringify(record), "", "", String(record), [tag("not a record", "warn")], path);
   const tags = [];
   const refusal = /#/.test(record.message) && !record.isSMSCommand && data.refusals[record.source + " " + record.message];
   if (record.isSMSCommand) tags.push(tag("command, passed on"));
-  if (refusal) tags.push(tag("no command: " + refusal, "warn"));
+  if (refusal) tags.push(tag("not executed: " + refusal, "warn"));
   if (record.parts) tags.push(tag(`${record.parts.filter((part) => part !== null).length} of ${record["part-count"]} parts`, "warn"));
   if (folder === "failed") tags.push(tag(record.retries === 1 ? "1 retry left" : `${record.retries ?? 0} retries left`, "warn"));
   const guid = String(record.guid);
@@ -111,8 +114,13 @@ function showMessages() {
   const filed = Object.entries(data.folders).flatMap(([folder, records]) => records.map((record) => recordCard(record, folder)));
   fill(at("messages"), [...waiting.map(modemCard).reverse(), ...filed.sort(([one], [other]) => (one < other ? 1 : -1))], "No messages.");
 }
+function problemOf({ answered, code }) {
+  if (!answered) return "waits";
+  if (code === 0) return "no answer";
+  return code === 200 ? "" : "answered " + code;
+}
 function requestCard(request, i) {
-  const problem = request.code === 200 ? "" : request.code > 0 ? "answered " + request.code : request.code < 0 ? "no answer" : "waits";
+  const problem = problemOf(request);
   const content = [element("code", { textContent: request.method + " " + request.path })];
   if (problem) content.push(" ", tag(problem, "warn"));
   if (request.body) content.push(element("pre", { textContent: request.body }));
@@ -128,13 +136,17 @@ function log(className, text, level = "") {
   if (follows) list.scrollTop = list.scrollHeight;
 }
 
+function daemonState({ running, process, ending, hang }) {
+  if (hang) return hang;
+  if (running) return "veld runs as process " + process;
+  return ending ? "veld ended with status " + ending : "veld is not running";
+}
 const SHOW = {
-  daemon: ({ running, process, ending, hang }) => {
-    at("daemon").textContent = hang || (running ? "veld runs as process " + process
-      : ending ? "veld ended with status " + ending : "veld is not running");
-    at("daemon").className = "state " + (running && !hang ? "running" : "ended");
-    at("start").hidden = running;
-    at("restart").hidden = !running;
+  daemon: (daemon) => {
+    at("daemon").textContent = daemonState(daemon);
+    at("daemon").className = "state " + (daemon.running && !daemon.hang ? "running" : "ended");
+    at("start").hidden = daemon.running;
+    at("restart").hidden = !daemon.running;
   },
   clock: (now) => { at("clock").textContent = now; },
   settings: showPhone,
@@ -167,7 +179,7 @@ function say(text, good) {
   at("said").textContent = text;
   at("said").className = good ? "" : "wrong";
 }
-// Runs a command line. The answer shows in the bar and in the log.
+// Runs a command line. Shows the answer in the bar and in the log.
 async function run(line) {
   say(line + " …", true);
   log("typed", "> " + line);
@@ -175,7 +187,7 @@ async function run(line) {
   try {
     const response = await fetch("/command", { method: "POST", body: line });
     answer = response.ok ? await response.json() : { good: false, text: await response.text() };
-  } catch { /* the answer says so */ }
+  } catch { /* keeps the answer from above */ }
   say(answer.text.includes("\n") ? "The log shows the answer." : answer.text, answer.good);
   log(answer.good ? "" : "wrong", answer.text);
   return answer.good;

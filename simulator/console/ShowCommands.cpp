@@ -58,7 +58,7 @@ Answer status(Gateway& gateway, const Arguments&) {
 
 }  // namespace
 
-std::vector<Command> lookCommands() {
+std::vector<Command> showCommands() {
   return {
       {"status", "", "shows the daemon, the folders and the modem in a few lines", status},
       {"records", "received|sending|sent|failed", "shows the records of a folder, one JSON object per line",

@@ -1,4 +1,4 @@
-#include "veldctl/DaemonWords.h"
+#include "veldctl/CapturedLog.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -10,11 +10,10 @@
 
 namespace {
 
-// Standard error is a file in memory until the object ends.
+// Redirects standard error to a file in memory during its lifetime.
 class Redirection : private Orvel::NonCopyable {
  public:
-  Redirection()
-      : file_(memfd_create("words", MFD_CLOEXEC)), before_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
+  Redirection() : file_(memfd_create("log", MFD_CLOEXEC)), before_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
     dup2(file_, STDERR_FILENO);
   }
   ~Redirection() {
@@ -37,7 +36,7 @@ class Redirection : private Orvel::NonCopyable {
 
 }  // namespace
 
-std::vector<std::string> wordsOfDaemon(const std::function<void()>& work) {
+std::vector<std::string> capturedLog(const std::function<void()>& work) {
   const Redirection redirection;
   work();
   std::vector<std::string> lines;

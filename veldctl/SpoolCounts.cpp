@@ -1,4 +1,4 @@
-#include "veldctl/OnItsWay.h"
+#include "veldctl/SpoolCounts.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -18,9 +18,9 @@ std::time_t timeOf(const Json::Value& record) {
   return message.time();
 }
 
-// Adds one entry to what was found.
+// Adds one entry of the spool to the counts.
 struct Count {
-  OnItsWay& found;
+  SpoolCounts& found;
 
   void operator()(const Batch& batch) const {
     if (found.since == 0) found.since = timeOf(batch.records.front());
@@ -31,7 +31,7 @@ struct Count {
   }
 };
 
-void countNote(OnItsWay& found, const std::string& path, const std::string& name) {
+void countNote(SpoolCounts& found, const std::string& path, const std::string& name) {
   const std::optional<std::string> text = NoteFile::read(path);
   if (!text && errno != EBADMSG) {
     if (errno != ENOENT) found.isReadable = false;
@@ -46,8 +46,8 @@ void countNote(OnItsWay& found, const std::string& path, const std::string& name
 
 }  // namespace
 
-OnItsWay readOnItsWay(const std::string& root) {
-  OnItsWay found;
+SpoolCounts readSpool(const std::string& root) {
+  SpoolCounts found;
   std::error_code error;
   std::filesystem::directory_iterator file(NoteFile::folderBelow(root), error);
   for (; !error && file != std::filesystem::directory_iterator(); file.increment(error)) {
