@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "proof/Tracer.h"
 #include "proof/World.h"
 
@@ -13,13 +10,12 @@ struct Scenario {
   void (*arrive)(World&);  ///< adds the messages of the pass
   unsigned limit = 100;    ///< of inbox and outbox
   bool atStart = false;    ///< traces the daemon's start, to the end of its first pass
+
+  /// Brings a world to the beginning of the pass.
+  World prepare(World::Programs programs) const;
+  /// Begins the pass, or the start, under strace with these options; false when it cannot be traced.
+  [[nodiscard]] bool begin(World& world, Tracer& tracer, const std::string& options) const;
 };
 
 /// All scenarios, in the order of proof/undisturbed.txt.
 extern const std::vector<Scenario> scenarios;
-
-/// Brings a world to the beginning of the pass.
-World prepare(const Scenario& scenario, World::Programs programs);
-/// Begins the pass, or the start, under strace with these options; false when it cannot be traced.
-[[nodiscard]] bool begin(const Scenario& scenario, World& world, Tracer& tracer,
-                         const std::vector<std::string>& options);
