@@ -46,8 +46,8 @@ void enter(World& world, const Situation& situation, const std::function<void()>
     world.queue("a queued text whose end is " + std::to_string(i));
 }
 
-bool prepare(const World::Programs& programs, const Situation& situation) {
-  World world(programs, limit);
+bool prepare(const Situation& situation) {
+  World world(limit);
   enter(world, situation, [&world] {
     world.start();
     world.stop();
@@ -55,8 +55,8 @@ bool prepare(const World::Programs& programs, const Situation& situation) {
   return world.lives;
 }
 
-bool measure(const World::Programs& programs) {
-  World world(programs, limit, World::Continued{});
+bool measure() {
+  World world(World::Continued{limit});
   const auto begin = std::chrono::steady_clock::now();
   world.start();
   const auto took = std::chrono::steady_clock::now() - begin;
@@ -65,9 +65,8 @@ bool measure(const World::Programs& programs) {
 }
 
 // Resets the machine at once, without writing what the kernel holds; after the first pass for "filed".
-[[noreturn]] void runFor(const World::Programs& programs, const std::string& situation,
-                         unsigned milliseconds) {
-  World world(programs, limit, World::Continued{});
+[[noreturn]] void runFor(const std::string& situation, unsigned milliseconds) {
+  World world(World::Continued{limit});
   const bool started = world.daemon().start().empty();
   if (started && situation == "filed") world.awaitSleep();
   usleep(milliseconds * 1000);
@@ -76,11 +75,11 @@ bool measure(const World::Programs& programs) {
 }
 
 // For the stages after the tool's work, the tool hangs before it, and the proof does that work itself.
-bool runTo(const World::Programs& programs, const std::string& stage, const std::string& image) {
+bool runTo(const std::string& stage, const std::string& image) {
   const std::map<std::string, std::string> doneBy = {{"deleted", "delete"}, {"sent", "send"}};
   const auto done = doneBy.find(stage);
   const std::string operation = done == doneBy.end() ? stage : done->second;
-  World world(programs, limit, World::Continued{});
+  World world(World::Continued{limit});
   Simulator::Modem& modem = world.gateway().modem;
   modem.setHanging("");  // clears the mark of a tool whose power was cut
   modem.setFault(operation, Simulator::ToolFault::Hang, 1);
@@ -94,8 +93,8 @@ bool runTo(const World::Programs& programs, const std::string& stage, const std:
   _exit(EXIT_SUCCESS);  // without cleanup: the power is gone
 }
 
-bool look(const World::Programs& programs, const std::string& name) {
-  World world(programs, limit, World::Continued{});
+bool look(const std::string& name) {
+  World world(World::Continued{limit});
   world.gateway().modem.clearFaults();
   enter(world, situations.at(name), [] {});
   world.look("the power is back");
@@ -114,15 +113,15 @@ void mountAt(const std::string& target, const std::string& folder) {
 
 }  // namespace
 
-bool cutPower(const World::Programs& programs, const Words& words) {
+bool cutPower(const Words& words) {
   const std::string &step = words[0], &situation = words[1];
   if (words.size() > 3) {
     mountAt("/var/config", words[2]);
     mountAt(Simulator::Modem::storeFolder, words[3]);
   }
-  if (step == "prepare") return prepare(programs, situations.at(situation));
-  if (step == "look") return look(programs, situation);
-  if (words.size() > 5) return runTo(programs, words[4], words[5]);
-  if (words.size() == 3) runFor(programs, situation, numberOf(words[2]));
-  return measure(programs);
+  if (step == "prepare") return prepare(situations.at(situation));
+  if (step == "look") return look(situation);
+  if (words.size() > 5) return runTo(words[4], words[5]);
+  if (words.size() == 3) runFor(situation, numberOf(words[2]));
+  return measure();
 }

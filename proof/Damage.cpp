@@ -100,9 +100,9 @@ std::vector<std::string> tryOne(World& world, const Point& point) {
 
 }  // namespace
 
-bool damage(const World::Programs& programs, const Words& words) {
+bool damage(const Words& words) {
   const unsigned shard = numberOf(words[0]), shards = numberOf(words[1]);
-  World world(programs);
+  World world;
   prepare(world);
   copy(store, keptStore, "--link");
   copy(modem, keptModem);

@@ -5,7 +5,7 @@
 /// A fault of the gateway that lasts for one or more passes. The world is repaired afterwards.
 struct Disturbance {
   const char* name;
-  std::function<void(World&)> happens;
+  World::Steps steps;
 };
 /// Those that the daemon survives, and those that end it; it is then started again.
 extern const std::vector<Disturbance> survived, lethal;

@@ -21,15 +21,12 @@ std::string argumentOf(const std::string& command) {
   return command.substr(begin, command.find(' ', begin) - begin);
 }
 
-std::string nameOf(const std::string& place) { return place.substr(place.find('/') + 1); }
-std::string pathOf(const std::string& place) {
-  return MessageFolders::pathOf(place.substr(0, place.find('/'))) + "/" + nameOf(place);
-}
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 // Changes whenever the file is written or replaced.
-std::string versionOf(const std::string& place) {
+std::string versionOf(const std::string& path) {
   struct stat status = {};
-  if (stat(pathOf(place).c_str(), &status) != 0) return "";
+  if (stat(path.c_str(), &status) != 0) return "";
   return std::to_string(status.st_ino) + " " + std::to_string(status.st_mtim.tv_sec) + " " +
          std::to_string(status.st_mtim.tv_nsec);
 }
@@ -37,8 +34,9 @@ std::string versionOf(const std::string& place) {
 }  // namespace
 
 bool Ledger::Message::isIn(const std::string& box) const {
-  return std::any_of(places.begin(), places.end(),
-                     [&](const std::string& place) { return place.rfind(box + "/", 0) == 0; });
+  const std::string folder = MessageFolders::pathOf(box) + "/";
+  const auto first = paths.lower_bound(folder);
+  return first != paths.end() && first->rfind(folder, 0) == 0;
 }
 
 bool Ledger::Message::isDone() const {
@@ -114,40 +112,40 @@ void Ledger::observeModem(unsigned faults) {
 void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
   std::set<std::string> names;
   std::map<std::string, File> gone;
-  for (const auto& [place, file] : shelf.files) {
-    names.insert(nameOf(place));
-    if (versionOf(place) != file.version) gone[place] = file;
+  for (const auto& [path, file] : shelf.files) {
+    names.insert(nameOf(path));
+    if (versionOf(path) != file.version) gone[path] = file;
   }
-  for (const auto& [place, file] : gone) {
-    shelf.files.erase(place);
-    vanish(place, file, faults);
+  for (const auto& [path, file] : gone) {
+    tell("no longer in " + path);
+    shelf.files.erase(path);
+    if (!file.message) continue;
+    messages_[*file.message].paths.erase(path);
+    messages_[*file.message].gone = faults;
   }
   std::size_t saves = 0;
   for (const std::string& box : shelf.boxes)
-    for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box)))
-      if (const std::string place = box + "/" + name; shelf.files.count(place) == 0)
-        saves += 1 + appear(place, shelf.files[place] = read(place, faults));
+    for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box))) {
+      const std::string path = MessageFolders::pathOf(box) + "/" + name;
+      if (shelf.files.count(path) == 0) saves += 1 + appear(path, shelf.files[path] = read(path, faults));
+    }
   // Each save may displace the smallest name when the limit is reached.
   saves += waiting(shelf.kinds);
   while (!names.empty() && names.size() + saves > limit_) names.erase(names.begin());
-  for (const auto& [place, file] : gone)
-    if (names.count(nameOf(place)) == 0) displace(place, file);
-}
-
-void Ledger::vanish(const std::string& place, const File& file, unsigned faults) {
-  tell("no longer in " + place);
-  if (!file.message) return;
-  messages_[*file.message].places.erase(place);
-  messages_[*file.message].gone = faults;
+  for (const auto& [path, file] : gone) {
+    if (names.count(nameOf(path)) != 0) continue;
+    if (!file.message) strays_.push_back(strayIn(path, file));
+    if (file.message && messages_[*file.message].paths.empty()) messages_[*file.message].displaced = true;
+  }
 }
 
 // Returns the number of parts of a concatenated message that were not filed before.
-std::size_t Ledger::appear(const std::string& place, const File& file) {
-  tell("in " + place + ": " + file.content);
+std::size_t Ledger::appear(const std::string& path, const File& file) {
+  tell("in " + path + ": " + file.content);
   if (!file.message) return 0;
   Message& message = messages_[*file.message];
-  message.places.insert(place);
-  message.names.insert(nameOf(place));
+  message.paths.insert(path);
+  message.names.insert(nameOf(path));
   message.displaced = false;
   message.whole = message.whole || file.whole;
   message.retries = file.retries;
@@ -160,20 +158,13 @@ std::size_t Ledger::appear(const std::string& place, const File& file) {
   return message.parts.size() > 1 ? fresh : 0;
 }
 
-void Ledger::displace(const std::string& place, const File& file) {
-  if (!file.message)
-    strays_.push_back(strayIn(place, file));
-  else if (messages_[*file.message].places.empty())
-    messages_[*file.message].displaced = true;
-}
-
 // The number of messages that were taken off the modem, or out of the outbox, and are not filed.
 std::size_t Ledger::waiting(unsigned kinds) const {
   std::size_t count = kinds == Kind::Incoming ? repeated_ : 0;
   for (const std::size_t number : underWay_) {
     const Message& message = messages_[number];
     if ((message.kind & kinds) == 0) continue;
-    if (message.kind == Kind::Outgoing && message.places.empty()) ++count;
+    if (message.kind == Kind::Outgoing && message.paths.empty()) ++count;
     for (const Part& part : message.parts)
       if (part.place == Part::Taken && !part.filed && (part.faults & Fault::CutListing) == 0) ++count;
   }
@@ -181,8 +172,8 @@ std::size_t Ledger::waiting(unsigned kinds) const {
 }
 
 // Determines which message a file holds, whole or in parts.
-Ledger::File Ledger::read(const std::string& place, unsigned faults) const {
-  File file{versionOf(place), Simulator::readFile(pathOf(place)), faults};
+Ledger::File Ledger::read(const std::string& path, unsigned faults) const {
+  File file{versionOf(path), Simulator::readFile(path), faults};
   Json::Value record;
   if (!Simulator::readJson(file.content, record) || !record.isObject()) return file;
   file.retries = record["retries"].isUInt() && record["retries"].asUInt() > 0;
@@ -240,8 +231,8 @@ void Ledger::met(unsigned faults, const std::string* within) {
 std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent) const {
   std::vector<Finding> findings = strays_;
   for (const Shelf& shelf : {inbox_, outbox_})
-    for (const auto& [place, file] : shelf.files)
-      if (!file.message) findings.push_back(strayIn(place, file));
+    for (const auto& [path, file] : shelf.files)
+      if (!file.message) findings.push_back(strayIn(path, file));
   std::multiset<std::size_t> sendings;
   for (const Json::Value& one : sent) {
     const auto found = byText_.find(one["text"].asString());
@@ -266,8 +257,8 @@ std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent
 }
 
 // When the tool dies, the daemon files the printed part of a message as a whole message.
-Ledger::Finding Ledger::strayIn(const std::string& place, const File& file) {
-  return {"stray: " + place + ": " + file.content, windowOf(Harm::Lost, file.faults)};
+Ledger::Finding Ledger::strayIn(const std::string& path, const File& file) {
+  return {"stray: " + path + ": " + file.content, windowOf(Harm::Lost, file.faults)};
 }
 
 void Ledger::judgeIncoming(const Message& message, std::size_t posts, const Find& find) const {
@@ -281,7 +272,7 @@ void Ledger::judgeIncoming(const Message& message, std::size_t posts, const Find
     else if (!part.filed)
       find(Harm::Lost, ", " + part.userData, part.faults | damaged);
   }
-  if (filed && message.places.empty() && !message.displaced)
+  if (filed && message.paths.empty() && !message.displaced)
     find(Harm::Lost, ", filed and gone", message.gone | damaged);
   if (filed && !message.whole) find(Harm::Apart, "", met);
   if (message.names.size() > 1) find(Harm::Twice, "", met);
@@ -293,8 +284,8 @@ void Ledger::judgeIncoming(const Message& message, std::size_t posts, const Find
 void Ledger::judgeOutgoing(const Message& message, std::size_t sendings, const Find& find) const {
   const unsigned met = metBy(message), damaged = met & Fault::Damaged;
   const std::string times = ", sent " + std::to_string(sendings) + " times";
-  if (message.places.empty() && !message.displaced) find(Harm::Lost, times, damaged);
-  if (message.places.size() > 1) find(Harm::Twice, times, damaged);
+  if (message.paths.empty() && !message.displaced) find(Harm::Lost, times, damaged);
+  if (message.paths.size() > 1) find(Harm::Twice, times, damaged);
   if (sendings > 1) find(Harm::SentAgain, times, met);
   if (message.refused && sendings > 0) find(Harm::Unsent, ", was refused" + times, Fault::None);
   if (message.isIn("sending")) find(Harm::Unsent, ", still in sending", Fault::None);

@@ -69,16 +69,16 @@ class Ledger {
     std::string text, recipient;
     unsigned kind;
     bool refused = false;
-    std::vector<Part> parts = {};       // none of an outgoing message
-    unsigned met = 0, gone = 0;         // faults: all, and those when a file no longer held it
-    std::size_t first = 0, last = 0;    // looks
-    std::set<std::string> names = {};   // of the files that hold it or held it
-    std::set<std::string> places = {};  // of the files that hold it now
+    std::vector<Part> parts = {};      // none of an outgoing message
+    unsigned met = 0, gone = 0;        // faults: all, and those when a file no longer held it
+    std::size_t first = 0, last = 0;   // looks
+    std::set<std::string> names = {};  // of the files that hold it or held it
+    std::set<std::string> paths = {};  // of the files that hold it now
     bool whole = false, displaced = false, retries = false;
     [[nodiscard]] bool isIn(const std::string& box) const;
     [[nodiscard]] bool isDone() const;
   };
-  // A file of a message folder. Its place is the box, a slash and the name.
+  // A file of a message folder.
   struct File {
     std::string version, content = {};
     unsigned faults = 0;                      // when it appeared
@@ -90,7 +90,7 @@ class Ledger {
   struct Shelf {
     unsigned kinds;
     std::vector<std::string> boxes;
-    std::map<std::string, File> files = {};  // by place
+    std::map<std::string, File> files = {};  // by path
   };
   // Reports a harm to a message, with a detail, and the faults that may explain it.
   using Find = std::function<void(unsigned harm, const std::string& detail, unsigned faults)>;
@@ -99,12 +99,10 @@ class Ledger {
   void observeModem(unsigned faults);
   void observeShelf(Shelf& shelf, unsigned faults);
   void observeLog(const std::string& line);
-  void vanish(const std::string& place, const File& file, unsigned faults);
-  std::size_t appear(const std::string& place, const File& file);
-  void displace(const std::string& place, const File& file);
-  File read(const std::string& place, unsigned faults) const;
+  std::size_t appear(const std::string& path, const File& file);
+  File read(const std::string& path, unsigned faults) const;
   std::size_t waiting(unsigned kinds) const;
-  static Finding strayIn(const std::string& place, const File& file);
+  static Finding strayIn(const std::string& path, const File& file);
   void tell(const std::string& event) { looks_.back() += "\n    " + event; }
   unsigned metBy(const Message& message) const;
   void judgeIncoming(const Message& message, std::size_t posts, const Find& find) const;

@@ -62,13 +62,12 @@ bool isClock(const Tracer::Call& call) {
 
 class Runner {
  public:
-  Runner(const World::Programs& programs, const Words& words)
-      : programs_(programs),
-        scenario_(*std::find_if(scenarios.begin(), scenarios.end(),
+  explicit Runner(const Words& words)
+      : scenario_(*std::find_if(scenarios.begin(), scenarios.end(),
                                 [&](const Scenario& each) { return each.name == words[0]; })),
         sample_(numberOf(words[1])),
         random_(numberOf(words[2])) {
-    World world = scenario_.prepare(programs_);
+    World world = scenario_.prepare();
     Tracer tracer;
     world.lives = scenario_.begin(world, tracer, "") && world.awaitSleep();
     tracer.detach();
@@ -105,7 +104,7 @@ class Runner {
   }
 
   Findings tryOne(const Point& point) {
-    World world = scenario_.prepare(programs_);
+    World world = scenario_.prepare();
     Tracer tracer;
     if (!scenario_.begin(world, tracer, "-e trace=" + point.call.name + " -e inject=" + point.injection()))
       return {{"ended: before the pass"}};
@@ -139,7 +138,6 @@ class Runner {
     return findings;
   }
 
-  const World::Programs programs_;
   const Scenario& scenario_;
   const unsigned sample_;
   std::mt19937 random_;
@@ -150,10 +148,8 @@ class Runner {
 
 }  // namespace
 
-bool crashAtCalls(const World::Programs& programs, const Words& words) {
-  return Runner(programs, words).run([](const Tracer::Call&) { return std::vector<std::string>{killed}; });
+bool crashAtCalls(const Words& words) {
+  return Runner(words).run([](const Tracer::Call&) { return std::vector<std::string>{killed}; });
 }
 
-bool failCalls(const World::Programs& programs, const Words& words) {
-  return Runner(programs, words).run(errorsOf);
-}
+bool failCalls(const Words& words) { return Runner(words).run(errorsOf); }

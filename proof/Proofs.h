@@ -10,7 +10,7 @@
 // The proofs; main.cpp explains the terms. Each prints the failures and counts, and returns false when there
 // is a failure. The words are the command line's arguments; main() has checked their number.
 using Words = std::vector<std::string>;
-using Proof = bool(const World::Programs& programs, const Words& words);
+using Proof = bool(const Words& words);
 inline unsigned numberOf(const std::string& word) { return static_cast<unsigned>(std::stoul(word)); }
 constexpr unsigned settlingPasses = 4;  // enough for a retry after a restart
 
@@ -23,24 +23,17 @@ std::vector<Point> sampleOf(std::vector<Point> points, std::size_t count, std::m
   return points;
 }
 
-/// Prints the names of the scenarios.
 Proof listScenarios;
-/// Prints the trace of an undisturbed pass of each scenario: the shell's commands, the log lines and the
-/// requests in order, and then the files. Dates and guids are replaced.
-Proof showUndisturbed;
-/// SCENARIO SAMPLE SEED: kills the daemon at each system call of a pass, or at SAMPLE of them; restarts it.
-Proof crashAtCalls;
-/// SCENARIO SAMPLE SEED: makes each of these calls fail once, with each plausible error.
-Proof failCalls;
-/// TIMES: runs each disturbance TIMES times, each in a separate world, with a fixed load.
-Proof disturb;
+Proof showUndisturbed;  ///< prints what passes without faults do, with dates and guids replaced
+Proof crashAtCalls;     ///< SCENARIO SAMPLE SEED: kills the daemon at each system call of a pass; restarts it
+Proof failCalls;        ///< SCENARIO SAMPLE SEED: makes each of these calls fail, with each plausible error
+Proof disturb;  ///< TIMES: runs each disturbance TIMES times, in a world of its own, with a fixed load
 /// PASSES SEED FINDINGS: random load and disturbances. One daemon runs for PASSES passes; then lethal
 /// disturbances follow, too, a quarter as many in all. The file FINDINGS gets the history of each message
 /// that was harmed outside every window.
 Proof soak;
 /// SHARD SHARDS SAMPLE SEED: flips each bit of the spool files, one at a time, and truncates each file at
-/// each byte, or tries SAMPLE of these. The daemon must continue to run, set the damaged file aside with a
-/// log line that names it, and complete every message that the file does not hold.
+/// each byte. The daemon must continue to run, set the damaged file aside with a log line that names it, and
+/// complete every message that the file does not hold.
 Proof damage;
-/// prepare|run|look SITUATION ...: cuts the power; Cut.cpp explains the steps.
-Proof cutPower;
+Proof cutPower;  ///< prepare|run|look SITUATION ...: cuts the power; Cut.cpp explains the steps

@@ -5,85 +5,54 @@
 #include <iostream>
 
 #include "proof/Proofs.h"
+#include "proof/Steps.h"
 
 namespace {
 
-void nothing(World&) {}
+using namespace Step;
 
-void firstHalf(World& world) {
-  world.deliver(world.enter("in two parts", World::other, 2), 0);
-  world.pass();
-}
-
-void failsOnce(World& world) {
-  world.queue("goes out later", World::refused, 3);
-  world.pass();
-  world.accept();
-}
-
-void failsAlways(World& world) {
-  world.queue("is refused for ever", World::refused, 30);
-  world.pass();
-}
-
-void fillTheFolders(World& world) {
-  for (const std::string number : {"1", "2"}) {
-    world.receive("in " + number);
-    world.queue("out " + number);
-    world.pass();
-  }
-}
-
-// Kills the daemon while the modem deletes messages that are not filed yet, among them a command.
-void killWhileDeleting(World& world) {
-  world.receive("not filed yet");
-  world.receive("p secret #ping 8.8.4.4", World::friendly);
-  if (!world.reach("delete")) std::abort();
-  world.kill();
-}
-
-void threeArrive(World& world) {
-  world.receive("the first");
-  world.receive("p secret #ping 8.8.8.8", World::friendly);
-  world.receive("a long message", World::other, 2);
-}
-
-void oneEachWay(World& world) {
-  world.receive("in 3");
-  world.queue("out 3");
-}
-
-void bothWait(World& world) {
-  world.receive("waits on the modem");
-  world.queue("waits in the queue");
-  world.gateway().clock.set(world.gateway().clock.now() + 60);  // avoids equal guids
-}
+const World::Step half = [](World& world) { world.deliver(world.enter("in two parts", World::other, 2), 0); };
+const World::Step otherHalf = [](World& world) { world.deliver(0, 1); };
+const World::Step acceptAll = &World::accept;
+const World::Step mustDelete = [](World& world) { world.lives = world.reach("delete"); };
+// Avoids equal guids.
+const World::Step nextMinute = [](World& world) {
+  world.gateway().clock.set(world.gateway().clock.now() + 60);
+};
 
 }  // namespace
 
 const std::vector<Scenario> scenarios = {
-    {"plain", nothing, [](World& world) { world.receive("a plain message"); }},
-    {"several", nothing, threeArrive},
-    {"completed", firstHalf, [](World& world) { world.deliver(0, 1); }},
-    {"sent", nothing, [](World& world) { world.queue("goes out"); }},
-    {"refused", nothing, [](World& world) { world.queue("is refused", World::refused); }},
-    {"retried", failsOnce, nothing},
-    {"retried in vain", failsAlways, nothing},
-    {"limits", fillTheFolders, oneEachWay, 2},
-    {"first start", nullptr, bothWait, 100, true},
-    {"catching up", killWhileDeleting, [](World& world) { world.receive("comes later"); }, 100, true},
+    {"plain", {start}, {receive("a plain message")}},
+    {"several",
+     {start},
+     {receive("the first"), receive("p secret #ping 8.8.8.8", World::friendly),
+      receive("a long message", World::other, 2)}},
+    {"completed", {start, half, pass}, {otherHalf}},
+    {"sent", {start}, {queue("goes out")}},
+    {"refused", {start}, {queue("is refused", World::refused)}},
+    {"retried", {start, queue("goes out later", World::refused, 3), pass, acceptAll}, {}},
+    {"retried in vain", {start, queue("is refused for ever", World::refused, 30), pass}, {}},
+    {"limits",
+     {start, receive("in 1"), queue("out 1"), pass, receive("in 2"), queue("out 2"), pass},
+     {receive("in 3"), queue("out 3")},
+     2},
+    {"first start", {}, {receive("waits on the modem"), queue("waits in the queue"), nextMinute}, 100, true},
+    // The daemon was killed while the modem deleted messages that were not filed yet, among them a command.
+    {"catching up",
+     {start, receive("not filed yet"), receive("p secret #ping 8.8.4.4", World::friendly), mustDelete,
+      Step::kill},
+     {receive("comes later")},
+     100,
+     true},
 };
 
-World Scenario::prepare(World::Programs programs) const {
-  if (atStart)
-    programs.daemon = Tracer::stoppable(programs.daemon, programs.simulatorFolder + "/libgateway-clock.so");
-  World world(programs, limit);
-  if (before != nullptr) {
-    world.start();
-    before(world);
-  }
+World Scenario::prepare() const {
+  const std::string program = World::daemonProgram();
+  World world(limit, atStart ? Tracer::stoppable(program, World::clockLibrary()) : program);
+  world.run(before);
   if (!world.lives) std::abort();
-  arrive(world);
+  world.run(arrive);
   return world;
 }
 
@@ -97,7 +66,7 @@ bool Scenario::begin(World& world, Tracer& tracer, const std::string& options) c
   return true;
 }
 
-bool listScenarios(const World::Programs&, const Words&) {
+bool listScenarios(const Words&) {
   for (const Scenario& scenario : scenarios) std::cout << scenario.name << "\n";
   return true;
 }

@@ -79,7 +79,7 @@ void live(World& world, const std::string& life, unsigned passes, bool deadly) {
       world.pass();
     } else {
       const auto& suitable = deadly && world.below(4) != 0 ? lethal : survived;
-      suitable[world.below(static_cast<unsigned>(suitable.size()))].happens(world);
+      world.run(suitable[world.below(static_cast<unsigned>(suitable.size()))].steps);
     }
     if (pass % 50 == 0) emptyLogs();
     if (pass % 500 == 0 || pass == passes || !world.lives)
@@ -113,9 +113,9 @@ bool liveOnce(World& world, unsigned passes) {
 
 }  // namespace
 
-bool soak(const World::Programs& programs, const Words& words) {
+bool soak(const Words& words) {
   const unsigned passes = numberOf(words[0]);
-  World world(programs, limit);
+  World world(limit);
   Load load(world);
   world.random.seed(numberOf(words[1]));
   world.beforePass = [&load] { load.add(); };

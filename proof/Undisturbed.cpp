@@ -40,10 +40,10 @@ std::string shown(const Tracer::Call& call) {
 
 }  // namespace
 
-bool showUndisturbed(const World::Programs& programs, const Words&) {
+bool showUndisturbed(const Words&) {
   for (const Scenario& scenario : scenarios) {
-    if (scenario.atStart && scenario.before != nullptr) continue;  // an earlier daemon was disturbed
-    World world = scenario.prepare(programs);
+    if (scenario.atStart && !scenario.before.empty()) continue;  // an earlier daemon was disturbed
+    World world = scenario.prepare();
     Tracer tracer;
     if (!scenario.begin(world, tracer, "-f -s 1000 -e trace=execve,sendto") || !world.awaitSleep())
       return false;

@@ -23,23 +23,36 @@ using Simulator::MessageFolders;
 constexpr double hangSeconds = 120;     // an emulated machine is slow
 constexpr std::size_t headerSize = 28;  // of the header of a part: seven octets, printed as \xHH
 
-// Removes the files of an earlier world, but not folders that are mount points.
-const World::Programs& cleaned(const World::Programs& programs) {
+// The path of a built program.
+fs::path built(const std::string& program) {
+  return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / program;
+}
+
+// Removes the files of an earlier world, but not folders that are mount points. Returns `program`.
+const std::string& cleaned(const std::string& program) {
   for (const std::string folder : {"/var/config", "/var/log", "/run/modem", "/run/gateway", "/tmp/sms"})
     if (fs::exists(folder))
       for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry);
-  return programs;
+  return program;
 }
 
 }  // namespace
 
-World::World(const Programs& programs, unsigned limit) : World(cleaned(programs), limit, Continued{}) {
+std::string World::daemonProgram() {
+  const char* const other = std::getenv("VELD");
+  return other != nullptr ? other : built("daemon/veld").string();
+}
+
+std::string World::clockLibrary() { return built("simulator/libgateway-clock.so"); }
+
+World::World(unsigned limit, const std::string& program) : World(Continued{limit, cleaned(program)}) {
   continued_ = false;
 }
 
-World::World(const Programs& programs, unsigned limit, Continued)
-    : ledger(limit),
-      gateway_(std::make_unique<Gateway>(Gateway::Options{programs.daemon, programs.simulatorFolder, true})) {
+World::World(const Continued& options)
+    : ledger(options.limit),
+      gateway_(std::make_unique<Gateway>(Gateway::Options{options.program, built("simulator"), true})) {
+  const unsigned limit = options.limit;
   gateway_->settings.set("receivedLimit", limit);
   gateway_->settings.set("sentLimit", limit);
   gateway_->modem.setRefused(refused, true);
@@ -104,7 +117,15 @@ void World::pass(unsigned count) {
   }
 }
 
-void World::repair() { lives = gateway_->repair() && awaitSleep() && lives; }
+void World::repair() {
+  lives = gateway_->repair() && awaitSleep() && lives;
+  faults = Fault::None;
+}
+
+void World::run(const Steps& steps) {
+  for (const Step& step : steps)
+    if (lives) step(*this);
+}
 
 void World::stop() {
   if (!lives) return;

@@ -21,15 +21,18 @@ class World {
   /// The daemon's spool, and the file that reserves room in it for a full disk.
   static constexpr char spool[] = "/var/config/sms/spool", reserve[] = "/var/config/sms/spool/reserve";
 
-  /// The paths of the built programs; VELD names another daemon.
-  struct Programs {
-    std::string daemon, simulatorFolder;
-  };
+  /// The built daemon, or the one that the environment variable VELD names.
+  static std::string daemonProgram();
+  static std::string clockLibrary();
+
   /// Removes the files of an earlier world. `limit`: of the inbox and of the outbox.
-  explicit World(const Programs& programs, unsigned limit = 100'000);
+  explicit World(unsigned limit = 100'000, const std::string& program = daemonProgram());
   /// Continues on the disks that an earlier process left: deliver() and queue() only enter the messages.
-  struct Continued {};
-  World(const Programs& programs, unsigned limit, Continued);
+  struct Continued {
+    unsigned limit;
+    std::string program = daemonProgram();
+  };
+  explicit World(const Continued& options);
 
   /// Enters an incoming message; deliver() delivers its parts. Returns its number.
   std::size_t enter(const std::string& text, const std::string& sender = other, unsigned parts = 1);
@@ -48,12 +51,16 @@ class World {
   /// Starts the daemon and waits for the end of its first pass.
   void start();
   void pass(unsigned count = 1);
-  /// Repairs the gateway and waits for the end of the pass.
+  /// Repairs the gateway, waits for the end of the pass, and ends all faults.
   void repair();
   /// Sends SIGTERM, and waits until the daemon has exited with status 0.
   void stop();
   /// Kills the daemon, or the daemon and its children, and waits until all of them have ended.
   void kill(bool group = false);
+  /// Runs steps as long as the daemon lives.
+  using Step = std::function<void(World&)>;
+  using Steps = std::vector<Step>;
+  void run(const Steps& steps);
 
   /// Calls beforePass() and begins a pass.
   void beginPass();

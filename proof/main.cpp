@@ -10,7 +10,6 @@
 //   scenario: a particular pass with messages to process (Scenario)
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 
 #include "proof/Proofs.h"
@@ -42,9 +41,5 @@ int main(int argc, char** argv) {
     for (const auto& [name, each] : commands) std::cerr << "usage: proof " << name << each.usage << "\n";
     return 2;
   }
-  const std::filesystem::path build =
-      std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
-  const char* const daemon = std::getenv("VELD");
-  const World::Programs programs{daemon != nullptr ? daemon : build / "daemon/veld", build / "simulator"};
-  return command->second.prove(programs, words) ? EXIT_SUCCESS : EXIT_FAILURE;
+  return command->second.prove(words) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -127,7 +127,7 @@ const FaultRow faultRows[] = {
        player.receive(Kind::Text, "in", 1);
        player.file("1", "im");
      },
-     "stray: received/1", Fault::CutListing},
+     "stray: /var/config/sms/inbox/received/1", Fault::CutListing},
     {"Overwritten",
      [](Player& player) {
        player.receive(Kind::Text, "in", 1);
@@ -197,8 +197,8 @@ TEST(Ledgers, ReportWhatHappenedToAMessage) {
   const std::vector<Ledger::Finding> findings = player.ledger.settle({});
   ASSERT_EQ(findings.size(), 1U);
   const std::string& history = findings[0].history;
-  for (const std::string part : {"met: /var full", "look 1: /var full", "off the modem: #ping",
-                                 "in received/0", "log a line of the log"})
+  for (const std::string part :
+       {"met: /var full", "look 1: /var full", "off the modem: #ping", "received/0", "log a line of the log"})
     EXPECT_NE(history.find(part), std::string::npos) << history;
 }
 
