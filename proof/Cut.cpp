@@ -34,10 +34,9 @@ const std::map<std::string, Situation> situations = {
 
 // Enters the messages, and delivers them part by part.
 void enter(World& world, const Situation& situation, const std::function<void()>& beforeEachPart) {
-  std::vector<std::size_t> messages;
+  std::vector<std::size_t> messages(situation.incoming);
   for (unsigned i = 0; i < situation.incoming; ++i)
-    messages.push_back(
-        world.enter("a text whose end is " + std::to_string(i), World::other, situation.parts));
+    messages[i] = world.enter("a text whose end is " + std::to_string(i), World::other, situation.parts);
   for (unsigned part = 0; part < situation.parts; ++part) {
     beforeEachPart();
     for (const std::size_t message : messages) world.deliver(message, part);

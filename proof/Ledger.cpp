@@ -11,8 +11,6 @@
 
 namespace {
 
-using Simulator::MessageFolders;
-
 std::string textOf(const Json::Value& value) { return value.isString() ? value.asString() : ""; }
 
 // The first argument of a command, which identifies its request.
@@ -27,16 +25,14 @@ std::string nameOf(const std::string& path) { return path.substr(path.rfind('/')
 std::string versionOf(const std::string& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) return "";
-  return std::to_string(status.st_ino) + " " + std::to_string(status.st_mtim.tv_sec) + " " +
-         std::to_string(status.st_mtim.tv_nsec);
+  return std::to_string(status.st_ino) + "." + std::to_string(status.st_mtim.tv_nsec);
 }
 
 }  // namespace
 
 bool Ledger::Message::isIn(const std::string& box) const {
-  const std::string folder = MessageFolders::pathOf(box) + "/";
-  const auto first = paths.lower_bound(folder);
-  return first != paths.end() && first->rfind(folder, 0) == 0;
+  const auto first = paths.lower_bound(Simulator::MessageFolders::pathOf(box) + "/");
+  return first != paths.end() && first->rfind(Simulator::MessageFolders::pathOf(box) + "/", 0) == 0;
 }
 
 bool Ledger::Message::isDone() const {
@@ -82,8 +78,7 @@ void Ledger::observe(const News& news) {
   for (const std::string& body : news.posts) posts_.insert(textOf(Simulator::jsonOrText(body)["args"][0]));
   for (const std::size_t number : underWay_) messages_[number].met |= news.faults;
   observeModem(news.faults);
-  observeShelf(inbox_, news.faults);
-  observeShelf(outbox_, news.faults);
+  for (Shelf* const shelf : {&inbox_, &outbox_}) observeShelf(*shelf, news.faults);
   for (const std::string& line : news.lines) observeLog(line);
   for (auto number = underWay_.begin(); number != underWay_.end();) {
     messages_[*number].last = looks_.size();
@@ -97,16 +92,15 @@ void Ledger::observeModem(unsigned faults) {
   const Simulator::Modem modem(Simulator::Modem::storeFolder);
   for (const char* const box : {"unread", "read"})
     for (const std::string& message : modem.printed(box)) listed += message;
-  for (const std::size_t number : underWay_) {
+  for (const std::size_t number : underWay_)
     for (Part& part : messages_[number].parts) {
-      if (part.place != Part::OnModem || listed.find("\"" + part.userData + "\"") != std::string::npos)
-        continue;
+      const bool isListed = listed.find("\"" + part.userData + "\"") != std::string::npos;
+      if (part.place != Part::OnModem || isListed) continue;
       part.place = Part::Taken;
       part.faults = faults;
       if (part.filed) ++repeated_;
       tell("off the modem: " + part.userData);
     }
-  }
 }
 
 void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
@@ -125,8 +119,8 @@ void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
   }
   std::size_t saves = 0;
   for (const std::string& box : shelf.boxes)
-    for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box))) {
-      const std::string path = MessageFolders::pathOf(box) + "/" + name;
+    for (const std::string& name : Simulator::listFolder(Simulator::MessageFolders::pathOf(box))) {
+      const std::string path = Simulator::MessageFolders::pathOf(box) + "/" + name;
       if (shelf.files.count(path) == 0) saves += 1 + appear(path, shelf.files[path] = read(path, faults));
     }
   // Each save may displace the smallest name when the limit is reached.
@@ -185,11 +179,8 @@ Ledger::File Ledger::read(const std::string& path, unsigned faults) const {
   for (const Json::Value& part : record["parts"]) {
     if (part.isNull()) continue;
     const auto known = byPart_.find(textOf(part));
-    const bool fits = known != byPart_.end() && (file.parts.empty() || file.message == known->second.first);
-    if (!fits) {
-      file.message.reset();
-      return file;
-    }
+    if (known == byPart_.end() || (file.message && file.message != known->second.first))
+      return {file.version, file.content, faults};
     file.message = known->second.first;
     file.parts.insert(known->second.second);
   }
@@ -295,15 +286,14 @@ void Ledger::judgeOutgoing(const Message& message, std::size_t sendings, const F
 
 std::string Ledger::historyOf(const Message& message) const {
   std::string text = "  met: " + Fault::names(metBy(message)) + "\n";
-  const std::size_t first = message.first > 0 ? message.first - 1 : 0;
-  for (std::size_t look = first; look < std::min(message.last + 1, looks_.size()); ++look)
+  for (std::size_t look = message.first; look < std::min(message.last + 1, looks_.size()); ++look)
     text += "  look " + std::to_string(look + 1) + ": " + looks_[look] + "\n";
   return text;
 }
 
 std::size_t Ledger::exposedTo(const Window& window) const {
-  return static_cast<std::size_t>(
-      std::count_if(messages_.begin(), messages_.end(), [&](const Message& message) {
-        return (message.kind & window.kinds) != 0 && (metBy(message) & window.fault) != 0;
-      }));
+  std::size_t count = 0;
+  for (const Message& message : messages_)
+    if ((message.kind & window.kinds) != 0 && (metBy(message) & window.fault) != 0) ++count;
+  return count;
 }

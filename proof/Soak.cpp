@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <numeric>
 
 #include "proof/Disturbances.h"
 #include "proof/Proofs.h"
@@ -56,8 +57,8 @@ class Load {
     for (unsigned part = 1; part <= count; ++part)
       whole += "part " + std::to_string(part) + " of " + number + ". ";
     const std::size_t message = world_.enter(whole, World::friendly, count);
-    std::vector<std::size_t> order;
-    for (std::size_t part = 0; part < count; ++part) order.push_back(part);
+    std::vector<std::size_t> order(count);
+    std::iota(order.begin(), order.end(), 0);
     std::shuffle(order.begin(), order.end(), world_.random);
     for (const std::size_t part : order) late_[pass_ + world_.below(4)].emplace_back(message, part);
   }

@@ -30,9 +30,8 @@ class Tracer {
 
   /// Creates a program named like `daemon` that starts it, unchanged, with `preloaded`. Returns its path.
   static std::string stoppable(const std::string& daemon, const std::string& preloaded);
-  /// Makes the next daemon that such a program starts stop as soon as it has forked.
+  /// Makes the next daemon of such a program stop as soon as it has forked, and waits until it has.
   static bool stopNext();
-  /// Waits until the daemon of such a program has stopped; false when it does not.
   static bool awaitStop(pid_t process);
 
  private:

@@ -45,8 +45,7 @@ class World {
   void load(const std::string& what, unsigned incoming, unsigned outgoing);
   void accept();
 
-  /// False once the daemon has ended or hung and must not; the steps below then do nothing. After each wait
-  /// the ledger observes the world.
+  /// False once the daemon has ended or hung and must not; the steps below then do nothing.
   bool lives = true;
   /// Starts the daemon and waits for the end of its first pass.
   void start();
