@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iostream>
+#include <stdexcept>
 
 #include "proof/Proofs.h"
 #include "proof/Scenario.h"
@@ -63,10 +64,7 @@ bool isClock(const Tracer::Call& call) {
 class Runner {
  public:
   explicit Runner(const Words& words)
-      : scenario_(*std::find_if(scenarios.begin(), scenarios.end(),
-                                [&](const Scenario& each) { return each.name == words[0]; })),
-        sample_(numberOf(words[1])),
-        random_(numberOf(words[2])) {
+      : scenario_(find(words[0])), sample_(numberOf(words[1])), random_(numberOf(words[2])) {
     World world = scenario_.prepare();
     Tracer tracer;
     world.lives = scenario_.begin(world, tracer, "") && world.awaitSleep();
@@ -91,6 +89,12 @@ class Runner {
   }
 
  private:
+  static const Scenario& find(const std::string& name) {
+    for (const Scenario& scenario : scenarios)
+      if (name == scenario.name) return scenario;
+    throw std::runtime_error("no scenario is called " + name);
+  }
+
   void count(const Point& point, const Findings& findings) {
     std::string kind = findings.empty() ? "clean" : "in a window";
     for (const Ledger::Finding& finding : findings) {

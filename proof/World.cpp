@@ -29,7 +29,7 @@ fs::path built(const std::string& program) {
 }
 
 // Removes the files of an earlier world, but not folders that are mount points. Returns `program`.
-const std::string& cleaned(const std::string& program) {
+std::string cleaned(const std::string& program) {
   for (const std::string folder : {"/var/config", "/var/log", "/run/modem", "/run/gateway", "/tmp/sms"})
     if (fs::exists(folder))
       for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry);
@@ -63,6 +63,7 @@ std::size_t World::enter(const std::string& text, const std::string& sender, uns
   Simulator::GsmEncoder encoder;
   if (!encoder.encode(text, {false, parts, nextReference_++}).empty()) std::abort();
   std::vector<std::pair<std::string, std::string>> entered;
+  entered.reserve(encoder.parts.size());
   for (const std::string& part : encoder.parts)
     entered.emplace_back(part, encoder.parts.size() > 1 ? part.substr(headerSize) : text);
   const bool isCommand = text.find('#') != std::string::npos && sender == friendly;
