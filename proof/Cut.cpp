@@ -1,11 +1,20 @@
+// cut prepare SITUATION: sets up the disks for the daemon's start
+// cut run SITUATION [MILLISECONDS]: starts the daemon, and cuts the power of the machine after so long;
+// without
+//   that prints how long the first pass takes
+// cut look SITUATION: restarts the daemon, and prints what happened to the messages
+// Each step is a process of its own, on disks that persist. Two more words, CONFIG and MODEM, are the folders
+// to mount at /var/config and at the modem's store. With a STAGE of the tool (unread, read, delete, deleted,
+// send, sent) and the IMAGE of CONFIG's disk, `run` stops there, copies the image as a power cut would leave
+// it, and ends: cut run SITUATION CONFIG MODEM STAGE IMAGE.
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
-#include <map>
 
-#include "proof/Fault.h"
 #include "proof/Proofs.h"
 #include "simulator/support/Files.h"
 
@@ -23,48 +32,53 @@ const std::map<std::string, Situation> situations = {
     {"sending", {0, 20, 1}},   {"tool", {5, 3, 1}},
 };
 
-// Enters the messages. `really`: also delivers them, without their last parts, or queues them.
-void enter(World& world, const Situation& situation, bool really) {
-  for (unsigned i = 0; i < situation.incoming; ++i) {
-    const unsigned message =
-        world.enter("a text whose end is " + std::to_string(i), World::other, situation.parts);
-    for (std::size_t part = 0; part < situation.parts; ++part) {
-      if (!really) world.ledger.arrived(message, part);
-      if (really && (part == 0 || part + 1 < situation.parts)) world.deliver(message, part);
-    }
+// Enters the messages, and delivers them part by part.
+void enter(World& world, const Situation& situation, const std::function<void()>& beforeEachPart) {
+  std::vector<std::size_t> messages(situation.incoming);
+  for (unsigned i = 0; i < situation.incoming; ++i)
+    messages[i] = world.enter("a text whose end is " + std::to_string(i), World::other, situation.parts);
+  for (unsigned part = 0; part < situation.parts; ++part) {
+    beforeEachPart();
+    for (const std::size_t message : messages) world.deliver(message, part);
   }
-  for (unsigned i = 0; i < situation.outgoing; ++i) {
-    const std::string text = "a queued text whose end is " + std::to_string(i);
-    if (really)
-      world.queue(text);
-    else
-      world.ledger.enterQueued(text, World::other, false);
-  }
+  for (unsigned i = 0; i < situation.outgoing; ++i)
+    world.queue("a queued text whose end is " + std::to_string(i));
 }
 
-bool prepare(const World::Programs& programs, const Situation& situation) {
-  World world(programs, limit);
-  if (!world.start() || !world.stop()) return false;
-  enter(world, situation, true);
-  if (situation.parts == 1) return true;
-  const bool good = world.start() && world.stop();
-  for (unsigned message = 0; message < situation.incoming; ++message)
-    world.deliver(message, situation.parts - 1);
-  return good;
+bool prepare(const Situation& situation) {
+  World world(limit);
+  enter(world, situation, [&world] {
+    world.start();
+    world.stop();
+  });
+  return world.lives;
 }
 
-// Starts the daemon and waits for the cut.
-bool run(const World::Programs& programs) {
-  World world(programs, limit, false);
-  std::cout << "The daemon starts" << std::endl;
-  if (world.start()) std::cout << "The daemon runs" << std::endl;
-  return pause() == 0;
+bool measure() {
+  World world(World::Continued{limit});
+  const auto begin = std::chrono::steady_clock::now();
+  world.start();
+  const auto took = std::chrono::steady_clock::now() - begin;
+  std::cout << "took " << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << std::endl;
+  return world.lives;
 }
 
-// For the stages after the tool's work, the tool hangs before it, and the test does that work itself.
-bool runTo(const World::Programs& programs, const std::string& stage, const std::string& image) {
-  const std::string operation = stage == "deleted" ? "delete" : stage == "sent" ? "send" : stage;
-  World world(programs, limit, false);
+// Resets the machine at once, without writing what the kernel holds; after the first pass for "filed".
+[[noreturn]] void runFor(const std::string& situation, unsigned milliseconds) {
+  World world(World::Continued{limit});
+  const bool started = world.daemon().start().empty();
+  if (started && situation == "filed") world.awaitSleep();
+  usleep(milliseconds * 1000);
+  std::ofstream("/proc/sysrq-trigger") << "b" << std::flush;
+  std::abort();
+}
+
+// For the stages after the tool's work, the tool hangs before it, and the proof does that work itself.
+bool runTo(const std::string& stage, const std::string& image) {
+  const std::map<std::string, std::string> doneBy = {{"deleted", "delete"}, {"sent", "send"}};
+  const auto done = doneBy.find(stage);
+  const std::string operation = done == doneBy.end() ? stage : done->second;
+  World world(World::Continued{limit});
   Simulator::Modem& modem = world.gateway().modem;
   modem.setHanging("");  // clears the mark of a tool whose power was cut
   modem.setFault(operation, Simulator::ToolFault::Hang, 1);
@@ -78,29 +92,35 @@ bool runTo(const World::Programs& programs, const std::string& stage, const std:
   _exit(EXIT_SUCCESS);  // without cleanup: the power is gone
 }
 
-bool look(const World::Programs& programs, const std::string& name) {
-  World world(programs, limit, false);
+bool look(const std::string& name) {
+  World world(World::Continued{limit});
   world.gateway().modem.clearFaults();
-  enter(world, situations.at(name), false);
+  enter(world, situations.at(name), [] {});
   world.look("the power is back");
   world.ledger.died();
   world.ledger.observe({Fault::None, {Simulator::readFile(logs)}, {}, "what was logged before the last cut"});
-  const bool lives = world.start() && world.pass(5);
-  if (!lives) std::cout << name << ": the daemon does not live after the cut\n";
-  return world.report(name) && lives;
+  world.start();
+  world.pass(5);
+  if (!world.lives) std::cout << name << ": the daemon does not live after the cut\n";
+  return world.report(name) && world.lives;
+}
+
+void mountAt(const std::string& target, const std::string& folder) {
+  std::filesystem::create_directories(target);
+  if (mount(folder.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0) std::abort();
 }
 
 }  // namespace
 
-bool cutPower(const World::Programs& programs, const Words& words) {
+bool cutPower(const Words& words) {
+  const std::string &step = words[0], &situation = words[1];
   if (words.size() > 3) {
-    for (const char* const folder : {"/var/config", Simulator::Modem::storeFolder})
-      std::filesystem::create_directories(folder);
-    if (mount(words[2].c_str(), "/var/config", nullptr, MS_BIND, nullptr) != 0 ||
-        mount(words[3].c_str(), Simulator::Modem::storeFolder, nullptr, MS_BIND, nullptr) != 0)
-      std::abort();
+    mountAt("/var/config", words[2]);
+    mountAt(Simulator::Modem::storeFolder, words[3]);
   }
-  if (words[0] == "prepare") return prepare(programs, situations.at(words[1]));
-  if (words[0] == "look") return look(programs, words[1]);
-  return words.size() > 5 ? runTo(programs, words[4], words[5]) : run(programs);
+  if (step == "prepare") return prepare(situations.at(situation));
+  if (step == "look") return look(situation);
+  if (words.size() > 5) return runTo(words[4], words[5]);
+  if (words.size() == 3) runFor(situation, numberOf(words[2]));
+  return measure();
 }

@@ -1,222 +1,149 @@
 #include "proof/Disturbances.h"
 
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <iostream>
-#include <map>
 
-#include "proof/Fault.h"
 #include "proof/Proofs.h"
+#include "proof/Steps.h"
 #include "simulator/support/Files.h"
-#include "simulator/support/Waiting.h"
 
 namespace {
 
+using namespace Step;
 using Simulator::ApiFault;
 using Simulator::ToolFault;
 
-constexpr const char* root = Simulator::MessageFolders::root;
-
-// Repairs the gateway and ends a disturbance, also in a pass that has not ended yet.
-bool repaired(World& world) {
-  const bool good = world.gateway().repair() && world.awaitSleep();
-  world.faults = Fault::None;
-  return good;
+World::Step fault(unsigned active) {
+  return [active](World& world) { world.faults = active; };
 }
 
-// Keeps a fault active for some passes.
-bool during(World& world, unsigned fault) {
-  world.faults = fault;
-  const bool passed = world.pass(1 + world.below(3));
-  return repaired(world) && passed;
-}
+const World::Step fillVar = [](World& world) { world.gateway().var.fill(); };
+const World::Step freeVar = [](World& world) { world.gateway().var.free(); };
+const World::Step fillTmp = [](World& world) { world.gateway().tmp.fill(); };
+const World::Step thaw = [](World&) { World::thaw(Simulator::MessageFolders::root); };
+const World::Step closeSyslog = [](World& world) { world.gateway().syslog.close(); };
+const World::Step closeApi = [](World& world) { world.gateway().api.close(world.below(2) == 0); };
+const World::Step removeTool = [](World& world) { world.gateway().setToolThere(false); };
+const World::Step unhangTool = [](World& world) { world.gateway().modem.clearFaults(); };
+const World::Step deleteRead = [](World& world) { world.gateway().modem.deleteRead(); };
+const World::Step removeSpool = [](World&) { std::filesystem::remove_all(World::spool); };
+const World::Step terminate = [](World& world) { world.daemon().signal(SIGTERM); };
+const World::Step killAll = [](World& world) { world.kill(true); };
+const World::Step passes = [](World& world) { world.pass(1 + world.below(3)); };
+const World::Step awaitSleep = [](World& world) { world.lives = world.awaitSleep(); };
 
-bool breakTool(World& world, const char* operation) {
-  const std::map<std::string, unsigned> faults = {{"delete", Fault::NotDeleted}, {"send", Fault::SendFault}};
-  const auto fault = faults.find(operation);
-  constexpr ToolFault kinds[] = {ToolFault::Fail, ToolFault::Kill, ToolFault::Silent};
-  world.gateway().modem.setFault(operation, kinds[world.below(3)], 1 + world.below(2));
-  return during(world, fault != faults.end() ? fault->second : static_cast<unsigned>(Fault::Other));
-}
-
-// The tool hangs in the middle of its output until it is repaired.
-bool hangTool(World& world, const char* operation) {
-  world.faults = Fault::Other;
-  world.reach(operation);
-  return repaired(world);
-}
-
-bool silenceApi(World& world, const char*) {
-  world.faults = Fault::ApiFault;
-  world.gateway().api.setFault(ApiFault::Silent, 0);
-  world.beginPass();
-  world.awaitHang([&] { return world.gateway().api.waiting() > 0; });
-  return repaired(world);
-}
-
-bool cutListing(World& world, const char*) {
-  world.faults = Fault::Other;
-  if (world.reach("read")) {
-    for (const std::string& entry : Simulator::listFolder("/proc"))
-      if (Simulator::readFile("/proc/" + entry + "/comm") == "sms\n") ::kill(std::stoi(entry), SIGKILL);
-    world.gateway().modem.setHanging("");
-    world.faults = Fault::CutListing;
-  }
-  return repaired(world);
-}
-
-bool freeze(World& world, const char*) {
-  if (mount(root, root, nullptr, MS_BIND, nullptr) != 0) {
-    std::cout << "Left out: a read-only store, since nothing can be mounted here\n";
-    return world.pass();
-  }
-  if (mount(nullptr, root, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0) return false;
-  const bool passed = during(world, Fault::Other);
-  return umount2(root, MNT_DETACH) == 0 && passed && world.pass();
-}
-
-// Repeats a second, and with it a guid.
-bool setClockBack(World& world, const char*) {
-  const std::time_t now = world.gateway().clock.now();
-  for (unsigned i = 0; i < 3; ++i) {
-    world.gateway().clock.set(now);
-    if (!world.pass()) return false;
-  }
-  return true;
-}
-
-void waitInsidePass(World& world) {
+void insidePass(World& world) {
   world.beginPass();
   usleep(world.below(world.passMicroseconds + world.passMicroseconds / 4));
 }
 
-bool kill(World& world, const char* group) {
-  waitInsidePass(world);
-  return world.kill(*group != '\0') && world.start();
-}
-
-bool terminate(World& world, const char*) {
-  waitInsidePass(world);
-  return world.stop() && world.start();
-}
-
-bool terminateAt(World& world, const char* operation) {
-  world.reach(operation);
-  world.daemon().signal(SIGTERM);
-  world.gateway().modem.clearFaults();
-  return world.stop() && world.start();
-}
-
-// Fills the disk while the tool is busy, and sends SIGTERM before there is room again.
-bool fillAt(World& world, const char* operation) {
-  world.faults = Fault::DiskFull;
-  world.reach(operation);
-  world.gateway().var.fill();
-  world.gateway().modem.clearFaults();
-  const bool ended = world.awaitSleep() && world.stop();
-  world.gateway().var.free();
+void freeze(World& world) {
+  if (World::freeze(Simulator::MessageFolders::root)) return;
+  std::cout << "Left out: a read-only store, since nothing can be mounted here\n";
   world.faults = Fault::None;
-  return ended && world.start();
 }
 
-// Removes the spool files. The daemon must note later messages again.
-bool removeNotes(World& world, const char*) {
-  if (world.reach("delete")) std::filesystem::remove_all(World::spool);
-  if (!repaired(world)) return false;
-  if (world.reach("delete")) world.gateway().modem.deleteRead();
-  return world.kill() && world.start();
+World::Step failTool(const char* operation) {
+  return [operation](World& world) {
+    constexpr ToolFault kinds[] = {ToolFault::Fail, ToolFault::Kill, ToolFault::Silent};
+    world.gateway().modem.setFault(operation, kinds[world.below(3)], 1 + world.below(2));
+  };
 }
 
-// Restarts the daemon, because it reads the whitelist only when it starts.
-bool spoilWhitelist(World& world, const char*) {
-  Simulator::Settings& settings = world.gateway().settings;
-  const Json::Value numbers = settings.value()["smsCommands"]["whitelist"]["numbers"];
-  if (!world.stop()) return false;
-  Json::Value spoilt(Json::arrayValue);
-  spoilt.append(Json::objectValue);
-  settings.set("smsCommands.whitelist.numbers", spoilt);
-  world.faults = Fault::BadWhitelist;
-  const bool lived = world.start() && world.pass() && world.stop();
-  settings.set("smsCommands.whitelist.numbers", numbers);
-  world.faults = Fault::None;
-  return lived && world.start();
+void silenceApi(World& world) {
+  Simulator::LocalApiServer& api = world.gateway().api;
+  api.setFault(ApiFault::Silent, 0);
+  world.beginPass();
+  world.awaitHang([&api] { return api.waiting() > 0; });
 }
 
-bool fillVar(World& world, const char*) {
-  world.gateway().var.fill();
-  return during(world, Fault::DiskFull);
-}
-bool fillTmp(World& world, const char*) {
-  world.gateway().tmp.fill();
-  return during(world, Fault::TmpFull);
-}
-bool removeTool(World& world, const char*) {
-  world.gateway().setToolThere(false);
-  return during(world, Fault::SendFault);
-}
-bool closeSyslog(World& world, const char*) {
-  world.gateway().syslog.close();
-  return during(world, Fault::Other);
-}
-bool closeApi(World& world, const char*) {
-  world.gateway().api.close(world.below(2) == 0);
-  return during(world, Fault::ApiFault);
-}
-bool spoilApi(World& world, const char*) {
+void spoilApi(World& world) {
   constexpr ApiFault faults[] = {ApiFault::Code, ApiFault::Garbage, ApiFault::Close};
   world.gateway().api.setFault(faults[world.below(3)], 500);
-  return during(world, Fault::ApiFault);
+}
+
+void killTool(World& world) {
+  for (const std::string& entry : Simulator::listFolder("/proc"))
+    if (Simulator::readFile("/proc/" + entry + "/comm") == "sms\n") ::kill(std::stoi(entry), SIGKILL);
+  world.gateway().modem.setHanging("");
+  world.faults = Fault::CutListing;
+}
+
+// Repeats a second, and with it a guid.
+void setClockBack(World& world) {
+  const std::time_t now = world.gateway().clock.now();
+  for (unsigned i = 0; i < 3; ++i) {
+    world.gateway().clock.set(now);
+    world.pass();
+  }
+}
+
+// The daemon reads the whitelist only when it starts.
+World::Step whitelist(const Json::Value& entry) {
+  return [entry](World& world) {
+    Json::Value numbers(Json::arrayValue);
+    numbers.append(entry);
+    world.gateway().settings.set("smsCommands.whitelist.numbers", numbers);
+  };
+}
+
+World::Steps fullFrom(const char* operation) {
+  return {fault(Fault::DiskFull), at(operation), fillVar, unhangTool, awaitSleep, stop, freeVar,
+          fault(Fault::None),     start};
 }
 
 }  // namespace
 
-const std::vector<Disturbance> disturbances = {
-    {"no room under /var", false, fillVar},
-    {"no room under /tmp", false, fillTmp},
-    {"the store is read-only", false, freeze},
-    {"the clock is set back", false, setClockBack},
-    {"syslog is gone", false, closeSyslog},
-    {"the local API is gone", false, closeApi},
-    {"the local API answers wrongly", false, spoilApi},
-    {"the local API is silent", false, silenceApi},
-    {"the tool is gone", false, removeTool},
-    {"the tool fails to list unread", false, breakTool, "unread"},
-    {"the tool fails to list read", false, breakTool, "read"},
-    {"the tool fails to delete", false, breakTool, "delete"},
-    {"the tool fails to send", false, breakTool, "send"},
-    {"the tool hangs while it lists", false, hangTool, "read"},
-    {"the tool hangs while it sends", false, hangTool, "send"},
-    {"the tool dies in the middle of a listing", false, cutListing},
-    {"SIGKILL of the daemon", true, kill},
-    {"SIGKILL of the daemon and the tool", true, kill, "group"},
-    {"SIGTERM", true, terminate},
-    {"SIGTERM while the tool lists", true, terminateAt, "read"},
-    {"SIGTERM while the tool sends", true, terminateAt, "send"},
-    {"no room from \"list unread\" to an ordered restart", true, fillAt, "unread"},
-    {"no room from \"list read\" to an ordered restart", true, fillAt, "read"},
-    {"no room from \"delete\" to an ordered restart", true, fillAt, "delete"},
-    {"no room from \"send\" to an ordered restart", true, fillAt, "send"},
-    {"what is noted is removed", true, removeNotes},
-    {"the whitelist is spoilt", true, spoilWhitelist},
+const std::vector<Disturbance> survived = {
+    {"no room under /var", {fault(Fault::DiskFull), fillVar, passes, repair}},
+    {"no room under /tmp", {fault(Fault::TmpFull), fillTmp, passes, repair}},
+    {"the store is read-only", {fault(Fault::Other), freeze, passes, repair, thaw, pass}},
+    {"the clock is set back", {setClockBack}},
+    {"syslog is gone", {fault(Fault::Other), closeSyslog, passes, repair}},
+    {"the local API is gone", {fault(Fault::ApiFault), closeApi, passes, repair}},
+    {"the local API answers wrongly", {fault(Fault::ApiFault), spoilApi, passes, repair}},
+    {"the local API is silent", {fault(Fault::ApiFault), silenceApi, repair}},
+    {"the tool is gone", {fault(Fault::SendFault), removeTool, passes, repair}},
+    {"the tool fails to list unread", {fault(Fault::Other), failTool("unread"), passes, repair}},
+    {"the tool fails to list read", {fault(Fault::Other), failTool("read"), passes, repair}},
+    {"the tool fails to delete", {fault(Fault::NotDeleted), failTool("delete"), passes, repair}},
+    {"the tool fails to send", {fault(Fault::SendFault), failTool("send"), passes, repair}},
+    {"the tool hangs while it lists", {fault(Fault::Other), at("read"), repair}},
+    {"the tool hangs while it sends", {fault(Fault::Other), at("send"), repair}},
+    {"the tool dies in the middle of a listing", {fault(Fault::Other), at("read", killTool), repair}},
+};
+const std::vector<Disturbance> lethal = {
+    {"SIGKILL of the daemon", {insidePass, Step::kill, start}},
+    {"SIGKILL of the daemon and the tool", {insidePass, killAll, start}},
+    {"SIGTERM", {insidePass, stop, start}},
+    {"SIGTERM while the tool lists", {at("read"), terminate, unhangTool, stop, start}},
+    {"SIGTERM while the tool sends", {at("send"), terminate, unhangTool, stop, start}},
+    {"no room from \"list unread\" to an ordered restart", fullFrom("unread")},
+    {"no room from \"list read\" to an ordered restart", fullFrom("read")},
+    {"no room from \"delete\" to an ordered restart", fullFrom("delete")},
+    {"no room from \"send\" to an ordered restart", fullFrom("send")},
+    {"what is noted is removed",
+     {at("delete", removeSpool), repair, at("delete", deleteRead), Step::kill, start}},
+    {"the whitelist is spoilt",
+     {stop, whitelist(Json::objectValue), fault(Fault::BadWhitelist), start, pass, stop,
+      whitelist(World::friendly), fault(Fault::None), start}},
 };
 
-bool disturb(const World::Programs& programs, const Words& words) {
-  constexpr unsigned settlingPasses = 4;
-  const unsigned times = numberOf(words[0]);
+bool disturb(const Words& words) {
   bool good = true;
-  for (const Disturbance& disturbance : disturbances) {
-    World world(programs);
-    world.beforePass = [&] { world.load("load " + std::to_string(world.ledger.entered()), 4, 1); };
-    bool lives = world.start();
-    for (unsigned time = 0; lives && time < times; ++time)
-      lives = disturbance.happens(world, disturbance.detail);
-    world.beforePass = [] {};
-    lives = lives && world.pass(settlingPasses);
-    good = world.report(disturbance.name) && lives && good;
-    if (!lives) std::cout << disturbance.name << ": the daemon does not live through it" << std::endl;
-  }
+  for (const std::vector<Disturbance>* const table : {&survived, &lethal})
+    for (const auto& [name, steps] : *table) {
+      World world;
+      world.beforePass = [&world] { world.load("load " + std::to_string(world.ledger.entered()), 4, 1); };
+      world.start();
+      for (unsigned left = numberOf(words[0]); left > 0; --left) world.run(steps);
+      world.beforePass = [] {};
+      world.pass(settlingPasses);
+      good = world.report(name) && world.lives && good;
+      if (!world.lives) std::cout << name << ": the daemon does not live through it" << std::endl;
+    }
   return good;
 }

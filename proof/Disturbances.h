@@ -5,8 +5,7 @@
 /// A fault of the gateway that lasts for one or more passes. The world is repaired afterwards.
 struct Disturbance {
   const char* name;
-  bool lethal;                                  ///< the daemon ends, and is restarted
-  bool (*happens)(World&, const char* detail);  ///< false when the daemon ends or hangs and must not
-  const char* detail = "";                      ///< the operation of the tool that fails
+  World::Steps steps;
 };
-extern const std::vector<Disturbance> disturbances;
+/// Those that the daemon survives, and those that end it; it is then started again.
+extern const std::vector<Disturbance> survived, lethal;

@@ -1,15 +1,15 @@
 #include "proof/Ledger.h"
 
-#include <algorithm>
+#include <sys/stat.h>
 
-#include "proof/Fault.h"
+#include <algorithm>
+#include <regex>
+
+#include "simulator/gateway/MessageFolders.h"
 #include "simulator/modem/Modem.h"
 #include "simulator/support/Files.h"
 
 namespace {
-
-constexpr char unanswered[] = "was begun and never answered";  // part of a log line of the daemon
-constexpr char unobeyed[] = "SMS command in message";          // the same: not obeyed, or perhaps not obeyed
 
 std::string textOf(const Json::Value& value) { return value.isString() ? value.asString() : ""; }
 
@@ -19,21 +19,20 @@ std::string argumentOf(const std::string& command) {
   return command.substr(begin, command.find(' ', begin) - begin);
 }
 
-std::set<std::string> guidsOf(const std::string& line) {
-  std::set<std::string> guids;
-  for (std::size_t at = 0; (at = line.find_first_of("0123456789", at)) != std::string::npos;) {
-    const std::size_t end = std::min(line.find_first_not_of("0123456789", at), line.size());
-    guids.insert(line.substr(at, end - at));
-    at = end;
-  }
-  return guids;
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+// Changes whenever the file is written or replaced.
+std::string versionOf(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) return "";
+  return std::to_string(status.st_ino) + "." + std::to_string(status.st_mtim.tv_nsec);
 }
 
 }  // namespace
 
 bool Ledger::Message::isIn(const std::string& box) const {
-  return std::any_of(places.begin(), places.end(),
-                     [&](const std::string& place) { return Shelf::boxOf(place) == box; });
+  const auto first = paths.lower_bound(Simulator::MessageFolders::pathOf(box) + "/");
+  return first != paths.end() && first->rfind(Simulator::MessageFolders::pathOf(box) + "/", 0) == 0;
 }
 
 bool Ledger::Message::isDone() const {
@@ -43,31 +42,31 @@ bool Ledger::Message::isDone() const {
                                [](const Part& part) { return part.place == Part::OnModem; });
 }
 
-unsigned Ledger::enterIncoming(const std::string& text, unsigned kind,
-                               const std::vector<std::pair<std::string, std::string>>& parts) {
-  const auto number = static_cast<unsigned>(messages_.size());
-  Message message{text, "", kind};
+std::size_t Ledger::enter(Message message) {
+  const std::size_t number = messages_.size();
+  byText_[message.text] = number;
   message.first = looks_.size();
-  byText_[text] = number;
-  for (const auto& [userData, partText] : parts) {
-    byPart_[partText] = {number, message.parts.size()};
-    message.parts.push_back({userData});
-  }
-  messages_.push_back(message);
+  messages_.push_back(std::move(message));
   return number;
 }
 
-void Ledger::arrived(unsigned message, std::size_t part) {
-  active_.insert(message);
+std::size_t Ledger::enterIncoming(const std::string& text, unsigned kind,
+                                  const std::vector<std::pair<std::string, std::string>>& parts) {
+  const std::size_t number = enter({text, "", kind});
+  for (const auto& [userData, partText] : parts) {
+    byPart_[partText] = {number, messages_[number].parts.size()};
+    messages_[number].parts.push_back({userData});
+  }
+  return number;
+}
+
+void Ledger::arrived(std::size_t message, std::size_t part) {
+  underWay_.insert(message);
   messages_[message].parts[part].place = Part::OnModem;
 }
 
 void Ledger::enterQueued(const std::string& text, const std::string& recipient, bool refused) {
-  const auto number = static_cast<unsigned>(messages_.size());
-  byText_[text] = number;
-  active_.insert(number);
-  messages_.push_back({text, recipient, Kind::Outgoing, refused});
-  messages_.back().first = looks_.size();
+  underWay_.insert(enter({text, recipient, Kind::Outgoing, refused}));
 }
 
 void Ledger::accept() {
@@ -76,16 +75,14 @@ void Ledger::accept() {
 
 void Ledger::observe(const News& news) {
   looks_.push_back(Fault::names(news.faults) + "; " + news.note);
-  for (const std::string& line : news.lines) looks_.back() += "\n    log " + line;
-  for (const std::string& body : news.posts) ++posts_[textOf(Simulator::jsonOrText(body)["args"][0])];
-  for (const unsigned number : active_) messages_[number].met |= news.faults;
+  for (const std::string& body : news.posts) posts_.insert(textOf(Simulator::jsonOrText(body)["args"][0]));
+  for (const std::size_t number : underWay_) messages_[number].met |= news.faults;
   observeModem(news.faults);
-  observeShelf(inbox_, news.faults);
-  observeShelf(outbox_, news.faults);
-  observeLog(news.lines);
-  for (auto number = active_.begin(); number != active_.end();) {
+  for (Shelf* const shelf : {&inbox_, &outbox_}) observeShelf(*shelf, news.faults);
+  for (const std::string& line : news.lines) observeLog(line);
+  for (auto number = underWay_.begin(); number != underWay_.end();) {
     messages_[*number].last = looks_.size();
-    number = messages_[*number].isDone() ? active_.erase(number) : std::next(number);
+    number = messages_[*number].isDone() ? underWay_.erase(number) : std::next(number);
   }
 }
 
@@ -95,109 +92,110 @@ void Ledger::observeModem(unsigned faults) {
   const Simulator::Modem modem(Simulator::Modem::storeFolder);
   for (const char* const box : {"unread", "read"})
     for (const std::string& message : modem.printed(box)) listed += message;
-  for (const unsigned number : active_) {
+  for (const std::size_t number : underWay_)
     for (Part& part : messages_[number].parts) {
-      if (part.place != Part::OnModem || listed.find("\"" + part.userData + "\"") != std::string::npos)
-        continue;
+      const bool isListed = listed.find("\"" + part.userData + "\"") != std::string::npos;
+      if (part.place != Part::OnModem || isListed) continue;
       part.place = Part::Taken;
       part.faults = faults;
-      repeated_ += part.filed ? 1 : 0;
-      note(static_cast<int>(number), "off the modem: " + part.userData);
+      if (part.filed) ++repeated_;
+      tell("off the modem: " + part.userData);
     }
-  }
 }
 
 void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
-  const Shelf::Changes changes = shelf.look();
+  std::set<std::string> names;
   std::map<std::string, File> gone;
-  for (const std::string& place : changes.gone) {
-    File& file = gone[place] = files_[place];
-    files_.erase(place);
-    if (file.message < 0) continue;
-    Message& message = note(file.message, "no longer in " + place);
-    message.places.erase(place);
-    message.gone = faults;
+  for (const auto& [path, file] : shelf.files) {
+    names.insert(nameOf(path));
+    if (versionOf(path) != file.version) gone[path] = file;
   }
-  std::size_t merged = 0;  // number of parts; each save may displace a message
-  for (const std::string& place : changes.came) merged += appear(place, faults);
-  const std::set<std::string> displaced = changes.displaced(merged + waiting(&shelf == &inbox_));
-  for (const auto& [place, file] : gone) {
-    if (displaced.count(Shelf::nameOf(place)) == 0) continue;
-    if (file.message < 0)
-      strays_.push_back(stray(place, file));
-    else if (Message& message = messages_[static_cast<unsigned>(file.message)]; message.places.empty())
-      message.displaced = true;
+  for (const auto& [path, file] : gone) {
+    tell("no longer in " + path);
+    shelf.files.erase(path);
+    if (!file.message) continue;
+    messages_[*file.message].paths.erase(path);
+    messages_[*file.message].gone = faults;
+  }
+  std::size_t saves = 0;
+  for (const std::string& box : shelf.boxes)
+    for (const std::string& name : Simulator::listFolder(Simulator::MessageFolders::pathOf(box))) {
+      const std::string path = Simulator::MessageFolders::pathOf(box) + "/" + name;
+      if (shelf.files.count(path) == 0) saves += 1 + appear(path, shelf.files[path] = read(path, faults));
+    }
+  // Each save may displace the smallest name when the limit is reached.
+  saves += waiting(shelf.kinds);
+  while (!names.empty() && names.size() + saves > limit_) names.erase(names.begin());
+  for (const auto& [path, file] : gone) {
+    if (names.count(nameOf(path)) != 0) continue;
+    if (!file.message) strays_.push_back(strayIn(path, file));
+    if (file.message && messages_[*file.message].paths.empty()) messages_[*file.message].displaced = true;
   }
 }
 
+// Returns the number of parts of a concatenated message that were not filed before.
+std::size_t Ledger::appear(const std::string& path, const File& file) {
+  tell("in " + path + ": " + file.content);
+  if (!file.message) return 0;
+  Message& message = messages_[*file.message];
+  message.paths.insert(path);
+  message.names.insert(nameOf(path));
+  message.displaced = false;
+  message.whole = message.whole || file.whole;
+  message.retries = file.retries;
+  std::size_t fresh = 0;
+  for (std::size_t i = 0; i < message.parts.size(); ++i) {
+    if (message.parts[i].filed || (!file.whole && file.parts.count(i) == 0)) continue;
+    message.parts[i].filed = true;
+    ++fresh;
+  }
+  return message.parts.size() > 1 ? fresh : 0;
+}
+
 // The number of messages that were taken off the modem, or out of the outbox, and are not filed.
-std::size_t Ledger::waiting(bool incoming) const {
-  std::size_t count = incoming ? repeated_ : 0;
-  for (const unsigned number : active_) {
+std::size_t Ledger::waiting(unsigned kinds) const {
+  std::size_t count = kinds == Kind::Incoming ? repeated_ : 0;
+  for (const std::size_t number : underWay_) {
     const Message& message = messages_[number];
-    if (!incoming && message.kind == Kind::Outgoing && message.places.empty()) ++count;
+    if ((message.kind & kinds) == 0) continue;
+    if (message.kind == Kind::Outgoing && message.paths.empty()) ++count;
     for (const Part& part : message.parts)
-      if (incoming && part.place == Part::Taken && !part.filed && (part.faults & Fault::CutListing) == 0)
-        ++count;
+      if (part.place == Part::Taken && !part.filed && (part.faults & Fault::CutListing) == 0) ++count;
   }
   return count;
 }
 
 // Determines which message a file holds, whole or in parts.
-Ledger::File Ledger::read(const std::string& content) const {
-  File file;
+Ledger::File Ledger::read(const std::string& path, unsigned faults) const {
+  File file{versionOf(path), Simulator::readFile(path), faults};
   Json::Value record;
-  file.content = content;
-  if (!Simulator::readJson(content, record) || !record.isObject()) return file;
+  if (!Simulator::readJson(file.content, record) || !record.isObject()) return file;
   file.retries = record["retries"].isUInt() && record["retries"].asUInt() > 0;
-  const auto found = byText_.find(textOf(record["message"]));
-  if (found != byText_.end()) {
-    file.message = static_cast<int>(found->second);
+  if (const auto found = byText_.find(textOf(record["message"])); found != byText_.end()) {
+    file.message = found->second;
     file.whole = true;
     return file;
   }
   for (const Json::Value& part : record["parts"]) {
     if (part.isNull()) continue;
     const auto known = byPart_.find(textOf(part));
-    const int message = known == byPart_.end() ? -1 : static_cast<int>(known->second.first);
-    if (message < 0 || (!file.parts.empty() && message != file.message)) {
-      file.message = -1;
-      return file;
-    }
-    file.message = message;
+    if (known == byPart_.end() || (file.message && file.message != known->second.first))
+      return {file.version, file.content, faults};
+    file.message = known->second.first;
     file.parts.insert(known->second.second);
   }
   return file;
 }
 
-// Returns the number of parts of a concatenated message that were not filed before.
-std::size_t Ledger::appear(const std::string& place, unsigned faults) {
-  File& file = files_[place] = read(Simulator::readFile(Shelf::pathOf(place)));
-  file.faults = faults;
-  if (file.message < 0) return 0;
-  Message& message = note(file.message, "in " + place);
-  message.places.insert(place);
-  message.displaced = false;
-  message.names.insert(Shelf::nameOf(place));
-  message.whole = message.whole || file.whole;
-  message.retries = file.retries;
-  std::size_t fresh = 0;
-  for (std::size_t i = 0; i < message.parts.size(); ++i) {
-    const bool filed = file.whole || file.parts.count(i) != 0;
-    if (filed && !message.parts[i].filed) ++fresh;
-    message.parts[i].filed = message.parts[i].filed || filed;
-  }
-  return message.parts.size() > 1 ? fresh : 0;
-}
-
-void Ledger::observeLog(const std::vector<std::string>& lines) {
-  for (const std::string& line : lines) {
-    const unsigned fault = line.find(unanswered) != std::string::npos ? Fault::Unanswered
-                           : line.find(unobeyed) != std::string::npos ? Fault::Unobeyed
-                                                                      : Fault::None;
-    if (fault == Fault::None) continue;
-    for (const std::string& guid : guidsOf(line)) said_[guid] |= fault;
-  }
+void Ledger::observeLog(const std::string& line) {
+  static const std::regex guid("[0-9]+");
+  tell("log " + line);
+  unsigned said = Fault::None;
+  if (line.find("SMS command in message") != std::string::npos) said = Fault::Unobeyed;  // or perhaps not
+  if (line.find("was begun and never answered") != std::string::npos) said = Fault::Unanswered;
+  if (said == Fault::None) return;
+  for (std::sregex_iterator found(line.begin(), line.end(), guid); found != std::sregex_iterator(); ++found)
+    said_[found->str()] |= said;
 }
 
 unsigned Ledger::metBy(const Message& message) const {
@@ -207,15 +205,8 @@ unsigned Ledger::metBy(const Message& message) const {
   return faults;
 }
 
-Ledger::Message& Ledger::note(int message, const std::string& event) {
-  Message& noted = messages_[static_cast<unsigned>(message)];
-  noted.last = looks_.size();
-  noted.history += "  look " + std::to_string(looks_.size()) + ": " + event + "\n";
-  return noted;
-}
-
 void Ledger::died() {
-  for (const unsigned number : active_) {
+  for (const std::size_t number : underWay_) {
     Message& message = messages_[number];
     message.met |= Fault::Killed;
     for (const Part& part : message.parts)
@@ -229,93 +220,80 @@ void Ledger::met(unsigned faults, const std::string* within) {
 }
 
 std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent) const {
-  std::vector<Finding> findings;
-  std::map<unsigned, std::size_t> sendings;
+  std::vector<Finding> findings = strays_;
+  for (const Shelf& shelf : {inbox_, outbox_})
+    for (const auto& [path, file] : shelf.files)
+      if (!file.message) findings.push_back(strayIn(path, file));
+  std::multiset<std::size_t> sendings;
   for (const Json::Value& one : sent) {
     const auto found = byText_.find(one["text"].asString());
-    if (found == byText_.end() || messages_[found->second].number != one["recipient"].asString())
-      findings.push_back({"stray: sent " + Simulator::toLine(one), nullptr, -1});
+    if (found == byText_.end() || messages_[found->second].recipient != one["recipient"].asString())
+      findings.push_back({"stray: sent " + Simulator::toLine(one)});
     else
-      ++sendings[found->second];
+      sendings.insert(found->second);
   }
-  for (unsigned number = 0; number < messages_.size(); ++number) {
-    if (messages_[number].kind == Kind::Outgoing)
-      judgeOutgoing(findings, number, sendings[number]);
+  for (std::size_t number = 0; number < messages_.size(); ++number) {
+    const Message& message = messages_[number];
+    const Find find = [&](unsigned harm, const std::string& detail, unsigned faults) {
+      const Window* const window = windowOf(harm, faults);
+      findings.push_back({Harm::name(harm) + ": " + message.text + detail, window,
+                          window == nullptr ? historyOf(message) : ""});
+    };
+    if (message.kind == Kind::Outgoing)
+      judgeOutgoing(message, sendings.count(number), find);
     else
-      judgeIncoming(findings, number, postsOf(messages_[number].text));
+      judgeIncoming(message, posts_.count(argumentOf(message.text)), find);
   }
-  findings.insert(findings.end(), strays_.begin(), strays_.end());
-  for (const auto& [place, file] : files_)
-    if (file.message < 0) findings.push_back(stray(place, file));
   return findings;
 }
 
 // When the tool dies, the daemon files the printed part of a message as a whole message.
-Ledger::Finding Ledger::stray(const std::string& place, const File& file) {
-  return {"stray: " + place + ": " + file.content, windowOf(Harm::Lost, file.faults), -1};
+Ledger::Finding Ledger::strayIn(const std::string& path, const File& file) {
+  return {"stray: " + path + ": " + file.content, windowOf(Harm::Lost, file.faults)};
 }
 
-std::size_t Ledger::postsOf(const std::string& text) const {
-  const auto found = posts_.find(argumentOf(text));
-  return found == posts_.end() ? 0 : found->second;
-}
-
-void Ledger::find(std::vector<Finding>& findings, Harm harm, unsigned number, const std::string& detail,
-                  unsigned met) const {
-  const Message& message = messages_[number];
-  const std::string said = detail.empty() ? "" : ", " + detail;
-  findings.push_back(
-      {nameOf(harm) + (": " + message.text) + said, windowOf(harm, met), static_cast<int>(number)});
-}
-
-void Ledger::judgeIncoming(std::vector<Finding>& findings, unsigned number, std::size_t posts) const {
-  const Message& message = messages_[number];
-  const unsigned met = metBy(message);
+void Ledger::judgeIncoming(const Message& message, std::size_t posts, const Find& find) const {
+  const unsigned met = metBy(message), damaged = met & Fault::Damaged;
+  const bool obeyed = message.kind == Kind::Command;
   bool filed = message.whole;
   for (const Part& part : message.parts) {
     filed = filed || part.filed;
-    if (part.place != Part::Taken) find(findings, Harm::Lost, number, "still on the modem", Fault::None);
-    if (part.place == Part::Taken && !part.filed)
-      find(findings, Harm::Lost, number, part.userData, part.faults | (met & Fault::Damaged));
+    if (part.place != Part::Taken)
+      find(Harm::Lost, ", still on the modem", Fault::None);
+    else if (!part.filed)
+      find(Harm::Lost, ", " + part.userData, part.faults | damaged);
   }
-  if (filed && message.places.empty() && !message.displaced)
-    find(findings, Harm::Lost, number, "filed and gone", message.gone | (met & Fault::Damaged));
-  if (filed && !message.whole) find(findings, Harm::Apart, number, "", met);
-  if (message.names.size() > 1) find(findings, Harm::Twice, number, "", met);
-  if (message.kind == Kind::Command && message.whole && posts == 0)
-    find(findings, Harm::Unobeyed, number, "", met);
-  if (posts > (message.kind == Kind::Command ? std::max<std::size_t>(1, message.names.size()) : 0))
-    find(findings, Harm::Twice, number, "posted " + std::to_string(posts) + " times",
-         message.kind == Kind::Command ? met : Fault::None);
+  if (filed && message.paths.empty() && !message.displaced)
+    find(Harm::Lost, ", filed and gone", message.gone | damaged);
+  if (filed && !message.whole) find(Harm::Apart, "", met);
+  if (message.names.size() > 1) find(Harm::Twice, "", met);
+  if (obeyed && message.whole && posts == 0) find(Harm::Unobeyed, "", met);
+  if (posts > (obeyed ? std::max<std::size_t>(1, message.names.size()) : 0))
+    find(Harm::Twice, ", posted " + std::to_string(posts) + " times", obeyed ? met : Fault::None);
 }
 
-void Ledger::judgeOutgoing(std::vector<Finding>& findings, unsigned number, std::size_t sendings) const {
-  const Message& message = messages_[number];
-  const unsigned met = metBy(message);
-  const std::string times = "sent " + std::to_string(sendings) + " times";
-  if (message.places.empty() && !message.displaced)
-    find(findings, Harm::Lost, number, times, met & Fault::Damaged);
-  if (message.places.size() > 1) find(findings, Harm::Twice, number, times, met & Fault::Damaged);
-  if (sendings > 1) find(findings, Harm::SentAgain, number, times, met);
-  if (message.refused && sendings > 0)
-    find(findings, Harm::Unsent, number, "was refused, " + times, Fault::None);
-  if (message.isIn("sending")) find(findings, Harm::Unsent, number, "still in sending", Fault::None);
-  if (message.isIn("failed") && !message.refused)
-    find(findings, Harm::Unsent, number, "filed as failed, " + times, met);
-  if (message.isIn("sent") && sendings == 0) find(findings, Harm::Unsent, number, "filed as sent", met);
+void Ledger::judgeOutgoing(const Message& message, std::size_t sendings, const Find& find) const {
+  const unsigned met = metBy(message), damaged = met & Fault::Damaged;
+  const std::string times = ", sent " + std::to_string(sendings) + " times";
+  if (message.paths.empty() && !message.displaced) find(Harm::Lost, times, damaged);
+  if (message.paths.size() > 1) find(Harm::Twice, times, damaged);
+  if (sendings > 1) find(Harm::SentAgain, times, met);
+  if (message.refused && sendings > 0) find(Harm::Unsent, ", was refused" + times, Fault::None);
+  if (message.isIn("sending")) find(Harm::Unsent, ", still in sending", Fault::None);
+  if (message.isIn("failed") && !message.refused) find(Harm::Unsent, ", filed as failed" + times, met);
+  if (message.isIn("sent") && sendings == 0) find(Harm::Unsent, ", filed as sent", met);
 }
 
-void Ledger::tell(std::ostream& out, unsigned message) const {
-  const Message& told = messages_[message];
-  out << told.text << "\n  met: " << Fault::names(metBy(told)) << "\n" << told.history;
-  const std::size_t first = told.first > 0 ? told.first - 1 : 0;
-  for (std::size_t look = first; look < std::min(told.last + 1, looks_.size()); ++look)
-    out << "  look " << look + 1 << ": " << looks_[look] << "\n";
-  out << "\n";
+std::string Ledger::historyOf(const Message& message) const {
+  std::string text = "  met: " + Fault::names(metBy(message)) + "\n";
+  for (std::size_t look = message.first; look < std::min(message.last + 1, looks_.size()); ++look)
+    text += "  look " + std::to_string(look + 1) + ": " + looks_[look] + "\n";
+  return text;
 }
 
-unsigned Ledger::exposedTo(const Window& window) const {
-  return static_cast<unsigned>(std::count_if(messages_.begin(), messages_.end(), [&](const Message& message) {
-    return (message.kind & window.kinds) != 0 && (metBy(message) & window.fault) != 0;
-  }));
+std::size_t Ledger::exposedTo(const Window& window) const {
+  std::size_t count = 0;
+  for (const Message& message : messages_)
+    if ((message.kind & window.kinds) != 0 && (metBy(message) & window.fault) != 0) ++count;
+  return count;
 }

@@ -1,71 +1,57 @@
 #include <algorithm>
 #include <iostream>
-#include <map>
-#include <random>
+#include <stdexcept>
 
-#include "proof/Fault.h"
 #include "proof/Proofs.h"
 #include "proof/Scenario.h"
-#include "proof/Tracer.h"
 
 namespace {
 
 using Findings = std::vector<Ledger::Finding>;
 
-constexpr unsigned settlingPasses = 4;  // enough for a retry after a restart
-const std::string writingOpen = "openat for writing";
+const std::string killed = "signal=KILL", writingOpen = "openat for writing";
 
-// The errors that each call may return on a gateway. Not listed are calls that cannot fail here
+// The calls that may return each error on a gateway. Not listed are calls that cannot fail here
 // (rt_sigprocmask, umask, fcntl, ...) and calls whose failure strace cannot simulate: it would skip close and
 // munmap entirely, and brk reports a failure by an address.
-const std::map<std::string, std::vector<std::string>> plausibleErrors = {
-    {"openat", {"EMFILE", "ENFILE", "ENOMEM", "EIO"}},
-    {writingOpen, {"EMFILE", "ENFILE", "ENOMEM", "EIO", "ENOSPC", "EROFS"}},
-    {"read", {"EIO"}},
-    {"pread64", {"EIO"}},
-    {"write", {"ENOSPC", "EIO", "EINTR"}},
-    {"writev", {"ENOSPC", "EIO", "EINTR"}},
-    {"fallocate", {"ENOSPC", "EIO", "EOPNOTSUPP"}},
-    {"ftruncate", {"EIO"}},
-    {"newfstatat", {"ENOMEM", "EIO"}},
-    {"access", {"EIO"}},
-    {"getdents64", {"EIO", "ENOMEM"}},
-    {"mkdir", {"EIO", "ENOSPC", "EROFS"}},
-    {"unlink", {"EIO", "EROFS"}},
-    {"rename", {"EIO", "ENOSPC", "EROFS"}},
-    {"fsync", {"EIO", "ENOSPC"}},
-    {"fdatasync", {"EIO", "ENOSPC"}},
-    {"syncfs", {"EIO", "ENOSPC"}},
-    {"flock", {"EAGAIN", "ENOLCK", "EINTR"}},
-    {"pipe2", {"EMFILE", "ENFILE"}},
-    {"clone3", {"EAGAIN", "ENOMEM"}},
-    {"wait4", {"ECHILD", "EINTR"}},
-    {"mmap", {"ENOMEM"}},
-    {"setsid", {"EPERM"}},
-    {"chdir", {"EIO", "ENOMEM"}},
-    {"socket", {"EMFILE", "ENOBUFS"}},
-    {"socketpair", {"EMFILE", "ENOBUFS"}},
-    {"eventfd2", {"EMFILE", "ENOMEM"}},
-    {"connect", {"ECONNREFUSED", "EAGAIN", "ENOMEM"}},
-    {"sendto", {"ECONNREFUSED", "ENOBUFS", "EPIPE"}},
-    {"recvfrom", {"ECONNRESET", "ENOMEM"}},
-    {"poll", {"ENOMEM", "EINTR"}},
+const std::map<std::string, std::set<std::string>> plausibleErrors = {
+    {"EAGAIN", {"clone3", "connect", "flock"}},
+    {"ECHILD", {"wait4"}},
+    {"ECONNREFUSED", {"connect", "sendto"}},
+    {"ECONNRESET", {"recvfrom"}},
+    {"EINTR", {"flock", "poll", "wait4", "write", "writev"}},
+    {"EIO",
+     {"access", "chdir", "fallocate", "fdatasync", "fsync", "ftruncate", "getdents64", "mkdir", "newfstatat",
+      "openat", writingOpen, "pread64", "read", "rename", "syncfs", "unlink", "write", "writev"}},
+    {"EMFILE", {"eventfd2", "openat", writingOpen, "pipe2", "socket", "socketpair"}},
+    {"ENFILE", {"openat", writingOpen, "pipe2"}},
+    {"ENOBUFS", {"sendto", "socket", "socketpair"}},
+    {"ENOLCK", {"flock"}},
+    {"ENOMEM",
+     {"chdir", "clone3", "connect", "eventfd2", "getdents64", "mmap", "newfstatat", "openat", writingOpen,
+      "poll", "recvfrom"}},
+    {"ENOSPC",
+     {"fallocate", "fdatasync", "fsync", "mkdir", writingOpen, "rename", "syncfs", "write", "writev"}},
+    {"EOPNOTSUPP", {"fallocate"}},
+    {"EPERM", {"setsid"}},
+    {"EPIPE", {"sendto"}},
+    {"EROFS", {"mkdir", writingOpen, "rename", "unlink"}},
 };
 
 std::vector<std::string> errorsOf(const Tracer::Call& call) {
   const bool writes = call.name == "openat" && call.text.find("O_WRONLY") != std::string::npos;
-  const auto found = plausibleErrors.find(writes ? writingOpen : call.name);
-  return found == plausibleErrors.end() ? std::vector<std::string>() : found->second;
+  std::vector<std::string> errors;
+  for (const auto& [error, calls] : plausibleErrors)
+    if (calls.count(writes ? writingOpen : call.name) != 0) errors.push_back("error=" + error);
+  return errors;
 }
 
+// A call of the daemon at which it is killed, or which fails.
 struct Point {
   Tracer::Call call;
-  std::string error;  ///< empty: SIGKILL
+  std::string fault;
 
-  std::string injection() const {
-    return call.name + (error.empty() ? ":signal=KILL" : ":error=" + error) +
-           ":when=" + std::to_string(call.nth);
-  }
+  std::string injection() const { return call.name + ":" + fault + ":when=" + std::to_string(call.nth); }
 };
 
 // The calls of the simulated clock's library are not the daemon's.
@@ -77,27 +63,24 @@ bool isClock(const Tracer::Call& call) {
 
 class Runner {
  public:
-  Runner(const World::Programs& programs, const std::string& scenario)
-      : programs_(programs), scenario_(find(scenario)) {
-    World world = prepare(scenario_, programs_);
+  explicit Runner(const Words& words)
+      : scenario_(find(words[0])), sample_(numberOf(words[1])), random_(numberOf(words[2])) {
+    World world = scenario_.prepare();
     Tracer tracer;
-    if (!begin(scenario_, world, tracer, {}) || !world.awaitSleep()) giveUp("no pass could be traced");
+    world.lives = scenario_.begin(world, tracer, "") && world.awaitSleep();
     tracer.detach();
     for (const Tracer::Call& call : Tracer::calls())
       if (!isClock(call)) calls_.push_back(call);
-    if (!world.pass(settlingPasses)) giveUp("an undisturbed pass has no end");
+    world.pass(settlingPasses);
     descriptors_ = world.daemon().footprint().descriptors;
+    if (!world.lives) throw std::runtime_error("no pass can be traced");
   }
 
-  template <typename ErrorsOf>
-  bool run(const ErrorsOf& errors, unsigned sample, unsigned seed) {
+  bool run(const std::function<std::vector<std::string>(const Tracer::Call&)>& faultsOf) {
     std::vector<Point> points;
     for (const Tracer::Call& call : calls_)
-      for (const std::string& error : errors(call)) points.push_back({call, error});
-    if (sample > 0) {
-      std::shuffle(points.begin(), points.end(), std::mt19937(seed));
-      points.resize(std::min<std::size_t>(points.size(), sample));
-    }
+      for (const std::string& fault : faultsOf(call)) points.push_back({call, fault});
+    points = sampleOf(std::move(points), sample_, random_);
     for (const Point& point : points) count(point, tryOne(point));
     std::cout << scenario_.name << ": " << points.size() << " points tried";
     for (const auto& [kind, number] : counts_) std::cout << ", " << number << " " << kind;
@@ -106,75 +89,62 @@ class Runner {
   }
 
  private:
-  [[noreturn]] static void giveUp(const std::string& why) {
-    std::cerr << "proof: " << why << "\n";
-    std::exit(EXIT_FAILURE);
-  }
   static const Scenario& find(const std::string& name) {
     for (const Scenario& scenario : scenarios)
       if (name == scenario.name) return scenario;
-    giveUp("no scenario is called " + name);
+    throw std::runtime_error("no scenario is called " + name);
   }
 
   void count(const Point& point, const Findings& findings) {
-    bool harmful = false;
+    std::string kind = findings.empty() ? "clean" : "in a window";
     for (const Ledger::Finding& finding : findings) {
       if (finding.window != nullptr) continue;
-      harmful = true;
+      kind = "harmful";
       std::cout << scenario_.name << ", call " << point.call.number << ", " << point.injection() << ": "
                 << finding.text << "; " << point.call.text.substr(0, 80) << std::endl;
     }
-    ++counts_[harmful ? "harmful" : findings.empty() ? "clean" : "in a window"];
+    ++counts_[kind];
     if (!Tracer::struck()) ++counts_["not reached"];
   }
 
   Findings tryOne(const Point& point) {
-    World world = prepare(scenario_, programs_);
+    World world = scenario_.prepare();
     Tracer tracer;
-    if (!begin(scenario_, world, tracer,
-               {"-e", "trace=" + point.call.name, "-e", "inject=" + point.injection()}))
-      return ending("ended: before the pass");
-    return point.error.empty() ? crash(world, tracer) : fail(world, point, tracer);
-  }
-
-  static Findings ending(const std::string& text) { return {{text, nullptr, -1}}; }
-
-  static Findings crash(World& world, Tracer& tracer) {
-    // The daemon may survive: the number of some calls depends on how fast other processes answer.
-    const bool survived = world.awaitSleep();
-    if (!survived && !world.awaitEnd()) return ending("hang: in the pass");
-    tracer.detach();
-    if (!survived && !world.start()) return ending("hang: the next daemon");
-    if (!world.pass(settlingPasses)) return ending("hang: in a later pass");
-    return world.settle();
-  }
-
-  Findings fail(World& world, const Point& point, Tracer& tracer) const {
+    if (!scenario_.begin(world, tracer, "-e trace=" + point.call.name + " -e inject=" + point.injection()))
+      return {{"ended: before the pass"}};
+    // A daemon may survive the kill: the number of some calls depends on how fast other processes answer.
     const bool slept = world.awaitSleep();
+    if (!slept && !world.awaitEnd()) return {{"hang: in the pass"}};
     tracer.detach();
-    Simulator::DaemonProcess& daemon = world.daemon();
-    if (!slept && daemon.running()) return ending("hang: in the pass");
-    world.ledger.died();  // messages still on the modem may come twice
-    world.ledger.met(Fault::Unanswered | Fault::ApiFault);
-    if (!daemon.running()) {
-      const std::string status = daemon.ending();
-      if (!scenario_.atStart || status.find("signal") == 0) return ending("ended: with " + status);
-      if (!world.start()) return ending("ended: the next daemon, too");
+    const std::string status = world.daemon().ending();
+    if (point.fault != killed) {
+      world.ledger.died();  // messages still on the modem may come twice
+      world.ledger.met(Fault::Unanswered | Fault::ApiFault);
+      const bool mayEnd = scenario_.atStart && status.find("signal") != 0;
+      if (!slept && !mayEnd) return {{"ended: with " + status}};
     }
-    if (!world.pass(settlingPasses)) return ending("hang: in the next pass");
+    if (!slept) world.start();
+    if (!world.lives) return {{"hang: the next daemon"}};
+    return continued(world, point.call.name != "wait4");
+  }
+
+  // Lets the daemon run on with two more messages. `reaps`: it waits for its children.
+  Findings continued(World& world, bool reaps) const {
+    world.pass(settlingPasses);
     world.receive("came in afterwards");
     world.queue("was queued afterwards");
-    if (!world.pass()) return ending("hang: in a later pass");
+    world.pass();
+    if (!world.lives) return {{"hang: in a later pass"}};
     Findings findings = world.settle();
-    const Simulator::Footprint footprint = daemon.footprint();
-    if (footprint.descriptors > descriptors_) findings.push_back({"left: a descriptor", nullptr, -1});
-    if (footprint.children > 0 && point.call.name != "wait4")
-      findings.push_back({"left: a child", nullptr, -1});
+    const Simulator::Footprint footprint = world.daemon().footprint();
+    if (footprint.descriptors > descriptors_) findings.push_back({"left: a descriptor"});
+    if (footprint.children > 0 && reaps) findings.push_back({"left: a child"});
     return findings;
   }
 
-  const World::Programs programs_;
   const Scenario& scenario_;
+  const unsigned sample_;
+  std::mt19937 random_;
   std::vector<Tracer::Call> calls_;  // of an undisturbed pass
   std::size_t descriptors_ = 0;      // of the daemon after it
   std::map<std::string, unsigned> counts_;
@@ -182,11 +152,8 @@ class Runner {
 
 }  // namespace
 
-bool crashAtCalls(const World::Programs& programs, const Words& words) {
-  const auto kill = [](const Tracer::Call&) { return std::vector<std::string>{""}; };
-  return Runner(programs, words[0]).run(kill, numberOf(words[1]), numberOf(words[2]));
+bool crashAtCalls(const Words& words) {
+  return Runner(words).run([](const Tracer::Call&) { return std::vector<std::string>{killed}; });
 }
 
-bool failCalls(const World::Programs& programs, const Words& words) {
-  return Runner(programs, words[0]).run(errorsOf, numberOf(words[1]), numberOf(words[2]));
-}
+bool failCalls(const Words& words) { return Runner(words).run(errorsOf); }

@@ -2,96 +2,71 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
+
+#include "proof/Proofs.h"
+#include "proof/Steps.h"
 
 namespace {
 
-void nothing(World&) {}
+using namespace Step;
 
-void mustPass(World& world) {
-  if (!world.pass()) std::abort();
-}
-
-// Kills the daemon while the modem deletes messages that are not filed yet, among them a command.
-void killWhileDeleting(World& world) {
-  world.receive("not filed yet");
-  world.receive("p secret #ping 8.8.4.4", World::friendly);
-  if (!world.reach("delete") || !world.kill()) std::abort();
-}
+const World::Step half = [](World& world) { world.deliver(world.enter("in two parts", World::other, 2), 0); };
+const World::Step otherHalf = [](World& world) { world.deliver(0, 1); };
+const World::Step acceptAll = &World::accept;
+const World::Step mustDelete = [](World& world) { world.lives = world.reach("delete"); };
+// Avoids equal guids.
+const World::Step nextMinute = [](World& world) {
+  world.gateway().clock.set(world.gateway().clock.now() + 60);
+};
 
 }  // namespace
 
 const std::vector<Scenario> scenarios = {
-    {"plain", nothing, [](World& world) { world.receive("a plain message"); }},
-    {"several", nothing,
-     [](World& world) {
-       world.receive("the first");
-       world.receive("p secret #ping 8.8.8.8", World::friendly);
-       world.receive("a long message", World::other, 2);
-     }},
-    {"completed",
-     [](World& world) {
-       world.deliver(world.enter("in two parts", World::other, 2), 0);
-       mustPass(world);
-     },
-     [](World& world) { world.deliver(0, 1); }},
-    {"sent", nothing, [](World& world) { world.queue("goes out"); }},
-    {"refused", nothing, [](World& world) { world.queue("is refused", World::refused); }},
-    {"retried",
-     [](World& world) {
-       world.queue("goes out later", World::refused, 3);
-       mustPass(world);
-       world.accept();
-     },
-     nothing},
-    {"retried in vain",
-     [](World& world) {
-       world.queue("is refused for ever", World::refused, 30);
-       mustPass(world);
-     },
-     nothing},
+    {"plain", {start}, {receive("a plain message")}},
+    {"several",
+     {start},
+     {receive("the first"), receive("p secret #ping 8.8.8.8", World::friendly),
+      receive("a long message", World::other, 2)}},
+    {"completed", {start, half, pass}, {otherHalf}},
+    {"sent", {start}, {queue("goes out")}},
+    {"refused", {start}, {queue("is refused", World::refused)}},
+    {"retried", {start, queue("goes out later", World::refused, 3), pass, acceptAll}, {}},
+    {"retried in vain", {start, queue("is refused for ever", World::refused, 30), pass}, {}},
     {"limits",
-     [](World& world) {
-       for (const char* const text : {"1", "2"}) {
-         world.receive("in " + std::string(text));
-         world.queue("out " + std::string(text));
-         mustPass(world);
-       }
-     },
-     [](World& world) {
-       world.receive("in 3");
-       world.queue("out 3");
-     },
+     {start, receive("in 1"), queue("out 1"), pass, receive("in 2"), queue("out 2"), pass},
+     {receive("in 3"), queue("out 3")},
      2},
-    {"first start", nullptr,
-     [](World& world) {
-       world.receive("waits on the modem");
-       world.queue("waits in the queue");
-       world.gateway().clock.set(world.gateway().clock.now() + 60);  // avoids equal guids
-     },
-     100, true},
-    {"catching up", killWhileDeleting, [](World& world) { world.receive("comes later"); }, 100, true},
+    {"first start", {}, {receive("waits on the modem"), queue("waits in the queue"), nextMinute}, 100, true},
+    // The daemon was killed while the modem deleted messages that were not filed yet, among them a command.
+    {"catching up",
+     {start, receive("not filed yet"), receive("p secret #ping 8.8.4.4", World::friendly), mustDelete,
+      Step::kill},
+     {receive("comes later")},
+     100,
+     true},
 };
 
-World prepare(const Scenario& scenario, World::Programs programs) {
-  if (scenario.atStart)
-    programs.daemon = Tracer::stoppable(programs.daemon, programs.simulatorFolder + "/libgateway-clock.so");
-  World world(programs, scenario.limit);
-  if (scenario.before != nullptr) {
-    if (!world.start()) std::abort();
-    scenario.before(world);
-  }
-  scenario.arrive(world);
+World Scenario::prepare() const {
+  const std::string program = World::daemonProgram();
+  World world(limit, atStart ? Tracer::stoppable(program, World::clockLibrary()) : program);
+  world.run(before);
+  if (!world.lives) std::abort();
+  world.run(arrive);
   return world;
 }
 
-bool begin(const Scenario& scenario, World& world, Tracer& tracer, const std::vector<std::string>& options) {
-  if (scenario.atStart &&
-      !(Tracer::stopNext() && world.daemon().start().empty() && Tracer::awaitStop(world.daemon().pid())))
-    return false;
-  if (!tracer.attach(world.daemon().pid(), options)) return false;
-  if (scenario.atStart)
-    world.daemon().signal(SIGCONT);
-  else
-    world.gateway().clock.grant();
+bool Scenario::begin(World& world, Tracer& tracer, const std::string& options) const {
+  if (atStart && !(Tracer::stopNext() && world.daemon().start().empty())) return false;
+  const pid_t daemon = world.daemon().pid();
+  if (atStart && !Tracer::awaitStop(daemon)) return false;
+  if (!tracer.attach(daemon, options)) return false;
+  if (atStart) return world.daemon().signal(SIGCONT);
+  world.gateway().clock.grant();
+  return true;
+}
+
+bool listScenarios(const Words&) {
+  for (const Scenario& scenario : scenarios) std::cout << scenario.name << "\n";
   return true;
 }

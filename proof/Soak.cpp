@@ -1,14 +1,15 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <numeric>
 
 #include "proof/Disturbances.h"
 #include "proof/Proofs.h"
 
 namespace {
 
-constexpr unsigned limit = 150;           // messages kept in each of inbox and outbox
-constexpr unsigned settlingPasses = 500;  // afterwards memory must not grow
+constexpr unsigned limit = 150;         // messages kept in each of inbox and outbox
+constexpr unsigned settlingLife = 500;  // passes, after which memory must not grow
 constexpr std::size_t growthKilobytes = 256;
 
 // Random messages, in and out.
@@ -30,27 +31,23 @@ class Load {
     }
     if (world_.below(3) == 0)
       world_.queue(text("Out"), world_.below(4) == 0 ? World::refused : World::other, world_.below(3));
-    deliver(false);
+    deliver(late_[pass_]);
+    late_.erase(pass_++);
   }
 
-  // Delivers the parts that have waited long enough, or all of them.
-  void deliver(bool all) {
-    const auto waits = std::stable_partition(late_.begin(), late_.end(),
-                                             [all](const Late& late) { return all || late.passes == 0; });
-    std::for_each(late_.begin(), waits,
-                  [this](const Late& late) { world_.deliver(late.message, late.part); });
-    late_.erase(late_.begin(), waits);
-    for (Late& late : late_) --late.passes;
+  // Delivers the parts that still wait.
+  void finish() {
+    for (const auto& [pass, parts] : late_) deliver(parts);
   }
 
  private:
-  struct Late {
-    unsigned message;
-    std::size_t part;
-    unsigned passes;  // to wait
-  };
+  using Parts = std::vector<std::pair<std::size_t, std::size_t>>;  // message and part
 
   std::string text(const std::string& what) { return what + " =" + std::to_string(++texts_) + "="; }
+
+  void deliver(const Parts& parts) {
+    for (const auto& [message, part] : parts) world_.deliver(message, part);
+  }
 
   // All parts have the same length, so that each text is known; they arrive in any order.
   void receiveParts() {
@@ -59,96 +56,83 @@ class Load {
     std::string whole;
     for (unsigned part = 1; part <= count; ++part)
       whole += "part " + std::to_string(part) + " of " + number + ". ";
-    const unsigned message = world_.enter(whole, World::friendly, count);
-    for (std::size_t part = 0; part < count; ++part) late_.push_back({message, part, world_.below(4)});
-    std::shuffle(late_.end() - count, late_.end(), world_.random);
+    const std::size_t message = world_.enter(whole, World::friendly, count);
+    std::vector<std::size_t> order(count);
+    std::iota(order.begin(), order.end(), 0);
+    std::shuffle(order.begin(), order.end(), world_.random);
+    for (const std::size_t part : order) late_[pass_ + world_.below(4)].emplace_back(message, part);
   }
 
   World& world_;
-  unsigned texts_ = 0;
-  std::vector<Late> late_;
+  unsigned texts_ = 0, pass_ = 0;
+  std::map<unsigned, Parts> late_;  // by the pass before which they arrive
 };
 
-class Soak {
- public:
-  Soak(const World::Programs& programs, unsigned seed) : world_(programs, limit) {
-    world_.random.seed(seed);
-    world_.beforePass = [this] { load_.add(); };
-    if (!world_.gateway().settings.setTimings("[10,20,30]")) std::abort();
-  }
+void emptyLogs() {
+  for (const char* const log : {Simulator::SyslogServer::logFile, "/var/log/veld.log"})
+    if (std::filesystem::exists(log)) std::filesystem::resize_file(log, 0);
+}
 
-  bool run(unsigned passes, const std::string& details) {
-    const bool lived = world_.start() && liveOnce(passes) && live("Many lives", passes / 4, true) && drain();
-    if (!lived) std::cout << "The daemon ended or hung: " << world_.daemon().ending() << "\n";
-    const bool good = world_.report("soak", details);
-    std::cout << "| Window | Messages that met the fault |\n|---|---|\n";
-    for (const Window& window : windows)
-      if (const unsigned exposed = world_.ledger.exposedTo(window); exposed > 0)
-        std::cout << "| " << window.name << " | " << exposed << " |\n";
-    return lived && good && !leftOver_;
-  }
-
- private:
-  bool live(const char* what, unsigned passes, bool lethal) {
-    bool lives = true;
-    for (unsigned pass = 1; lives && pass <= passes; ++pass) {
-      lives = world_.below(100) < 80 ? world_.pass() : disturb(lethal && world_.below(4) != 0);
-      if (pass % 50 == 0) emptyLogs();
-      if (pass % 500 == 0 || pass == passes || !lives)
-        std::cout << what << ": pass " << pass << " of " << passes << ", " << world_.ledger.entered()
-                  << " messages, " << world_.ledger.underWay() << " under way, "
-                  << world_.daemon().footprint().text() << std::endl;
+// Disturbs every fifth pass, and with `deadly` also by faults that end the daemon.
+void live(World& world, const std::string& life, unsigned passes, bool deadly) {
+  for (unsigned pass = 1; world.lives && pass <= passes; ++pass) {
+    if (world.below(100) < 80) {
+      world.pass();
+    } else {
+      const auto& suitable = deadly && world.below(4) != 0 ? lethal : survived;
+      world.run(suitable[world.below(static_cast<unsigned>(suitable.size()))].steps);
     }
-    return lives;
+    if (pass % 50 == 0) emptyLogs();
+    if (pass % 500 == 0 || pass == passes || !world.lives)
+      std::cout << life << ": pass " << pass << " of " << passes << ", " << world.ledger.entered()
+                << " messages, " << world.ledger.underWay() << " under way, "
+                << world.daemon().footprint().text() << std::endl;
   }
+}
 
-  bool disturb(bool lethal) {
-    std::vector<const Disturbance*> suitable;
-    for (const Disturbance& each : disturbances)
-      if (each.lethal == lethal) suitable.push_back(&each);
-    const Disturbance& chosen = *suitable[world_.below(static_cast<unsigned>(suitable.size()))];
-    return chosen.happens(world_, chosen.detail);
-  }
+// What the daemon uses when no message waits. Logging a message makes it reconnect to syslog.
+Simulator::Footprint footprintOf(World& world) {
+  world.receive("the message after pass " + std::to_string(world.ledger.entered()));
+  world.pass(2);
+  const Simulator::Footprint footprint = world.daemon().footprint();
+  std::cout << "At rest: " << footprint.text() << std::endl;
+  return footprint;
+}
 
-  static void emptyLogs() {
-    for (const char* const log : {Simulator::SyslogServer::logFile, "/var/log/veld.log"})
-      if (std::filesystem::exists(log)) std::filesystem::resize_file(log, 0);
-  }
-
-  bool liveOnce(unsigned passes) {
-    const unsigned settling = std::min(settlingPasses, passes / 2);
-    if (!live("One life", settling, false) || !settle()) return false;
-    const Simulator::Footprint before = world_.daemon().footprint();
-    if (!live("One life", passes - settling, false) || !settle()) return false;
-    const Simulator::Footprint after = world_.daemon().footprint();
-    std::cout << "After " << settling << " passes: " << before.text() << "\nAfter " << passes
-              << " passes: " << after.text() << std::endl;
-    leftOver_ = after.resident > before.resident + growthKilobytes ||
-                after.descriptors != before.descriptors || after.children > 0;
-    if (leftOver_) std::cout << "Something is left over.\n";
-    return true;
-  }
-
-  // Files the waiting messages. Logging a message makes the daemon reconnect to syslog.
-  bool settle() {
-    world_.receive("the message after pass " + std::to_string(world_.ledger.entered()));
-    return world_.pass(2);
-  }
-
-  // Long enough for the retries of the last failed messages.
-  bool drain() {
-    world_.beforePass = [] {};
-    load_.deliver(true);
-    return world_.pass(50) && world_.stop();
-  }
-
-  World world_;
-  Load load_{world_};
-  bool leftOver_ = false;  // after the life of the one daemon
-};
+// Whether one daemon keeps its memory and its descriptors.
+bool liveOnce(World& world, unsigned passes) {
+  const unsigned settling = std::min(settlingLife, passes / 2);
+  live(world, "One life", settling, false);
+  const Simulator::Footprint before = footprintOf(world);
+  live(world, "One life", passes - settling, false);
+  const Simulator::Footprint after = footprintOf(world);
+  const bool clean = after.resident <= before.resident + growthKilobytes &&
+                     after.descriptors == before.descriptors && after.children == 0;
+  if (!clean) std::cout << "Something is left over.\n";
+  return clean;
+}
 
 }  // namespace
 
-bool soak(const World::Programs& programs, const Words& words) {
-  return Soak(programs, numberOf(words[1])).run(numberOf(words[0]), words[2]);
+bool soak(const Words& words) {
+  const unsigned passes = numberOf(words[0]);
+  World world(limit);
+  Load load(world);
+  world.random.seed(numberOf(words[1]));
+  world.beforePass = [&load] { load.add(); };
+  if (!world.gateway().settings.setTimings("[10,20,30]")) std::abort();
+  world.start();
+  const bool clean = liveOnce(world, passes);
+  live(world, "Many lives", passes / 4, true);
+  world.beforePass = [] {};
+  load.finish();
+  world.pass(50);  // long enough for the retries of the last failed messages
+  world.stop();
+  if (!world.lives) std::cout << "The daemon ended or hung: " << world.daemon().ending() << "\n";
+  const bool good = world.report("soak", words[2]);
+  std::cout << "| Window | Messages that met the fault |\n|---|---|\n";
+  for (const Window& window : windows)
+    if (const std::size_t exposed = world.ledger.exposedTo(window); exposed > 0)
+      std::cout << "| " << window.name << " | " << exposed << " |\n";
+  return world.lives && good && clean;
 }

@@ -1,11 +1,10 @@
 #include "proof/Tracer.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -19,40 +18,25 @@ constexpr double traceSeconds = 10;
 constexpr char traceFile[] = "/run/gateway/trace";
 const std::filesystem::path stoppableFolder = "/run/stoppable";
 
-// A value of /proc/PID/status, as in "TracerPid"; empty when there is no such process.
-std::string statusOf(pid_t process, const std::string& key) {
-  std::istringstream lines(Simulator::readFile("/proc/" + std::to_string(process) + "/status"));
-  for (std::string line; std::getline(lines, line);)
-    if (line.rfind(key + ":\t", 0) == 0) return line.substr(key.size() + 2);
-  return "";
-}
-
-// Runs in the child of a process with threads, one of which may hold the allocator's lock: must not
-// allocate memory.
-[[noreturn]] void run(char* const* command) {
-  dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
-  execvp(command[0], command);
-  _exit(127);
+// The process that traces another; 0 when there is none.
+pid_t tracerOf(pid_t process) {
+  const std::string key = "TracerPid:\t";
+  const std::string status = Simulator::readFile("/proc/" + std::to_string(process) + "/status");
+  const std::size_t found = status.find(key);
+  return found == std::string::npos ? 0 : std::stoi(status.substr(found + key.size()));
 }
 
 }  // namespace
 
-bool Tracer::attach(pid_t process, std::vector<std::string> options) {
-  options.insert(options.begin(), {"strace", "-o", traceFile, "-p", std::to_string(process)});
-  std::vector<char*> words;
-  words.reserve(options.size() + 1);
-  for (std::string& option : options) words.push_back(option.data());
-  words.push_back(nullptr);
+bool Tracer::attach(pid_t process, const std::string& options) {
+  const std::string command = "strace -p " + std::to_string(process) + " -o " + traceFile + " " + options;
   std::filesystem::remove(traceFile);
-  strace_ = fork();
-  if (strace_ == 0) run(words.data());
-  bool ended = false;
-  const bool attached = Simulator::waitUntil(traceSeconds, [&] {
-    ended = waitpid(strace_, nullptr, WNOHANG) == strace_;
-    return ended || statusOf(process, "TracerPid") == std::to_string(strace_);
+  // The shell ends at once, and strace becomes a child of this process.
+  if (std::system((command + " 2>/dev/null &").c_str()) != 0) return false;
+  return Simulator::waitUntil(traceSeconds, [&] {
+    strace_ = tracerOf(process);
+    return strace_ != 0;
   });
-  if (ended) strace_ = 0;
-  return attached && !ended;
 }
 
 void Tracer::detach() {
@@ -75,7 +59,7 @@ std::vector<Tracer::Call> Tracer::calls() {
     const std::size_t end = line.find('(');
     if (end == std::string::npos || line.find_first_of(" -+<") < end) continue;  // a signal or an exit
     const std::string name = line.substr(0, end);
-    calls.push_back({static_cast<unsigned>(calls.size()) + 1, name, ++counts[name], line});
+    calls.push_back({calls.size() + 1, name, ++counts[name], line});
   }
   return calls;
 }
@@ -103,11 +87,12 @@ bool Tracer::stopNext() {
 }
 
 bool Tracer::awaitStop(pid_t process) {
-  const auto stopped = [] {
-    return Simulator::readFile(stoppableFolder / "trace").find("stopped by SIGSTOP") != std::string::npos;
+  const auto stopped = [process] {
+    const std::string trace = Simulator::readFile(stoppableFolder / "trace");
+    return tracerOf(process) != 0 && trace.find("stopped by SIGSTOP") != std::string::npos;
   };
   if (!Simulator::waitUntil(traceSeconds, stopped)) return false;
   // SIGKILL, because the process inherits blocked signals from the one that starts the daemon.
-  kill(static_cast<pid_t>(std::stoi(statusOf(process, "TracerPid"))), SIGKILL);
-  return Simulator::waitUntil(traceSeconds, [&] { return statusOf(process, "TracerPid") == "0"; });
+  kill(tracerOf(process), SIGKILL);
+  return Simulator::waitUntil(traceSeconds, [&] { return tracerOf(process) == 0; });
 }

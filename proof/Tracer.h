@@ -9,7 +9,7 @@
 class Tracer {
  public:
   struct Call {
-    unsigned number = 0;  ///< position in the trace, from 1
+    std::size_t number = 0;  ///< position in the trace, from 1
     std::string name;
     unsigned nth = 0;  ///< position among the calls with this name, from 1
     std::string text;  ///< as strace prints it
@@ -21,7 +21,7 @@ class Tracer {
   Tracer& operator=(const Tracer&) = delete;
 
   /// Traces a process until it ends or detach(), with further options of strace. False when strace fails.
-  [[nodiscard]] bool attach(pid_t process, std::vector<std::string> options);
+  [[nodiscard]] bool attach(pid_t process, const std::string& options);
   void detach();
   /// The calls traced since attach(); call it after detach().
   static std::vector<Call> calls();
@@ -30,9 +30,8 @@ class Tracer {
 
   /// Creates a program named like `daemon` that starts it, unchanged, with `preloaded`. Returns its path.
   static std::string stoppable(const std::string& daemon, const std::string& preloaded);
-  /// Makes the next daemon that such a program starts stop as soon as it has forked.
+  /// Makes the next daemon of such a program stop as soon as it has forked, and waits until it has.
   static bool stopNext();
-  /// Waits until the daemon of such a program has stopped; false when it does not.
   static bool awaitStop(pid_t process);
 
  private:

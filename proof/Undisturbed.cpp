@@ -40,13 +40,12 @@ std::string shown(const Tracer::Call& call) {
 
 }  // namespace
 
-bool showUndisturbed(const World::Programs& programs, const Words&) {
+bool showUndisturbed(const Words&) {
   for (const Scenario& scenario : scenarios) {
-    if (scenario.atStart && scenario.before != nullptr) continue;  // an earlier daemon was disturbed
-    World world = prepare(scenario, programs);
+    if (scenario.atStart && !scenario.before.empty()) continue;  // an earlier daemon was disturbed
+    World world = scenario.prepare();
     Tracer tracer;
-    if (!begin(scenario, world, tracer, {"-f", "-s", "1000", "-e", "trace=execve,sendto"}) ||
-        !world.awaitSleep())
+    if (!scenario.begin(world, tracer, "-f -s 1000 -e trace=execve,sendto") || !world.awaitSleep())
       return false;
     tracer.detach();
     Dates dates;
@@ -54,9 +53,9 @@ bool showUndisturbed(const World::Programs& programs, const Words&) {
     for (const Tracer::Call& call : Tracer::calls())
       if (const std::string text = shown(call); !text.empty())
         std::cout << "  " << dates.replace(text) << "\n";
-    for (const char* const box : Simulator::MessageFolders::boxes)
+    for (const std::string box : Simulator::MessageFolders::boxes)
       for (const Json::Value& record : Simulator::MessageFolders::records(box))
-        std::cout << "  " << dates.replace(std::string(box) + "  " + Simulator::toLine(record)) << "\n";
+        std::cout << "  " << dates.replace(box + "  " + Simulator::toLine(record)) << "\n";
   }
   return true;
 }

@@ -1,16 +1,15 @@
 #include "proof/World.h"
 
+#include <sys/mount.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
+#include <set>
 
-#include "proof/Fault.h"
 #include "simulator/modem/GsmEncoder.h"
 #include "simulator/support/Files.h"
 #include "simulator/support/Waiting.h"
@@ -21,55 +20,71 @@ namespace fs = std::filesystem;
 using Simulator::Gateway;
 using Simulator::MessageFolders;
 
-constexpr double hangSeconds = 120;  // an emulated machine is slow
-constexpr unsigned headerSize = 28;  // of the header of a part: seven octets, printed as \xHH
+constexpr double hangSeconds = 120;     // an emulated machine is slow
+constexpr std::size_t headerSize = 28;  // of the header of a part: seven octets, printed as \xHH
 
-// Removes the files of an earlier world, but not folders that are mount points.
-std::unique_ptr<Gateway> makeGateway(const World::Programs& programs, bool fresh) {
+// The path of a built program.
+fs::path built(const std::string& program) {
+  return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / program;
+}
+
+// Removes the files of an earlier world, but not folders that are mount points. Returns `program`.
+std::string cleaned(const std::string& program) {
   for (const std::string folder : {"/var/config", "/var/log", "/run/modem", "/run/gateway", "/tmp/sms"})
-    if (fresh && fs::exists(folder))
+    if (fs::exists(folder))
       for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry);
-  return std::make_unique<Gateway>(Gateway::Options{programs.daemon, programs.simulatorFolder, true});
+  return program;
 }
 
 }  // namespace
 
-World::World(const Programs& programs, unsigned limit, bool fresh)
-    : ledger(limit), gateway_(makeGateway(programs, fresh)) {
+std::string World::daemonProgram() {
+  const char* const other = std::getenv("VELD");
+  return other != nullptr ? other : built("daemon/veld").string();
+}
+
+std::string World::clockLibrary() { return built("simulator/libgateway-clock.so"); }
+
+World::World(unsigned limit, const std::string& program) : World(Continued{limit, cleaned(program)}) {
+  continued_ = false;
+}
+
+World::World(const Continued& options)
+    : ledger(options.limit),
+      gateway_(std::make_unique<Gateway>(Gateway::Options{options.program, built("simulator"), true})) {
+  const unsigned limit = options.limit;
   gateway_->settings.set("receivedLimit", limit);
   gateway_->settings.set("sentLimit", limit);
   gateway_->modem.setRefused(refused, true);
   if (!gateway_->settings.setTimings("[5]")) std::abort();
 }
 
-unsigned World::enter(const std::string& text, const std::string& sender, unsigned parts) {
+std::size_t World::enter(const std::string& text, const std::string& sender, unsigned parts) {
   Simulator::GsmEncoder encoder;
   if (!encoder.encode(text, {false, parts, nextReference_++}).empty()) std::abort();
   std::vector<std::pair<std::string, std::string>> entered;
   entered.reserve(encoder.parts.size());
   for (const std::string& part : encoder.parts)
     entered.emplace_back(part, encoder.parts.size() > 1 ? part.substr(headerSize) : text);
-  const unsigned kind = text.find('#') == std::string::npos ? Kind::Text
-                        : sender == friendly                ? Kind::Command
-                                                            : Kind::StrangersCommand;
-  const unsigned message = ledger.enterIncoming(text, kind, entered);
-  deliveries_.resize(message + 1);
+  const bool isCommand = text.find('#') != std::string::npos && sender == friendly;
+  const std::size_t message = ledger.enterIncoming(text, isCommand ? Kind::Command : Kind::Text, entered);
   deliveries_[message] = {sender, encoder.parts};
   return message;
 }
 
-void World::deliver(unsigned message, std::size_t part) {
-  gateway_->modem.receive(deliveries_[message].sender, deliveries_[message].parts[part]);
+void World::deliver(std::size_t message, std::size_t part) {
+  const Delivery& delivery = deliveries_[message];
+  if (!continued_) gateway_->modem.receive(delivery.sender, delivery.parts[part]);
   ledger.arrived(message, part);
 }
 
 void World::receive(const std::string& text, const std::string& sender, unsigned parts) {
-  const unsigned message = enter(text, sender, parts);
+  const std::size_t message = enter(text, sender, parts);
   for (std::size_t part = 0; part < deliveries_[message].parts.size(); ++part) deliver(message, part);
 }
 
 void World::queue(const std::string& text, const std::string& number, unsigned retries) {
-  if (!gateway_->folders.queue(number, text, retries).empty())
+  if (continued_ || !gateway_->folders.queue(number, text, retries).empty())
     ledger.enterQueued(text, number, number == refused);
 }
 
@@ -83,25 +98,48 @@ void World::accept() {
   ledger.accept();
 }
 
-bool World::start() {
+void World::start() {
+  if (!lives) return;
   const std::string problem = daemon().start();
   look("a daemon starts. " + problem);
   faults |= Fault::Restarted;
-  const bool sleeps = problem.empty() && awaitSleep();
+  lives = problem.empty() && awaitSleep();
   faults &= ~Fault::Restarted;
-  return sleeps;
 }
 
-bool World::pass(unsigned count) {
-  bool sleeps = awaitSleep();
-  for (unsigned i = 0; sleeps && i < count; ++i) {
+void World::pass(unsigned count) {
+  lives = lives && awaitSleep();
+  for (unsigned i = 0; lives && i < count; ++i) {
     const auto begin = std::chrono::steady_clock::now();
     beginPass();
-    sleeps = awaitSleep();
+    lives = awaitSleep();
     const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - begin;
     passMicroseconds = static_cast<unsigned>(took.count());
   }
-  return sleeps;
+}
+
+void World::repair() {
+  lives = gateway_->repair() && awaitSleep() && lives;
+  faults = Fault::None;
+}
+
+void World::run(const Steps& steps) {
+  for (const Step& step : steps)
+    if (lives) step(*this);
+}
+
+void World::stop() {
+  if (!lives) return;
+  lives = daemon().stop() && daemon().ending() == "0";
+  look("SIGTERM, ended with " + daemon().ending());
+}
+
+void World::kill(bool group) {
+  lives = lives && daemon().running();
+  if (!lives) return;
+  ::kill(group ? -daemon().pid() : daemon().pid(), SIGKILL);
+  gateway_->modem.clearFaults();
+  lives = awaitEnd();
 }
 
 void World::beginPass() {
@@ -130,19 +168,6 @@ bool World::awaitHang(const std::function<bool()>& hangs) {
   return hanging;
 }
 
-bool World::stop() {
-  const bool stopped = daemon().stop();
-  look("SIGTERM, ended with " + daemon().ending());
-  return stopped && daemon().ending() == "0";
-}
-
-bool World::kill(bool group) {
-  if (!daemon().running()) return false;
-  ::kill(group ? -daemon().pid() : daemon().pid(), SIGKILL);
-  gateway_->modem.clearFaults();
-  return awaitEnd();
-}
-
 bool World::awaitEnd() {
   const bool ended = Simulator::waitUntil(hangSeconds, [this] { return !daemon().running(); });
   while (ended && waitpid(-1, nullptr, 0) > 0) continue;
@@ -169,35 +194,41 @@ void World::look(const std::string& note) {
 std::vector<Ledger::Finding> World::settle() {
   look("the end");
   std::vector<Ledger::Finding> findings = ledger.settle(gateway_->modem.sent());
-  for (const std::string& path : ownFiles()) findings.push_back({"left: " + path, nullptr, -1});
+  for (const std::string& path : ownFiles()) findings.push_back({"left: " + path});
   return findings;
 }
 
 bool World::report(const std::string& what, const std::string& details) {
+  const std::string unknown = "outside of every window";
   std::ofstream file(details);
   std::map<std::string, unsigned> counts;
   for (const Ledger::Finding& finding : settle()) {
-    const bool known = finding.window != nullptr;
-    ++counts[known ? finding.window->name : "outside of every window"];
-    if (known) continue;
+    ++counts[finding.window != nullptr ? finding.window->name : unknown];
+    if (finding.window != nullptr) continue;
     std::cout << what << ": " << finding.text << "\n";
-    file << finding.text << "\n";
-    if (finding.message >= 0) ledger.tell(file, static_cast<unsigned>(finding.message));
+    file << finding.text << "\n" << finding.history << "\n";
   }
   std::cout << what << ": " << ledger.entered() << " messages";
   for (const auto& [name, number] : counts) std::cout << "; " << number << " " << name;
   std::cout << std::endl;
-  return counts.count("outside of every window") == 0;
+  return counts.count(unknown) == 0;
 }
 
 std::vector<std::string> World::ownFiles() {
-  std::vector<std::string> paths;
-  for (const auto& entry : fs::recursive_directory_iterator(MessageFolders::root)) {
-    const std::string parent = entry.path().parent_path();
-    const bool inBox = std::any_of(std::begin(MessageFolders::boxes), std::end(MessageFolders::boxes),
-                                   [&](const char* box) { return parent == MessageFolders::pathOf(box); });
-    if (!entry.is_directory() && !inBox && entry.path() != reserve) paths.push_back(entry.path());
-  }
-  std::sort(paths.begin(), paths.end());
-  return paths;
+  std::set<std::string> paths;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(MessageFolders::root))
+    if (!entry.is_directory()) paths.insert(entry.path());
+  for (const char* const box : MessageFolders::boxes)
+    for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box)))
+      paths.erase(MessageFolders::pathOf(box) + "/" + name);
+  paths.erase(reserve);
+  return {paths.begin(), paths.end()};
 }
+
+bool World::freeze(const std::string& folder) {
+  const char* const path = folder.c_str();
+  return mount(path, path, nullptr, MS_BIND, nullptr) == 0 &&
+         mount(nullptr, path, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
+}
+
+bool World::thaw(const std::string& folder) { return umount2(folder.c_str(), MNT_DETACH) == 0; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -20,42 +21,57 @@ class World {
   /// The daemon's spool, and the file that reserves room in it for a full disk.
   static constexpr char spool[] = "/var/config/sms/spool", reserve[] = "/var/config/sms/spool/reserve";
 
-  /// The paths of the built programs; VELD names another daemon.
-  struct Programs {
-    std::string daemon, simulatorFolder;
+  /// The built daemon, or the one that the environment variable VELD names.
+  static std::string daemonProgram();
+  static std::string clockLibrary();
+
+  /// Removes the files of an earlier world. `limit`: of the inbox and of the outbox.
+  explicit World(unsigned limit = 100'000, const std::string& program = daemonProgram());
+  /// Continues on the disks that an earlier process left: deliver() and queue() only enter the messages.
+  struct Continued {
+    unsigned limit;
+    std::string program = daemonProgram();
   };
-  /// `limit`: of the inbox and of the outbox. `fresh`: removes the files of an earlier world.
-  explicit World(const Programs& programs, unsigned limit = 100'000, bool fresh = true);
+  explicit World(const Continued& options);
 
   /// Enters an incoming message; deliver() delivers its parts. Returns its number.
-  unsigned enter(const std::string& text, const std::string& sender = other, unsigned parts = 1);
-  void deliver(unsigned message, std::size_t part);
+  std::size_t enter(const std::string& text, const std::string& sender = other, unsigned parts = 1);
+  void deliver(std::size_t message, std::size_t part);
   /// Delivers a whole message to the modem.
   void receive(const std::string& text, const std::string& sender = other, unsigned parts = 1);
   /// Queues a message, as another program does.
   void queue(const std::string& text, const std::string& number = other, unsigned retries = 0);
   /// Receives and queues so many messages, each with a unique text that begins with `what`.
-  void load(const std::string& what, unsigned incoming, unsigned outgoing = 0);
+  void load(const std::string& what, unsigned incoming, unsigned outgoing);
   void accept();
 
-  /// Starts the daemon and waits for the end of its first pass. This and the following calls return false
-  /// when the daemon ends or hangs instead; after each wait the ledger observes the world.
-  [[nodiscard]] bool start();
-  [[nodiscard]] bool pass(unsigned count = 1);
-  [[nodiscard]] bool awaitSleep();
+  /// False once the daemon has ended or hung and must not; the steps below then do nothing.
+  bool lives = true;
+  /// Starts the daemon and waits for the end of its first pass.
+  void start();
+  void pass(unsigned count = 1);
+  /// Repairs the gateway, waits for the end of the pass, and ends all faults.
+  void repair();
+  /// Sends SIGTERM, and waits until the daemon has exited with status 0.
+  void stop();
+  /// Kills the daemon, or the daemon and its children, and waits until all of them have ended.
+  void kill(bool group = false);
+  /// Runs steps as long as the daemon lives.
+  using Step = std::function<void(World&)>;
+  using Steps = std::vector<Step>;
+  void run(const Steps& steps);
+
   /// Calls beforePass() and begins a pass.
   void beginPass();
+  /// Waits for the end of a pass; false when the daemon ends or hangs instead.
+  bool awaitSleep();
   /// Begins a pass and waits until the tool hangs in `operation`, until it is repaired. False when the pass
   /// ends without that operation.
   bool reach(const std::string& operation);
   /// Waits until `hangs` is true, or the daemon sleeps or ends. Returns whether it hangs.
   bool awaitHang(const std::function<bool()>& hangs);
-  /// Sends SIGTERM, and waits until the daemon has exited with status 0.
-  [[nodiscard]] bool stop();
-  /// Kills the daemon, or the daemon and its children, and waits until all of them have ended.
-  [[nodiscard]] bool kill(bool group = false);
   /// Waits until a daemon that was told to end, and its children, have ended.
-  [[nodiscard]] bool awaitEnd();
+  bool awaitEnd();
 
   /// Lets the ledger observe the world; `note` describes what has happened.
   void look(const std::string& note);
@@ -67,6 +83,9 @@ class World {
   /// The daemon's own files, by path: all below its root outside the message folders, except the reserve,
   /// which is empty and stays.
   static std::vector<std::string> ownFiles();
+  /// Makes a folder read-only by a mount on itself, or removes the mount. False when that fails.
+  static bool freeze(const std::string& folder);
+  static bool thaw(const std::string& folder);
 
   Simulator::Gateway& gateway() { return *gateway_; }
   Simulator::DaemonProcess& daemon() { return gateway_->daemon; }
@@ -83,7 +102,8 @@ class World {
     std::vector<std::string> parts;
   };
   std::unique_ptr<Simulator::Gateway> gateway_;
-  std::vector<Delivery> deliveries_;  // by message
+  std::map<std::size_t, Delivery> deliveries_;  // by message
+  bool continued_ = true;
   unsigned nextReference_ = 1;
   std::size_t logLines_ = 0, requests_ = 0;  // already in the ledger
 };

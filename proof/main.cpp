@@ -1,35 +1,20 @@
 // proof: checks that the daemon does not lose, repeat or damage a message under faults. scripts/proof runs it
-// in a private gateway; the status is 0 when nothing is wrong.
+// in a private gateway; the status is 0 when nothing is wrong. Proofs.h lists the proofs.
 //
 // The terms:
 //   world: a simulated gateway with the daemon in it (World)
 //   ledger: records every message of a world by its text, reads the modem, the files and the log, and reports
 //     lost, repeated, stray (a text that nobody sent) and left-over ones at the end (Ledger)
-//   fault: what went wrong in a pass; a message on its way meets the faults of each pass (Fault)
+//   fault: what went wrong in a pass; a message on its way meets the faults of each pass (Windows)
 //   window: a harm that a known fault can do to a message; any other harm is a failure (Windows)
 //   scenario: a particular pass with messages to process (Scenario)
-// The proofs, which fail calls by strace (Tracer):
-//   undisturbed: compares the trace of passes without faults with proof/undisturbed.txt (Undisturbed)
-//   crash, calls: SIGKILL at each system call of the daemon; an error from each (Points)
-//   disturb: kills, full and read-only disks, a clock set back, a removed spool (Disturbances)
-//   soak: random faults over many passes (Soak)
-//   damage: flips each bit of the spool files, and truncates them (Damage)
-//   cut: cuts the power (Cut)
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
-#include <map>
 
 #include "proof/Proofs.h"
-#include "proof/Scenario.h"
 
 namespace {
-
-bool listScenarios(const World::Programs&, const Words&) {
-  for (const Scenario& scenario : scenarios) std::cout << scenario.name << "\n";
-  return true;
-}
 
 struct Command {
   std::size_t words;  // at least so many
@@ -44,7 +29,7 @@ const std::map<std::string, Command> commands = {
     {"disturb", {1, " TIMES", disturb}},
     {"soak", {3, " PASSES SEED FINDINGS", soak}},
     {"damage", {4, " SHARD SHARDS SAMPLE SEED", damage}},
-    {"cut", {2, " prepare|run|look SITUATION [CONFIG MODEM [STAGE IMAGE]]", cutPower}},
+    {"cut", {2, " prepare|run|look SITUATION ...", cutPower}},
 };
 
 }  // namespace
@@ -56,9 +41,5 @@ int main(int argc, char** argv) {
     for (const auto& [name, each] : commands) std::cerr << "usage: proof " << name << each.usage << "\n";
     return 2;
   }
-  const std::filesystem::path build =
-      std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
-  const char* const daemon = std::getenv("VELD");
-  const World::Programs programs{daemon != nullptr ? daemon : build / "daemon/veld", build / "simulator"};
-  return command->second.prove(programs, words) ? EXIT_SUCCESS : EXIT_FAILURE;
+  return command->second.prove(words) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,6 +1,5 @@
 #include <filesystem>
 
-#include "proof/Fault.h"
 #include "proof/Ledger.h"
 #include "simulator/gateway/MessageFolders.h"
 #include "simulator/modem/Modem.h"
@@ -21,8 +20,8 @@ class Player {
       std::filesystem::remove_all(folder);
   }
 
-  unsigned enter(unsigned kind, const std::string& text) {
-    const unsigned message = ledger.enterIncoming(text, kind, {{text, text}});
+  std::size_t enter(unsigned kind, const std::string& text) {
+    const std::size_t message = ledger.enterIncoming(text, kind, {{text, text}});
     modem.receive(sender, text);
     ledger.arrived(message, 0);
     return message;
@@ -74,7 +73,7 @@ class Player {
 };
 
 void receiveParts(Player& player, bool joined) {
-  const unsigned message =
+  const std::size_t message =
       player.ledger.enterIncoming("one text", Kind::Text, {{firstPart, firstPart}, {secondPart, secondPart}});
   Json::Value parts(Json::arrayValue);
   for (std::size_t part = 0; part < 2; ++part) {
@@ -128,7 +127,7 @@ const FaultRow faultRows[] = {
        player.receive(Kind::Text, "in", 1);
        player.file("1", "im");
      },
-     "stray: received/1", Fault::CutListing},
+     "stray: /var/config/sms/inbox/received/1", Fault::CutListing},
     {"Overwritten",
      [](Player& player) {
        player.receive(Kind::Text, "in", 1);
@@ -154,7 +153,7 @@ const FaultRow faultRows[] = {
      ""},
     {"ObeyedTwice", [](Player& player) { obey(player, Kind::Command, 2); }, "twice: #ping 1",
      Fault::NotDeleted},
-    {"StrangerObeyed", [](Player& player) { obey(player, Kind::StrangersCommand, 1); }, "twice: #ping 1"},
+    {"StrangerObeyed", [](Player& player) { obey(player, Kind::Text, 1); }, "twice: #ping 1"},
     {"Sent", [](Player& player) { player.queue(1, "sent"); }, ""},
     {"SaidToBeSent", [](Player& player) { player.queue(0, "sent"); }, "unsent: out", Fault::SendFault},
     {"GivenUp", [](Player& player) { player.queue(0, "failed"); }, "unsent: out", Fault::TmpFull},
@@ -193,13 +192,14 @@ TEST_ROWS(Ledgers, AreSettled, faultRows) {
 TEST(Ledgers, ReportWhatHappenedToAMessage) {
   Player player(Fault::DiskFull);
   player.lines = {"a line of the log"};
-  player.receive(Kind::Text, "in", 1);
+  player.receive(Kind::Command, command, 1);
   player.look();
-  std::ostringstream told;
-  player.ledger.tell(told, 0);
-  for (const char* const part :
-       {"met: /var full", "look 1: off the modem: in", "look 1: in received/0", "log a line of the log"})
-    EXPECT_NE(told.str().find(part), std::string::npos) << told.str();
+  const std::vector<Ledger::Finding> findings = player.ledger.settle({});
+  ASSERT_EQ(findings.size(), 1U);
+  const std::string& history = findings[0].history;
+  for (const std::string part :
+       {"met: /var full", "look 1: /var full", "off the modem: #ping", "received/0", "log a line of the log"})
+    EXPECT_NE(history.find(part), std::string::npos) << history;
 }
 
 }  // namespace

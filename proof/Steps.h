@@ -1,0 +1,27 @@
+#pragma once
+
+#include "proof/World.h"
+
+/// What happens to a world, for the rows of tables.
+namespace Step {
+
+inline const World::Step start = &World::start, stop = &World::stop, repair = &World::repair;
+inline const World::Step pass = [](World& world) { world.pass(); };
+inline const World::Step kill = [](World& world) { world.kill(); };
+
+inline World::Step receive(const std::string& text, const std::string& sender = World::other,
+                           unsigned parts = 1) {
+  return [=](World& world) { world.receive(text, sender, parts); };
+}
+inline World::Step queue(const std::string& text, const std::string& number = World::other,
+                         unsigned retries = 0) {
+  return [=](World& world) { world.queue(text, number, retries); };
+}
+/// Begins a pass up to an operation of the tool. If the pass has it, then does something more.
+inline World::Step at(const std::string& operation, const World::Step& more = [](World&) {}) {
+  return [=](World& world) {
+    if (world.reach(operation)) more(world);
+  };
+}
+
+}  // namespace Step
