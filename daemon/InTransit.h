@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,13 +35,14 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   /// The name of the note of the expected send, and the send; nullopt if it could not be noted.
   std::optional<std::pair<std::string, Send>> takeSend();
 
-  /// The file of a record under a status.
+  /// The path of a record's file under a status.
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;
 
   [[nodiscard]] bool isTaken(const std::string& guid) const override;
 
   Spool spool;
-  unsigned turn = 0;  ///< selects the answered send that a pass files first
+  std::set<std::string> interrupted;  ///< guids of messages that an earlier daemon was sending
+  unsigned turn = 0;                  ///< selects the answered send that a pass files first
 
  private:
   void aboutToDelete(const std::vector<Json::Value>& records) override;

@@ -75,6 +75,10 @@ bool Outbox::isAnswered(const Json::Value& record, int from) const {
   });
 }
 
+bool Outbox::wasInterrupted(const Json::Value& record) const {
+  return inTransit_.interrupted.count(MessageRecord::guid(record)) != 0;
+}
+
 void Outbox::settle() {
   // An exception has ended this send. The message stays in its folder.
   if (const auto unanswered = inTransit_.takeSend()) inTransit_.spool.remove(unanswered->first);
@@ -93,6 +97,7 @@ void Outbox::takeIn(std::string name, Send send) {
   if (send.stage == Send::Stage::Begun) {
     const std::string guid = MessageRecord::guid(send.record);
     ORVEL_LOG(WARNING, "Sending message %s was begun and never answered: it counts as failed", guid.c_str());
+    inTransit_.interrupted.insert(guid);
     send.stage = Send::Stage::Refused;
     inTransit_.spool.rename(name, stageOf(send), true);
   }

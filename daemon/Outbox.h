@@ -23,6 +23,9 @@ class Outbox : private Orvel::NonCopyable {
   /// Whether `record` under `from` was sent before, but its file could not be moved.
   [[nodiscard]] bool isAnswered(const Json::Value& record, int from) const;
 
+  /// Whether an earlier daemon ended while it sent `record`; such a record is retried after the others.
+  [[nodiscard]] bool wasInterrupted(const Json::Value& record) const;
+
   /// Flushes what is filed to the disk, and then removes its notes.
   void settle();
 

@@ -15,6 +15,6 @@ std::vector<Json::Value> collectStoredParts(const Json::Value& records);
 
 /// Fills gaps in the stored records of the same "part-id" with the "parts" of `record`. Appends a copy of
 /// each changed record to `updatedMultiparts`; false if none changed. Throws the JSON library's exception for
-/// a record whose "part-id" or "parts" are of another type.
+/// a "part-id" or "parts" of a wrong type.
 bool mergeWithStoredParts(std::vector<Json::Value>& updatedMultiparts, const Json::Value& record,
                           const std::vector<Json::Value>& storedParts);

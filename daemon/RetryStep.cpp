@@ -54,9 +54,11 @@ void retryFailedMessages(Outbox& outbox, CheckedStorage& storage, const std::vec
   if (state.time_not_attempting < state.current_timing) return;
 
   ORVEL_LOG(DEBUG, "VELD: Try to send failed sms.");
-  for (const Json::Value& record : failed)
-    if (mayRetry(record) && !outbox.isAnswered(record, MessageStatus::Failed))
-      outbox.send(record, MessageStatus::Failed);
+  for (const bool interrupted : {false, true})
+    for (const Json::Value& record : failed)
+      if (mayRetry(record) && outbox.wasInterrupted(record) == interrupted &&
+          !outbox.isAnswered(record, MessageStatus::Failed))
+        outbox.send(record, MessageStatus::Failed);
   ++state.dialAttempt;
   state.time_not_attempting = 0;
 }

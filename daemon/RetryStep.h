@@ -27,7 +27,7 @@ struct RetryState {
 /// Whether a failed record has "retries" left.
 bool mayRetry(const Json::Value& record);
 
-/// Starts the failure timer unless it runs. Reads the clock only then.
+/// If the failure timer does not run, reads the clock and starts it.
 void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 
 /// Call it once per pass. Adds up the time since the last dial attempt; when it reaches the current interval,
@@ -35,6 +35,6 @@ void startFailureTimer(RetryState& state, const MonotonicClock& clock);
 /// Failed with one retry less. If no message has retries left, the schedule restarts.
 ///
 /// `timings` holds the intervals in seconds, one for each dial attempt; the last one repeats. If it is empty,
-/// nothing is ever sent again.
+/// no message is retried.
 void retryFailedMessages(Outbox& outbox, CheckedStorage& storage, const std::vector<std::uint32_t>& timings,
                          RetryState& state, const MonotonicClock& clock = monotonicSeconds);

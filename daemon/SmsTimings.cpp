@@ -28,7 +28,7 @@ void readNumber(const char* text, std::int32_t& number) {
     number = static_cast<std::int32_t>(std::clamp<long long>(read, Limits::min(), Limits::max()));
 }
 
-// Copies `text` into `value`. If it does not fit, cuts it after its last whole number and returns false.
+// Copies `text` into `value`. If it is too long, copies only the numbers that fit and returns false.
 bool copyValue(const std::string& text, char* value) {
   const bool fits = text.size() < configValueSize;
   const std::size_t end = fits ? text.size() : text.find_last_of(timingsSeparators, configValueSize - 1);

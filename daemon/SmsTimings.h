@@ -18,7 +18,7 @@ bool readSmsTimings();
 constexpr std::size_t configValueSize = 128;
 
 /// Copies the value of `key` from the key=value file at `path` into `value`. The last line with the key wins.
-/// A value that does not fit is cut after its last whole number, and one line is logged. If the file does not
+/// Of a value that is too long, copies only the numbers that fit, and logs one line. If the file does not
 /// end with a line feed, its last character is lost. A line of more than 1023 characters counts as several.
 ///
 /// Returns -1 when an argument is null, `flag` is negative or the file cannot be opened. Otherwise 1; if the

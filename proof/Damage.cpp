@@ -34,7 +34,7 @@ void require(bool good) {
   if (!good) std::abort();
 }
 
-// Leaves one message of each kind on its way in the store.
+// Leaves one message of each kind on its way, in the spool.
 void prepare(World& world) {
   const std::string received = MessageFolders::pathOf("received"), sent = MessageFolders::pathOf("sent");
   world.start();
@@ -82,7 +82,7 @@ std::vector<std::string> tryOne(World& world, const Point& point) {
   world.pass(2);
   world.stop();
   std::vector<std::string> problems;
-  if (!world.lives) problems.push_back("the daemon does not live with it, " + world.daemon().ending());
+  if (!world.lives) problems.push_back("the daemon fails on the damage, " + world.daemon().ending());
   if (!world.lives && world.daemon().running()) {
     world.lives = true;
     world.kill(true);

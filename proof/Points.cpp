@@ -46,7 +46,7 @@ std::vector<std::string> errorsOf(const Tracer::Call& call) {
   return errors;
 }
 
-// A call of the daemon at which it is killed, or which fails.
+// A system call that fails, or at which the daemon is killed.
 struct Point {
   Tracer::Call call;
   std::string fault;
@@ -146,7 +146,7 @@ class Runner {
   const unsigned sample_;
   std::mt19937 random_;
   std::vector<Tracer::Call> calls_;  // of an undisturbed pass
-  std::size_t descriptors_ = 0;      // of the daemon after it
+  std::size_t descriptors_ = 0;      // of the daemon after that pass
   std::map<std::string, unsigned> counts_;
 };
 

@@ -99,7 +99,7 @@ Simulator::Footprint footprintOf(World& world) {
   return footprint;
 }
 
-// Whether one daemon keeps its memory and its descriptors.
+// Whether one daemon leaks neither memory nor descriptors.
 bool liveOnce(World& world, unsigned passes) {
   const unsigned settling = std::min(settlingLife, passes / 2);
   live(world, "One life", settling, false);

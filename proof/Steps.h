@@ -17,7 +17,7 @@ inline World::Step queue(const std::string& text, const std::string& number = Wo
                          unsigned retries = 0) {
   return [=](World& world) { world.queue(text, number, retries); };
 }
-/// Begins a pass up to an operation of the tool. If the pass has it, then does something more.
+/// Runs a pass until the tool's `operation`, and then `more`, if the pass has this operation.
 inline World::Step at(const std::string& operation, const World::Step& more = [](World&) {}) {
   return [=](World& world) {
     if (world.reach(operation)) more(world);

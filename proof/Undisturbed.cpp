@@ -42,7 +42,7 @@ std::string shown(const Tracer::Call& call) {
 
 bool showUndisturbed(const Words&) {
   for (const Scenario& scenario : scenarios) {
-    if (scenario.atStart && !scenario.before.empty()) continue;  // an earlier daemon was disturbed
+    if (scenario.atStart && !scenario.before.empty()) continue;  // it disturbs an earlier daemon
     World world = scenario.prepare();
     Tracer tracer;
     if (!scenario.begin(world, tracer, "-f -s 1000 -e trace=execve,sendto") || !world.awaitSleep())

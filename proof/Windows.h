@@ -45,7 +45,7 @@ enum : unsigned {
 std::string name(unsigned harm);
 }  // namespace Harm
 
-/// A harm that a fault is known to do to messages that meet it. docs/reliability.md lists the windows.
+/// A fault that can still harm the messages it affects. docs/reliability.md lists the windows.
 struct Window {
   const char* name;
   unsigned kinds;  ///< the affected messages

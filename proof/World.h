@@ -18,7 +18,7 @@ class World {
   static constexpr char stranger[] = "+4917054321";
   static constexpr char other[] = "+4917011111";
   static constexpr char refused[] = "+4917022222";  ///< the modem refuses it until accept()
-  /// The daemon's spool, and the file that reserves room in it for a full disk.
+  /// The daemon's spool, and its file that keeps room for notes on a full disk.
   static constexpr char spool[] = "/var/config/sms/spool", reserve[] = "/var/config/sms/spool/reserve";
 
   /// The built daemon, or the one that the environment variable VELD names.

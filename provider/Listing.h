@@ -14,8 +14,8 @@ struct Listing {
 
 /// Parses `lines`, each a line of the listing or a piece of an over-long one, with or without its line feed.
 ///
-/// A line that holds "index" begins a message, which ends at the next such line. In it, the first line with
-/// "addr:" but not "smsc-addr:" gives the sender, and the first with "user-data:" the text (see UserData.h).
+/// A line that holds "index" begins a message, which ends at the next such line. Its first line with "addr:"
+/// but not "smsc-addr:" gives the sender, its first with "user-data:" the text (see UserData.h).
 /// A marker matches anywhere in a line, case-sensitively. A message without a sender is logged and skipped;
 /// one without "user-data:" has no "message".
 ///

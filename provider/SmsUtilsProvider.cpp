@@ -31,7 +31,7 @@ std::vector<std::string> readLines(std::FILE* pipe) {
   char piece[pieceSize];
   while (std::fgets(piece, sizeof(piece), pipe) != nullptr) lines.emplace_back(piece);
   if (std::ferror(pipe) == 0) return lines;
-  // Drops all lines: an unread message would be deleted with the others. The next pass reads them again.
+  // Drops all lines: else messages after the error would be deleted. The next pass lists them again.
   logPipeError();
   return {};
 }

@@ -34,5 +34,5 @@ void unescapeText(std::string& text);
 /// digit is not 0 to 9 or "a"; it stays, as do all later ones. The text never grows.
 void decodeGsmEscapes(std::vector<char>& bytes);
 
-/// Applies the three functions above in order: writes the header into `record` and returns the text.
+/// Applies the last three functions in this order: writes the header into `record` and returns the text.
 std::string decodeUserData(std::string text, Json::Value& record);

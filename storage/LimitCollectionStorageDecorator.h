@@ -6,7 +6,7 @@
 #include "storage/ICollectionStorage.h"
 
 /// Makes room before a save: when the limit is reached, discards the record with the smallest "guid",
-/// compared byte by byte. The format of the daemon's guids makes that the oldest. Each save discards at most
+/// compared byte by byte. In the daemon's guid format, this is the oldest record. Each save discards at most
 /// one record, so a lowered limit does not shrink the store. The three outbox statuses share `sentLimit`. A
 /// limit of 0 discards nothing here. All other calls go to the inner storage.
 class LimitCollectionStorageDecorator final : public ICollectionStorage {

@@ -14,7 +14,7 @@
 /// Its content never changes; its name holds its number and its stage:
 ///
 ///     spool/7.received-2      NUMBER.STAGE; the stages are those of SpoolEntry.h
-///     spool/reserve           space that a full disk leaves for notes
+///     spool/reserve           keeps room for notes on a full disk
 ///
 ///     File                  Written by      Gone after   After a kill or a power cut
 ///     NUMBER.STAGE.new      add, replace    its rename   removed by the next open

@@ -51,8 +51,8 @@ using SpoolEntry = std::variant<Batch, Send>;
 std::string stageOf(const Batch& batch);
 std::string stageOf(const Send& send);
 
-/// Whether a batch can hold `record`: its guid is a file name that a shell command can hold, and its message,
-/// source and parts are of the types that filing needs.
+/// Whether a batch can hold `record`: its guid is a file name that is safe in a shell command, and its
+/// message, source and parts have types that can be filed.
 bool isNotable(const Json::Value& record);
 
 /// The note for an entry; nullopt for an entry that entryOf() would refuse. Without a note, filing is tried

@@ -22,7 +22,7 @@ extern "C" {
 CURLcode curl_easy_setopt(CURL* handle, CURLoption option, ...) {
   va_list values;
   va_start(values, option);
-  void* const value = va_arg(values, void*);  // a long is as wide
+  void* const value = va_arg(values, void*);  // a long is as wide as a pointer
   va_end(values);
   const std::string name = std::string(curl_easy_option_by_id(option)->name) + " ";
   return noted<CURLcode (*)(CURL*, CURLoption, ...)>(name.c_str(), "curl_easy_setopt")(handle, option, value);

@@ -1,4 +1,4 @@
-"""What the tests in Python share: the message folders, and how to write a program and to wait."""
+"""Shared by the Python tests: the message folders, and functions that write a program and wait."""
 import pathlib
 import time
 

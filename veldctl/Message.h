@@ -31,7 +31,7 @@ struct Message {
   bool hasFailedPermanently() const;  ///< it has failed and will not be retried
   bool isSeen() const;                ///< `veldctl seen` has marked it
 
-  /// Returns when the message was received, and else when its file was written.
+  /// Returns the time of receipt or, if there is none, the time of the file.
   std::time_t time() const;
 };
 

@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool executed = executor.execute("1", std::vector<std::string>());  // must not throw
   property(executed == (loaded == true), "both requests accept the same answers");
 
-  if (loaded == true && answer.find('\0') == std::string::npos) {  // at which the JSON library stops
+  if (loaded == true && answer.find('\0') == std::string::npos) {  // the JSON library stops at a NUL
     property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
     property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "a truncated answer is refused");
   }

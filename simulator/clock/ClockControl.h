@@ -12,9 +12,9 @@ struct ClockControl {
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
   std::atomic<std::int64_t> skipped;  ///< the sum by which sleeps were cut short; both clocks are ahead by it
-  std::atomic<std::int64_t> wall;     ///< with `hold`: the wall clock without `skipped`
-  std::atomic<std::int64_t> monotonic;  ///< with `hold`: the monotonic clock without `skipped`
-  /// 1: only a grant or a signal ends a sleep, and only sleeps take time, however busy the machine is.
+  std::atomic<std::int64_t> wall;     ///< if `hold`: the wall clock minus `skipped`
+  std::atomic<std::int64_t> monotonic;  ///< if `hold`: the monotonic clock minus `skipped`
+  /// 1: only `granted` or a signal ends a sleep, and the clocks advance only during sleeps.
   std::atomic<std::uint32_t> hold;
   std::atomic<std::uint32_t> begun;  ///< sleeps begun since the daemon was started
   std::atomic<std::uint32_t> ended;  ///< how many of these have ended

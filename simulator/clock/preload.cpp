@@ -27,7 +27,7 @@ constexpr long clockGettimeCall = SYS_clock_gettime;
 
 ClockControl* control = nullptr;
 
-// Does not use dlsym(), which allocates: a sanitizer's allocator reads the clock while it holds its lock.
+// Avoids dlsym(), which allocates: a sanitizer's allocator calls this with its lock held, a deadlock.
 int realClock(clockid_t clock, timespec* now) {
   return static_cast<int>(syscall(clockGettimeCall, clock, now));
 }
@@ -62,12 +62,12 @@ extern "C" {
 // As in the C library, a handled signal ends the sleep, and the result is the rest of the sleep.
 unsigned sleep(unsigned seconds) {
   if (control == nullptr) return reinterpret_cast<unsigned (*)(unsigned)>(dlsym(RTLD_NEXT, "sleep"))(seconds);
-  // O_RDWR: open() does not block, and read() does not find an end of file. The first sleep opens the FIFO,
-  // because the daemon closes the file descriptors that are open when it starts.
+  // O_RDWR: open() does not block, and read() does not find an end of file. The first sleep opens the FIFO:
+  // only the detached daemon sleeps.
   static const int wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
-  // The gateway may see `begun` and send a signal at once. Only ppoll() unblocks signals, so it returns then.
+  // The gateway may see `begun` and send a signal at once. It stays blocked until ppoll(), and ends that.
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

@@ -34,7 +34,7 @@ Interpreter* interpreter = nullptr;
 std::vector<std::string> candidates;
 std::size_t nextAt = 0;
 
-// Returns the literal words of a shape, such as "received" in "received|sending"; all others are in capitals.
+// Returns the literal words of `arguments`, as in "received|sending"; placeholders are in capitals.
 std::set<std::string> wordsOf(const std::string& arguments) {
   static const std::regex word("[a-z-][a-z0-9-]+");
   return {std::sregex_token_iterator(arguments.begin(), arguments.end(), word), {}};

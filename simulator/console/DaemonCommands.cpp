@@ -213,8 +213,8 @@ std::vector<Command> daemonCommands() {
       {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
       {"pass", "[N], [--no-wait]", "runs N passes of the daemon now; the clock advances by 5 s for each",
        pass, true},
-      {"wait", "TIME", "advances the clock by seconds, or as in 5m or 1h, and runs the passes of that time",
-       wait, true},
+      {"wait", "TIME", "advances the clock by 30 (seconds), 5m or 1h, and runs the passes of that time", wait,
+       true},
       {"date", "DAY", "sets the clock to noon of a day, such as 2045-06-15", date},
       {"await", "pass|tool|request|api|exit|program",
        "waits until a pass ends, the tool hangs, a request waits, the API's socket exists, the daemon ends,"

@@ -23,7 +23,7 @@ class DaemonProcess {
   /// Whether a pass has ended. Ended: the daemon has ended instead.
   enum class Passed { Yes, Ended, NotYet };
 
-  /// `hangs` returns whether only a repair ends what the daemon waits for. No call then waits for a pass.
+  /// `hangs`: whether the daemon waits until a fault is repaired. If so, no call waits for a pass.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
   /// Starts the program and waits until it has detached. Returns an empty string, or one line on the failure.

@@ -16,7 +16,8 @@ class Settings {
   Settings();
 
   Json::Value value() const;
-  /// Sets or removes a member such as "smsCommands.pingEnabled". False if there is no place for it.
+  /// Sets or removes a member such as "smsCommands.pingEnabled". False if it is unknown, or its object was
+  /// removed.
   bool set(const std::string& path, const Json::Value& value);
   bool remove(const std::string& path);
 

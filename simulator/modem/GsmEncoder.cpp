@@ -64,9 +64,10 @@ Table makeTable() {
 
 // Texts that arrive at veld in another form.
 constexpr std::pair<const char*, const char*> changed[] = {
-    {"^", "\"^\" arrives as \"x14\": the tool prints its code in hex, and veld drops the escape before it."},
+    {"^", "\"^\" arrives as \"x14\": the tool prints \\x1b\\x14, of which veld drops \\x1b and the next \\."},
     {"\f",
-     "A form feed arrives as \"x0a\": the tool prints its code in hex, and veld drops the escape before it."},
+     "A form feed arrives as \"x0a\": the tool prints \\x1b\\x0a, of which veld drops \\x1b and the next "
+     "\\."},
     {"|", "\"|\" arrives as \"?\": veld does not decode it."},
     {"index", "The text contains \"index\", which veld takes for the beginning of the next message."},
 };

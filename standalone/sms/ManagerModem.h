@@ -29,8 +29,8 @@ class ManagerModem final : public Modem {
   /// Disables and enables the modem, which takes seconds, so that ModemManager fetches all messages. On a
   /// modem with AT commands ModemManager misses a message that arrives while it fetches another.
   ///
-  /// Fetches when a burst of messages has ended, once a minute while parts of a message less than an hour old
-  /// are missing, and once an hour. Never fetches while a data connection is up.
+  /// Fetches after a burst of messages, every hour, and, while a message less than an hour old lacks parts,
+  /// every minute. Never fetches while a data connection is up.
   void fetchMissed(bool arrived) override;
 
  private:

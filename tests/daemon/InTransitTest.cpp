@@ -199,6 +199,17 @@ TEST(InTransit, ReplacesTheOlderByTheNewerUnderALimit) {
   EXPECT_EQ(names.back(), "202");
 }
 
+TEST(InTransit, RetriesAMessageThatEndedADaemonLast) {
+  Gateway gateway({{"outbox/failed/1", R"({"guid":"1","recipient":"hangs","retries":3})"},
+                   {"outbox/failed/2", R"({"guid":"2","recipient":"b","retries":3})"},
+                   {"outbox/failed/0", R"({"guid":"0","recipient":"c","retries":3})"}});
+  gateway.note("1.sending-4", "[{'guid':'1','recipient':'hangs','retries':3}]");
+  gateway.timings = {0};
+  gateway.pass();
+  ASSERT_EQ(gateway.world.provider.attempts.size(), 3u);
+  EXPECT_EQ(gateway.world.provider.attempts.back(), "hangs");
+}
+
 TEST(InTransit, FilesUnderAFreeGuidIfTheGuidIsTaken) {
   Gateway gateway;
   gateway.note("1.received-0", batchOfOne);

@@ -161,7 +161,7 @@ TEST_F(RetryStep, RestartsTheScheduleWhenNoMessageMayRetry) {
 TEST_F(RetryStep, AddsTheTimeOfAnAttemptToTheNextInterval) {
   world_.put("{'guid':'1','recipient':'bad','retries':9}", Failed);
   world_.provider.onSend = [this] { now_ += 5; };
-  EXPECT_THAT(attemptTimes({10}, 30), ElementsAre(15, 25, 35));  // the time of each attempt counts
+  EXPECT_THAT(attemptTimes({10}, 30), ElementsAre(15, 25, 35));  // an interval includes the send before it
 }
 
 TEST_F(RetryStep, ReadsAFailedClockAs0) {

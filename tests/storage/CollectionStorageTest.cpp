@@ -171,7 +171,7 @@ TEST_ROWS(Limit, DiscardsTheSmallestGuid, limitRows) {
 struct StoreRow {
   const char* name;
   std::uint32_t receivedLimit, sentLimit;
-  const char* left;  ///< of "1" to "9", of which each status gets two and "9" moves from Sending to Sent
+  const char* left;  ///< each status gets two of "1" to "8"; "9" moves from Sending to Sent
 };
 const StoreRow storeRows[] = {
     {"TwoLimits", 1, 4, "2 | | 6 9 | 7 8 "},
