@@ -126,12 +126,13 @@ TEST_F(SpoolTest, KeepsNotesForTheNextDaemonUnderTheirStage) {
   stat((folder_ + "/2.b-1").c_str(), &status);
   EXPECT_EQ(status.st_mode & 07777U, 0600U);
 
+  writeFile(folder_ + "/10.d", NoteFile::framed("ten"));
   Spool next(root_.path);
   const Spool::Pass pass = next.open();
-  EXPECT_THAT(pass.names, ElementsAre("2.b-1", "3.c"));
+  EXPECT_THAT(pass.names, ElementsAre("2.b-1", "3.c", "10.d"));
   EXPECT_EQ(next.read("2.b-1").value_or(Spool::Note{}).text, "two");
   EXPECT_EQ(next.read("2.b-1").value_or(Spool::Note{}).stage, "b-1");
-  EXPECT_EQ(next.add({"a", "four"}), "4.a");
+  EXPECT_EQ(next.add({"a", "four"}), "11.a");
   EXPECT_EQ(log_.text(), "");
 }
 
@@ -191,6 +192,15 @@ TEST_F(SpoolTest, RepeatsFailedWritesLater) {
   EXPECT_THAT(pass.names, ElementsAre("1.a", "2.b"));
   EXPECT_EQ(readFile(folder_ + "/1.a"), NoteFile::framed("of another daemon"));
   EXPECT_EQ(readFile(folder_ + "/2.b"), NoteFile::framed("text"));
+}
+
+TEST_F(SpoolTest, KeepsANoteThatCannotBeReplaced) {
+  const Spool::Pass pass = spool_.open();
+  std::string name = spool_.add({"a", "old"});
+  std::filesystem::create_directory(folder_ + "/2.b.new");
+  spool_.replace(name, {"b", "new"});
+  EXPECT_EQ(name, "1.a");
+  EXPECT_THAT(names(), ElementsAre("1.a", "2.b.new", "reserve"));
 }
 
 TEST_F(SpoolTest, CreatesARemovedFolderAgain) {
