@@ -80,8 +80,10 @@ bool Outbox::wasInterrupted(const Json::Value& record) const {
 }
 
 void Outbox::settle() {
-  // An exception has ended this send. The message stays in its folder.
-  if (const auto unanswered = inTransit_.takeSend()) inTransit_.spool.remove(unanswered->first);
+  // If an exception ended a send before the answer, the message stays in its folder, without a note.
+  const auto interrupted = inTransit_.takeSend();
+  if (interrupted && interrupted->second.stage == Send::Stage::Begun)
+    inTransit_.spool.remove(interrupted->first);
   const auto isLeft = [](const Noted& noted) { return !noted.isFiled; };
   const auto done = std::stable_partition(answered_.begin(), answered_.end(), isLeft);
   std::vector<std::string> files;

@@ -81,7 +81,7 @@ class World {
   /// there is such a finding. Writes its history to the file `details`, if given.
   bool report(const std::string& what, const std::string& details = "");
   /// The daemon's own files, by path: all below its root outside the message folders, except the reserve,
-  /// which is empty and stays.
+  /// which holds no message and stays.
   static std::vector<std::string> ownFiles();
   /// Makes a folder read-only by a mount on itself, or removes the mount. False when that fails.
   static bool freeze(const std::string& folder);

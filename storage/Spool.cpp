@@ -98,14 +98,15 @@ void Spool::replace(std::string& name, const Note& note) {
 }
 
 bool Spool::rename(std::string& name, const std::string& stage, bool flushed) {
+  if (name.empty()) return false;
   const std::string after = name.substr(0, name.find('.') + 1) + stage;
   if (auto unwritten = unwritten_.extract(name)) {
     unwritten.key() = name = after;
     unwritten_.insert(std::move(unwritten));
     return !flushed;
   }
-  if (name.empty() || renameat(folder_.get(), name.c_str(), folder_.get(), after.c_str()) != 0) {
-    if (!name.empty()) complain("write");
+  if (renameat(folder_.get(), name.c_str(), folder_.get(), after.c_str()) != 0) {
+    complain("write");
     return false;
   }
   name = after;

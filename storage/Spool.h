@@ -71,7 +71,8 @@ class Spool : private Orvel::NonCopyable {
   /// keeps the old one on the disk and its name. An empty name stands for no note.
   void replace(std::string& name, const Note& note);
 
-  /// Changes the stage of a note, and `name`. False if the rename, or the flush if requested, fails.
+  /// Changes the stage of a note, and `name`. False for an empty name, and if the rename, or the
+  /// flush if requested, fails.
   bool rename(std::string& name, const std::string& stage, bool flushed);
 
   /// Removes a note; not flushed. An empty name stands for no note.

@@ -272,6 +272,13 @@ TEST(InTransit, KeepsTheNoteOfASendUntilItIsFiled) {
   EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.sent-2"));
 }
 
+TEST(InTransit, KeepsTheNoteOfASentMessageWhenFilingThrows) {
+  Gateway gateway({{"outbox/sending/1", R"({"guid":"1"})"}});
+  gateway.world.folders->onSave = [] { throw std::string("no memory"); };
+  gateway.pass();
+  EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.sent-2"));
+}
+
 TEST(InTransit, SendsAMessageThatIsQueuedAgainInTheSamePass) {
   Gateway gateway({{"outbox/sending/1", R"({"guid":"1"})"}, {"outbox/sending/2", R"({"guid":"2"})"}});
   gateway.world.provider.onSend = [&] {
