@@ -137,7 +137,10 @@ bool disturb(const Words& words) {
   for (const std::vector<Disturbance>* const table : {&survived, &lethal})
     for (const auto& [name, steps] : *table) {
       World world;
-      world.beforePass = [&world] { world.load("load " + std::to_string(world.ledger.entered()), 4, 1); };
+      world.beforePass = [&world] {
+        for (unsigned i = 0; i < 4; ++i) world.receive("in " + std::to_string(world.ledger.entered()));
+        world.queue("out " + std::to_string(world.ledger.entered()));
+      };
       world.start();
       for (unsigned left = numberOf(words[0]); left > 0; --left) world.run(steps);
       world.beforePass = [] {};

@@ -1,4 +1,10 @@
+#include <sys/mount.h>
+
 #include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
 
@@ -61,10 +67,38 @@ bool isClock(const Tracer::Call& call) {
          (call.name == "read" && call.text.find(", 64)") != std::string::npos);
 }
 
+// A disk at /var/config: an ext4 file system on the loop device `device`, in the file `image`.
+class Disk {
+ public:
+  Disk(std::string device, std::string image) : device_(std::move(device)), image_(std::move(image)) {
+    std::filesystem::create_directories(folder);
+    insert();
+  }
+
+  // The disk loses what the kernel has not written to it, and /tmp loses all.
+  void cutPower() const {
+    const std::string written = image_ + ".written";
+    copy_file(std::filesystem::path(image_), written, std::filesystem::copy_options::overwrite_existing);
+    umount(folder);
+    std::ofstream(device_, std::ios::binary) << std::ifstream(written, std::ios::binary).rdbuf();
+    std::filesystem::remove_all("/tmp/sms");
+    insert();
+  }
+
+ private:
+  void insert() const {
+    if (mount(device_.c_str(), folder, "ext4", 0, nullptr) != 0) throw std::runtime_error("cannot mount");
+  }
+
+  static constexpr char folder[] = "/var/config";
+  std::string device_, image_;
+};
+
 class Runner {
  public:
   explicit Runner(const Words& words)
       : scenario_(find(words[0])), sample_(numberOf(words[1])), random_(numberOf(words[2])) {
+    if (words.size() > 4) disk_.emplace(words[3], words[4]);
     World world = scenario_.prepare();
     Tracer tracer;
     world.lives = scenario_.begin(world, tracer, "") && world.awaitSleep();
@@ -113,9 +147,12 @@ class Runner {
     if (!scenario_.begin(world, tracer, "-e trace=" + point.call.name + " -e inject=" + point.injection()))
       return {{"ended: before the pass"}};
     // A daemon may survive the kill: the number of some calls depends on how fast other processes answer.
+    const pid_t group = world.daemon().pid();
     const bool slept = world.awaitSleep();
+    if (!slept && disk_) kill(-group, SIGKILL);  // the tool, too
     if (!slept && !world.awaitEnd()) return {{"hang: in the pass"}};
     tracer.detach();
+    if (!slept && disk_) disk_->cutPower();
     const std::string status = world.daemon().ending();
     if (point.fault != killed) {
       world.ledger.died();  // messages still on the modem may come twice
@@ -145,6 +182,7 @@ class Runner {
   const Scenario& scenario_;
   const unsigned sample_;
   std::mt19937 random_;
+  std::optional<Disk> disk_;         // for power cuts
   std::vector<Tracer::Call> calls_;  // of an undisturbed pass
   std::size_t descriptors_ = 0;      // of the daemon after that pass
   std::map<std::string, unsigned> counts_;

@@ -25,9 +25,11 @@ std::vector<Point> sampleOf(std::vector<Point> points, std::size_t count, std::m
 
 Proof listScenarios;
 Proof showUndisturbed;  ///< prints what passes without faults do, with dates and guids replaced
-Proof crashAtCalls;     ///< SCENARIO SAMPLE SEED: kills the daemon at each system call of a pass; restarts it
-Proof failCalls;        ///< SCENARIO SAMPLE SEED: makes each of these calls fail, with each plausible error
-Proof disturb;  ///< TIMES: runs each disturbance TIMES times, in a world of its own, with a fixed load
+/// SCENARIO SAMPLE SEED: kills the daemon at each system call of a pass, and restarts it. With a loop DEVICE
+/// and the IMAGE of its ext4 file system, cuts the power instead.
+Proof crashAtCalls;
+Proof failCalls;  ///< SCENARIO SAMPLE SEED: makes each of these calls fail, with each plausible error
+Proof disturb;    ///< TIMES: runs each disturbance TIMES times, in a world of its own, with a fixed load
 /// PASSES SEED FINDINGS: random load and disturbances. One daemon runs for PASSES passes; then lethal
 /// disturbances follow, too, a quarter as many in all. The file FINDINGS gets the history of each message
 /// that was harmed outside every window.
@@ -36,4 +38,3 @@ Proof soak;
 /// each byte. The daemon must continue to run, set the damaged file aside with a log line that names it, and
 /// complete every message that the file does not hold.
 Proof damage;
-Proof cutPower;  ///< prepare|run|look SITUATION ...: cuts the power; Cut.cpp explains the steps

@@ -23,13 +23,11 @@ const World::Step nextMinute = [](World& world) {
 }  // namespace
 
 const std::vector<Scenario> scenarios = {
-    {"plain", {start}, {receive("a plain message")}},
     {"several",
      {start},
      {receive("the first"), receive("p secret #ping 8.8.8.8", World::friendly),
       receive("a long message", World::other, 2)}},
     {"completed", {start, half, pass}, {otherHalf}},
-    {"sent", {start}, {queue("goes out")}},
     {"refused", {start}, {queue("is refused", World::refused)}},
     {"retried", {start, queue("goes out later", World::refused, 3), pass, acceptAll}, {}},
     {"retried in vain", {start, queue("is refused for ever", World::refused, 30), pass}, {}},
@@ -42,14 +40,13 @@ const std::vector<Scenario> scenarios = {
     {"catching up",
      {start, receive("not filed yet"), receive("p secret #ping 8.8.4.4", World::friendly), mustDelete,
       Step::kill},
-     {receive("comes later")},
+     {receive("comes later"), queue("goes out"), queue("goes out, too")},
      100,
      true},
 };
 
 World Scenario::prepare() const {
-  const std::string program = World::daemonProgram();
-  World world(limit, atStart ? Tracer::stoppable(program, World::clockLibrary()) : program);
+  World world(limit);
   world.run(before);
   if (!world.lives) std::abort();
   world.run(arrive);
@@ -57,10 +54,9 @@ World Scenario::prepare() const {
 }
 
 bool Scenario::begin(World& world, Tracer& tracer, const std::string& options) const {
-  if (atStart && !(Tracer::stopNext() && world.daemon().start().empty())) return false;
-  const pid_t daemon = world.daemon().pid();
-  if (atStart && !Tracer::awaitStop(daemon)) return false;
-  if (!tracer.attach(daemon, options)) return false;
+  if (atStart) world.gateway().clock.stopNextDaemon();
+  if (atStart && !(world.daemon().start().empty() && Tracer::awaitStop(world.daemon().pid()))) return false;
+  if (!tracer.attach(world.daemon().pid(), options)) return false;
   if (atStart) return world.daemon().signal(SIGCONT);
   world.gateway().clock.grant();
   return true;

@@ -1,6 +1,5 @@
 #include "proof/Tracer.h"
 
-#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <csignal>
@@ -16,14 +15,12 @@ namespace {
 
 constexpr double traceSeconds = 10;
 constexpr char traceFile[] = "/run/gateway/trace";
-const std::filesystem::path stoppableFolder = "/run/stoppable";
 
-// The process that traces another; 0 when there is none.
-pid_t tracerOf(pid_t process) {
-  const std::string key = "TracerPid:\t";
+// The value of a line in the status of a process; "0" if there is none.
+std::string statusOf(pid_t process, const std::string& key) {
   const std::string status = Simulator::readFile("/proc/" + std::to_string(process) + "/status");
   const std::size_t found = status.find(key);
-  return found == std::string::npos ? 0 : std::stoi(status.substr(found + key.size()));
+  return found == std::string::npos ? "0" : status.substr(found + key.size(), status.find('\n', found));
 }
 
 }  // namespace
@@ -34,7 +31,7 @@ bool Tracer::attach(pid_t process, const std::string& options) {
   // The shell ends at once, and strace becomes a child of this process.
   if (std::system((command + " 2>/dev/null &").c_str()) != 0) return false;
   return Simulator::waitUntil(traceSeconds, [&] {
-    strace_ = tracerOf(process);
+    strace_ = std::stoi(statusOf(process, "TracerPid:\t"));
     return strace_ != 0;
   });
 }
@@ -69,30 +66,6 @@ bool Tracer::struck() {
   return trace.find("(INJECTED)") != std::string::npos || trace.find("+++ killed") != std::string::npos;
 }
 
-std::string Tracer::stoppable(const std::string& daemon, const std::string& preloaded) {
-  std::filesystem::create_directories(stoppableFolder);
-  const std::string program = stoppableFolder / std::filesystem::path(daemon).filename();
-  // umask is the first call of the new process.
-  const bool written = Simulator::writeFile(
-      program, "#!/bin/sh\npreload=" + preloaded + " daemon=" + daemon + "\n" +
-                   "rm \"${0%/*}/stop\" 2>/dev/null || exec env LD_PRELOAD=$preload $daemon\n"
-                   "exec strace -D -f -o ${0%/*}/trace -e trace=umask -e inject=umask:signal=STOP -E "
-                   "LD_PRELOAD=$preload $daemon\n");
-  return written && chmod(program.c_str(), 0700) == 0 ? program : "";
-}
-
-bool Tracer::stopNext() {
-  std::filesystem::remove(stoppableFolder / "trace");
-  return Simulator::writeFile(stoppableFolder / "stop", "");
-}
-
 bool Tracer::awaitStop(pid_t process) {
-  const auto stopped = [process] {
-    const std::string trace = Simulator::readFile(stoppableFolder / "trace");
-    return tracerOf(process) != 0 && trace.find("stopped by SIGSTOP") != std::string::npos;
-  };
-  if (!Simulator::waitUntil(traceSeconds, stopped)) return false;
-  // SIGKILL, because the process inherits blocked signals from the one that starts the daemon.
-  kill(tracerOf(process), SIGKILL);
-  return Simulator::waitUntil(traceSeconds, [&] { return tracerOf(process) == 0; });
+  return Simulator::waitUntil(traceSeconds, [process] { return statusOf(process, "State:\t")[0] == 'T'; });
 }

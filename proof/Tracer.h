@@ -27,11 +27,7 @@ class Tracer {
   static std::vector<Call> calls();
   /// Whether strace has injected its fault.
   static bool struck();
-
-  /// Creates a program named like `daemon` that starts it, unchanged, with `preloaded`. Returns its path.
-  static std::string stoppable(const std::string& daemon, const std::string& preloaded);
-  /// Makes the next daemon of such a program stop as soon as it has forked, and waits until it has.
-  static bool stopNext();
+  /// Waits until a process has stopped (SIGSTOP).
   static bool awaitStop(pid_t process);
 
  private:

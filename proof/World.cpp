@@ -28,31 +28,26 @@ fs::path built(const std::string& program) {
   return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / program;
 }
 
-// Removes the files of an earlier world, but not folders that are mount points. Returns `program`.
-std::string cleaned(const std::string& program) {
+// Flushes a file, or with "-f" its file system, so that it outlasts a power cut.
+void flush(const std::string& what) {
+  if (std::system(("sync " + what).c_str()) != 0) std::abort();
+}
+
+// Removes the files of an earlier world, but not folders that are mount points.
+void clean() {
   for (const std::string folder : {"/var/config", "/var/log", "/run/modem", "/run/gateway", "/tmp/sms"})
     if (fs::exists(folder))
       for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry);
-  return program;
+  if (fs::exists("/var/config")) flush("-f /var/config");
 }
 
 }  // namespace
 
-std::string World::daemonProgram() {
+World::World(unsigned limit) : ledger(limit) {
+  clean();
   const char* const other = std::getenv("VELD");
-  return other != nullptr ? other : built("daemon/veld").string();
-}
-
-std::string World::clockLibrary() { return built("simulator/libgateway-clock.so"); }
-
-World::World(unsigned limit, const std::string& program) : World(Continued{limit, cleaned(program)}) {
-  continued_ = false;
-}
-
-World::World(const Continued& options)
-    : ledger(options.limit),
-      gateway_(std::make_unique<Gateway>(Gateway::Options{options.program, built("simulator"), true})) {
-  const unsigned limit = options.limit;
+  const std::string program = other != nullptr ? other : built("daemon/veld").string();
+  gateway_ = std::make_unique<Gateway>(Gateway::Options{program, built("simulator"), true});
   gateway_->settings.set("receivedLimit", limit);
   gateway_->settings.set("sentLimit", limit);
   gateway_->modem.setRefused(refused, true);
@@ -74,7 +69,7 @@ std::size_t World::enter(const std::string& text, const std::string& sender, uns
 
 void World::deliver(std::size_t message, std::size_t part) {
   const Delivery& delivery = deliveries_[message];
-  if (!continued_) gateway_->modem.receive(delivery.sender, delivery.parts[part]);
+  gateway_->modem.receive(delivery.sender, delivery.parts[part]);
   ledger.arrived(message, part);
 }
 
@@ -84,13 +79,10 @@ void World::receive(const std::string& text, const std::string& sender, unsigned
 }
 
 void World::queue(const std::string& text, const std::string& number, unsigned retries) {
-  if (continued_ || !gateway_->folders.queue(number, text, retries).empty())
-    ledger.enterQueued(text, number, number == refused);
-}
-
-void World::load(const std::string& what, unsigned incoming, unsigned outgoing) {
-  for (unsigned i = 1; i <= incoming; ++i) receive(what + ", in " + std::to_string(i));
-  for (unsigned i = 1; i <= outgoing; ++i) queue(what + ", out " + std::to_string(i));
+  const std::string guid = gateway_->folders.queue(number, text, retries);
+  if (guid.empty()) return;
+  flush(MessageFolders::pathOf("sending") + "/" + guid);
+  ledger.enterQueued(text, number, number == refused);
 }
 
 void World::accept() {

@@ -21,18 +21,9 @@ class World {
   /// The daemon's spool, and its file that keeps room for notes on a full disk.
   static constexpr char spool[] = "/var/config/sms/spool", reserve[] = "/var/config/sms/spool/reserve";
 
-  /// The built daemon, or the one that the environment variable VELD names.
-  static std::string daemonProgram();
-  static std::string clockLibrary();
-
-  /// Removes the files of an earlier world. `limit`: of the inbox and of the outbox.
-  explicit World(unsigned limit = 100'000, const std::string& program = daemonProgram());
-  /// Continues on the disks that an earlier process left: deliver() and queue() only enter the messages.
-  struct Continued {
-    unsigned limit;
-    std::string program = daemonProgram();
-  };
-  explicit World(const Continued& options);
+  /// Removes the files of an earlier world. `limit`: of the inbox and of the outbox. The daemon is the built
+  /// one, or the one that the environment variable VELD names.
+  explicit World(unsigned limit = 100'000);
 
   /// Enters an incoming message; deliver() delivers its parts. Returns its number.
   std::size_t enter(const std::string& text, const std::string& sender = other, unsigned parts = 1);
@@ -41,8 +32,6 @@ class World {
   void receive(const std::string& text, const std::string& sender = other, unsigned parts = 1);
   /// Queues a message, as another program does.
   void queue(const std::string& text, const std::string& number = other, unsigned retries = 0);
-  /// Receives and queues so many messages, each with a unique text that begins with `what`.
-  void load(const std::string& what, unsigned incoming, unsigned outgoing);
   void accept();
 
   /// False once the daemon has ended or hung and must not; the steps below then do nothing.
@@ -103,7 +92,6 @@ class World {
   };
   std::unique_ptr<Simulator::Gateway> gateway_;
   std::map<std::size_t, Delivery> deliveries_;  // by message
-  bool continued_ = true;
   unsigned nextReference_ = 1;
   std::size_t logLines_ = 0, requests_ = 0;  // already in the ledger
 };

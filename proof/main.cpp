@@ -24,12 +24,11 @@ struct Command {
 const std::map<std::string, Command> commands = {
     {"scenarios", {0, "", listScenarios}},
     {"undisturbed", {0, "", showUndisturbed}},
-    {"crash", {3, " SCENARIO SAMPLE SEED", crashAtCalls}},
+    {"crash", {3, " SCENARIO SAMPLE SEED [DEVICE IMAGE]", crashAtCalls}},
     {"calls", {3, " SCENARIO SAMPLE SEED", failCalls}},
     {"disturb", {1, " TIMES", disturb}},
     {"soak", {3, " PASSES SEED FINDINGS", soak}},
     {"damage", {4, " SHARD SHARDS SAMPLE SEED", damage}},
-    {"cut", {2, " prepare|run|look SITUATION ...", cutPower}},
 };
 
 }  // namespace

@@ -20,6 +20,7 @@ struct ClockControl {
   std::atomic<std::uint32_t> ended;  ///< how many of these have ended
   /// Sleep number `granted`, counting from 1, and all sleeps before it end at once.
   std::atomic<std::uint32_t> granted;
+  std::atomic<std::uint32_t> stops;  ///< 1: the next daemon stops itself when it has detached
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "two processes share the file");
 

@@ -23,6 +23,8 @@ class GatewayClock {
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
   /// Ends the current sleep, or the next one when there is none.
   void grant();
+  /// Makes the next daemon stop (SIGSTOP) as soon as it has forked.
+  void stopNextDaemon() { control_->stops = 1; }
 
  private:
   ClockControl* control_;

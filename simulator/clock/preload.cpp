@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -97,6 +98,12 @@ int clock_gettime(clockid_t clock, timespec* now) noexcept {
   if (isHeld()) *now = {static_cast<time_t>(control->monotonic), 0};
   now->tv_sec += control->skipped;
   return result;
+}
+
+// The first call of the daemon after its fork.
+mode_t umask(mode_t mask) noexcept {
+  if (control != nullptr && control->stops.exchange(0) != 0) raise(SIGSTOP);
+  return static_cast<mode_t>(syscall(SYS_umask, mask));
 }
 
 time_t time(time_t* result) noexcept {
