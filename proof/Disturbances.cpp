@@ -43,7 +43,7 @@ void insidePass(World& world) {
 void freeze(World& world) {
   if (World::freeze(Simulator::MessageFolders::root)) return;
   std::cout << "Left out: a read-only store, since nothing can be mounted here\n";
-  world.faults = Fault::None;
+  world.faults = 0;
 }
 
 World::Step failTool(const char* operation) {
@@ -91,8 +91,8 @@ World::Step whitelist(const Json::Value& entry) {
 }
 
 World::Steps fullFrom(const char* operation) {
-  return {fault(Fault::DiskFull), at(operation), fillVar, unhangTool, awaitSleep, stop, freeVar,
-          fault(Fault::None),     start};
+  return {
+      fault(Fault::DiskFull), at(operation), fillVar, unhangTool, awaitSleep, stop, freeVar, fault(0), start};
 }
 
 }  // namespace
@@ -100,20 +100,20 @@ World::Steps fullFrom(const char* operation) {
 const std::vector<Disturbance> survived = {
     {"no room under /var", {fault(Fault::DiskFull), fillVar, passes, repair}},
     {"no room under /tmp", {fault(Fault::TmpFull), fillTmp, passes, repair}},
-    {"the store is read-only", {fault(Fault::Other), freeze, passes, repair, thaw, pass}},
+    {"the store is read-only", {freeze, passes, repair, thaw, pass}},
     {"the clock is set back", {setClockBack}},
-    {"syslog is gone", {fault(Fault::Other), closeSyslog, passes, repair}},
+    {"syslog is gone", {closeSyslog, passes, repair}},
     {"the local API is gone", {fault(Fault::ApiFault), closeApi, passes, repair}},
     {"the local API answers wrongly", {fault(Fault::ApiFault), spoilApi, passes, repair}},
     {"the local API is silent", {fault(Fault::ApiFault), silenceApi, repair}},
     {"the tool is gone", {fault(Fault::SendFault), removeTool, passes, repair}},
-    {"the tool fails to list unread", {fault(Fault::Other), failTool("unread"), passes, repair}},
-    {"the tool fails to list read", {fault(Fault::Other), failTool("read"), passes, repair}},
+    {"the tool fails to list unread", {failTool("unread"), passes, repair}},
+    {"the tool fails to list read", {failTool("read"), passes, repair}},
     {"the tool fails to delete", {fault(Fault::NotDeleted), failTool("delete"), passes, repair}},
     {"the tool fails to send", {fault(Fault::SendFault), failTool("send"), passes, repair}},
-    {"the tool hangs while it lists", {fault(Fault::Other), at("read"), repair}},
-    {"the tool hangs while it sends", {fault(Fault::Other), at("send"), repair}},
-    {"the tool dies in the middle of a listing", {fault(Fault::Other), at("read", killTool), repair}},
+    {"the tool hangs while it lists", {at("read"), repair}},
+    {"the tool hangs while it sends", {at("send"), repair}},
+    {"the tool dies in the middle of a listing", {at("read", killTool), repair}},
 };
 const std::vector<Disturbance> lethal = {
     {"SIGKILL of the daemon", {insidePass, Step::kill, start}},
@@ -129,7 +129,7 @@ const std::vector<Disturbance> lethal = {
      {at("delete", removeSpool), repair, at("delete", deleteRead), Step::kill, start}},
     {"the whitelist is spoilt",
      {stop, whitelist(Json::objectValue), fault(Fault::BadWhitelist), start, pass, stop,
-      whitelist(World::friendly), fault(Fault::None), start}},
+      whitelist(World::friendly), fault(0), start}},
 };
 
 bool disturb(const Words& words) {
@@ -142,7 +142,7 @@ bool disturb(const Words& words) {
         world.queue("out " + std::to_string(world.ledger.entered()));
       };
       world.start();
-      for (unsigned left = numberOf(words[0]); left > 0; --left) world.run(steps);
+      for (unsigned left = numberOf(words[0]); left > 0; --left) world.run(steps, name);
       world.beforePass = [] {};
       world.pass(settlingPasses);
       good = world.report(name) && world.lives && good;

@@ -31,8 +31,9 @@ std::string versionOf(const std::string& path) {
 }  // namespace
 
 bool Ledger::Message::isIn(const std::string& box) const {
-  const auto first = paths.lower_bound(Simulator::MessageFolders::pathOf(box) + "/");
-  return first != paths.end() && first->rfind(Simulator::MessageFolders::pathOf(box) + "/", 0) == 0;
+  const std::string folder = Simulator::MessageFolders::pathOf(box) + "/";
+  return std::any_of(paths.begin(), paths.end(),
+                     [&](const auto& path) { return path.rfind(folder, 0) == 0; });
 }
 
 bool Ledger::Message::isDone() const {
@@ -45,7 +46,7 @@ bool Ledger::Message::isDone() const {
 std::size_t Ledger::enter(Message message) {
   const std::size_t number = messages_.size();
   byText_[message.text] = number;
-  message.first = looks_.size();
+  message.first = history_.size();
   messages_.push_back(std::move(message));
   return number;
 }
@@ -74,21 +75,20 @@ void Ledger::accept() {
 }
 
 void Ledger::observe(const News& news) {
-  looks_.push_back(Fault::names(news.faults) + "; " + news.note);
+  history_.push_back(news.note);
   for (const std::string& body : news.posts) posts_.insert(textOf(Simulator::jsonOrText(body)["args"][0]));
   for (const std::size_t number : underWay_) messages_[number].met |= news.faults;
-  observeModem(news.faults);
+  observeModem();
   for (Shelf* const shelf : {&inbox_, &outbox_}) observeShelf(*shelf, news.faults);
   for (const std::string& line : news.lines) observeLog(line);
   for (auto number = underWay_.begin(); number != underWay_.end();) {
-    messages_[*number].last = looks_.size();
+    messages_[*number].last = history_.size();
     number = messages_[*number].isDone() ? underWay_.erase(number) : std::next(number);
   }
 }
 
-void Ledger::observeModem(unsigned faults) {
+void Ledger::observeModem() {
   std::string listed;
-  repeated_ = 0;
   const Simulator::Modem modem(Simulator::Modem::storeFolder);
   for (const char* const box : {"unread", "read"})
     for (const std::string& message : modem.printed(box)) listed += message;
@@ -97,72 +97,50 @@ void Ledger::observeModem(unsigned faults) {
       const bool isListed = listed.find("\"" + part.userData + "\"") != std::string::npos;
       if (part.place != Part::OnModem || isListed) continue;
       part.place = Part::Taken;
-      part.faults = faults;
-      if (part.filed) ++repeated_;
       tell("off the modem: " + part.userData);
     }
 }
 
 void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
-  std::set<std::string> names;
   std::map<std::string, File> gone;
-  for (const auto& [path, file] : shelf.files) {
-    names.insert(nameOf(path));
-    if (versionOf(path) != file.version) gone[path] = file;
-  }
+  std::string oldest;  // the smallest name that was there before and still is
+  for (const auto& [path, file] : shelf.files)
+    if (versionOf(path) != file.version)
+      gone[path] = file;
+    else if (oldest.empty() || nameOf(path) < oldest)
+      oldest = nameOf(path);
   for (const auto& [path, file] : gone) {
     tell("no longer in " + path);
     shelf.files.erase(path);
-    if (!file.message) continue;
-    messages_[*file.message].paths.erase(path);
-    messages_[*file.message].gone = faults;
+    if (file.message) messages_[*file.message].paths.erase(path);
   }
-  std::size_t saves = 0;
   for (const std::string& box : shelf.boxes)
     for (const std::string& name : Simulator::listFolder(Simulator::MessageFolders::pathOf(box))) {
       const std::string path = Simulator::MessageFolders::pathOf(box) + "/" + name;
-      if (shelf.files.count(path) == 0) saves += 1 + appear(path, shelf.files[path] = read(path, faults));
+      if (shelf.files.count(path) == 0) appear(path, shelf.files[path] = read(path, faults));
     }
-  // Each save may displace the smallest name when the limit is reached.
-  saves += waiting(shelf.kinds);
-  while (!names.empty() && names.size() + saves > limit_) names.erase(names.begin());
+  // A limit displaces the smallest names. A message that is not filed yet may have displaced one already.
+  const bool isFull = shelf.files.size() + underWay_.size() >= limit_;
   for (const auto& [path, file] : gone) {
-    if (names.count(nameOf(path)) != 0) continue;
+    if (shelf.files.count(path) != 0) continue;
     if (!file.message) strays_.push_back(strayIn(path, file));
-    if (file.message && messages_[*file.message].paths.empty()) messages_[*file.message].displaced = true;
+    const bool isOldest = oldest.empty() || nameOf(path) < oldest;
+    if (file.message && messages_[*file.message].paths.empty())
+      messages_[*file.message].displaced = isFull && isOldest;
   }
 }
 
-// Returns the number of parts of a concatenated message that were not filed before.
-std::size_t Ledger::appear(const std::string& path, const File& file) {
+void Ledger::appear(const std::string& path, const File& file) {
   tell("in " + path + ": " + file.content);
-  if (!file.message) return 0;
+  if (!file.message) return;
   Message& message = messages_[*file.message];
   message.paths.insert(path);
   message.names.insert(nameOf(path));
   message.displaced = false;
   message.whole = message.whole || file.whole;
   message.retries = file.retries;
-  std::size_t fresh = 0;
-  for (std::size_t i = 0; i < message.parts.size(); ++i) {
-    if (message.parts[i].filed || (!file.whole && file.parts.count(i) == 0)) continue;
-    message.parts[i].filed = true;
-    ++fresh;
-  }
-  return message.parts.size() > 1 ? fresh : 0;
-}
-
-// The number of messages that were taken off the modem, or out of the outbox, and are not filed.
-std::size_t Ledger::waiting(unsigned kinds) const {
-  std::size_t count = kinds == Kind::Incoming ? repeated_ : 0;
-  for (const std::size_t number : underWay_) {
-    const Message& message = messages_[number];
-    if ((message.kind & kinds) == 0) continue;
-    if (message.kind == Kind::Outgoing && message.paths.empty()) ++count;
-    for (const Part& part : message.parts)
-      if (part.place == Part::Taken && !part.filed && (part.faults & Fault::CutListing) == 0) ++count;
-  }
-  return count;
+  for (std::size_t i = 0; i < message.parts.size(); ++i)
+    if (file.whole || file.parts.count(i) != 0) message.parts[i].filed = true;
 }
 
 // Determines which message a file holds, whole or in parts.
@@ -190,10 +168,9 @@ Ledger::File Ledger::read(const std::string& path, unsigned faults) const {
 void Ledger::observeLog(const std::string& line) {
   static const std::regex guid("[0-9]+");
   tell("log " + line);
-  unsigned said = Fault::None;
+  unsigned said = 0;
   if (line.find("SMS command in message") != std::string::npos) said = Fault::Unobeyed;  // or perhaps not
   if (line.find("was begun and never answered") != std::string::npos) said = Fault::Unanswered;
-  if (said == Fault::None) return;
   for (std::sregex_iterator found(line.begin(), line.end(), guid); found != std::sregex_iterator(); ++found)
     said_[found->str()] |= said;
 }
@@ -235,7 +212,7 @@ std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent
   for (std::size_t number = 0; number < messages_.size(); ++number) {
     const Message& message = messages_[number];
     const Find find = [&](unsigned harm, const std::string& detail, unsigned faults) {
-      const Window* const window = windowOf(harm, faults);
+      const Window* const window = windowOf(harm, message.kind, faults);
       findings.push_back({Harm::name(harm) + ": " + message.text + detail, window,
                           window == nullptr ? historyOf(message) : ""});
     };
@@ -249,45 +226,46 @@ std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent
 
 // When the tool dies, the daemon files the printed part of a message as a whole message.
 Ledger::Finding Ledger::strayIn(const std::string& path, const File& file) {
-  return {"stray: " + path + ": " + file.content, windowOf(Harm::Lost, file.faults)};
+  return {"stray: " + path + ": " + file.content, windowOf(Harm::Lost, Kind::Incoming, file.faults)};
 }
 
 void Ledger::judgeIncoming(const Message& message, std::size_t posts, const Find& find) const {
-  const unsigned met = metBy(message), damaged = met & Fault::Damaged;
+  const unsigned met = metBy(message);
   const bool obeyed = message.kind == Kind::Command;
   bool filed = message.whole;
   for (const Part& part : message.parts) {
     filed = filed || part.filed;
     if (part.place != Part::Taken)
-      find(Harm::Lost, ", still on the modem", Fault::None);
+      find(Harm::Lost, ", still on the modem", 0);
     else if (!part.filed)
-      find(Harm::Lost, ", " + part.userData, part.faults | damaged);
+      find(Harm::Lost, ", " + part.userData, met);
   }
-  if (filed && message.paths.empty() && !message.displaced)
-    find(Harm::Lost, ", filed and gone", message.gone | damaged);
+  if (filed && message.paths.empty() && !message.displaced) find(Harm::Lost, ", filed and gone", met);
   if (filed && !message.whole) find(Harm::Apart, "", met);
   if (message.names.size() > 1) find(Harm::Twice, "", met);
   if (obeyed && message.whole && posts == 0) find(Harm::Unobeyed, "", met);
   if (posts > (obeyed ? std::max<std::size_t>(1, message.names.size()) : 0))
-    find(Harm::Twice, ", posted " + std::to_string(posts) + " times", obeyed ? met : Fault::None);
+    find(Harm::Twice, ", posted " + std::to_string(posts) + " times", obeyed ? met : 0);
 }
 
 void Ledger::judgeOutgoing(const Message& message, std::size_t sendings, const Find& find) const {
-  const unsigned met = metBy(message), damaged = met & Fault::Damaged;
+  const unsigned met = metBy(message);
   const std::string times = ", sent " + std::to_string(sendings) + " times";
-  if (message.paths.empty() && !message.displaced) find(Harm::Lost, times, damaged);
-  if (message.paths.size() > 1) find(Harm::Twice, times, damaged);
+  if (message.paths.empty() && !message.displaced) find(Harm::Lost, times, met);
+  if (message.paths.size() > 1) find(Harm::Twice, times, met);
   if (sendings > 1) find(Harm::SentAgain, times, met);
-  if (message.refused && sendings > 0) find(Harm::Unsent, ", was refused" + times, Fault::None);
-  if (message.isIn("sending")) find(Harm::Unsent, ", still in sending", Fault::None);
+  if (message.refused && sendings > 0) find(Harm::Unsent, ", was refused" + times, 0);
+  if (message.isIn("sending")) find(Harm::Unsent, ", still in sending", 0);
   if (message.isIn("failed") && !message.refused) find(Harm::Unsent, ", filed as failed" + times, met);
   if (message.isIn("sent") && sendings == 0) find(Harm::Unsent, ", filed as sent", met);
 }
 
 std::string Ledger::historyOf(const Message& message) const {
-  std::string text = "  met: " + Fault::names(metBy(message)) + "\n";
-  for (std::size_t look = message.first; look < std::min(message.last + 1, looks_.size()); ++look)
-    text += "  look " + std::to_string(look + 1) + ": " + looks_[look] + "\n";
+  std::string text;
+  for (const Window& window : windows)
+    if ((window.fault & metBy(message)) != 0) text += std::string("  met: ") + window.name + "\n";
+  for (std::size_t look = message.first; look < std::min(message.last + 1, history_.size()); ++look)
+    text += "  look " + std::to_string(look + 1) + ": " + history_[look] + "\n";
   return text;
 }
 

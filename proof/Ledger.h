@@ -15,7 +15,7 @@
 /// and the log, and nothing inside the daemon.
 ///
 /// The whole text identifies a message, and the text of a part identifies the part: each text is used once. A
-/// message is on its way from its arrival until it is filed for good, and meets every fault of that time.
+/// message is under way from its arrival until it is filed for good. It meets every fault of that time.
 class Ledger {
  public:
   /// `limit`: the number of messages that the inbox and the outbox each keep. Only displaced ones may vanish.
@@ -36,11 +36,11 @@ class Ledger {
     unsigned faults = 0;             ///< Fault: the active ones
     std::vector<std::string> lines;  ///< of the log
     std::vector<std::string> posts;  ///< bodies of the requests that were posted
-    std::string note;                ///< for the history of the messages on their way
+    std::string note;                ///< for the history of the messages under way
   };
   /// Reads the modem, the folders and the log.
   void observe(const News& news);
-  /// Records that the daemon was killed: every message on its way has met that fault.
+  /// Records that the daemon was killed: every message under way has met that fault.
   void died();
   /// Records that all messages so far whose text is part of `within` have met `faults`; null: all messages.
   void met(unsigned faults, const std::string* within = nullptr);
@@ -63,15 +63,14 @@ class Ledger {
     std::string userData;
     enum { Coming, OnModem, Taken } place = Coming;
     bool filed = false;
-    unsigned faults = 0;  // when it was taken
   };
   struct Message {
     std::string text, recipient;
     unsigned kind;
     bool refused = false;
     std::vector<Part> parts = {};      // none of an outgoing message
-    unsigned met = 0, gone = 0;        // faults: all, and those when a file no longer held it
-    std::size_t first = 0, last = 0;   // looks
+    unsigned met = 0;                  // faults
+    std::size_t first = 0, last = 0;   // observations
     std::set<std::string> names = {};  // of the files that hold it or held it
     std::set<std::string> paths = {};  // of the files that hold it now
     bool whole = false, displaced = false, retries = false;
@@ -88,7 +87,6 @@ class Ledger {
   };
   // The message folders that share one limit.
   struct Shelf {
-    unsigned kinds;
     std::vector<std::string> boxes;
     std::map<std::string, File> files = {};  // by path
   };
@@ -96,14 +94,13 @@ class Ledger {
   using Find = std::function<void(unsigned harm, const std::string& detail, unsigned faults)>;
 
   std::size_t enter(Message message);
-  void observeModem(unsigned faults);
+  void observeModem();
   void observeShelf(Shelf& shelf, unsigned faults);
   void observeLog(const std::string& line);
-  std::size_t appear(const std::string& path, const File& file);
+  void appear(const std::string& path, const File& file);
   File read(const std::string& path, unsigned faults) const;
-  std::size_t waiting(unsigned kinds) const;
   static Finding strayIn(const std::string& path, const File& file);
-  void tell(const std::string& event) { looks_.back() += "\n    " + event; }
+  void tell(const std::string& event) { history_.back() += "\n    " + event; }
   unsigned metBy(const Message& message) const;
   void judgeIncoming(const Message& message, std::size_t posts, const Find& find) const;
   void judgeOutgoing(const Message& message, std::size_t sendings, const Find& find) const;
@@ -116,8 +113,7 @@ class Ledger {
   std::set<std::size_t> underWay_;
   std::map<std::string, unsigned> said_;  // faults that the log reports, by the guid of the message
   std::multiset<std::string> posts_;      // first arguments
-  std::size_t repeated_ = 0;              // parts that were taken since the last look, and filed before it
-  Shelf inbox_{Kind::Incoming, {"received"}}, outbox_{Kind::Outgoing, {"sending", "sent", "failed"}};
-  std::vector<std::string> looks_;  // what each observation saw
-  std::vector<Finding> strays_;     // that the limit has displaced
+  Shelf inbox_{{"received"}}, outbox_{{"sending", "sent", "failed"}};
+  std::vector<std::string> history_;  // what each observation saw
+  std::vector<Finding> strays_;       // that the limit has displaced
 };

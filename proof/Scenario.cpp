@@ -47,9 +47,9 @@ const std::vector<Scenario> scenarios = {
 
 World Scenario::prepare() const {
   World world(limit);
-  world.run(before);
+  world.run(before, name);
   if (!world.lives) std::abort();
-  world.run(arrive);
+  world.run(arrive, name);
   return world;
 }
 

@@ -80,7 +80,8 @@ void live(World& world, const std::string& life, unsigned passes, bool deadly) {
       world.pass();
     } else {
       const auto& suitable = deadly && world.below(4) != 0 ? lethal : survived;
-      world.run(suitable[world.below(static_cast<unsigned>(suitable.size()))].steps);
+      const auto& [name, steps] = suitable[world.below(static_cast<unsigned>(suitable.size()))];
+      world.run(steps, name);
     }
     if (pass % 50 == 0) emptyLogs();
     if (pass % 500 == 0 || pass == passes || !world.lives)

@@ -1,5 +1,7 @@
 #include "proof/Windows.h"
 
+#include <map>
+
 const std::vector<Window> windows = {
     {"The tool dies in the middle of a listing", Kind::Incoming, Fault::CutListing, Harm::Lost | Harm::Apart},
     {"The tool does not delete", Kind::Incoming, Fault::NotDeleted, Harm::Twice | Harm::Apart},
@@ -22,33 +24,16 @@ const std::vector<Window> windows = {
      Harm::Any},
 };
 
-const Window* windowOf(unsigned harm, unsigned faults) {
+const Window* windowOf(unsigned harm, unsigned kind, unsigned faults) {
   for (const Window& window : windows)
-    if ((window.fault & faults) != 0 && (window.harms & harm) != 0) return &window;
+    if ((window.fault & faults) != 0 && (window.kinds & kind) != 0 && (window.harms & harm) != 0)
+      return &window;
   return nullptr;
 }
 
-namespace {
-
-// The names of the bits that are set; `names` begins with that of bit 0.
-std::string listed(unsigned bits, const std::vector<const char*>& names) {
-  std::string text;
-  for (const char* const name : names) {
-    if ((bits & 1U) != 0) text += (text.empty() ? "" : ", ") + std::string(name);
-    bits >>= 1U;
-  }
-  return text;
-}
-
-}  // namespace
-
-std::string Fault::names(unsigned faults) {
-  if (faults == None) return "no fault";
-  return listed(faults, {"restarted", "/var full", "/tmp full", "listing cut", "not deleted", "send fault",
-                         "bad whitelist", "API fault", "other fault", "killed", "on the modem",
-                         "send unanswered", "not obeyed", "damaged"});
-}
-
 std::string Harm::name(unsigned harm) {
-  return listed(harm, {"lost", "twice", "apart", "not obeyed", "unsent", "sent again"});
+  static const std::map<unsigned, std::string> names = {{Lost, "lost"},     {Twice, "twice"},
+                                                        {Apart, "apart"},   {Unobeyed, "not obeyed"},
+                                                        {Unsent, "unsent"}, {SentAgain, "sent again"}};
+  return names.at(harm);
 }

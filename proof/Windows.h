@@ -9,11 +9,9 @@ namespace Kind {
 enum : unsigned { Text = 1, Command = 2, Incoming = 3, Outgoing = 4 };  // Command: a permitted one
 }
 
-/// The faults that a message meets on its way. A window explains a harm by one of them.
+/// The faults that a message can meet while it is under way.
 namespace Fault {
 enum : unsigned {
-  None = 0,
-  Restarted = 1U << 0,     ///< the first pass of a new daemon
   DiskFull = 1U << 1,      ///< no room under /var
   TmpFull = 1U << 2,       ///< no room under /tmp
   CutListing = 1U << 3,    ///< the tool died in the middle of a listing
@@ -21,14 +19,12 @@ enum : unsigned {
   SendFault = 1U << 5,     ///< the tool did not send, or did not report it
   BadWhitelist = 1U << 6,  ///< the whitelist has an entry without a text form
   ApiFault = 1U << 7,      ///< the local API did not answer correctly
-  Other = 1U << 8,         ///< a fault without harm: SIGTERM, no syslog, a tool that fails to list
   Killed = 1U << 9,        ///< the daemon was killed, or its power was cut
   Listed = 1U << 10,       ///< the modem still had the message when the daemon ended
   Unanswered = 1U << 11,   ///< the daemon logged that the result of a send is unknown
   Unobeyed = 1U << 12,     ///< the daemon logged that it does not obey this command
   Damaged = 1U << 13,      ///< the spool file of the message was damaged
 };
-std::string names(unsigned faults);
 }  // namespace Fault
 
 namespace Harm {
@@ -54,5 +50,5 @@ struct Window {
 };
 extern const std::vector<Window> windows;
 
-/// The window that explains this harm to a message that met these faults; null when there is none.
-const Window* windowOf(unsigned harm, unsigned faults);
+/// The window that explains this harm to a message of a kind that met these faults; null when there is none.
+const Window* windowOf(unsigned harm, unsigned kind, unsigned faults);

@@ -94,9 +94,7 @@ void World::start() {
   if (!lives) return;
   const std::string problem = daemon().start();
   look("a daemon starts. " + problem);
-  faults |= Fault::Restarted;
   lives = problem.empty() && awaitSleep();
-  faults &= ~Fault::Restarted;
 }
 
 void World::pass(unsigned count) {
@@ -112,12 +110,14 @@ void World::pass(unsigned count) {
 
 void World::repair() {
   lives = gateway_->repair() && awaitSleep() && lives;
-  faults = Fault::None;
+  faults = 0;
 }
 
-void World::run(const Steps& steps) {
+void World::run(const Steps& steps, const std::string& name) {
+  running_ = name;
   for (const Step& step : steps)
     if (lives) step(*this);
+  running_.clear();
 }
 
 void World::stop() {
@@ -171,7 +171,7 @@ bool World::awaitEnd() {
 void World::look(const std::string& note) {
   Ledger::News news;
   news.faults = faults;
-  news.note = note;
+  news.note = running_ + (running_.empty() ? "" : ": ") + note;
   for (const std::string& path : ownFiles())
     news.note += "\n    kept " + path + ": " + Simulator::readFile(path);
   for (const auto& line : gateway_->syslog.lines(logLines_)) news.lines.push_back(line.text);

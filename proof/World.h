@@ -45,10 +45,10 @@ class World {
   void stop();
   /// Kills the daemon, or the daemon and its children, and waits until all of them have ended.
   void kill(bool group = false);
-  /// Runs steps as long as the daemon lives.
+  /// Runs steps as long as the daemon lives. The ledger's histories contain `name`.
   using Step = std::function<void(World&)>;
   using Steps = std::vector<Step>;
-  void run(const Steps& steps);
+  void run(const Steps& steps, const std::string& name);
 
   /// Calls beforePass() and begins a pass.
   void beginPass();
@@ -93,5 +93,6 @@ class World {
   std::unique_ptr<Simulator::Gateway> gateway_;
   std::map<std::size_t, Delivery> deliveries_;  // by message
   unsigned nextReference_ = 1;
+  std::string running_;                      // the name of the steps that run
   std::size_t logLines_ = 0, requests_ = 0;  // already in the ledger
 };
