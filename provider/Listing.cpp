@@ -21,7 +21,7 @@ constexpr std::size_t recordsBeforeFirstMessage = 99;
 
 bool contains(const std::string& line, const char* marker) { return line.find(marker) != std::string::npos; }
 
-// The rest of `line` after `marker`, which begins at `at`, and after one separating blank.
+// Skips `marker`, which begins at `at`, and the character after `marker`. Returns the trimmed rest of `line`.
 std::string valueBehind(const std::string& line, std::size_t at, const char* marker) {
   const std::size_t begin = at + std::strlen(marker) + 1;
   return begin < line.size() ? Orvel::Text::trim(line.substr(begin)) : "";
@@ -81,7 +81,7 @@ Listing parseListing(const std::vector<std::string>& lines,
   auto line = lines.begin();
   while (line != lines.end()) {
     if (!contains(*line, indexMarker)) {
-      // A message extends to the next index line, so lines are skipped only before the first one.
+      // Lines are skipped only before the first message. `records` is then empty, far below this limit.
       if (listing.records.size() == recordsBeforeFirstMessage) break;
       ++line;
       continue;

@@ -5,20 +5,20 @@
 #include <string>
 #include <vector>
 
-/// The events that a provider announces. The receiver can save messages before the modem takes a step that
-/// cannot be undone.
+/// The functions that a provider calls before and after steps that cannot be undone. They can save the
+/// messages before such a step.
 class ModemEvents {
  public:
-  /// Whether a received message has this guid already. A new message then gets another guid.
+  /// Returns true if a received message already has this guid. The new message then gets another guid.
   [[nodiscard]] virtual bool isTaken(const std::string& guid) const = 0;
 
   /// The modem is about to delete its only copy of `records`.
   virtual void aboutToDelete(const std::vector<Json::Value>& records) = 0;
 
-  /// The modem is about to send the message that sendMessage was given.
+  /// The modem is about to send the message of the current call of sendMessage.
   virtual void aboutToSend() = 0;
 
-  /// The modem has sent that message, or has failed to.
+  /// The attempt has ended: the modem has sent the message, or, if `sent` is false, has failed to send it.
   virtual void answered(bool sent) = 0;
 
  protected:

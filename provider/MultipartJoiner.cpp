@@ -38,7 +38,7 @@ void joinParts(Json::Value& record) {
   std::string text;
   bool complete = true;
   const Json::Value& parts = MessageRecord::member(record, Key::Parts);
-  for (Json::ArrayIndex i = 0; i < parts.size(); ++i) {  // an iterator skips elements that were never set
+  for (Json::ArrayIndex i = 0; i < parts.size(); ++i) {  // an iterator would skip missing parts
     const Json::Value& part = parts[i];
     complete = complete && !part.isNull();
     text += part.isNull() ? " ... " : part.asString();

@@ -4,15 +4,15 @@
 
 #include <vector>
 
-/// Groups the parts of concatenated messages among the records of one receive call.
+/// Joins the parts of concatenated messages among the records of one receive call.
 ///
-/// Records without "part-id" come first, in their order. One record per concatenation reference follows, in
-/// ascending order: the first part that arrived, with all texts in "parts" and joinParts applied. Parts with
-/// the same reference form one message; the sender is not compared. If a part comes twice, the later text
-/// wins.
+/// The result begins with the records without "part-id", in their order. One record for each concatenation
+/// reference ("part-id") follows, in ascending order of the references. This record is the first part that
+/// arrived, in which joinParts has joined the texts of all parts. Senders are not compared. If a part arrives
+/// twice, its later text is used.
 std::vector<Json::Value> joinMultipartMessages(std::vector<Json::Value> records);
 
-/// Sets the "message" of a grouped record to the texts of its "parts", with " ... " for a missing one. If
-/// none is missing, removes "parts", "part-id", "part-index" and "part-count": the record is complete. Does
-/// not change a record without "part-id" or without an array of "parts".
+/// Sets "message" to the joined texts of "parts", with " ... " for each missing part. If no part is missing,
+/// the record is complete: removes "parts", "part-id", "part-index" and "part-count". Changes only a record
+/// that has "part-id" and an array in "parts".
 void joinParts(Json::Value& record);

@@ -4,15 +4,15 @@
 
 #include <vector>
 
-/// The modem as the daemon's loop sees it.
+/// The interface through which the daemon's loop uses the modem.
 class SmsProvider {
  public:
-  /// Fetches the modem's messages and deletes them from the modem. Returns message records, complete or with
-  /// "parts" (see MultipartJoiner.h); empty if there are none or the modem cannot be asked.
+  /// Fetches all messages of the modem and deletes them there. Returns their records. The record of a message
+  /// with missing parts has "parts" (see MultipartJoiner.h). Returns no record if the modem cannot be read.
   virtual std::vector<Json::Value> receiveMessages() = 0;
 
-  /// Sends the text "message" to the number "recipient" and blocks until the modem has answered. True if it
-  /// was sent.
+  /// Sends the text in "message" to the number in "recipient". Blocks until the modem has answered. Returns
+  /// true if the modem sent the message.
   virtual bool sendMessage(const Json::Value& message) = 0;
 
   virtual ~SmsProvider() = default;

@@ -21,7 +21,7 @@ namespace Key = MessageRecord::Key;
 
 const std::string tool = smsTool;
 const std::string sendFile = std::string(stagingFolder) + "/sms-tmp";
-constexpr std::size_t pieceSize = 1024;  // bytes of a line, the terminator included
+constexpr std::size_t pieceSize = 1024;  // bytes that one fgets() stores, including the terminating NUL
 
 void logPipeError() { ORVEL_LOG(ERROR, "[SMS-UTILS] Pipe error: [%d][%s]", errno, std::strerror(errno)); }
 
@@ -31,7 +31,7 @@ std::vector<std::string> readLines(std::FILE* pipe) {
   char piece[pieceSize];
   while (std::fgets(piece, sizeof(piece), pipe) != nullptr) lines.emplace_back(piece);
   if (std::ferror(pipe) == 0) return lines;
-  // Drops all lines: else messages after the error would be deleted. The next pass lists them again.
+  // Returns no lines, so that no message is deleted. The next pass lists all messages again.
   logPipeError();
   return {};
 }
@@ -60,7 +60,7 @@ bool writeSendFile(const Json::Value& record) {
               std::strerror(errno));
     return false;
   }
-  file << MessageRecord::member(record, Key::Message).asString().c_str();  // up to the first NUL
+  file << MessageRecord::member(record, Key::Message).asString().c_str();  // writes up to the first NUL
   file.close();
   if (file) return true;
   ORVEL_LOG(ERROR, "Cannot write file %s: [%d][%s]", sendFile.c_str(), errno, std::strerror(errno));
@@ -76,7 +76,7 @@ SmsUtilsProvider::SmsUtilsProvider(ModemEvents* events) : events_(events) {
 }
 
 std::vector<Json::Value> SmsUtilsProvider::receiveMessages() {
-  // This marks all messages as read, so that the listing below holds both new and old ones.
+  // This call marks all messages as read, so that "list read" prints new and old messages.
   [[maybe_unused]] const int ignored = std::system((tool + "list unread > /dev/null").c_str());
   Listing listing = parseListing(listMessages(), [this](const std::string& guid) {
     return events_ != nullptr && events_->isTaken(guid);

@@ -3,29 +3,29 @@
 #include "provider/ModemEvents.h"
 #include "provider/SmsProvider.h"
 
-/// The start of every command line of the tool.
+/// Every command line of the tool starts with this text.
 constexpr char smsTool[] = "SMS_CONFIG=/etc/smsconfig sms ";
 
-constexpr char sendLog[] = "/var/log/veld.log";  ///< the output of the tool during sends
+constexpr char sendLog[] = "/var/log/veld.log";  ///< the file for the output of `sms send`
 
-/// Drives the modem through the gateway's command-line tool `sms`, which is run by the shell.
+/// Uses the modem through the gateway's command-line tool `sms`. The shell runs the tool.
 ///
-/// Keeps no state between calls. A failure of the tool is logged; the call then returns an empty result or
-/// false. Only a "recipient" or "message" that is an array or an object throws the JSON library's exception.
+/// Keeps no state between calls. Logs every failure but one: the exit status of `sms list` is ignored. Throws
+/// the JSON library's exception only if "recipient" or "message" is an array or an object.
 class SmsUtilsProvider final : public SmsProvider {
  public:
-  /// Creates the folder of the send file. A failure is logged, and every send then fails. `events`, if given,
-  /// receives the events of the modem and must outlive the object.
+  /// Creates the folder of the file that sendMessage writes. If this fails, logs the failure; every send then
+  /// fails. Calls the functions of `events`, if given; `events` must outlive this object.
   explicit SmsUtilsProvider(ModemEvents* events = nullptr);
 
-  /// Lists every message that the modem holds, then deletes them from it. "guid" and "timestamp" come from
-  /// the gateway's clock, in local time. A message without a sender is dropped. If the deletion fails, the
-  /// next call returns the same messages again.
+  /// Lists all messages in the modem, then deletes them there. "guid" and "timestamp" come from the gateway's
+  /// clock, in local time. A message without a sender gives no record and is deleted, too. If the deletion
+  /// fails, the next call returns the messages again.
   std::vector<Json::Value> receiveMessages() override;
 
-  /// The number goes into the command line unquoted. The shell appends the tool's output to
-  /// /var/log/veld.log. False for an empty or missing number, and if the text cannot be written to a file for
-  /// the tool. A missing text is sent as an empty one.
+  /// Writes the text to a file for the tool, and the number without quotes into the tool's command line. The
+  /// shell appends the tool's output to `sendLog`. Returns false if the number is empty or missing, if the
+  /// file cannot be written, or if the tool fails. Sends an empty text if "message" is missing.
   bool sendMessage(const Json::Value& message) override;
 
  private:

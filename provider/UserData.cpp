@@ -16,9 +16,9 @@ constexpr int noByte = -1;
 constexpr unsigned escapeCode = 0x1B;
 constexpr std::uint8_t noCode = 0xFF;
 constexpr char firstEscapable = '"';
-constexpr std::size_t hexEscapeLength = 4;  // \x41
+constexpr std::size_t hexEscapeLength = 4;  // for example \x41
 
-// The octet for a character after a backslash, indexed from the double quote; -1 for none.
+// The octet of each escape, or -1. The index is the character after the backslash minus `firstEscapable`.
 using EscapeCharacterTable = std::array<signed char, 'v' - firstEscapable + 1>;
 
 constexpr EscapeCharacterTable makeEscapeCharacterTable() {
@@ -44,14 +44,14 @@ int readHexEscape(const std::string& text, std::size_t cursor) {
   return high >= 0 && low >= 0 ? high * 16 + low : noByte;
 }
 
-// The value of the first one or two of `digits`. The first must be a hexadecimal digit.
+// Returns the value of the one or two hexadecimal digits at the start of `digits`.
 unsigned hexNumber(std::string_view digits) {
   const auto high = static_cast<unsigned>(hexDigitValue(digits[0]));
   const int low = digits.size() > 1 ? hexDigitValue(digits[1]) : noByte;
   return low >= 0 ? high * 16 + static_cast<unsigned>(low) : high;
 }
 
-// The character that replaces a backslash and `escape` in unescapeText; NUL for an escape that stays.
+// Returns the character that replaces a backslash and `escape` in unescapeText; NUL if both stay.
 char resolvedEscape(char escape) {
   switch (escape) {
     case '"':
@@ -72,8 +72,8 @@ bool startsDecodableCode(char firstDigit) {
   return (firstDigit >= '0' && firstDigit <= '9') || firstDigit == 'a';
 }
 
-// The extension text for the code of the first default character that begins with the byte `printed`. Empty
-// when there is none.
+// Finds the lowest code whose default character begins with the byte `printed` in UTF-8. Returns the
+// character of this code in the extension table, or an empty text if no default character begins so.
 std::string_view extensionText(char printed) {
   static const auto codes = [] {
     std::array<std::uint8_t, 256> table;
@@ -161,7 +161,7 @@ void unescapeText(std::string& text) {
 }
 
 void decodeGsmEscapes(std::vector<char>& bytes) {
-  // Replacements are never longer than what they replace, so the text is rewritten in place.
+  // A replacement is never longer than the text that it replaces, so the buffer is rewritten in place.
   char* out = bytes.data();
   std::string_view rest(bytes.data(), bytes.size());
   const auto copy = [&](std::size_t length) {
@@ -181,7 +181,7 @@ void decodeGsmEscapes(std::vector<char>& bytes) {
       rest.remove_prefix(1);
     }
     out = std::copy(replacement.begin(), replacement.end(), out);
-    // The search continues one byte after the place of the escape, and so skips the byte that moved there.
+    // After an empty replacement, the next byte is copied without decoding.
     if (replacement.empty()) copy(std::min<std::size_t>(1, rest.size()));
   }
   copy(rest.size());

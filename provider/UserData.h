@@ -5,34 +5,34 @@
 #include <string>
 #include <vector>
 
-/// Decodes the user data of a message, as the tool prints it, into UTF-8 text.
+/// These functions decode the tool's output for the user data of a message into UTF-8 text.
 ///
-/// The tool prints printable characters as themselves and other octets as C escapes: "\x1b", "\n", "\"". Only
-/// the GSM 7-bit default alphabet and its extension table are decoded, and only from hex escapes; UCS-2 and
-/// 8-bit data are not. Bytes of 0x80 and above pass through. Nothing here fails: an escape that cannot be
-/// decoded stays in the text.
+/// The tool prints printable characters unchanged and other octets as C escapes: "\x1b", "\n", "\"". The
+/// functions decode hex escapes of the GSM 7-bit default alphabet and its extension table. They do not decode
+/// UCS-2 or 8-bit data. Bytes of 0x80 and above stay unchanged. An escape that cannot be decoded stays in the
+/// text; no function fails.
 
-/// 0 to 15 for a hexadecimal digit of either case, -1 for any other character.
+/// Returns the value of a hexadecimal digit of either case, 0 to 15; -1 for any other character.
 int hexDigitValue(char c);
 
-/// Reads the octet at `cursor`, plain or escaped, and moves the cursor past it: 0 to 255, -1 for an escape
-/// that encodes no octet, 0 at or past the end of the text.
+/// Reads the plain or escaped octet at `cursor` and moves the cursor to the next octet. Returns 0 to 255; -1
+/// for an escape that encodes no octet; 0 at the end of the text and beyond.
 int readEscapedByte(std::size_t& cursor, const std::string& text);
 
-/// Removes the user data header of a part of a concatenated message (3GPP TS 23.040, information elements
-/// 0x00 and 0x08: an 8-bit or a 16-bit reference) from the front of `text`, and sets "part-id", "part-index"
-/// (from 0) and "part-count" in `record`. Any other header, or none, leaves both as they are. A header whose
-/// part number is 0 or above its count is removed, but sets nothing.
+/// Removes the user data header of a concatenated message's part from the front of `text` (3GPP TS 23.040,
+/// information element 0x00 or 0x08: an 8-bit or a 16-bit reference). Sets "part-id", "part-index" (from 0)
+/// and "part-count" in `record`, unless the part number is 0 or above the count. Changes nothing if `text`
+/// begins with another header or with no header.
 void parseUserDataHeader(Json::Value& record, std::string& text);
 
-/// Resolves the escapes of the double quote, the backslash, "n", "r" and "t". All others stay, notably "\x".
+/// Replaces the escapes \", \\, \n, \r and \t by their characters. All other escapes stay, including \x.
 void unescapeText(std::string& text);
 
-/// Replaces each hex escape by the text of its octet in the GSM 7-bit default alphabet (see GsmAlphabet.h).
-/// Replaces the escape code 0x1B and the character after it by a character of the extension table, or by
-/// nothing if that character is missing or not in the alphabet. Decoding ends at the first escape whose first
-/// digit is not 0 to 9 or "a"; it stays, as do all later ones. The text never grows.
+/// Replaces each hex escape by its character in the alphabets of GsmAlphabet.h. Replaces the escape code 0x1B
+/// and the next character by a character of the extension table. Removes both if the next character is
+/// missing or not in the default alphabet. Decoding ends at the first hex escape whose first digit is neither
+/// 0 to 9 nor "a"; this escape and all later escapes stay. The text never grows.
 void decodeGsmEscapes(std::vector<char>& bytes);
 
-/// Applies the last three functions in this order: writes the header into `record` and returns the text.
+/// Calls the three functions above in their order: sets the keys in `record` and returns the decoded text.
 std::string decodeUserData(std::string text, Json::Value& record);
