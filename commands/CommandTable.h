@@ -8,20 +8,20 @@
 
 /// One SMS command.
 struct CommandRow {
-  const char* keyword;  ///< lower case, without "#"; null for the one path without a keyword
+  const char* keyword;  ///< lower case, without "#"; null in the last row, which no SMS can select
   SMSCMD id;
   const char* name;               ///< the identifier, for the log
   const char* key;                ///< the key of the flag in the settings
-  bool SMSCommandConfig::* flag;  ///< permits the command
-  std::size_t executor;           ///< the index of its executor in SMSCommand
-  const char* path;               ///< below "/api/command/"
+  bool SMSCommandConfig::* flag;  ///< true if the settings permit the command
+  std::size_t executor;           ///< the index of the command's executor in SMSCommand
+  const char* path;               ///< the path of the request, below "/api/command/"
 };
 
-// The name and the key are the spellings of the identifier and of the flag.
+// The name is the spelling of the identifier, and the key is the spelling of the flag.
 #define COMMAND(executor, keyword, id, flag, path) \
   {keyword, id, #id, #flag, &SMSCommandConfig::flag, executor, path}
 
-/// Every command. A new one needs an identifier, a flag and a row; none of them compiles without the others.
+/// All commands. A new command needs an identifier, a flag and a row. The build fails if one is missing.
 // clang-format off
 inline constexpr std::array<CommandRow, SMSCMD_COUNT> commandRows = {{
     COMMAND( 1, "checkin",     SMSCMD_CHECKIN,        checkinEnabled,        "checkin_to_quillo_sms"),
@@ -44,8 +44,8 @@ inline constexpr std::array<CommandRow, SMSCMD_COUNT> commandRows = {{
 // clang-format on
 #undef COMMAND
 
-/// Whether every identifier and every executor has one row, and no two rows share a keyword, a flag or a
-/// path.
+/// Returns true if each identifier and each executor has exactly one row, and if no two rows share a keyword,
+/// a flag or a path.
 constexpr bool isWhole(const decltype(commandRows)& rows) {
   for (const CommandRow& row : rows) {
     if (row.path == nullptr || row.executor >= rows.size()) return false;

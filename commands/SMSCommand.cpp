@@ -35,12 +35,13 @@ std::vector<SMSCommandEntry> makeCommandTable(std::array<SMSCommandExecutor, siz
   return table;
 }
 
-// The keyword of the command word "#KEYWORD", in lower case; empty for a word without "#".
+// Returns KEYWORD of the word "#KEYWORD", in lower case; empty for a word without "#".
 std::string keywordOf(const std::string& word) {
   return !word.empty() && word[0] == '#' ? Orvel::Text::toLowerCase(word.substr(1)) : "";
 }
 
-// Removes the password and the command word from the front of `command.args`. False when there is none.
+// Moves the password and the keyword from the front of `command.args` to `command.password` and `keyword`.
+// Returns false if there is no command word.
 bool takeCommandWord(ParsedSMSCommand& command, std::string& keyword) {
   std::vector<std::string>& words = command.args;
   std::size_t commandWord = 0;

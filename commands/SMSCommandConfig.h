@@ -6,26 +6,25 @@
 
 #include "support/NonCopyable.h"
 
-/// Who may send commands by SMS, and which ones: the "smsCommands" object of the settings. The fields are
-/// named after the keys that fill them. Until they are read, nothing is permitted and no password is
-/// required.
+/// The "smsCommands" object of the settings: who may send commands by SMS, and which commands. A flag of a
+/// command has the name of its key. Before setConfig, no command is permitted and no password is required.
 class SMSCommandConfig : private Orvel::NonCopyable {
  public:
   virtual ~SMSCommandConfig() = default;
 
-  /// Reads the configuration. False when "enabled", "whitelist", "password", "checkinEnabled" or
-  /// "rebootEnabled" is missing, or a member of "whitelist" or "password"; the fault is logged, and values
-  /// read before it are kept. A missing flag of a command is false. A value of the wrong type throws the JSON
-  /// library's exception.
+  /// Reads the configuration. Returns false if "enabled", "whitelist", "password", "checkinEnabled" or
+  /// "rebootEnabled" is missing, or if a member of "whitelist" or "password" is missing. Then logs the error
+  /// and keeps the values that were read before. Any other missing flag of a command is false. Throws the
+  /// JSON library's exception for a value of the wrong type.
   bool setConfig(const Json::Value& config);
 
-  /// The flag of a command; false for SMSCMD_UNKNOWN and for any number that is not an SMSCMD. Does not
-  /// consider `enabled`.
+  /// Returns the flag of a command; false for SMSCMD_UNKNOWN and for a number that is not an SMSCMD. Ignores
+  /// `enabled`.
   bool isCommandEnabled(int command) const;
 
-  Json::Value config;             ///< the object last given to setConfig
+  Json::Value config;             ///< the argument of the last setConfig
   bool whitelistEnabled = false;  ///< only `numbers` may send commands
-  Json::Value numbers;            ///< array of strings or integers, unchanged
+  Json::Value numbers;            ///< the whitelist: an array of strings or integers
   bool passwordEnabled = false;   ///< a command must carry the password
   std::string password;           ///< never logged by this class
   bool checkinEnabled = false;
@@ -43,5 +42,5 @@ class SMSCommandConfig : private Orvel::NonCopyable {
   bool geopositionEnabled = false;
   bool lnsRestartEnabled = false;
   bool wanIpsEnabled = false;
-  bool enabled = false;  ///< commands are accepted at all
+  bool enabled = false;  ///< the daemon accepts commands
 };

@@ -14,7 +14,7 @@ namespace {
 
 std::string bodyBegin(const std::string& recipient) { return "{\"recipients\": [\"" + recipient + "\"], "; }
 
-// Sets one option, or logs `failure`.
+// Sets one option. If this fails, logs `failure` and returns false.
 template <typename Value>
 bool set(CURL* curl, CURLoption option, Value value, const char* failure) {
   if (curl_easy_setopt(curl, option, value) == CURLE_OK) return true;
@@ -29,7 +29,7 @@ bool perform(CURL* curl) {
 }
 
 bool post(const std::string& url, const std::string& body, std::string& answer) {
-  // Declared before the handle, which must be released first.
+  // The list is declared before the handle, because it must be released after the handle.
   std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> header(nullptr, curl_slist_free_all);
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(), curl_easy_cleanup);
   CURL* const curl = handle.get();
@@ -49,7 +49,7 @@ bool post(const std::string& url, const std::string& body, std::string& answer) 
          set(curl, CURLOPT_WRITEDATA, &answer, "the WRITEDATA buffer") && perform(curl);
 }
 
-// The "code" of an answer; 0 if it has none that fits an int.
+// Returns the "code" of an answer; 0 if the answer has no "code" that fits an int.
 int codeOf(const Json::Value& answer) {
   const Json::Value code = answer.isObject() ? answer["code"] : Json::Value();
   return code.isConvertibleTo(Json::intValue) ? code.asInt() : 0;
