@@ -8,10 +8,10 @@
 
 namespace Orvel {
 
-/// Owns a file descriptor and closes it.
+/// Owns a file descriptor. The destructor closes it.
 class FileDescriptor : private NonCopyable {
  public:
-  /// Takes ownership of `descriptor`. A negative value, as from a failed open(), means none.
+  /// Takes ownership of `descriptor`. A negative value, such as the result of a failed open(), is not closed.
   explicit FileDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
   ~FileDescriptor() { reset(); }
 
@@ -21,7 +21,7 @@ class FileDescriptor : private NonCopyable {
   /// Releases ownership of the descriptor without closing it.
   [[nodiscard]] int release() { return std::exchange(descriptor_, -1); }
 
-  /// Closes the descriptor and takes ownership of another.
+  /// Closes the owned descriptor and takes ownership of `descriptor`.
   void reset(int descriptor = -1) {
     const int old = std::exchange(descriptor_, descriptor);
     if (old >= 0) close(old);

@@ -17,7 +17,7 @@ namespace Orvel {
 namespace {
 
 Logger::PrintMode currentMode = Logger::PrintMode::StandardError;
-std::string syslogIdent;  // openlog keeps a pointer to its text
+std::string syslogIdent;  // openlog keeps a pointer to this text
 
 bool connects(int type) {
   const FileDescriptor descriptor(socket(AF_UNIX, type | SOCK_CLOEXEC, 0));
@@ -28,7 +28,7 @@ bool connects(int type) {
   return connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
-// The C library's syslog tries a datagram socket and then a stream.
+// Like the C library's syslog(), tries a datagram socket first and then a stream socket.
 bool syslogListens() { return connects(SOCK_DGRAM) || connects(SOCK_STREAM); }
 
 int syslogPriority(int level) {

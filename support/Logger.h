@@ -4,10 +4,10 @@
 
 namespace Orvel {
 
-/// Writes the daemon's log lines, to syslog or to standard error. Lines are logged through ORVEL_LOG below.
+/// Writes the daemon's log lines to syslog or to standard error. Callers log with the macro ORVEL_LOG below.
 class Logger {
  public:
-  /// The six levels in ascending order, each with the label that its lines carry.
+  /// The six levels in ascending order, and the label that lines of each level begin with.
   struct PrintLevel {
     static constexpr int TRACE_LEVEL = 0;
     static constexpr int DEBUG_LEVEL = 1;
@@ -23,30 +23,30 @@ class Logger {
     static constexpr char FATAL_LABEL[] = "FATAL";
   };
 
-  /// The destination of lines; standard error until a set-up has succeeded.
+  /// Where lines go. Until a call of setup() succeeds, they go to standard error.
   enum class PrintMode { StandardError = 1, Syslog = 3 };
 
-  /// Selects `mode`. For syslog, opens it under `ident` with openlog's `option` and `facility`; false, with
-  /// the mode unchanged, if `ident` is empty or nothing listens on the syslog socket.
+  /// Selects `mode`. For syslog, calls openlog() with `ident`, `option` and `facility`. If `ident` is empty
+  /// or no process listens on the syslog socket, returns false and keeps the old mode.
   static bool setup(const PrintMode& mode, const std::string& ident, const int& option, const int& facility);
 
-  /// Selects a mode that needs no ident; false, with the mode unchanged, for syslog.
+  /// Selects `mode` without an ident. Returns false and keeps the old mode if `mode` is syslog.
   static bool setup(const PrintMode& mode);
 
-  /// Whether lines of `level` are written: those at VELD_LOG_LEVEL, a build setting, and above.
+  /// Returns true if lines of `level` are written. The build setting VELD_LOG_LEVEL is the lowest such level.
   static bool isPrintable(int level);
 
   /// Writes one complete line of any length: "[label] " and the formatted text. Writes each byte of a control
-  /// character or of invalid UTF-8 as "#" and three octal digits. So no message text can forge a log line,
-  /// and the system's journal does not take a line for binary data.
+  /// character or of invalid UTF-8 as "#" and three octal digits. Therefore no message text can forge a log
+  /// line, and systemd's journal does not treat a line as binary data.
   static void printfGeneric(int level, const char* label, const char* format, ...)
       __attribute__((format(printf, 3, 4)));
 };
 
 }  // namespace Orvel
 
-/// ORVEL_LOG(WARNING, "no answer from %s", name): one line at a level, TRACE to FATAL. The arguments are
-/// evaluated only when the level is printable, and the compiler checks them against the format.
+/// Logs one line at a level from TRACE to FATAL: ORVEL_LOG(WARNING, "no answer from %s", name). Evaluates the
+/// arguments only if the level is printable. The compiler checks the arguments against the format.
 #define ORVEL_LOG(LEVEL, ...)                                                              \
   do {                                                                                     \
     if (Orvel::Logger::isPrintable(Orvel::Logger::PrintLevel::LEVEL##_LEVEL))              \

@@ -6,10 +6,10 @@
 
 namespace Orvel {
 
-/// Blocks SIGTERM while the object lives. A SIGTERM that arrives meanwhile is delivered at its end.
+/// Blocks SIGTERM while the object lives. A SIGTERM that arrives in this time is delivered afterwards.
 ///
-/// The handler does not restart system calls: SIGTERM makes a read fail with EINTR, which looks like the end
-/// of the data. Start no process while the object lives: it would inherit the blocked signal.
+/// The daemon's handler has no SA_RESTART: SIGTERM makes a read fail with EINTR, which looks like the end of
+/// the data. Start no process while the object lives, because the process inherits the blocked signal.
 class SignalHold : private NonCopyable {
  public:
   SignalHold() {

@@ -30,7 +30,7 @@ void Watchdog::feed() {
   if (managerSocket.empty() || managerSocket.size() >= sizeof(address.sun_path)) return;
   address.sun_family = AF_UNIX;
   managerSocket.copy(address.sun_path, sizeof(address.sun_path));
-  if (address.sun_path[0] == '@') address.sun_path[0] = '\0';  // an abstract name
+  if (address.sun_path[0] == '@') address.sun_path[0] = '\0';  // an abstract socket name
   const FileDescriptor descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   if (!descriptor.isOpen()) return;
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + managerSocket.size());

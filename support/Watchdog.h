@@ -2,15 +2,15 @@
 
 namespace Orvel {
 
-/// Tells the service manager that the daemon is alive. systemd restarts a daemon that has not done so for the
-/// time that its unit sets (WatchdogSec).
+/// Reports to the service manager that the daemon is alive. systemd restarts the daemon if no report arrives
+/// within the time that the unit sets (WatchdogSec).
 class Watchdog {
  public:
-  /// Reads the manager's socket from NOTIFY_SOCKET and removes the variable, so that no child process can
-  /// speak for the daemon. Without the variable, feed() does nothing.
+  /// Reads the name of the manager's socket from the environment variable NOTIFY_SOCKET. Removes the variable
+  /// so that no child process can report for the daemon. Without the variable, feed() does nothing.
   static void setup();
 
-  /// Sends one sign of life. Does not block. A sign that is lost does no harm: the next one follows.
+  /// Sends one report without blocking. A report can be lost; the next call sends another report.
   static void feed();
 };
 
