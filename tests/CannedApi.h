@@ -12,7 +12,7 @@
 
 #include "daemon/LocalApi.h"
 
-/// A local API that accepts one connection, records the request, answers with the given bytes and closes.
+/// A local API for one connection. It records the request, sends the given bytes and closes the connection.
 class CannedApi {
  public:
   explicit CannedApi(const std::string& answer) : socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {
@@ -24,7 +24,7 @@ class CannedApi {
     EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     listen(socket_, 1);
     thread_ = std::thread([this, answer] { serve(answer); });
-    // A fork during the start of the thread could copy a locked mutex of the sanitizer's allocator.
+    // Waits until the thread runs. An earlier fork could copy a locked mutex of the sanitizer's allocator.
     while (!accepts_) std::this_thread::yield();
   }
   ~CannedApi() { request(); }
@@ -36,7 +36,7 @@ class CannedApi {
     return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
   }
 
-  /// Waits for the request and returns its head and body; empty if none arrived. Ends the API.
+  /// Ends the API after the current request. Returns the request's head and body; empty if none arrived.
   const std::string& request() {
     if (thread_.joinable()) {
       shutdown(socket_, SHUT_RDWR);

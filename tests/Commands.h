@@ -5,13 +5,13 @@
 #include "commands/SMSCommand.h"
 #include "tests/Json.h"
 
-/// The required settings. They permit two commands to everyone.
+/// The required keys of the settings. These values permit two commands to everyone.
 constexpr char commandSettings[] =
     "{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,"
     "'whitelist':{'enabled':false,'numbers':[1234567,'+49170']},'password':{'enabled':false,'text':'secret'}"
     "}";
 
-/// The commands with these settings and some changes.
+/// SMSCommand with `commandSettings`, in which `changes` replaces some values.
 struct Commands : SMSCommand {
   explicit Commands(const char* changes = "{}") : SMSCommand(merged(json(commandSettings), json(changes))) {
     EXPECT_TRUE(loadConfig());

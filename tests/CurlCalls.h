@@ -6,8 +6,8 @@
 #include <cstdarg>
 #include <string>
 
-/// Replaces functions of libcurl in a test program that includes it: records, in order, the options that are
-/// set and the objects that are released.
+/// The calls of libcurl, in order: the name of each option that is set, and "append", "free" and "cleanup". A
+/// test program that includes this header calls the functions below instead of libcurl's.
 inline std::string curlCalls;
 
 template <typename Function>

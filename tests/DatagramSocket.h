@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <string>
 
-/// Listens for datagrams at a path, or at an abstract name, which is written with a leading "@".
+/// A UNIX-domain socket that receives datagrams. Its name is a path, or "@" and an abstract name.
 class DatagramSocket {
  public:
   explicit DatagramSocket(const std::string& name) : name_(name), fd_(socket(AF_UNIX, SOCK_DGRAM, 0)) {

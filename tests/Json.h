@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 
+/// Parses JSON without the replacement that json() makes.
 inline Json::Value jsonAsItIs(const std::string& text) {
   std::istringstream stream(text);
   Json::Value value;
@@ -19,7 +20,7 @@ inline Json::Value json(std::string text) {
   return jsonAsItIs(text);
 }
 
-/// Returns `base` with the members of `changes`. Objects in both are merged.
+/// Returns `base` with the members of `changes`. If both have an object under a key, merges the objects.
 inline Json::Value merged(Json::Value base, const Json::Value& changes) {
   for (const std::string& key : changes.getMemberNames())
     base[key] =

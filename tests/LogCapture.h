@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// Collects log lines and standard output, from its construction to the first call of text() or echo().
+/// Collects the log, which goes to standard error, and standard output until the first text() or echo().
 class LogCapture {
  public:
   LogCapture() {

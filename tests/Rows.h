@@ -12,7 +12,7 @@ inline std::string times(std::size_t count, const std::string& text) {
   return all;
 }
 
-/// A row that gives a function one value and compares its result with the expected one.
+/// A row of a test table: the argument for a function, and the expected result.
 template <typename Given, typename Expected>
 struct Row {
   const char* name;
@@ -20,12 +20,12 @@ struct Row {
   Expected expected;
 };
 
-/// Runs a parameterised suite over a table, each row under its `name`.
+/// Runs a parameterised test suite once for each row of a table. The row's `name` is part of the test's name.
 #define INSTANTIATE_ROWS(Suite, rows)                            \
   INSTANTIATE_TEST_SUITE_P(Rows, Suite, testing::ValuesIn(rows), \
                            [](const auto& row) { return std::string(row.param.name); })
 
-/// A test that runs once for each row of a table. It reads its row with GetParam().
+/// Defines a test that runs once for each row of a table. GetParam() returns the row.
 #define TEST_ROWS(Suite, Name, rows)                                         \
   struct Suite : testing::TestWithParam<std::decay_t<decltype(*(rows))>> {}; \
   INSTANTIATE_ROWS(Suite, rows);                                             \

@@ -13,13 +13,13 @@ inline void writeFile(const std::string& path, const std::string& content) {
   std::ofstream(path) << content;
 }
 
-/// Returns the content of a file; empty if there is no file.
+/// Returns the content of a file; empty if the file does not exist.
 inline std::string readFile(const std::string& path) {
   std::ifstream stream(path);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A temporary folder, filled in one statement and removed at the end of the test.
+/// A temporary folder with the given files. The destructor removes it.
 class TemporaryFolder {
  public:
   TemporaryFolder(std::initializer_list<std::pair<const char*, std::string>> files = {}) {

@@ -1,4 +1,4 @@
-"""Shared by the Python tests: the message folders, and functions that write a program and wait."""
+"""The message folders and helper functions for several Python tests."""
 import pathlib
 import time
 
@@ -25,5 +25,5 @@ def write_program(path, text):
 def wait_for(condition):
     end = time.monotonic() + 30
     while not condition():
-        assert time.monotonic() < end, "it does not happen within 30 s"
+        assert time.monotonic() < end, "the condition is not true within 30 s"
         time.sleep(0.01)

@@ -1,4 +1,4 @@
-// Tests the log lines of TRACE and DEBUG. This program is built with a logger that prints every level.
+// Tests the log lines at TRACE and DEBUG. This program is built with a logger that prints every level.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 using namespace MessageStatus;
 
-TEST(Trace, LogsTheTimeBeforeItIsAdded) {
+TEST(Trace, LogsTimeNotAttemptingBeforeItsUpdate) {
   World world;
   const Spool::Pass pass = world.inTransit.spool.open();
   world.put("{'guid':'1','recipient':'good','retries':1}", Failed);
@@ -30,7 +30,7 @@ TEST(Trace, LogsTheTimeBeforeItIsAdded) {
             "[DEBUG] VELD: Try to send failed sms.\n");
 }
 
-TEST(Trace, LogsEachRequestBeforeItsAnswer) {
+TEST(Trace, LogsRequestsToTheLocalApi) {
   const std::string answer = CannedApi::ok("{\"code\": 200}");
   LogCapture log;
   {
