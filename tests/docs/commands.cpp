@@ -2,7 +2,7 @@
 
 #include "commands/CommandTable.h"
 
-// Prints the SMS commands for the tests of the documents: keyword, path and flag, one command a line.
+// Prints the SMS commands for the tests of the documents, one per line: keyword, path and flag.
 int main() {
   for (const CommandRow& row : commandRows)
     if (row.keyword != nullptr)

@@ -1,4 +1,4 @@
-"""What the tests of the documents share: a document's examples and tables, and a simulated gateway."""
+"""Classes and functions for the tests of the documents: they read a document and run a simulated gateway."""
 import json
 import pathlib
 import re
@@ -15,7 +15,7 @@ class Document:
         self.text = (DOCS / name).read_text()
 
     def block(self, name):
-        """Returns the content of the fenced block whose second word is `name`."""
+        """Returns the content of a fenced code block. Its name is the second word after the fence."""
         found = re.findall(rf"^```\w+ {name}\n(.*?)^```$", self.text, re.M | re.S)
         assert len(found) == 1, f"{len(found)} blocks are named {name}"
         return found[0]
@@ -25,7 +25,7 @@ class Document:
                 re.findall(r"^```json (\S+)\n(.*?)^```$", self.text, re.M | re.S)}
 
     def table(self, heading):
-        """Returns the rows of the first table under a heading, without its header."""
+        """Returns the rows of the first table under a heading, without the table's header."""
         section = self.text.split(f"## {heading}\n", 1)[1].split("\n## ", 1)[0]
         rows = [[cell.strip() for cell in line.strip("|").split("|")]
                 for line in section.splitlines() if line.startswith("|")]
@@ -33,7 +33,7 @@ class Document:
 
 
 class Gateway:
-    """A simulated gateway. It runs no daemon until "start"."""
+    """A simulated gateway. Its command "start" starts the daemon."""
 
     def __enter__(self):
         self.process = subprocess.Popen([GATEWAY, "--echo"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)

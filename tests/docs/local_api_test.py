@@ -1,4 +1,4 @@
-"""Compares local-api.md and its OpenAPI document with the requests of the daemon: local_api_test.py GATEWAY"""
+"""Compares local-api.md and its OpenAPI document with the daemon's requests. Usage: local_api_test.py GATEWAY"""
 import json
 import os
 import re
@@ -25,7 +25,7 @@ def valid(name, value):
 
 
 def command(gateway, text):
-    """Returns the bodies that the daemon posts when it receives the text."""
+    """Lets the daemon receive the text. Returns the bodies that the daemon posts."""
     gateway.ask("log --new")
     gateway.run(f"receive {PHONE} '{text}'", "pass")
     return [line.split("postFields = ", 1)[1] for line in gateway.ask("log --new") if "postFields = " in line]
@@ -46,7 +46,7 @@ class LocalApiTest(unittest.TestCase):
         self.assertTrue(valid("Failure", {"code": 500}))
         self.assertFalse(valid("Settings", {"code": 500, "result": answer["result"]}))
 
-    def test_the_required_settings_are_required_and_no_others(self):
+    def test_only_the_required_settings_are_required(self):
         with Gateway() as gateway:
             settings = json.loads(http_request("GET", "/api/sms"))["result"]
             for key, required, _ in DOCUMENT.table("Settings"):
@@ -93,7 +93,7 @@ class LocalApiTest(unittest.TestCase):
         flags = {flag for flag in API["components"]["schemas"]["SmsCommands"]["properties"] if flag.endswith("Enabled")}
         self.assertEqual(flags, {row[2] for row in COMMANDS})
 
-    def test_each_keyword_is_posted_to_its_path_if_its_flag_permits(self):
+    def test_each_command_is_posted_to_its_path_if_its_flag_permits_it(self):
         with Gateway() as gateway:
             gateway.run("start")
             for keyword, path, flag in COMMANDS:
@@ -106,7 +106,7 @@ class LocalApiTest(unittest.TestCase):
                     self.assertEqual(command(gateway, f"p secret #{keyword} a"), [])
                     gateway.run(f"settings smsCommands.{flag} true")
 
-    def test_the_answers_are_envelopes(self):
+    def test_the_answers_of_the_gateway_have_the_documented_form(self):
         self.assertTrue(valid("Envelope", DOCUMENT.json_blocks()["envelope"]))
         self.assertFalse(valid("Envelope", {"result": None}))
         with Gateway():

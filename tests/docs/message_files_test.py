@@ -1,4 +1,4 @@
-"""Compares message-files.md and its schema with the files of the daemon: message_files_test.py GATEWAY"""
+"""Compares message-files.md and its schema with the daemon's files. Usage: message_files_test.py GATEWAY"""
 import json
 import os
 import re
@@ -21,7 +21,7 @@ def validator(definition=None):
 
 
 def timeless(record):
-    """Returns the record as text, with placeholders for its times."""
+    """Returns the record as text, with placeholders for guid and timestamp."""
     text = re.sub(r'"guid": "\d{16}"', '"guid": "G"', json.dumps(record, sort_keys=True))
     return re.sub(r'"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d"', '"T"', text)
 
@@ -75,25 +75,25 @@ class MessageFilesTest(unittest.TestCase):
     def test_the_schema_refuses_faulty_records(self):
         received = {"guid": "2026010100000000", "source": "+491", "message": "", "timestamp": "2026/01/01 00:00:00"}
         rows = [  # name, record
-            ("nothing", None),
+            ("null", None),
             ("a list", []),
             ("no guid", queued(guid=None)),
             ("a path", queued(guid="../2026010100000000")),
             ("a short guid", queued(guid="1")),
             ("no recipient", queued(recipient=None)),
             ("an empty recipient", queued(recipient="")),
-            ("a command for a recipient", queued(recipient="+491; reboot")),
-            ("a number for a recipient", queued(recipient=491)),
+            ("a shell command as the recipient", queued(recipient="+491; reboot")),
+            ("a number as the recipient", queued(recipient=491)),
             ("no message", queued(message=None)),
-            ("an object for a message", queued(message={})),
+            ("an object as the message", queued(message={})),
             ("a NUL in the message", queued(message="a\0b")),
             ("retries below zero", queued(retries=-1)),
-            ("retries as a text", queued(retries="3")),
+            ("a text as the retries", queued(retries="3")),
             ("an unknown status", queued(status="received")),
-            ("both directions", queued(source="+491")),
+            ("a source and a recipient", queued(source="+491")),
             ("another time format", dict(received, timestamp="2026-01-01T00:00:00")),
             ("isSMSCommand is false", dict(received, isSMSCommand=False)),
-            ("parts without their keys", dict(received, parts=["a", None])),
+            ("parts without a part-id", dict(received, parts=["a", None])),
             ("a part-id without parts", {**received, "part-id": 1}),
         ]
         validator().validate(received)
@@ -103,7 +103,7 @@ class MessageFilesTest(unittest.TestCase):
                 self.assertFalse(validator().is_valid(record))
 
     def test_faulty_files_end_where_the_document_says(self):
-        rows = [  # start of the document's row; name and content of the file; messages sent and folder after two passes
+        rows = [  # beginning of the document's row, file name, content; messages sent and folder after two passes
             ("the file's name is not the guid", "other", queued(), 2, "sending"),
             ("no `guid`", queued()["guid"], queued(guid=None), 2, "sending"),
             ("`recipient` is missing", queued()["guid"], queued(recipient=None), 0, "failed"),
@@ -122,20 +122,20 @@ class MessageFilesTest(unittest.TestCase):
             self.assertEqual(len([text for text in written if text.startswith(beginning)]), 1, beginning)
         self.assertEqual(len(written), len(rows) + 3)
 
-    def test_a_null_file_moves_all_records(self):
-        before, behind, lines = self.after_two_passes("2026010100000000", "null")
-        self.assertEqual(len(lines), len(before) + len(behind))
+    def test_a_file_that_contains_null_moves_all_records(self):
+        before, after, lines = self.after_two_passes("2026010100000000", "null")
+        self.assertEqual(len(lines), len(before) + len(after))
         self.assertEqual([self.where(name) for name in before], ["sent"] * len(before))
-        self.assertEqual([self.where(name) for name in behind], ["failed"] * len(behind))
+        self.assertEqual([self.where(name) for name in after], ["failed"] * len(after))
         self.assertIsNone(self.where("2026010100000000"))
 
-    def test_an_object_as_the_text_ends_the_pass(self):
-        before, behind, lines = self.after_two_passes("2026010100000000", queued(message={}))
+    def test_a_message_that_is_an_object_ends_the_pass(self):
+        before, after, lines = self.after_two_passes("2026010100000000", queued(message={}))
         self.assertEqual(len(lines), len(before))
-        self.assertEqual({self.where(name) for name in behind + ["2026010100000000"]}, {"sending"})
+        self.assertEqual({self.where(name) for name in after + ["2026010100000000"]}, {"sending"})
 
     def after_two_passes(self, name, content):
-        """Queues a bad file among good ones. Returns the good ones listed before and after it, and the sent messages."""
+        """Queues a faulty file. Returns the good files before and after it in the listing, and the sent messages."""
         self.setUp()
         good = [f"20260101000000{number}" for number in range(10, 15)]
         with Gateway() as gateway:

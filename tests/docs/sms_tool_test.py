@@ -1,4 +1,4 @@
-"""Compares sms-tool.md with the calls of the daemon and with the listing that it reads: sms_tool_test.py GATEWAY"""
+"""Compares sms-tool.md with the daemon's calls of the tool and with a listing. Usage: sms_tool_test.py GATEWAY"""
 import json
 import os
 import pathlib
@@ -11,7 +11,7 @@ DOCUMENT = Document("sms-tool.md")
 TOOL = "/run/gateway/bin/sms"
 CALLS = pathlib.Path("/run/gateway/calls")
 RECORDER = """echo "$SMS_CONFIG" sms "$@" >>{calls}
-[ "$2" != send ] || od -An -c "$4" | tr -d ' \\n' >>{calls}.text
+if [ "$2" = send ]; then od -An -c "$4" | tr -d ' \\n' >>{calls}.text; fi
 exec {tool} "$@"
 """
 

@@ -3,7 +3,7 @@ start
 kill TERM
 expect-exit 0
 
-# During a pass, the daemon ends after the pass: here while it sends a message.
+# If SIGTERM arrives during a pass, the daemon ends after the pass. Here the daemon sends a message.
 start
 queue +4917011111 "last words"
 fault tool send hang
@@ -18,7 +18,7 @@ expect-count 1
 records failed
 expect-count 0
 
-# Here it posts a command.
+# Here the daemon posts a command.
 start
 receive +4917012345 "p secret #checkin"
 fault api silent
@@ -31,7 +31,7 @@ expect-exit 0
 records received
 expect "isSMSCommand":true
 
-# During start-up, the daemon ends without a pass.
+# If SIGTERM arrives during start-up, the daemon ends without a pass.
 receive +4917099999 "third"
 fault api silent
 start --no-wait

@@ -1,4 +1,4 @@
-# Each question of an operator is answered by one command of veldctl.
+# One command of veldctl answers each question of an operator.
 whitelist +4917012345 "0170 12345" ""
 timings [30,60]
 start
@@ -68,7 +68,7 @@ expect veldctl: "sentLimit" is reached: the daemon may discard 1 of the waiting 
 repair tool
 await pass
 
-# The API does not answer a command: veldctl shows the waiting message, and since when it waits.
+# The API does not answer a command. veldctl shows that the daemon waits, and since when a received message waits.
 fault api silent
 receive +4917012345 "p secret #ping 8.8.8.8"
 pass --no-wait
