@@ -6,7 +6,7 @@ const Json::Value least = merged(
     json(commandSettings), json("{'whitelist':{'enabled':true,'numbers':[1]},'password':{'enabled':true}}"));
 }
 
-TEST(SMSCommandConfig, PermitsNothingBeforeItIsRead) {
+TEST(SMSCommandConfig, PermitsNothingBeforeSetConfig) {
   const SMSCommandConfig config;
   for (int command = 0; command <= SMSCMD_COUNT; ++command) EXPECT_FALSE(config.isCommandEnabled(command));
   EXPECT_FALSE(config.enabled || config.whitelistEnabled || config.passwordEnabled);
@@ -32,7 +32,7 @@ TEST(SMSCommandConfig, PermitsEachCommandByItsOwnFlag) {
 constexpr char unparsable[] = "Unable to parse SMS Commands configuration\n";
 constexpr char noWhitelist[] = "Whitelist enable or numbers setting missing\n";
 constexpr char noPassword[] = "Password enable or text setting missing\n";
-// Given: the member that is removed, as KEY or KEY.KEY. Expected: the error that is logged.
+// Given: the member that the test removes, as KEY or KEY.KEY. Expected: the error that is logged.
 const Row<std::string, const char*> refusalRows[] = {
     {"Enabled", "enabled", unparsable},
     {"Whitelist", "whitelist", unparsable},
@@ -44,7 +44,7 @@ const Row<std::string, const char*> refusalRows[] = {
     {"PasswordEnabled", "password.enabled", noPassword},
     {"PasswordText", "password.text", noPassword},
 };
-TEST_ROWS(Refusal, NamesTheMissingMemberAndKeepsTheMembersBeforeIt, refusalRows) {
+TEST_ROWS(MissingMember, IsLoggedAndEarlierMembersAreKept, refusalRows) {
   const auto& [name, path, error] = GetParam();
   Json::Value settings = least;
   const std::size_t dot = path.find('.');
@@ -63,15 +63,15 @@ TEST_ROWS(Refusal, NamesTheMissingMemberAndKeepsTheMembersBeforeIt, refusalRows)
 }
 
 TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
-  for (const char* const on : {"enabled", "whitelist", "password"}) {
+  for (const std::string on : {"enabled", "whitelist", "password"}) {
     Json::Value settings = least;
     settings["enabled"] = settings["whitelist"]["enabled"] = settings["password"]["enabled"] = false;
     (settings[on].isObject() ? settings[on]["enabled"] : settings[on]) = true;
     SMSCommandConfig config;
     ASSERT_TRUE(config.setConfig(settings));
-    EXPECT_EQ(config.enabled, on == std::string("enabled"));
-    EXPECT_EQ(config.whitelistEnabled, on == std::string("whitelist"));
-    EXPECT_EQ(config.passwordEnabled, on == std::string("password"));
+    EXPECT_EQ(config.enabled, on == "enabled");
+    EXPECT_EQ(config.whitelistEnabled, on == "whitelist");
+    EXPECT_EQ(config.passwordEnabled, on == "password");
     EXPECT_EQ(config.password, "secret");
   }
 }

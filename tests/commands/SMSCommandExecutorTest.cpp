@@ -12,13 +12,13 @@ constexpr char noCode[] = "request failed with response code: 0";
 
 }  // namespace
 
-// Expected: the error that is logged. Empty for success.
+// Given: the bytes of the answer. Expected: the error that is logged, or an empty text for success.
 const Row<std::string, const char*> answerRows[] = {
     {"Success", CannedApi::ok("{\"code\": 200}"), ""},
     {"HttpStatusIsIgnored", "HTTP/1.1 500 Error\r\n\r\n{\"code\": 200}", ""},
     {"OtherCode", CannedApi::ok("{\"code\": 201}"), "request failed with response code: 201"},
     {"CodeIsText", CannedApi::ok("{\"code\": \"200\"}"), noCode},
-    {"CodeOutOfRange", CannedApi::ok("{\"code\": 4294967496}"), noCode},  // 200 and 2 to the 32nd
+    {"CodeOutOfRange", CannedApi::ok("{\"code\": 4294967496}"), noCode},  // 200 + 2^32
     {"RootIsNotAnObject", CannedApi::ok("[200]"), noCode},
     {"NegativeCode", CannedApi::ok("{\"code\": -1}"), "request failed with response code: -1"},
     {"NoCode", CannedApi::ok("{}"), noCode},
@@ -36,7 +36,7 @@ TEST_ROWS(Answer, IsASuccessOnlyWithCode200, answerRows) {
   EXPECT_EQ(log.text(), error.empty() ? "" : "[ERROR] SMSCommandExecutor::sendCommand " + error + "\n");
 }
 
-TEST(SMSCommandExecutor, EchoesTheAnswer) {
+TEST(SMSCommandExecutor, SetsTheCurlOptionsAndPrintsTheAnswer) {
   const CannedApi api(CannedApi::ok("not JSON"));
   LogCapture log;
   curlCalls.clear();
@@ -64,7 +64,7 @@ TEST(SMSCommandExecutor, PostsAMessageAndLogsTheFailure) {
                             "[ERROR] SMSCommandExecutor::execute sendCommand failed\n");
 }
 
-// Expected: the list in the body.
+// Given: the arguments. Expected: the array of arguments in the body.
 const Row<std::vector<std::string>, const char*> argumentsRows[] = {
     {"None", {}, "[]"},
     {"One", {"a"}, "[\"a\"]"},

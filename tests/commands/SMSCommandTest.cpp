@@ -8,10 +8,10 @@ using testing::EndsWith;
 struct ParseRow {
   const char* name;
   const char* message;
-  SMSCMD id;  ///< SMSCMD_UNKNOWN when the message is refused
+  SMSCMD id;  ///< SMSCMD_UNKNOWN if the message is refused
   const char* password;
   std::vector<std::string> args;
-  std::string log;  ///< the last line
+  std::string log;  ///< the last line of the log
 };
 constexpr char parsed[] = "[INFO] SMSCommand::parseCommand: ]args\n";
 constexpr char noContent[] =
@@ -24,20 +24,20 @@ std::string invalid(const char* keyword) {
 }
 const ParseRow parseRows[] = {
     {"CommandAlone", "#checkin", SMSCMD_CHECKIN, "", {}, parsed},
-    {"BlanksAround", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
+    {"BlanksAtTheEnds", "\t #REBOOT \t", SMSCMD_REBOOT, "", {}, parsed},
     {"Password", "p secret #Checkin", SMSCMD_CHECKIN, "secret", {}, parsed},
     {"PasswordWithHash", "p #a,b! #checkin", SMSCMD_CHECKIN, "#a,b!", {}, parsed},
     {"ManyWords", "#ping a a a a a a a a a", SMSCMD_PING, "", std::vector<std::string>(9, "a"), parsed},
-    {"UpperMarker", "P secret #ping a", SMSCMD_PING, "secret", {"a"}, parsed},
+    {"UpperCaseP", "P secret #ping a", SMSCMD_PING, "secret", {"a"}, parsed},
     {"TwoHashes", "##ping", SMSCMD_UNKNOWN, "", {}, invalid("#ping")},
     {"TabInside", "#ping\ta", SMSCMD_UNKNOWN, "", {}, invalid("ping#011a")},
-    {"LineFeedAround", "#ping\n", SMSCMD_UNKNOWN, "", {}, invalid("ping#012")},
-    {"LineFeedBefore", "\n#ping", SMSCMD_UNKNOWN, "", {"\n#ping"}, noPasswordOrCommand},
+    {"LineFeedAtTheEnd", "#ping\n", SMSCMD_UNKNOWN, "", {}, invalid("ping#012")},
+    {"LineFeedAtTheStart", "\n#ping", SMSCMD_UNKNOWN, "", {"\n#ping"}, noPasswordOrCommand},
     {"Empty", "", SMSCMD_UNKNOWN, "", {}, noContent},
     {"BlanksOnly", " \t ", SMSCMD_UNKNOWN, "", {}, noContent},
     {"NoHash", "checkin", SMSCMD_UNKNOWN, "", {"checkin"}, noPasswordOrCommand},
-    {"MarkerAlone", "p", SMSCMD_UNKNOWN, "", {"p"}, noPasswordOrCommand},
-    {"MarkerInAWord", "password #checkin", SMSCMD_UNKNOWN, "", {"password", "#checkin"}, noPasswordOrCommand},
+    {"PAlone", "p", SMSCMD_UNKNOWN, "", {"p"}, noPasswordOrCommand},
+    {"PBeginsAWord", "password #checkin", SMSCMD_UNKNOWN, "", {"password", "#checkin"}, noPasswordOrCommand},
     {"NoCommandAfterPassword", "p secret", SMSCMD_UNKNOWN, "secret", {"p", "secret"}, noCommand},
     {"NoHashAfterPassword", "p secret checkin", SMSCMD_UNKNOWN, "secret", {}, invalid("")},
     {"TwoBlanksBeforeTheCommand", "p secret  #checkin", SMSCMD_UNKNOWN, "secret", {"#checkin"}, invalid("")},
@@ -71,10 +71,10 @@ TEST(CommandTable, ListsTheCommandsInOrder) {
 
 struct ValidateRow {
   const char* name;
-  const char* changes;  ///< of the settings
+  const char* changes;  ///< to commandSettings
   const char* message;
   const char* source;
-  std::string log;  ///< the last line
+  std::string log;  ///< the last line of the log
 };
 constexpr char succeeded[] = "[INFO] SMSCommand::validateSMSCommand validation of command succeeded.\n";
 constexpr char disabled[] = "[ERROR] SMSCommand::validateSMSCommand: SMS Commands are disabled\n";
@@ -83,7 +83,7 @@ constexpr char wrongPassword[] = "[ERROR] SMSCommand::passwordGood password did 
 constexpr char listOn[] = "{'whitelist':{'enabled':true}}";
 constexpr char passwordOn[] = "{'password':{'enabled':true}}";
 const ValidateRow validateRows[] = {
-    {"CommandThatItsFlagForbids", "{}", "#ping", "4567890", succeeded},
+    {"FlagOfTheCommandIsOff", "{}", "#ping", "4567890", succeeded},
     {"Disabled", "{'enabled':false}", "#ping", "1234567", disabled},
     {"ListedNumber", listOn, "#ping", "1234567", succeeded},
     {"ListedText", listOn, "#ping", "+49170", succeeded},
@@ -93,8 +93,8 @@ const ValidateRow validateRows[] = {
     {"PrefixOfAListedNumber", listOn, "#ping", "123456", stranger},
     {"ListedNumberWithSuffix", listOn, "#ping", "12345678", stranger},
     {"NoNumber", listOn, "#ping", "", stranger},
-    {"EmptyList", "{'whitelist':{'enabled':true,'numbers':[]}}", "#ping", "1234567", stranger},
-    {"ListIsText", "{'whitelist':{'enabled':true,'numbers':'1234567'}}", "#ping", "1234567", stranger},
+    {"EmptyWhitelist", "{'whitelist':{'enabled':true,'numbers':[]}}", "#ping", "1234567", stranger},
+    {"WhitelistIsText", "{'whitelist':{'enabled':true,'numbers':'1234567'}}", "#ping", "1234567", stranger},
     {"NoCommand", "{}", "hello", "1234567", noPasswordOrCommand},
     {"RightPassword", passwordOn, "p secret #ping", "4567890", succeeded},
     {"WrongPassword", passwordOn, "p Secret #ping", "4567890", wrongPassword},
@@ -114,7 +114,7 @@ TEST_ROWS(Validate, ChecksNumberTextAndPassword, validateRows) {
   EXPECT_THAT(log.text(), EndsWith(row.log));
 }
 
-TEST(Validate, ThrowsForAListThatIsAnObject) {
+TEST(Validate, ThrowsForAWhitelistThatIsAnObject) {
   const Commands commands("{'whitelist':{'enabled':true,'numbers':{'1234567':'1234567'}}}");
   EXPECT_THROW(commands.validateSMSCommand("#ping", "1234567"), Json::LogicError);
 }
@@ -139,12 +139,12 @@ TEST(Execute, RefusesACommandThatIsNotPermitted) {
                 parsed + invalid(""));
 }
 
-TEST(Execute, IsTrueWhenTheRequestFails) {
-  // Only validateSMSCommand checks these.
+TEST(Execute, ReturnsTrueWhenTheRequestFails) {
+  // Only validateSMSCommand checks "enabled", the whitelist and the password.
   Commands commands(
       "{'pingEnabled':true,'enabled':false,'whitelist':{'enabled':true},'password':{'enabled':true}}");
   LogCapture log;
-  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // the body escapes nothing
+  EXPECT_TRUE(commands.executeCommand("#ping \"\\", "1"));  // the body has these characters unescaped
   EXPECT_THAT(
       log.text(),
       EndsWith(

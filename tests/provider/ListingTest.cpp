@@ -6,7 +6,7 @@
 
 namespace {
 
-// Lines as read from the pipe: each with its line feed, except perhaps the last one.
+// Splits `text` into lines. Each line keeps its line feed; the last line may have no line feed.
 std::vector<std::string> lines(const std::string& text) {
   std::vector<std::string> all;
   std::istringstream stream(text);
@@ -14,7 +14,7 @@ std::vector<std::string> lines(const std::string& text) {
   return all;
 }
 
-// The digits of the time nine and a half hours ahead of UTC.
+// Returns the current time in a zone 9.5 hours ahead of UTC, as 14 digits.
 std::string ahead() {
   const std::time_t shown = std::time(nullptr) + 34200;
   char text[80];
@@ -33,7 +33,7 @@ const Row<const char*, const char*> listingRows[] = {
     {"MarkersAnywhere", "* index=1\n-> addr: 1 \t\r\n", "[{'source':'1'}]"},
     {"MarkersAreCaseSensitive", "index\nADDR: 1\naddr: 2\nUser-Data: a\n", "[{'source':'2'}]"},
     {"FirstOfTwo", "index\naddr: 1\naddr: 2\nuser-data: a\nuser-data: b\n", "[{'source':'1','message':'a'}]"},
-    {"BothInOneLine", "index\naddr: 1 user-data: a\n", "[{'source':'1 user-data: a','message':'a'}]"},
+    {"BothMarkersInOneLine", "index\naddr: 1 user-data: a\n", "[{'source':'1 user-data: a','message':'a'}]"},
     {"TextWithTheWordIndex", "index\naddr: 1\nuser-data: \"an index\"\naddr: 2\n",
      "[{'source':'1'},{'source':'2'}]"},
     {"LeadingQuoteOnly", "index\naddr: 1\nuser-data: \"a\n", "[{'source':'1','message':'a'}]"},
@@ -44,10 +44,10 @@ const Row<const char*, const char*> listingRows[] = {
     {"CharacterAfterTheMarkerIsSkipped", "index\naddr:_49\nuser-data:_hi\n",
      "[{'source':'49','message':'hi'}]"},
     {"SenderBesideServiceCentre", "index\naddr: 1 smsc-addr: 2\naddr: 3\n", "[{'source':'3'}]"},
-    {"MarkersTwiceInALine", "index\naddr: 1 addr: 2\nuser-data: a user-data: b\n",
+    {"EachMarkerTwiceInItsLine", "index\naddr: 1 addr: 2\nuser-data: a user-data: b\n",
      "[{'source':'1 addr: 2','message':'a user-data: b'}]"},
     {"EmptyValues", "index\naddr:\nuser-data:\n", "[{'source':'','message':''}]"},
-    {"EndsAtTheMarker", "index\nuser-data: a\naddr:", "[{'source':'','message':'a'}]"},
+    {"ListingEndsAfterAMarker", "index\nuser-data: a\naddr:", "[{'source':'','message':'a'}]"},
     {"HeaderThenEscapes", "index\naddr: 1\nuser-data: \"\\x05\\x00\\x03\\x2a\\x01\\x01\\n\\\\x41\\x1be\"\n",
      "[{'source':'1','message':'\\nA€','part-id':42,'part-index':0,'part-count':1}]"},
 };
@@ -67,7 +67,7 @@ TEST(Listing, LogsTheDecodedText) {
   EXPECT_EQ(log.text(), "[INFO] New sms from 1, message: a#012b\n");
 }
 
-TEST(Listing, NumbersItsRecordsAndSkipsATakenGuid) {
+TEST(Listing, NumbersTheRecordsAndSkipsATakenGuid) {
   LogCapture log;
   const auto isTaken = [](const std::string& guid) { return guid.substr(14) == "01"; };
   const std::vector<Json::Value> records =
@@ -81,7 +81,7 @@ TEST(Listing, NumbersItsRecordsAndSkipsATakenGuid) {
   }
 }
 
-TEST(Listing, TakesTheLocalTime) {
+TEST(Listing, UsesTheLocalTime) {
   setenv("TZ", "AHEAD-9:30", 1);
   const std::string before = ahead();
   const LogCapture quiet;

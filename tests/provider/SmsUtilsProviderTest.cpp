@@ -15,10 +15,10 @@ constexpr char calls[] = "/tmp/calls";
 constexpr char sent[] = "/tmp/sent";
 constexpr char twoMessages[] = "printf 'index\\naddr: 1\\nuser-data: a\\nindex\\naddr: 2\\n'";
 
-/// Plays the tool: a shell script that records its calls.
+/// Replaces the tool by a shell script that records its calls.
 class SmsUtilsProviderTest : public testing::Test {
  protected:
-  /// `body` runs for every call, with the words of the command line as "$*".
+  /// Writes a tool that runs the shell text `body` in each call. "$*" holds the arguments of the call.
   void tool(const std::string& body) {
     writeFile(folder_.path + "/sms",
               std::string("#!/bin/sh\necho \"$SMS_CONFIG $*\" >> ") + calls + "\n" + body + "\n");
@@ -44,7 +44,7 @@ constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
 
 }  // namespace
 
-TEST_F(SmsUtilsProviderTest, DeletesListedMessagesAndThoseItDrops) {
+TEST_F(SmsUtilsProviderTest, CallsDeleteOnlyAfterAMessageWithOrWithoutASender) {
   tool("echo no messages");
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_EQ(readFile(calls), listCalls);
@@ -54,7 +54,7 @@ TEST_F(SmsUtilsProviderTest, DeletesListedMessagesAndThoseItDrops) {
   EXPECT_EQ(log_.text(), "[WARNING] SMS recipient is empty\n");
 }
 
-TEST_F(SmsUtilsProviderTest, CutsALineAt1023CharactersAndReadsTheRestAsALine) {
+TEST_F(SmsUtilsProviderTest, ReadsTheRestOfALineAfter1023BytesAsANewLine) {
   const std::string text(1023 - std::string("user-data: ").size(), 'x');
   tool("[ \"$*\" = 'list read' ] && printf 'index\\nuser-data: %saddr: 1\\n' " + text);
   const Json::Value record = provider_.receiveMessages().at(0);
@@ -62,7 +62,7 @@ TEST_F(SmsUtilsProviderTest, CutsALineAt1023CharactersAndReadsTheRestAsALine) {
   EXPECT_EQ(record["source"], "1");
 }
 
-TEST_F(SmsUtilsProviderTest, UsesTheListingOfAFailingToolAndHidesTheFirstListing) {
+TEST_F(SmsUtilsProviderTest, UsesTheListingOfAFailingToolAndDiscardsTheUnreadListing) {
   tool(std::string("[ \"$1\" = delete ] || ") + twoMessages + "; exit 3");
   EXPECT_EQ(provider_.receiveMessages().size(), 2u);
   EXPECT_EQ(readFile(calls), std::string(listCalls) + deleteCall);
@@ -87,8 +87,8 @@ TEST_F(SmsUtilsProviderTest, ReceivesNothingWithoutAPipe) {
   EXPECT_THAT(log_.text(), HasSubstr("[ERROR] [SMS-UTILS] Pipe error: [24][Too many open files]\n"));
 }
 
-// The tool stops in the middle of a line, sends SIGTERM to the waiting reader, and goes on. SIGTERM must not
-// be blocked in the tool.
+// The tool pauses in the middle of a line, sends SIGTERM to this process, which waits for the line, and
+// prints the rest. The signal mask that the tool records shows that SIGTERM is not blocked in the tool.
 TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
   struct sigaction action{}, before{};
   static volatile std::sig_atomic_t signals;
@@ -107,9 +107,9 @@ TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
 struct SendRow {
   const char* name;
   const char* record;
-  const char* tool;  ///< the script of its send call
+  const char* tool;  ///< the end of the tool's script
   bool result;
-  const char* text;  ///< the content of the file that it sends
+  const char* text;  ///< the text that the tool sends; "unsent" if it is not called
   const char* log;   ///< the end of the log
 };
 constexpr char sendLine[] =
@@ -121,13 +121,13 @@ const SendRow sendRows[] = {
      "send -f /tmp/sms/sms-tmp 49 >> /var/log/veld.log 2>&1'\n"},
     {"NoText", "{'recipient':'+49'}", "", true, "", sendLine},
     {"TextEndsAtANul", "{'recipient':'+49','message':'a\\u0000b'}", "", true, "a", sendLine},
-    {"RefusedAndFileRemoved", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp; exit 3", false, "a",
+    {"RefusedAndFileMissing", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp; exit 3", false, "a",
      "[ERROR] Error to send SMS. Error: 768\n"
      "rm: cannot remove '/tmp/sms/sms-tmp': No such file or directory\n"
      "[ERROR] Error to remove file rm /tmp/sms/sms-tmp: [0][Success]\n"},
     {"Killed", "{'recipient':'+49','message':'a'}", "kill -9 $$", false, "a",
      "[ERROR] Error to send SMS. Error: 35072\n"},
-    {"FileRemoved", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp", true, "a",
+    {"FileMissing", "{'recipient':'+49','message':'a'}", "rm /tmp/sms/sms-tmp", true, "a",
      "[ERROR] Error to remove file rm /tmp/sms/sms-tmp: [0][Success]\n"},
     {"EmptyRecipient", "{'recipient':'','message':'a'}", "", false, "unsent",
      "[INFO] SMS recipient is empty\n"},
@@ -135,7 +135,7 @@ const SendRow sendRows[] = {
     {"NotARecord", "[1]", "", false, "unsent", "[INFO] SMS recipient is empty\n"},
 };
 class Send : public SmsUtilsProviderTest, public testing::WithParamInterface<SendRow> {};
-TEST_P(Send, HandsTheTextToTheTool) {
+TEST_P(Send, PassesTheTextToTheTool) {
   writeFile(sent, "unsent");
   tool(std::string("cat \"$4\" > ") + sent + "; echo said; " + GetParam().tool);
   errno = 0;
@@ -146,7 +146,7 @@ TEST_P(Send, HandsTheTextToTheTool) {
 }
 INSTANTIATE_ROWS(Send, sendRows);
 
-TEST_F(SmsUtilsProviderTest, AnnouncesIrreversibleSteps) {
+TEST_F(SmsUtilsProviderTest, CallsItsEventsBeforeEachStepThatCannotBeUndone) {
   struct Events final : ModemEvents {
     bool isTaken(const std::string& guid) const override { return guid.substr(14) == "00"; }
     void aboutToDelete(const std::vector<Json::Value>& records) override {
@@ -178,17 +178,17 @@ TEST_F(SmsUtilsProviderTest, LogsTheCommandBeforeItRunsAndAppendsTheToolsOutput)
   EXPECT_EQ(readFile("/var/log/veld.log"), "hi wrong\nyou wrong\n");
 }
 
-TEST_F(SmsUtilsProviderTest, FailsWhenItsFolderIsFullOrMissing) {
+TEST_F(SmsUtilsProviderTest, FailsToSendWhenTheStagingFolderIsFullOrMissing) {
   std::filesystem::create_symlink("/dev/full", "/tmp/sms/sms-tmp");
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':'a'}")));
   std::filesystem::remove_all("/tmp/sms");
-  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // the text is not read
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // does not throw
   EXPECT_EQ(log_.text(),
             "[ERROR] Cannot write file /tmp/sms/sms-tmp: [28][No space left on device]\n"
             "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");
 }
 
-TEST_F(SmsUtilsProviderTest, ThrowsForARecordOfTheWrongShape) {
+TEST_F(SmsUtilsProviderTest, ThrowsForARecipientOrAMessageOfTheWrongType) {
   EXPECT_THROW(provider_.sendMessage(json("{'recipient':{}}")), Json::LogicError);
   EXPECT_THROW(provider_.sendMessage(json("{'recipient':'1','message':[]}")), Json::LogicError);
 }

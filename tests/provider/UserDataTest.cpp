@@ -6,7 +6,7 @@ struct ByteRow {
   const char* name;
   const char* text;
   int byte;
-  std::size_t cursor;  ///< its new position
+  std::size_t cursor;  ///< the cursor's new position
 };
 const ByteRow byteRows[] = {
     {"Plain", "a", 'a', 1},
@@ -42,7 +42,7 @@ TEST(EscapedByte, IsZeroPastTheEnd) {
 
 namespace {
 
-// The reference, the index and the count of a part, then the rest of the text. "-" without a header.
+// Returns "REFERENCE INDEX/COUNT REST" for a record with a part's keys, and "- REST" for another record.
 std::string described(const Json::Value& record, const std::string& rest) {
   if (record.isNull()) return "- " + rest;
   return record["part-id"].asString() + " " + record["part-index"].asString() + "/" +
@@ -57,7 +57,7 @@ const Row<const char*, const char*> headerRows[] = {
     {"UndecodableReference16", R"(\x06\x08\x04\xzz\x34\x03\x02)", "65332 1/3 "},
     {"OneFillOctetIsRemoved", R"(\x05\x00\x03\x2a\x02\x01\x00\x00Hello)", R"(42 0/2 \x00Hello)"},
     {"HeaderLength1", R"(\x01\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
-    {"PrintedOctets", R"(\x05\x00\x03*\x02\x01Hello)", "42 0/2 Hello"},
+    {"PrintableOctet", R"(\x05\x00\x03*\x02\x01Hello)", "42 0/2 Hello"},
     {"NamedEscapes", R"(\a\x08\x04\n\f\r\b!)", "2572 7/13 !"},
     {"HeaderLength99", R"(\x63\x00\x03\x2a\x02\x01Hello)", "42 0/2 Hello"},
     {"HeaderLength0", R"(\x00\x00\x03\x2a\x02\x01Hello)", R"(- \x00\x00\x03\x2a\x02\x01Hello)"},
@@ -73,7 +73,7 @@ const Row<const char*, const char*> headerRows[] = {
     {"TruncatedAfterTheReference", R"(\x05\x00\x03\x2a)", "- "},
     {"TruncatedInTheNumber", R"(\x05\x00\x03\x2a\x02\x0)", R"(- \x05\x00\x03\x2a\x02\x0)"},
 };
-TEST_ROWS(Header, IsRemoved, headerRows) {
+TEST_ROWS(Header, IsReadAndRemoved, headerRows) {
   Json::Value record;
   std::string text = GetParam().given;
   parseUserDataHeader(record, text);
@@ -82,13 +82,13 @@ TEST_ROWS(Header, IsRemoved, headerRows) {
 
 const Row<const char*, const char*> unescapeRows[] = {
     {"All", R"(\"\\\n\r\t)", "\"\\\n\r\t"},
-    {"ResolvedBackslashBeginsNoEscape", R"(a\\nb)", R"(a\nb)"},
+    {"ReplacedBackslashBeginsNoEscape", R"(a\\nb)", R"(a\nb)"},
     {"HexStays", R"(\x41)", R"(\x41)"},
     {"OtherEscapesStay", R"(\a\?\')", R"(\a\?\')"},
     {"BackslashAfterAnotherEscape", R"(\\x\q\\n)", R"(\x\q\n)"},
     {"LoneBackslash", "a\\", "a\\"},
 };
-TEST_ROWS(Unescape, ResolvesFiveEscapes, unescapeRows) {
+TEST_ROWS(Unescape, ReplacesFiveEscapes, unescapeRows) {
   std::string text = GetParam().given;
   unescapeText(text);
   EXPECT_EQ(text, GetParam().expected);
@@ -108,11 +108,11 @@ TEST(GsmAlphabet, IsComplete) {
 
 const Row<const char*, const char*> decodeRows[] = {
     {"HighBytesStay", "é\xFF", "é\xFF"},
-    {"UpperSecondDigit", R"(\x0A)", "\n"},
-    {"FirstOfTheExtension", R"(\x80)", "?"},
-    {"LastDecodable", R"(\xaf)", "\\"},
-    {"UpperAEndsTheDecoding", R"(\x41\xA8)", R"(A\xA8)"},
-    {"LowerBEndsTheDecoding", R"(\x41\xb1\x41)", R"(A\xb1\x41)"},
+    {"UpperCaseSecondDigit", R"(\x0A)", "\n"},
+    {"FirstCodeOfTheExtension", R"(\x80)", "?"},
+    {"LastDecodableCode", R"(\xaf)", "\\"},
+    {"UpperCaseAEndsTheDecoding", R"(\x41\xA8)", R"(A\xA8)"},
+    {"LowerCaseBEndsTheDecoding", R"(\x41\xb1\x41)", R"(A\xb1\x41)"},
     {"MissingDigitEndsTheDecoding", R"(\x41\x\x41)", R"(A\x\x41)"},
     {"InvalidSecondDigit", R"(\x4g)", "è"},
     {"HexPrefix", R"(\x0x41)", "@41"},
@@ -120,11 +120,11 @@ const Row<const char*, const char*> decodeRows[] = {
     {"TruncatedAfterOneDigit", R"(a\x4)", "aè"},
     {"DoubledBackslash", R"(\\x41)", "\\A"},
     {"EscapeWithoutExtension", R"(\x1bA)", "?"},
-    {"EscapeFirstByteOfTwo", "\\x1b\xC3\xA4", "?\xA4"},
-    {"EscapeUnknownCharacter", R"(\x1b[b)", "b"},
+    {"EscapeBeforeACharacterOfTwoBytes", "\\x1b\xC3\xA4", "?\xA4"},
+    {"EscapeBeforeAnUnknownCharacter", R"(\x1b[b)", "b"},
     {"EscapeAtTheEnd", R"(a\x1b)", "a"},
     {"EscapeBeforeEscape", R"(\x1B\x14)", "x14"},
-    {"EscapeThatGivesNothingSkipsAByte", R"(\x1b[\x41\x41)", R"(\x41A)"},
+    {"EmptyReplacementSkipsAByte", R"(\x1b[\x41\x41)", R"(\x41A)"},
     {"DecodedBackslashBeginsNoEscape", R"(\xafx41)", R"(\x41)"},
 };
 TEST_ROWS(Decode, ReplacesHexEscapes, decodeRows) {

@@ -9,7 +9,7 @@ using Orvel::Logger;
 
 namespace {
 
-/// Listens on the socket to which syslog() writes.
+/// The socket to which syslog() writes. Its destruction makes the logger write to standard error again.
 class SyslogSocket : public DatagramSocket {
  public:
   SyslogSocket() : DatagramSocket(_PATH_LOG) {}
@@ -25,7 +25,7 @@ TEST(Logger, SetUpFailsWithoutSyslogOrIdent) {
   EXPECT_FALSE(Logger::setup(Logger::PrintMode::Syslog, "", 0, 0));
 }
 
-TEST(Logger, KeepsTheIdentForSyslog) {
+TEST(Logger, CopiesTheIdent) {
   SyslogSocket syslog;
   {
     std::string ident = "VELD";
@@ -64,7 +64,7 @@ const Row<std::string, std::string> textRows[] = {
      "~ \xC2\xA0é€\xED\x9F\xBF\uE000😀\xF4\x8F\xBF\xBF"},
     {"ControlCharactersOfTwoBytes", "\xC2\x80\xC2\x9F", "#302#200#302#237"},
     {"Latin1", "\xE4\xFCx", "#344#374x"},
-    {"BareContinuation", "\xBF\xA0é", "#277#240é"},
+    {"ContinuationByteWithoutAFirstByte", "\xBF\xA0é", "#277#240é"},
     {"Truncated", "\xE2\x82x\xF0\x9F\x98", "#342#202x#360#237#230"},
     {"Overlong", "\xC1\xBF\xE0\x9F\xBF\xF0\x8F\xBF\xBF", "#301#277#340#237#277#360#217#277#277"},
     {"Surrogate", "\xED\xA0\x80\xED\xBF\xBF", "#355#240#200#355#277#277"},

@@ -18,9 +18,9 @@ const SplitRow splitRows[] = {
     {"Empty", "", 9, {""}},
     {"ExactLimit", "a b", 2, {"a", "b"}},
     {"LimitKeepsTheRest", "a b  c", 2, {"a", "b  c"}},
-    {"LimitOfNone", "a b", 0, {}},
+    {"LimitZero", "a b", 0, {}},
 };
-TEST_ROWS(Split, GivesThePieces, splitRows) {
+TEST_ROWS(Split, ReturnsThePieces, splitRows) {
   EXPECT_EQ(split(GetParam().text, " ,", GetParam().limit), GetParam().pieces);
 }
 

@@ -2,8 +2,8 @@
 #include "tests/DatagramSocket.h"
 #include "tests/TemporaryFolder.h"
 
-TEST(Watchdog, SendsSignsToTheNamedSocket) {
-  const TemporaryFolder folder;  // gives a unique name: abstract names are shared by the machine
+TEST(Watchdog, ReportsToTheSocketOfTheEnvironmentVariable) {
+  const TemporaryFolder folder;  // gives a unique name, because all processes share the abstract names
   for (const std::string& name : {std::string("/run/manager"), "@" + folder.path}) {
     DatagramSocket manager(name);
     setenv("NOTIFY_SOCKET", name.c_str(), 1);
