@@ -11,6 +11,6 @@ extern const std::array<std::array<std::string_view, 128>, 2> gsmAlphabets;
 inline constexpr const auto& gsmDefaultAlphabet = gsmAlphabets[0];
 
 /// The extension table (section 6.2.1.1) holds the character for the code after the escape code, and "?" for
-/// an undefined code. Two codes are those of the gateway's messages instead of the published codes: the form
-/// feed is 0x0F instead of 0x0A, and "^" is 0x13 instead of 0x14.
+/// an undefined code. The gateway's messages use other codes than the published table for two characters: the
+/// form feed is 0x0F instead of 0x0A, and "^" is 0x13 instead of 0x14.
 inline constexpr const auto& gsmExtensionAlphabet = gsmAlphabets[1];

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The functions that a provider calls before and after steps that cannot be undone. They can save the
-/// messages before such a step.
+/// The callbacks of a provider. Before each step of the modem that cannot be undone, a callback can save the
+/// messages.
 class ModemEvents {
  public:
   /// Returns true if a received message already has this guid. The new message then gets another guid.

@@ -7,9 +7,9 @@
 /// Joins the parts of concatenated messages among the records of one receive call.
 ///
 /// The result begins with the records without "part-id", in their order. One record for each concatenation
-/// reference ("part-id") follows, in ascending order of the references. This record is the first part that
-/// arrived, in which joinParts has joined the texts of all parts. Senders are not compared. If a part arrives
-/// twice, its later text is used.
+/// reference ("part-id") follows, in ascending order of the references. This record has the keys of the part
+/// that arrived first and, after joinParts, the texts of all parts. Senders are not compared. If a part
+/// arrives twice, its later text is used.
 std::vector<Json::Value> joinMultipartMessages(std::vector<Json::Value> records);
 
 /// Sets "message" to the joined texts of "parts", with " ... " for each missing part. If no part is missing,

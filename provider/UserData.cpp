@@ -18,7 +18,7 @@ constexpr std::uint8_t noCode = 0xFF;
 constexpr char firstEscapable = '"';
 constexpr std::size_t hexEscapeLength = 4;  // for example \x41
 
-// The octet of each escape, or -1. The index is the character after the backslash minus `firstEscapable`.
+// The index is the character after a backslash minus `firstEscapable`. The value is the octet, or -1.
 using EscapeCharacterTable = std::array<signed char, 'v' - firstEscapable + 1>;
 
 constexpr EscapeCharacterTable makeEscapeCharacterTable() {
@@ -73,7 +73,7 @@ bool startsDecodableCode(char firstDigit) {
 }
 
 // Finds the lowest code whose default character begins with the byte `printed` in UTF-8. Returns the
-// character of this code in the extension table, or an empty text if no default character begins so.
+// character of this code in the extension table, or an empty text if there is no such code.
 std::string_view extensionText(char printed) {
   static const auto codes = [] {
     std::array<std::uint8_t, 256> table;

@@ -29,9 +29,9 @@ void parseUserDataHeader(Json::Value& record, std::string& text);
 void unescapeText(std::string& text);
 
 /// Replaces each hex escape by its character in the alphabets of GsmAlphabet.h. Replaces the escape code 0x1B
-/// and the next character by a character of the extension table. Removes both if the next character is
-/// missing or not in the default alphabet. Decoding ends at the first hex escape whose first digit is neither
-/// 0 to 9 nor "a"; this escape and all later escapes stay. The text never grows.
+/// and the next character by a character of the extension table. The replacement is empty if the next
+/// character is missing or not in the default alphabet. Decoding ends at the first hex escape whose first
+/// digit is neither 0 to 9 nor "a"; this escape and all later escapes stay. The text never grows.
 void decodeGsmEscapes(std::vector<char>& bytes);
 
 /// Calls the three functions above in their order: sets the keys in `record` and returns the decoded text.

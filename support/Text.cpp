@@ -51,7 +51,7 @@ std::size_t printableLength(std::string_view text) {
     if ((next & 0xC0) != 0x80) return 0;
     character = character << 6 | (next & 0x3F);
   }
-  constexpr std::uint32_t least[] = {0xA0, 0x800, 0x10000};  // below are control characters or overlong forms
+  constexpr std::uint32_t least[] = {0xA0, 0x800, 0x10000};  // the first printable character of 2, 3, 4 bytes
   const bool surrogate = character >= 0xD800 && character < 0xE000;
   return character >= least[length - 2] && character <= 0x10FFFF && !surrogate ? length : 0;
 }

@@ -6,7 +6,7 @@ pass 2
 records received
 expect-count 2
 
-# The daemon recovers when the tool is killed while it sends, prints nothing, or is missing.
+# The daemon recovers when the tool is killed during a send, when it prints nothing, and when it is missing.
 queue +4917011111 "killed" --retries 1
 fault tool send kill 1
 pass
