@@ -36,7 +36,7 @@ class CannedApi {
     return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
   }
 
-  /// Ends the API after the current request. Returns the request's head and body; empty if none arrived.
+  /// Ends the API after a request that has begun. Returns the request; empty if no request arrived.
   const std::string& request() {
     if (thread_.joinable()) {
       shutdown(socket_, SHUT_RDWR);

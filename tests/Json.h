@@ -5,11 +5,10 @@
 #include <sstream>
 #include <string>
 
-/// Parses JSON without the replacement that json() makes.
+/// Parses JSON. Unlike json(), replaces no character.
 inline Json::Value jsonAsItIs(const std::string& text) {
-  std::istringstream stream(text);
   Json::Value value;
-  stream >> value;
+  std::istringstream(text) >> value;
   return value;
 }
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// Collects the log, which goes to standard error, and standard output until the first text() or echo().
+/// Collects standard error, where the log goes, and standard output. The first text() or echo() ends this.
 class LogCapture {
  public:
   LogCapture() {

@@ -19,7 +19,7 @@ inline std::string readFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A temporary folder with the given files. The destructor removes it.
+/// A temporary folder with the given files. The destructor removes the folder.
 class TemporaryFolder {
  public:
   TemporaryFolder(std::initializer_list<std::pair<const char*, std::string>> files = {}) {

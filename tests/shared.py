@@ -13,7 +13,7 @@ def remove_messages():
 
 
 def write_program(path, text):
-    """Replaces the file, or the link, at `path` by a shell script. Returns its path."""
+    """Replaces the file or the link at `path` by a shell script. Returns the script's path."""
     file = pathlib.Path(path)
     file.parent.mkdir(exist_ok=True)
     file.unlink(missing_ok=True)

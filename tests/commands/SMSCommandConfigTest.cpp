@@ -2,7 +2,7 @@
 #include "tests/Testing.h"
 
 namespace {
-const Json::Value least = merged(
+const Json::Value required = merged(
     json(commandSettings), json("{'whitelist':{'enabled':true,'numbers':[1]},'password':{'enabled':true}}"));
 }
 
@@ -19,7 +19,7 @@ TEST(SMSCommandConfig, PermitsEachCommandByItsOwnFlag) {
       "ethernetEnabled",    "wanStatusEnabled",   "wifiEnabled",           "pingEnabled",
       "serialEnabled",      "geopositionEnabled", "lnsRestartEnabled",     "wanIpsEnabled"};
   for (int permitted = 0; permitted < SMSCMD_COUNT; ++permitted) {
-    Json::Value settings = least;
+    Json::Value settings = required;
     settings["enabled"] = settings["checkinEnabled"] = settings["rebootEnabled"] = false;
     settings[flags[permitted]] = true;
     SMSCommandConfig config;
@@ -46,7 +46,7 @@ const Row<std::string, const char*> refusalRows[] = {
 };
 TEST_ROWS(MissingMember, IsLoggedAndEarlierMembersAreKept, refusalRows) {
   const auto& [name, path, error] = GetParam();
-  Json::Value settings = least;
+  Json::Value settings = required;
   const std::size_t dot = path.find('.');
   Json::Value& holder = dot == std::string::npos ? settings : settings[path.substr(0, dot)];
   ASSERT_TRUE(holder.removeMember(dot == std::string::npos ? path : path.substr(dot + 1), nullptr));
@@ -64,9 +64,9 @@ TEST_ROWS(MissingMember, IsLoggedAndEarlierMembersAreKept, refusalRows) {
 
 TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
   for (const std::string on : {"enabled", "whitelist", "password"}) {
-    Json::Value settings = least;
+    Json::Value settings = required;
     settings["enabled"] = settings["whitelist"]["enabled"] = settings["password"]["enabled"] = false;
-    (settings[on].isObject() ? settings[on]["enabled"] : settings[on]) = true;
+    (on == "enabled" ? settings[on] : settings[on]["enabled"]) = true;
     SMSCommandConfig config;
     ASSERT_TRUE(config.setConfig(settings));
     EXPECT_EQ(config.enabled, on == "enabled");
@@ -78,7 +78,7 @@ TEST(SMSCommandConfig, ReadsEachSwitchFromItsOwnKey) {
 
 TEST(SMSCommandConfig, ThrowsForAValueOfTheWrongType) {
   for (const char* const key : {"enabled", "checkinEnabled", "pingEnabled"}) {
-    Json::Value settings = least;
+    Json::Value settings = required;
     settings[key] = "true";
     SMSCommandConfig config;
     EXPECT_THROW(config.setConfig(settings), Json::LogicError) << key;

@@ -1,4 +1,4 @@
-"""Classes and functions for the tests of the documents: they read a document and run a simulated gateway."""
+"""Helpers for the tests of the documents: a document's examples and tables, and a simulated gateway."""
 import json
 import pathlib
 import re
@@ -15,7 +15,7 @@ class Document:
         self.text = (DOCS / name).read_text()
 
     def block(self, name):
-        """Returns the content of a fenced code block. Its name is the second word after the fence."""
+        """Returns the content of the code block that begins with "```LANGUAGE name"."""
         found = re.findall(rf"^```\w+ {name}\n(.*?)^```$", self.text, re.M | re.S)
         assert len(found) == 1, f"{len(found)} blocks are named {name}"
         return found[0]

@@ -102,8 +102,8 @@ class MessageFilesTest(unittest.TestCase):
             with self.subTest(name):
                 self.assertFalse(validator().is_valid(record))
 
-    def test_faulty_files_end_where_the_document_says(self):
-        rows = [  # beginning of the document's row, file name, content; messages sent and folder after two passes
+    def test_faulty_files_end_in_the_documented_folder(self):
+        rows = [  # beginning of a row in the document; file name; content; after two passes: messages sent, folder
             ("the file's name is not the guid", "other", queued(), 2, "sending"),
             ("no `guid`", queued()["guid"], queued(guid=None), 2, "sending"),
             ("`recipient` is missing", queued()["guid"], queued(recipient=None), 0, "failed"),
@@ -135,7 +135,7 @@ class MessageFilesTest(unittest.TestCase):
         self.assertEqual({self.where(name) for name in after + ["2026010100000000"]}, {"sending"})
 
     def after_two_passes(self, name, content):
-        """Queues a faulty file. Returns the good files before and after it in the listing, and the sent messages."""
+        """Queues a file among five good files. Returns the good files listed before and after it, and the sent messages."""
         self.setUp()
         good = [f"20260101000000{number}" for number in range(10, 15)]
         with Gateway() as gateway:

@@ -44,7 +44,7 @@ constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
 
 }  // namespace
 
-TEST_F(SmsUtilsProviderTest, CallsDeleteOnlyAfterAMessageWithOrWithoutASender) {
+TEST_F(SmsUtilsProviderTest, DeletesOnlyIfThereIsAMessageEvenWithoutASender) {
   tool("echo no messages");
   EXPECT_TRUE(provider_.receiveMessages().empty());
   EXPECT_EQ(readFile(calls), listCalls);
@@ -87,8 +87,8 @@ TEST_F(SmsUtilsProviderTest, ReceivesNothingWithoutAPipe) {
   EXPECT_THAT(log_.text(), HasSubstr("[ERROR] [SMS-UTILS] Pipe error: [24][Too many open files]\n"));
 }
 
-// The tool pauses in the middle of a line, sends SIGTERM to this process, which waits for the line, and
-// prints the rest. The signal mask that the tool records shows that SIGTERM is not blocked in the tool.
+// The tool pauses in the middle of a line and sends SIGTERM to this process. Then the tool prints the rest.
+// The signal mask that the tool records shows that SIGTERM is not blocked in the tool.
 TEST_F(SmsUtilsProviderTest, ReadsTheWholeListingUnderSigterm) {
   struct sigaction action{}, before{};
   static volatile std::sig_atomic_t signals;
@@ -109,7 +109,7 @@ struct SendRow {
   const char* record;
   const char* tool;  ///< the end of the tool's script
   bool result;
-  const char* text;  ///< the text that the tool sends; "unsent" if it is not called
+  const char* text;  ///< the text that the tool sends; "unsent" if the tool is not called
   const char* log;   ///< the end of the log
 };
 constexpr char sendLine[] =
@@ -146,7 +146,7 @@ TEST_P(Send, PassesTheTextToTheTool) {
 }
 INSTANTIATE_ROWS(Send, sendRows);
 
-TEST_F(SmsUtilsProviderTest, CallsItsEventsBeforeEachStepThatCannotBeUndone) {
+TEST_F(SmsUtilsProviderTest, CallsTheCallbacksBeforeDeletingAndBeforeAndAfterSending) {
   struct Events final : ModemEvents {
     bool isTaken(const std::string& guid) const override { return guid.substr(14) == "00"; }
     void aboutToDelete(const std::vector<Json::Value>& records) override {
@@ -182,7 +182,7 @@ TEST_F(SmsUtilsProviderTest, FailsToSendWhenTheStagingFolderIsFullOrMissing) {
   std::filesystem::create_symlink("/dev/full", "/tmp/sms/sms-tmp");
   EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':'a'}")));
   std::filesystem::remove_all("/tmp/sms");
-  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // does not throw
+  EXPECT_FALSE(provider_.sendMessage(json("{'recipient':'1','message':[]}")));  // does not read the text
   EXPECT_EQ(log_.text(),
             "[ERROR] Cannot write file /tmp/sms/sms-tmp: [28][No space left on device]\n"
             "[ERROR] Cannot open file [/tmp/sms/sms-tmp] to write: [2][No such file or directory]\n");

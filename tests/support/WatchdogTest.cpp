@@ -3,7 +3,7 @@
 #include "tests/TemporaryFolder.h"
 
 TEST(Watchdog, ReportsToTheSocketOfTheEnvironmentVariable) {
-  const TemporaryFolder folder;  // gives a unique name, because all processes share the abstract names
+  const TemporaryFolder folder;  // gives a unique name, because all processes share the abstract socket names
   for (const std::string& name : {std::string("/run/manager"), "@" + folder.path}) {
     DatagramSocket manager(name);
     setenv("NOTIFY_SOCKET", name.c_str(), 1);
