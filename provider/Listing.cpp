@@ -81,7 +81,7 @@ Listing parseListing(const std::vector<std::string>& lines,
   auto line = lines.begin();
   while (line != lines.end()) {
     if (!contains(*line, indexMarker)) {
-      // Only lines before the first message are skipped. `records` is empty then; this limit has no effect.
+      // Only lines before the first message are skipped. `records` is empty here: the limit has no effect.
       if (listing.records.size() == recordsBeforeFirstMessage) break;
       ++line;
       continue;

@@ -13,6 +13,6 @@
 std::vector<Json::Value> joinMultipartMessages(std::vector<Json::Value> records);
 
 /// Sets "message" to the joined texts of "parts", with " ... " for each missing part. If no part is missing,
-/// the record is complete: removes "parts", "part-id", "part-index" and "part-count". Changes only a record
-/// that has "part-id" and an array in "parts".
+/// also removes "parts", "part-id", "part-index" and "part-count": the record is then complete. Changes only
+/// a record that has "part-id" and an array in "parts".
 void joinParts(Json::Value& record);

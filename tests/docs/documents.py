@@ -53,7 +53,7 @@ class Gateway:
         while (said := self.process.stdout.readline()) not in ("# done\n", ""):
             answer.append(said.rstrip("\n"))
         assert said, f'the gateway ended at "{line}"'
-        return [said for said in answer[1:] if said]  # without the echo of the line
+        return [said for said in answer[1:] if said]  # answer[0] is the echo of the line
 
     def run(self, *lines):
         for line in lines:
