@@ -1,5 +1,3 @@
-#include "proof/Disturbances.h"
-
 #include <unistd.h>
 
 #include <csignal>
@@ -8,29 +6,35 @@
 
 #include "proof/Proofs.h"
 #include "proof/Steps.h"
+#include "simulator/console/Interpreter.h"
 #include "simulator/support/Files.h"
 
 namespace {
 
 using namespace Step;
-using Simulator::ApiFault;
-using Simulator::ToolFault;
 
 World::Step fault(unsigned active) {
   return [active](World& world) { world.faults = active; };
 }
 
-const World::Step fillVar = [](World& world) { world.gateway().var.fill(); };
-const World::Step freeVar = [](World& world) { world.gateway().var.free(); };
-const World::Step fillTmp = [](World& world) { world.gateway().tmp.fill(); };
-const World::Step thaw = [](World&) { World::thaw(Simulator::MessageFolders::root); };
-const World::Step closeSyslog = [](World& world) { world.gateway().syslog.close(); };
-const World::Step closeApi = [](World& world) { world.gateway().api.close(world.below(2) == 0); };
-const World::Step removeTool = [](World& world) { world.gateway().setToolThere(false); };
-const World::Step unhangTool = [](World& world) { world.gateway().modem.clearFaults(); };
+// Executes a line of the simulator's console.
+World::Step say(const std::string& line) {
+  return [line](World& world) { Simulator::Interpreter(world.gateway()).execute(line); };
+}
+
+// Executes one of these lines.
+World::Step sayAny(const std::vector<std::string>& lines) {
+  return [lines](World& world) { say(lines[world.below(static_cast<unsigned>(lines.size()))])(world); };
+}
+
+World::Step failTool(const std::string& operation) {
+  const std::string begin = "fault tool " + operation;
+  return sayAny({begin + " fail", begin + " fail 2", begin + " kill 2", begin + " silent 2"});
+}
+
 const World::Step deleteRead = [](World& world) { world.gateway().modem.deleteRead(); };
 const World::Step removeSpool = [](World&) { std::filesystem::remove_all(World::spool); };
-const World::Step terminate = [](World& world) { world.daemon().signal(SIGTERM); };
+const World::Step thaw = [](World&) { World::thaw(Simulator::MessageFolders::root); };
 const World::Step killAll = [](World& world) { world.kill(true); };
 const World::Step passes = [](World& world) { world.pass(1 + world.below(3)); };
 const World::Step awaitSleep = [](World& world) { world.lives = world.awaitSleep(); };
@@ -40,29 +44,14 @@ void insidePass(World& world) {
   usleep(world.below(world.passMicroseconds + world.passMicroseconds / 4));
 }
 
-void freeze(World& world) {
-  if (World::freeze(Simulator::MessageFolders::root)) return;
-  std::cout << "Left out: a read-only store, since nothing can be mounted here\n";
-  world.faults = 0;
+void freeze(World&) {
+  if (!World::freeze(Simulator::MessageFolders::root))
+    std::cout << "Left out: a read-only store, since nothing can be mounted here\n";
 }
 
-World::Step failTool(const char* operation) {
-  return [operation](World& world) {
-    constexpr ToolFault kinds[] = {ToolFault::Fail, ToolFault::Kill, ToolFault::Silent};
-    world.gateway().modem.setFault(operation, kinds[world.below(3)], 1 + world.below(2));
-  };
-}
-
-void silenceApi(World& world) {
-  Simulator::LocalApiServer& api = world.gateway().api;
-  api.setFault(ApiFault::Silent, 0);
+void awaitRequest(World& world) {
   world.beginPass();
-  world.awaitHang([&api] { return api.waiting() > 0; });
-}
-
-void spoilApi(World& world) {
-  constexpr ApiFault faults[] = {ApiFault::Code, ApiFault::Garbage, ApiFault::Close};
-  world.gateway().api.setFault(faults[world.below(3)], 500);
+  world.awaitHang([&world] { return world.gateway().api.waiting() > 0; });
 }
 
 void killTool(World& world) {
@@ -81,32 +70,27 @@ void setClockBack(World& world) {
   }
 }
 
-// The daemon reads the whitelist only when it starts.
-World::Step whitelist(const Json::Value& entry) {
-  return [entry](World& world) {
-    Json::Value numbers(Json::arrayValue);
-    numbers.append(entry);
-    world.gateway().settings.set("smsCommands.whitelist.numbers", numbers);
-  };
-}
-
 World::Steps fullFrom(const char* operation) {
-  return {
-      fault(Fault::DiskFull), at(operation), fillVar, unhangTool, awaitSleep, stop, freeVar, fault(0), start};
+  return {fault(Fault::DiskFull), at(operation), say("fault disk full"),
+          say("repair tool"),     awaitSleep,    stop,
+          say("repair disk"),     fault(0),      start};
 }
 
 }  // namespace
 
 const std::vector<Disturbance> survived = {
-    {"no room under /var", {fault(Fault::DiskFull), fillVar, passes, repair}},
-    {"no room under /tmp", {fault(Fault::TmpFull), fillTmp, passes, repair}},
+    {"no room under /var", {fault(Fault::DiskFull), say("fault disk full"), passes, repair}},
+    {"no room under /tmp", {fault(Fault::TmpFull), say("fault tmp full"), passes, repair}},
     {"the store is read-only", {freeze, passes, repair, thaw, pass}},
     {"the clock is set back", {setClockBack}},
-    {"syslog is gone", {closeSyslog, passes, repair}},
-    {"the local API is gone", {fault(Fault::ApiFault), closeApi, passes, repair}},
-    {"the local API answers wrongly", {fault(Fault::ApiFault), spoilApi, passes, repair}},
-    {"the local API is silent", {fault(Fault::ApiFault), silenceApi, repair}},
-    {"the tool is gone", {fault(Fault::SendFault), removeTool, passes, repair}},
+    {"syslog is gone", {say("fault syslog gone"), passes, repair}},
+    {"the local API is gone",
+     {fault(Fault::ApiFault), sayAny({"fault api gone", "fault api refused"}), passes, repair}},
+    {"the local API answers wrongly",
+     {fault(Fault::ApiFault), sayAny({"fault api code 500", "fault api garbage", "fault api close"}), passes,
+      repair}},
+    {"the local API is silent", {fault(Fault::ApiFault), say("fault api silent"), awaitRequest, repair}},
+    {"the tool is gone", {fault(Fault::SendFault), say("fault tool gone"), passes, repair}},
     {"the tool fails to list unread", {failTool("unread"), passes, repair}},
     {"the tool fails to list read", {failTool("read"), passes, repair}},
     {"the tool fails to delete", {fault(Fault::NotDeleted), failTool("delete"), passes, repair}},
@@ -119,8 +103,8 @@ const std::vector<Disturbance> lethal = {
     {"SIGKILL of the daemon", {insidePass, Step::kill, start}},
     {"SIGKILL of the daemon and the tool", {insidePass, killAll, start}},
     {"SIGTERM", {insidePass, stop, start}},
-    {"SIGTERM while the tool lists", {at("read"), terminate, unhangTool, stop, start}},
-    {"SIGTERM while the tool sends", {at("send"), terminate, unhangTool, stop, start}},
+    {"SIGTERM while the tool lists", {at("read"), say("kill TERM"), say("repair tool"), stop, start}},
+    {"SIGTERM while the tool sends", {at("send"), say("kill TERM"), say("repair tool"), stop, start}},
     {"no room from \"list unread\" to a restart by SIGTERM", fullFrom("unread")},
     {"no room from \"list read\" to a restart by SIGTERM", fullFrom("read")},
     {"no room from \"delete\" to a restart by SIGTERM", fullFrom("delete")},
@@ -128,8 +112,8 @@ const std::vector<Disturbance> lethal = {
     {"what is noted is removed",
      {at("delete", removeSpool), repair, at("delete", deleteRead), Step::kill, start}},
     {"the whitelist is spoilt",
-     {stop, whitelist(Json::objectValue), fault(Fault::BadWhitelist), start, pass, stop,
-      whitelist(World::friendly), fault(0), start}},
+     {stop, say("settings smsCommands.whitelist.numbers [{}]"), fault(Fault::BadWhitelist), start, pass, stop,
+      say("whitelist " + std::string(World::friendly)), fault(0), start}},
 };
 
 bool disturb(const Words& words) {

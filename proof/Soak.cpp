@@ -3,8 +3,8 @@
 #include <iostream>
 #include <numeric>
 
-#include "proof/Disturbances.h"
 #include "proof/Proofs.h"
+#include "proof/Steps.h"
 
 namespace {
 
