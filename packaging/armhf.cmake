@@ -1,5 +1,5 @@
-# Toolchain of the gateway: 32-bit ARM with hardware floating point, Debian's armhf. Debian's cross compiler
-# provides the C and C++ libraries; scripts/armhf-sysroot fetches the others.
+# Toolchain for the gateway's processor: 32-bit ARM with hardware floating point, which Debian calls armhf. Debian's
+# cross compiler provides the C and C++ libraries. scripts/armhf-sysroot fetches the other libraries.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
@@ -21,11 +21,11 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} ${sysroot})
 set(CMAKE_EXE_LINKER_FLAGS_INIT
   "-Wl,-rpath-link,${sysroot}/usr/lib/arm-linux-gnueabihf:${sysroot}/lib/arm-linux-gnueabihf")
 
-# Programs must not contain the path of the sysroot. Without this CMake would remove it and leave its bytes as padding.
+# Programs must not contain the path of the sysroot. Without this line CMake replaces the path by padding.
 set(CMAKE_SKIP_RPATH ON)
 
-# -Wno-psabi: GCC 7.1 changed how some arguments are passed, but veld links no code of older compilers. -idirafter: some
-# headers of libraries differ between processors.
+# -Wno-psabi: GCC 7.1 changed how some arguments are passed, but veld does not link code of older compilers. -idirafter: this
+# folder contains the library headers that differ between processors.
 set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi -idirafter ${sysroot}/usr/include/arm-linux-gnueabihf")
 
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${sysroot})
