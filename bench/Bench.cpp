@@ -42,7 +42,7 @@ void runBesideFloor(benchmark::State& state, const std::function<void()>& ours,
                     const std::function<void()>& floor) {
   std::vector<double> ourTimes, floorTimes;
   for (auto _ : state) {
-    // Alternates the order, so that neither always finds the caches warm.
+    // Alternates the order, so that warm caches help both actions equally.
     const bool floorFirst = ourTimes.size() % 2 == 1;
     if (floorFirst) floorTimes.push_back(timeOf(floor));
     ourTimes.push_back(timeOf(ours));

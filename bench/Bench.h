@@ -14,12 +14,12 @@ constexpr char storeFolder[] = "/tmp/store";    ///< root of the message store
 constexpr char listingFile[] = "/tmp/listing";  ///< the listing that the tool `sms` prints
 constexpr char inboxFolder[] = "/tmp/store/inbox/received";
 
-/// Runs `ours` and `floor` once in each iteration. Stores the medians of their processor times, including
-/// child processes, in the counters "us" and "floor_us", in microseconds.
+/// Compares `ours` with `floor`: runs each once per iteration. Stores the medians of their processor times in
+/// microseconds in the counters "us" and "floor_us". The times include child processes.
 void runBesideFloor(benchmark::State& state, const std::function<void()>& ours,
                     const std::function<void()>& floor);
 
-/// Runs `before` and `ours` in each iteration. Stores the median of the processor times of `ours` in "us".
+/// Runs `before`, then `ours`, in each iteration. Stores the median of the processor times of `ours` in "us".
 void runAlone(benchmark::State& state, const std::function<void()>& before,
               const std::function<void()>& ours);
 

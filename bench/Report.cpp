@@ -38,9 +38,9 @@ std::string rounded(double value, int digits) {
 struct Row {
   const char* what;
   std::string measured, floor;
-  double value;  ///< to be compared with `bound`
-  double bound;
-  bool isAtMost;
+  double value;
+  double bound;   ///< the target
+  bool isAtMost;  ///< true: `bound` is the largest permitted value; false: the smallest
 
   bool isMet() const { return isAtMost ? value <= bound : value >= bound; }
 };
@@ -79,9 +79,9 @@ bool Report::write(std::ostream& page) const {
       rate("Decoding 1 MB of text with some escapes", "decodeText/1048576"),
       rate("Decoding 1 MB of escapes", "decodeEscapes/1048576"),
       rate("Decoding a million escapes", "decodeEscapes/4000000"),
-      {"Decoding 1 byte of 1 MB; floor: 1 byte of 16 KB", rounded(1000 / large, 2) + " ns",
+      {"Decoding each byte of 1 MB; floor: of 16 KB", rounded(1000 / large, 2) + " ns",
        rounded(1000 / small, 2) + " ns", small / large, 1.25, true},
-      {"Filing 1 of 1,000 new messages; floor: 1 of 250", rounded(many / 1000, 2) + " ms",
+      {"Filing each of 1,000 new messages; floor: of 250", rounded(many / 1000, 2) + " ms",
        rounded(few / 1000, 2) + " ms", many / few, 1.25, true},
   };
   page << "| What | Measured | Floor | Ratio or rate | Target | |\n|---|---|---|---|---|---|\n";

@@ -13,7 +13,7 @@ class Report : public benchmark::ConsoleReporter {
 
   void ReportRuns(const std::vector<Run>& runs) override;
 
-  /// Writes the table of figures and targets, the machine and the date. False if a target is missed.
+  /// Writes the table of figures and targets, the machine and the date. Returns false if a target is missed.
   bool write(std::ostream& page) const;
 
   /// Writes a line for each run of the benchmark `name`: its argument and its time in milliseconds.

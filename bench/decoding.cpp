@@ -1,4 +1,4 @@
-// Measures the decoding of user data from the listing to a text: header, escapes and alphabet.
+// Measures the decoding of user data in a listing: header, escapes and alphabet.
 
 #include <string>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-// Returns copies of `piece`, of at least `size` bytes in all.
+// Repeats `piece` until the text has at least `size` bytes.
 std::string repeated(const std::string& piece, std::int64_t size) {
   std::string text;
   while (text.size() < static_cast<std::size_t>(size)) text += piece;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char toolFolder[] = "/tmp/bin";
 
-// Creates a tool `sms` that costs little, so that the figures show the cost of the daemon itself.
+// Creates a tool `sms` that needs little time, so that the figures show the time of the daemon itself.
 void makeTool() {
   const std::string tool = std::string(toolFolder) + "/sms";
   std::filesystem::create_directories(toolFolder);
@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
   }
   const std::string folder = argv[1];
   makeTool();
-  // The daemon formats its log lines, then they are discarded.
+  // Discards the daemon's log lines. The daemon still formats them.
   if (std::freopen("/dev/null", "w", stderr) == nullptr) return EXIT_FAILURE;
   Report report;
   benchmark::RunSpecifiedBenchmarks(&report);

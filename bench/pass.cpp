@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr unsigned keptBesideNew = 100;
+constexpr unsigned storedMessages = 100;  // before a pass; also the limit
 
 Json::Value commandSettings() {
   Json::Value settings;
@@ -24,7 +24,7 @@ Json::Value commandSettings() {
   return settings;
 }
 
-// The objects of the daemon, in the process of the benchmark.
+// The daemon's objects, which run in the process of the benchmark.
 class Loop {
  public:
   explicit Loop(unsigned limit)
@@ -62,9 +62,9 @@ void runToolCommands() {
 }
 
 void idlePass(benchmark::State& state) {
-  fillInbox(keptBesideNew);
+  fillInbox(storedMessages);
   listNewMessages(0);
-  Loop loop(keptBesideNew);
+  Loop loop(storedMessages);
   runBesideFloor(state, [&] { loop.pass(); }, runToolCommands);
 }
 BENCHMARK(idlePass)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
@@ -85,11 +85,11 @@ BENCHMARK(passWithStored)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-// Files new messages in a full store, which a gateway has after a while.
+// Files new messages in a store that has reached its limit.
 void passWithNew(benchmark::State& state) {
   listNewMessages(static_cast<unsigned>(state.range(0)));
-  Loop loop(keptBesideNew);
-  runAlone(state, [] { fillInbox(keptBesideNew); }, [&] { loop.pass(); });
+  Loop loop(storedMessages);
+  runAlone(state, [] { fillInbox(storedMessages); }, [&] { loop.pass(); });
 }
 BENCHMARK(passWithNew)
     ->Arg(1)
@@ -100,7 +100,7 @@ BENCHMARK(passWithNew)
     ->Iterations(3)
     ->Unit(benchmark::kMillisecond);
 
-// Files new messages in an empty store, below its limit. Each is filed beside all earlier ones.
+// Files new messages in a store that is empty at first, and stays below its limit.
 void passIntoEmptyStore(benchmark::State& state) {
   const auto count = static_cast<unsigned>(state.range(0));
   listNewMessages(count);

@@ -6,14 +6,14 @@ set yrange [0:*]
 set style data linespoints
 
 set output OUT."/pass-against-stored.svg"
-set title "A pass that files one message, against the messages that are kept"
-set xlabel "messages kept under Received"
+set title "Time of a pass that files one message"
+set xlabel "stored messages under Received"
 set ylabel "processor time in ms"
 plot FOLDER."/passWithStored" lw 2 pt 7 title "a pass"
 
 set output OUT."/pass-against-new.svg"
-set title "A pass, against the new messages that it files"
+set title "Time of a pass that files several messages"
 set xlabel "new messages"
 set ylabel "processor time in s"
-plot FOLDER."/passWithNew" using 1:($2/1000) lw 2 pt 7 title "100 kept, the limit reached", \
-     FOLDER."/passIntoEmptyStore" using 1:($2/1000) lw 2 pt 5 title "none kept yet, the limit not reached"
+plot FOLDER."/passWithNew" using 1:($2/1000) lw 2 pt 7 title "100 stored messages, at the limit", \
+     FOLDER."/passIntoEmptyStore" using 1:($2/1000) lw 2 pt 5 title "no stored messages, below the limit"

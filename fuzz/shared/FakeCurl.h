@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Replaces libcurl in a fuzz target, so that no request leaves the process. Records each transfer, and
-/// answers it with the answer that the target has set.
+/// Replaces libcurl in a fuzz target, so that no request leaves the process. Adds each transfer to
+/// `requests`, and passes `answer` to the transfer's write callback.
 namespace FakeCurl {
 
 struct Request {
@@ -13,8 +13,8 @@ struct Request {
   std::string body;  ///< empty for a GET
 };
 
-extern std::vector<Request> requests;  ///< in order, since the target last cleared them
+extern std::vector<Request> requests;  ///< in order; the target clears the list
 extern std::string answer;
-extern std::size_t pieceSize;  ///< the bytes of the answer that one call of the write callback gets
+extern std::size_t pieceSize;  ///< the largest number of bytes that one call of the callback receives
 
 }  // namespace FakeCurl

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Aborts the run if `statement` does not hold, so that the fuzzer keeps the input.
+/// If `holds` is false, prints `statement` and aborts, so that the fuzzer keeps the input.
 inline void property(bool holds, const char* statement) {
   if (holds) return;
   std::fprintf(stderr, "This does not hold: %s\n", statement);

@@ -11,6 +11,8 @@ namespace {
 
 bool isHexDigit(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
 
+// Removes the first octet from `rest` and returns it: a byte, or an escape such as \x41 or \n. Returns 0 if
+// `rest` is empty, -1 if the escape is invalid.
 int takeOctet(std::string& rest) {
   const auto take = [&](std::size_t length) {
     const std::string taken = rest.substr(0, length);
@@ -31,6 +33,7 @@ int takeOctet(std::string& rest) {
   return letter != std::string_view::npos ? octets[letter] : -1;
 }
 
+// Returns the character that the escape code 0x1B and the character `printed` stand for; "" if there is none.
 std::string_view behindEscapeCode(char printed) {
   const auto* const code = std::find_if(gsmDefaultAlphabet.begin(), gsmDefaultAlphabet.end(),
                                         [&](std::string_view entry) { return entry[0] == printed; });

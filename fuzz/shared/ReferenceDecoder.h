@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// Decodes user data step by step, with a search, an erasure and an insertion for every escape. This is slow,
-/// but obviously correct. The fuzz target `listing` compares the daemon's decoder with it.
+/// Decodes user data step by step: finds an escape, erases it, inserts its character. This is slow, but
+/// obviously correct. The fuzz target `listing` compares the daemon's decoder with it.
 namespace ReferenceDecoder {
 
 /// Does what parseUserDataHeader() does.

@@ -1,4 +1,4 @@
-// The input is an answer of the local API, both to the request for the settings and to that of a command.
+// The input is an answer of the local API to the request for the settings, and to the request of a command.
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,8 @@
 
 namespace {
 
-// Returns the result of `call`; nullopt if it throws an exception of the JSON library. No other may occur.
+// Returns the result of `call`, or nullopt if `call` throws an exception of the JSON library. `call` must not
+// throw other exceptions.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
   try {
@@ -22,7 +23,7 @@ std::optional<bool> outcome(Call call) {
 }
 
 std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSize) {
-  const Json::Value before("as it was");
+  const Json::Value before("unchanged");
   Json::Value result = before;
   FakeCurl::answer = answer;
   FakeCurl::pieceSize = pieceSize;
@@ -36,14 +37,14 @@ std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSiz
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string answer(data, data + size);
   const auto loaded = settingsLoad(answer, size + 1);
-  property(settingsLoad(answer, 1) == loaded, "the size of an answer's pieces does not matter");
+  property(settingsLoad(answer, 1) == loaded, "the result does not depend on the size of the pieces");
 
   SMSCommandExecutor executor("http://localhost/api/command/sms_restart");
   const bool executed = executor.execute("1", std::vector<std::string>());  // must not throw
   property(executed == (loaded == true), "both requests accept the same answers");
 
   if (loaded == true && answer.find('\0') == std::string::npos) {  // the JSON library stops at a NUL
-    property(settingsLoad(answer + "x", 1) == false, "nothing may follow an answer");
+    property(settingsLoad(answer + "x", 1) == false, "an answer with further text is refused");
     property(settingsLoad(answer.substr(0, answer.rfind('}')), 1) == false, "a truncated answer is refused");
   }
   FakeCurl::requests.clear();

@@ -1,5 +1,5 @@
-// The input is a configuration and a message. Its first four lines are the letters of the enabled settings,
-// the password, the whitelist and the sender; the rest is the text of the message.
+// The input is a configuration and a message. The first four lines are the letters of the enabled settings,
+// the password, the whitelist and the sender. The rest is the text of the message.
 
 #include <algorithm>
 #include <cctype>
@@ -59,8 +59,8 @@ struct Case {
   std::vector<std::string> numbers;
 };
 
-// Returns the request that `input` may cause. Nullopt unless commands are enabled, the sender is permitted,
-// the password matches, and the command is permitted.
+// Returns the request that `input` must cause. Returns nullopt if commands are off, if the sender or the
+// command is not permitted, or if the password does not match.
 std::optional<FakeCurl::Request> permittedRequest(const Case& input) {
   const bool isListed =
       std::find(input.numbers.begin(), input.numbers.end(), input.sender) != input.numbers.end();
@@ -135,14 +135,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   runPass(provider, storage, commands, inTransit, {}, retry);
 
   const std::optional<FakeCurl::Request> permitted = permittedRequest(input);
-  property(FakeCurl::requests.size() <= (permitted ? 1U : 0U), "a stranger causes no request");
-  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "a permitted sender is obeyed");
+  property(FakeCurl::requests.size() <= (permitted ? 1U : 0U),
+           "no message causes a request that is not permitted");
+  property(FakeCurl::requests.size() == (permitted ? 1U : 0U), "a permitted command causes its request");
   if (permitted) {
-    property(FakeCurl::requests[0].url == permitted->url, "the keyword chooses the path");
-    property(FakeCurl::requests[0].body == permitted->body, "the body names the sender and the words");
+    property(FakeCurl::requests[0].url == permitted->url, "the keyword determines the path");
+    property(FakeCurl::requests[0].body == permitted->body, "the body contains the sender and the words");
     record["isSMSCommand"] = true;
   }
   property(inbox.records.size() == 1 && inbox.records[0] == record,
-           "the message is filed, whether or not its command was executed");
+           "the message is filed once, and marked if its command was executed");
   return 0;
 }

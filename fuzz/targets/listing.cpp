@@ -1,4 +1,4 @@
-// The input is the output of `sms list read`. Tests how the provider turns it into records.
+// The input is the output of `sms list read`. Tests the records that the provider makes of this output.
 
 #include "provider/Listing.h"
 
@@ -79,21 +79,21 @@ void checkDecoding(const std::string& line) {
   std::string text = line, expected = line;
   parseUserDataHeader(record, text);
   ReferenceDecoder::parseHeader(expectedRecord, expected);
-  property(record == expectedRecord && text == expected, "the header is that of the reference decoder");
+  property(record == expectedRecord && text == expected, "both decoders read the same header");
 
   unescapeText(text);
   ReferenceDecoder::unescape(expected);
-  property(text == expected, "the unescaped text is that of the reference decoder");
+  property(text == expected, "both decoders return the same unescaped text");
 
   std::vector<char> bytes(text.begin(), text.end());
   decodeGsmEscapes(bytes);
   ReferenceDecoder::decode(expected);
-  property(std::string(bytes.begin(), bytes.end()) == expected,
-           "the decoded text is that of the reference decoder");
+  property(std::string(bytes.begin(), bytes.end()) == expected, "both decoders return the same decoded text");
   property(bytes.size() <= text.size(), "decoding never makes a text longer");
 }
 
-// True if the order of parts must not matter: none comes twice, and parts of a message agree in the count.
+// Returns whether no part comes twice and all parts of a message have the same count. Joining then has the
+// same result for every order of the parts.
 bool isOrderFree(const Records& records) {
   std::set<std::pair<int, int>> seen;
   std::set<std::pair<int, int>> counts;
@@ -108,7 +108,7 @@ bool isOrderFree(const Records& records) {
   return counts.size() == references.size();
 }
 
-// Returns the texts and the missing parts of the records, sorted.
+// Returns the texts and the members "parts" of the records, sorted.
 std::multiset<std::string> texts(const Records& records) {
   std::multiset<std::string> found;
   for (const Json::Value& record : records)
@@ -117,7 +117,7 @@ std::multiset<std::string> texts(const Records& records) {
   return found;
 }
 
-// Returns the stored records after two passes, each of which receives one half of `records`.
+// Returns the stored records after two passes. Each pass receives one half of `records`.
 Records filedInTwoPasses(const Records& records) {
   const auto half = records.begin() + static_cast<std::ptrdiff_t>(records.size() / 2);
   Records filed = joinMultipartMessages(Records(records.begin(), half));
@@ -141,13 +141,13 @@ void checkRecords(const Records& records, const std::vector<Message>& expected) 
   for (const Message& message : expected) {
     if (!message.sender) continue;
     property(record != records.end(), "every message with a sender becomes a record");
-    property((*record)["source"] == *message.sender, "the sender is the rest of the first addr: line");
+    property((*record)["source"] == *message.sender, "the sender is the value of the first addr: line");
     property(record->isMember("message") == message.text.has_value() &&
                  record->get("message", "").asString() == message.text.value_or(""),
-             "the text is that of the first user-data: line, decoded");
+             "the text is the decoded value of the first user-data: line");
     guids.insert((*record++)["guid"].asString());
   }
-  property(record == records.end(), "there are no other records");
+  property(record == records.end(), "only messages with a sender become records");
   property(guids.size() == records.size(), "no two records have the same guid");
 }
 
@@ -157,7 +157,7 @@ void checkJoining(const Records& records) {
   property(texts(joinMultipartMessages(Records(records.rbegin(), records.rend()))) == expected,
            "joining does not depend on the order of arrival");
   property(texts(filedInTwoPasses(records)) == expected,
-           "parts received in two passes form the same messages as in one");
+           "parts form the same messages in two passes as in one pass");
 }
 
 }  // namespace
@@ -190,7 +190,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   property(texts(provider.receiveMessages()) == texts(joinMultipartMessages(records)),
            "the provider returns the messages of the listing");
   property(deletions == (expected.empty() ? 0 : 1),
-           "the provider deletes once if the listing contains a message");
+           "the provider deletes once if the listing has messages, else never");
   return 0;
 }
 

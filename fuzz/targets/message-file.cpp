@@ -1,8 +1,8 @@
 // The input is a file of a message folder: the first byte chooses the folder, the rest is the content. A pass
-// of the loop reads it. In this pass the modem delivers a new part of a concatenated message. It accepts
-// messages only if the first byte is even.
+// of the loop reads this file. In this pass the modem delivers a new part of a concatenated message. The
+// modem sends messages only if the first byte is even.
 //
-// Keeps records in memory: on a disk, the input's "guid" would be a part of paths and shell commands.
+// Keeps saved records in memory. On a disk, the input's "guid" would be a part of paths and shell commands.
 
 #include <cstdint>
 #include <cstdlib>
@@ -21,7 +21,8 @@
 
 namespace {
 
-// A storage with the input in one folder; the others are empty. Records what is saved or removed.
+// A storage that has the input in one folder; the other folders are empty. Keeps a list of the saved records,
+// and of the filters of removals.
 class OneFolder final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override { saved[status].push_back(record); }
@@ -61,7 +62,7 @@ class Modem final : public SmsProvider {
   const bool sends_;
 };
 
-// The folder to which the target writes every input.
+// The folder into which the target writes every input.
 struct InputFolder {
   InputFolder() { property(mkdtemp(path) != nullptr, "the folder for the input can be created"); }
   ~InputFolder() { std::filesystem::remove_all(path); }
@@ -75,14 +76,15 @@ Json::Value withoutStatus(Json::Value record) {
 
 void checkReceived(const OneFolder& store) {
   const auto& saved = store.saved[MessageStatus::Received];
-  property(!saved.empty(), "no stored record prevents the filing of a new message");
+  property(!saved.empty(), "a new message is filed, whatever record is stored");
   bool found = false;
   for (const Json::Value& record : saved)
     found = found || record["message"].asString().find("new") != std::string::npos;
   property(found, "the new part is filed, alone or merged");
 }
 
-// Checks the store after `record`, the only one under Sending or Failed, was offered to the modem.
+// Checks the store after a pass that has offered `record`, the only record under Sending or Failed, to the
+// modem.
 void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) {
   const auto& target = store.saved[wasSent ? MessageStatus::Sent : MessageStatus::Failed];
   property(target.size() == 1, "a message that was offered to the modem is filed once");

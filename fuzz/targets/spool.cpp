@@ -1,5 +1,5 @@
-// The input is a note of the spool as an earlier daemon may have left it: its stage in the first line, then
-// its text. The first pass of the next daemon reads it.
+// The input is a note that an earlier daemon may have left in the spool. The first line is the note's stage,
+// the rest is its text. The target runs the first pass of the next daemon, which reads the note.
 
 #include <algorithm>
 #include <cstdint>
@@ -72,10 +72,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::optional<SpoolEntry> second = entryOf(again);
     property(again.stage == note.stage, "an entry keeps the stage of its note");
     property(second && noteOfAny(*second).text == again.text,
-             "a note that is written from an entry is read as the same entry");
+             "an entry is the same after it is written to a note and read again");
   }
   const std::optional<std::string> text = NoteFile::unframed(input);
-  property(!text || NoteFile::framed(*text) == input, "a text has only one form as a file");
+  property(!text || NoteFile::framed(*text) == input,
+           "writing the text of a note file again gives the same file");
 
   if (!isFileName(note.stage)) return 0;
   static const Root root;
@@ -92,8 +93,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RetryState retry;
   InTransit inTransit(root.path, root.path);
   runPass(modem, storage, commands, inTransit, {}, retry);
-  property(modem.wasAsked, "no note prevents the pass from listing messages");
-  property(!modem.hasSent, "no note makes the pass send a message");
-  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "each unfiled record is filed once");
+  property(modem.wasAsked, "the pass lists messages, whatever the note contains");
+  property(!modem.hasSent, "the pass sends no message, whatever the note contains");
+  property(store.saved.size() == (entry ? unfiled(*entry) : 0),
+           "each record of the note that is not filed yet is filed once");
   return 0;
 }

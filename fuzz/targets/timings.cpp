@@ -1,4 +1,4 @@
-// The input is the back-off timers file.
+// The input is the back-off timers file, which contains the intervals between retries.
 
 #include <dlfcn.h>
 
@@ -21,12 +21,12 @@ std::string content;  // of the files that fopen() below opens
 std::string valueOf(const char* wanted) {
   const std::vector<char> untouched(configValueSize, '\0');
   std::vector<char> value = untouched;
-  property(readConfigValue("any", 1, wanted, value.data()) == 1, "a file that can be opened is read");
+  property(readConfigValue("any", 1, wanted, value.data()) == 1, "a file that can be opened can be read");
   property(std::memchr(value.data(), '\0', value.size()) != nullptr, "a value ends within its buffer");
   return value.data();
 }
 
-// Reads the intervals in `value`. False if a number has more than nine digits.
+// Reads the intervals in `value`. Returns false if a number has more than nine digits.
 bool readIntervals(const std::string& value, std::vector<std::uint32_t>& intervals) {
   int seconds = 0;
   for (std::size_t at = value.find_first_not_of("[,]"); at != std::string::npos;) {
@@ -60,14 +60,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::vector<std::uint32_t> expected;
   smsTimings.clear();
   property(readSmsTimings() == smsTimings.empty(),
-           "readSmsTimings() reports a failure exactly if there is no interval");
+           "readSmsTimings() reports a failure if and only if it finds no interval");
   if (readIntervals(value, expected))
-    property(smsTimings == expected, "each piece is an interval, or repeats the one before");
+    property(smsTimings == expected,
+             "each piece is an interval; one without a number repeats the interval before");
 
   content += "\ntimings-sms=[30,60]\n";
-  property(valueOf(key) == "[30,60]", "the last line with a key counts");
+  property(valueOf(key) == "[30,60]", "the last line with a key determines the value");
   property(valueOf("timings") == "" || content.find("timings=") != std::string::npos,
-           "a part of a key does not match");
+           "the value belongs to the whole key, not to a part of a key");
   return 0;
 }
 
