@@ -11,8 +11,7 @@ namespace {
 
 bool isHexDigit(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
 
-// Removes the first octet from `rest` and returns it: a byte, or an escape such as \x41 or \n. Returns 0 if
-// `rest` is empty, -1 if the escape is invalid.
+// Removes the first byte or escape from `rest`. Returns its octet, 0 at the end, -1 for an invalid escape.
 int takeOctet(std::string& rest) {
   const auto take = [&](std::size_t length) {
     const std::string taken = rest.substr(0, length);

@@ -11,8 +11,7 @@
 
 namespace {
 
-// Returns the result of `call`, or nullopt if `call` throws an exception of the JSON library. `call` must not
-// throw other exceptions.
+// Returns the result of `call`, or nullopt if `call` throws a Json::Exception. No other exception may occur.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
   try {

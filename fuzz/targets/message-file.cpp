@@ -1,7 +1,6 @@
 // The input is a file of a message folder: the first byte chooses the folder, the rest is the content. A pass
 // of the loop reads this file. In this pass the modem delivers a new part of a concatenated message. The
 // modem sends messages only if the first byte is even.
-//
 // Keeps saved records in memory. On a disk, the input's "guid" would be a part of paths and shell commands.
 
 #include <cstdint>
@@ -21,8 +20,7 @@
 
 namespace {
 
-// A storage that has the input in one folder; the other folders are empty. Keeps a list of the saved records,
-// and of the filters of removals.
+// A storage that has the input in one folder; the other folders are empty. Keeps the saved records in lists.
 class OneFolder final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int status) override { saved[status].push_back(record); }
@@ -83,8 +81,7 @@ void checkReceived(const OneFolder& store) {
   property(found, "the new part is filed, alone or merged");
 }
 
-// Checks the store after a pass that has offered `record`, the only record under Sending or Failed, to the
-// modem.
+// Checks the store after a pass that has offered `record`, the only queued or failed record, to the modem.
 void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) {
   const auto& target = store.saved[wasSent ? MessageStatus::Sent : MessageStatus::Failed];
   property(target.size() == 1, "a message that was offered to the modem is filed once");

@@ -36,8 +36,7 @@ void checkConfig(const Json::Value& settings) {
                "a flag has the configured value, and a missing flag is off");
   property(config.passwordEnabled == settings["password"]["enabled"].asBool(),
            "the switch of the password has the configured value");
-  property(config.password == settings["password"]["text"].asString(),
-           "the password has the configured value");
+  property(config.password == settings["password"]["text"].asString(), "the password is as configured");
   property(config.whitelistEnabled == settings["whitelist"]["enabled"].asBool(),
            "the switch of the whitelist has the configured value");
 

@@ -95,7 +95,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   runPass(modem, storage, commands, inTransit, {}, retry);
   property(modem.wasAsked, "the pass lists messages, whatever the note contains");
   property(!modem.hasSent, "the pass sends no message, whatever the note contains");
-  property(store.saved.size() == (entry ? unfiled(*entry) : 0),
-           "each record of the note that is not filed yet is filed once");
+  property(store.saved.size() == (entry ? unfiled(*entry) : 0), "each unfiled record is filed once");
   return 0;
 }

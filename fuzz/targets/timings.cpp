@@ -62,8 +62,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   property(readSmsTimings() == smsTimings.empty(),
            "readSmsTimings() reports a failure if and only if it finds no interval");
   if (readIntervals(value, expected))
-    property(smsTimings == expected,
-             "each piece is an interval; one without a number repeats the interval before");
+    property(smsTimings == expected, "a piece without a number repeats the interval before");
 
   content += "\ntimings-sms=[30,60]\n";
   property(valueOf(key) == "[30,60]", "the last line with a key determines the value");
