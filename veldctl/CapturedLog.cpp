@@ -10,7 +10,7 @@
 
 namespace {
 
-// Redirects standard error to a file in memory during its lifetime.
+// While the object exists, standard error goes to a file in memory.
 class Redirection : private Orvel::NonCopyable {
  public:
   Redirection() : file_(memfd_create("log", MFD_CLOEXEC)), before_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {

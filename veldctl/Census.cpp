@@ -12,14 +12,15 @@ namespace {
 
 using namespace MessageStatus;
 
-constexpr std::int64_t longQueued = 600;  // seconds; a pass sends the whole queue
+constexpr std::int64_t longQueued = 600;  // seconds; every pass of the daemon sends the whole queue
 constexpr std::size_t mostNamed = 5;      // guids in one line
 
+// What inspect() has counted in the message folders.
 struct Census {
-  std::int64_t broken = 0, dangerous = 0, incomplete = 0, again = 0, seen = 0, outbox = 0;
+  std::int64_t broken = 0, dangerous = 0, incomplete = 0, retried = 0, seen = 0, outbox = 0;
   std::vector<std::string> permanent;  // guids of permanently failed messages that are not marked as seen
-  std::int64_t oldestQueued = 0;       // seconds
-  Message lastReceived, lastSent;      // the name is empty if there is none
+  std::int64_t oldestQueued = 0;       // age in seconds
+  Message lastReceived, lastSent;      // the name is empty if there is no such message
 };
 
 void keepLater(Message& last, const Message& message) {
@@ -28,7 +29,7 @@ void keepLater(Message& last, const Message& message) {
 
 void countFailed(Census& census, const Message& message) {
   if (!message.hasFailedPermanently())
-    ++census.again;
+    ++census.retried;
   else if (message.isSeen())
     ++census.seen;
   else
@@ -45,7 +46,7 @@ void count(Census& census, const Message& message) {
   if (message.status == Sent) keepLater(census.lastSent, message);
 }
 
-// Counts one file. Reports a faulty one on its own line.
+// Counts one file. If the file has a fault, reports the file on a line of its own.
 void inspect(Report& report, const Folders& folders, const FileName& file, Census& census) {
   const Lookup found = folders.read(file.status, file.name);
   if (!found.error.empty()) report.add(Ill, found.error);
@@ -74,7 +75,7 @@ void reportCount(Report& report, int status, std::size_t count, const Json::Valu
   if (limit.isUInt()) report.add(Well, "", {"limit", limit.asUInt(), {{"folder", folder}}});
 }
 
-// One limit applies to the received messages, the other to the three folders of the outbox together.
+// The daemon has two limits: one for the received messages, one for all messages of the outbox together.
 void reportLimit(Report& report, const char* key, const Json::Value& settings, std::int64_t count) {
   const Json::Value& limit = MessageRecord::member(settings, key);
   if (!limit.isUInt()) return;
@@ -117,7 +118,7 @@ std::string named(const std::vector<std::string>& guids) {
 }
 
 void reportFailed(Report& report, const Census& census) {
-  report.count(Well, "failed and will be retried", {"failed", census.again, {{"again", "yes"}}});
+  report.count(Well, "failed and will be retried", {"failed", census.retried, {{"again", "yes"}}});
   Json::Value more(Json::objectValue);
   for (const std::string& guid : census.permanent) more["guids"].append(guid);
   report.count(Look, "failed permanently: " + named(census.permanent),

@@ -20,7 +20,7 @@
 
 namespace {
 
-// The daemon's code logs a warning if it cuts the list.
+// readSmsTimings() logs a warning if it cuts a list of timers that is too long.
 void reportTimings(Report& report) {
   const auto log = capturedLog([] { readSmsTimings(); });
   for (const std::string& line : log) report.add(Look, "the daemon logs: " + line);
@@ -43,7 +43,7 @@ void reportPrograms(Report& report) {
   }
 }
 
-// Reports a missing file, and a file mode with one of the `forbidden` bits.
+// Reports a missing file, or a file whose mode has one of the `forbidden` bits.
 void reportMode(Report& report, const std::string& path, mode_t forbidden, Verdict verdict,
                 const char* danger) {
   struct stat info;
@@ -53,7 +53,7 @@ void reportMode(Report& report, const std::string& path, mode_t forbidden, Verdi
     report.add(verdict, path + " is open to every user: " + danger);
 }
 
-// The first send creates the log.
+// The send log holds the output of the tool. The first send creates this file.
 void reportSendLog(Report& report) {
   if (access(sendLog, F_OK) != 0 && errno == ENOENT)
     report.add(Well, std::string("there is no ") + sendLog + " yet: no message was sent");

@@ -15,24 +15,24 @@ using CommandLine::Parsed;
 const std::vector<Option> options = {
     {'r', false, "retries", Option::Number, "N", "repeat a failed send up to N times"},
     {'w', false, "wait", Option::OptionalNumber, "[SECONDS]",
-     "wait until the message is sent or has failed, at most 60 seconds"},
+     "wait at most SECONDS (default 60) until the message is sent or has failed"},
     {'n', true, "last", Option::Number, "N", "list only the last N messages"},
     {'i', false, "since", Option::Text, "TIME",
      "list only messages since TIME: 30min, 2h, 3d, 2026-11-25 or \"2026-11-25 14:00\""},
     {'g', false, "grep", Option::Text, "TEXT",
      "list only messages with TEXT in the number or the text, ignoring case"},
     {'q', true, "quiet", Option::None, "", "print only guids"},
-    {'s', false, "state", Option::Text, "FILE", "record reported events in FILE, and resume from it"},
+    {'s', false, "state", Option::Text, "FILE", "save the reported events in FILE, and resume there"},
     {'a', false, "ack", Option::None, "", "wait for a line on standard input after each event"},
     {'x', false, "exec", Option::Text, "PROGRAM",
-     "run PROGRAM for each event, again until it exits with status 0"},
+     "run PROGRAM for each event; repeat until it exits with status 0"},
     {'p', false, "prometheus", Option::None, "", "print metrics in the format of Prometheus"},
     {'j', false, "json", Option::None, "", "print one JSON object per line"},
     {'h', true, "help", Option::None, "", "print this help"},
     {'v', false, "version", Option::None, "", "print the version"},
 };
 
-constexpr char everywhere[] = "hv";  // the options of every command
+constexpr char everywhere[] = "hv";  // the letters of the options that every command accepts
 
 bool takes(const Command& command, char letter) {
   return std::strchr(command.options, letter) != nullptr || std::strchr(everywhere, letter) != nullptr;
@@ -61,7 +61,7 @@ std::vector<option> longOptions() {
   return all;
 }
 
-// "-" keeps the order of the words. ":" separates an option without its value from an unknown option.
+// "-" makes getopt_long() keep the order of the words. ":" makes it return ':' for a missing value.
 std::string shortOptions() {
   std::string all = "-:";
   for (const Option& each : options) {
@@ -90,10 +90,10 @@ void checkValue(const Option& option, const std::string& value) {
                (isText ? "; write -- before a text that begins with '-'" : ""));
 }
 
-// Takes the next word as the seconds of --wait if the command has all its arguments already. Null otherwise.
+// Takes the next word as the value of --wait. Null if it is an option, or if the command lacks an argument.
 const char* secondsOf(const Parsed& parsed, int count, char** words) {
-  const bool isWhole = parsed.command != nullptr && parsed.request.words.size() >= parsed.command->most;
-  return isWhole && optind < count && words[optind][0] != '-' ? words[optind++] : nullptr;
+  if (parsed.command == nullptr || parsed.request.words.size() < parsed.command->most) return nullptr;
+  return optind < count && words[optind][0] != '-' ? words[optind++] : nullptr;
 }
 
 void takeWord(Parsed& parsed, const std::string& word) {
@@ -149,7 +149,7 @@ void readWords(int count, char** words, Parsed& parsed) {
     if (letter == ':') throw Misuse(std::string(words[at]) + " needs a value");
     const char* value = optarg;
     if (letter == 'w' && value == nullptr) value = secondsOf(parsed, count, words);
-    if (letter == 1)
+    if (letter == 1)  // getopt_long() has found an argument
       takeWord(parsed, value);
     else if (letter != -1)
       takeOption(parsed, optionOf(letter), value);
@@ -181,7 +181,7 @@ void CommandLine::parse(int count, char** words, Parsed& parsed) {
 }
 
 std::string CommandLine::help() {
-  std::string text = "veldctl sends short messages and inspects those of the gateway.\n\n";
+  std::string text = "veldctl sends SMS messages and shows the messages of the gateway.\n\n";
   for (const Command& command : commands) {
     char line[160];
     std::snprintf(line, sizeof(line), "  %-8s  %s\n", command.name, command.help);

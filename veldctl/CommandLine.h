@@ -4,7 +4,7 @@
 
 #include "veldctl/Command.h"
 
-/// Reads the command line `veldctl COMMAND [ARGUMENT...] [OPTION...]`, in any order.
+/// Reads the command line `veldctl COMMAND [ARGUMENT...] [OPTION...]`. Options may stand anywhere.
 namespace CommandLine {
 
 struct Parsed {
@@ -14,7 +14,8 @@ struct Parsed {
   bool wantsVersion = false;
 };
 
-/// Fills `parsed` from the arguments of main(). Throws Misuse; `parsed.command` is then set if it is known.
+/// Fills `parsed` from the arguments of main(). Throws Misuse if the command line is wrong. `parsed.command`
+/// is set even then, if the command was read before the error.
 void parse(int count, char** words, Parsed& parsed);
 
 /// Returns the general help, with one line for each command.

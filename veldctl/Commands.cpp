@@ -1,13 +1,13 @@
 #include "veldctl/Commands.h"
 
-// Name, arguments, options, help, example, least and most words, function.
+// Name, arguments, options, help, example, least and greatest number of arguments, function.
 // clang-format off
 const std::vector<Command> commands = {
     {"send", "NUMBER \"TEXT\"|-", "rwj",
      "queue a message and print its guid; '-' reads the text from standard input",
      "veldctl send +4917011111 \"The tank is full\" --retries 3 --wait", 2, 2, send},
     {"wait", "GUID [SECONDS]", "j",
-     "wait until a queued message is sent or has failed, at most 60 seconds",
+     "wait at most SECONDS (default 60) until a queued message is sent or has failed",
      "veldctl wait 2026112514032200 300", 1, 2, wait},
     {"list", "[received|sending|sent|failed]", "nigqj",
      "list messages by guid, oldest first",
@@ -22,16 +22,16 @@ const std::vector<Command> commands = {
      "queue failed messages again",
      "veldctl retry 2026112514032200 --retries 3", 1, SIZE_MAX, retry},
     {"seen", "GUID...", "j",
-     "mark messages that failed permanently, so that status no longer reports them",
+     "mark permanently failed messages, so that \"veldctl status\" no longer warns of them",
      "veldctl seen $(veldctl list failed --quiet)", 1, SIZE_MAX, seen},
     {"follow", "", "saxj",
-     "report each message when it is received, sent or fails",
+     "report each message when it is received, when it is sent, and when it fails",
      "veldctl follow --state /var/lib/alarm/state --exec /usr/local/bin/alarm", 0, 0, follow},
     {"status", "", "pj",
-     "report whether the daemon, the modem and the messages are well",
+     "report the state of the daemon, the modem and the messages",
      "veldctl status --prometheus", 0, 0, status},
     {"check", "", "j",
-     "report faults in the settings, the permissions and the programs",
+     "report faults in the settings, the file permissions and the installed programs",
      "veldctl check", 0, 0, check},
 };
 // clang-format on

@@ -4,15 +4,15 @@
 
 #include "veldctl/Command.h"
 
-/// Acts on one guid. Returns the fault, empty on success. Throws std::system_error if a system call fails.
+/// Handles the message with this guid. Returns an error text, empty on success. May throw std::system_error.
 using Act = std::string (*)(const Request& request, const std::string& guid);
 
 /// Runs `act` for each guid of the command line. Prints "GUID: FAULT" for each failure, or with --json an
 /// object with "guid" and "fault" for each guid. Returns the exit status.
 int forEachGuid(const Request& request, Act act);
 
-/// Finds a failed message. Otherwise `error` says that there is no message with this guid, that it is in
-/// another folder, or that veld cannot handle its file.
+/// Finds the failed message with this guid. If there is none, `error` says why: there is no message with this
+/// guid, the message is in another folder, or veld cannot handle the file.
 Lookup findFailed(const Folders& folders, const std::string& guid);
 
 constexpr char noSuchMessage[] = "there is no such message";

@@ -4,9 +4,9 @@
 
 #include "veldctl/Message.h"
 
-/// A change of a message, as `follow` reports it.
+/// A change of a message, which `veldctl follow` reports.
 struct Event {
-  std::string kind;  ///< "received", "completed", "sent" or "failed"
+  std::string kind;  ///< "received", "completed" (its last part has arrived), "sent" or "failed"
   Message message;
 };
 

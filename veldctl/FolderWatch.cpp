@@ -10,7 +10,7 @@ FolderWatch::FolderWatch(const Folders& folders, std::vector<int> statuses)
 
 FolderWatch::~FolderWatch() { close(events_); }
 
-// Runs after each wait, too: another process may have replaced a folder.
+// Runs again after each wait, because another process may have replaced a folder.
 void FolderWatch::watch() const {
   for (const int status : statuses_)
     inotify_add_watch(events_, folders_.path(status).c_str(),

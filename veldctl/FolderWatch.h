@@ -14,8 +14,8 @@ class FolderWatch : private Orvel::NonCopyable {
   FolderWatch(const Folders& folders, std::vector<int> statuses);
   ~FolderWatch();
 
-  /// Waits for a change or for an event of `others`, but at most `milliseconds`, because inotify can lose
-  /// events. Sets `revents` of `others` like poll(2).
+  /// Waits for a change in the folders or for an event of `others`, but at most `milliseconds`: inotify can
+  /// lose events. Sets `revents` of `others` as poll(2) does.
   void wait(int milliseconds, std::vector<pollfd>& others);
   void wait(int milliseconds);
 

@@ -15,7 +15,7 @@
 
 namespace {
 
-// False for a name that leads to another folder.
+// Returns false for a path to another folder.
 bool isFileName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
@@ -23,8 +23,11 @@ bool isFileName(const std::string& name) {
 std::string readUpTo(int file, std::size_t most) {
   std::string content;
   char piece[1 << 14];
-  for (ssize_t size; content.size() < most && (size = read(file, piece, sizeof(piece))) > 0;)
+  while (content.size() < most) {
+    const ssize_t size = read(file, piece, sizeof(piece));
+    if (size <= 0) break;
     content.append(piece, static_cast<std::size_t>(size));
+  }
   return content;
 }
 
@@ -36,7 +39,7 @@ std::string kindFault(const struct stat& info) {
 }
 
 void readFile(const std::string& path, Message& message) {
-  // Another process may have replaced the file since lstat().
+  // Another process may have replaced the file since Folders::read() called lstat().
   const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) {
     message.fault = std::strerror(errno);

@@ -14,13 +14,13 @@ struct Lookup {
 };
 
 struct FileName {
-  int status;
+  int status;  ///< of its folder, see MessageStatus
   std::string name;
 };
 
 /// The files in one or more folders.
 struct Listing {
-  std::vector<FileName> files;      ///< sorted by name, so the oldest guid is first
+  std::vector<FileName> files;      ///< sorted by name, so that the oldest guid is first
   std::vector<std::string> errors;  ///< one text for each folder that cannot be listed
 };
 
@@ -28,7 +28,7 @@ struct Listing {
 /// most `mostBytes`, and follows no symbolic link.
 class Folders {
  public:
-  /// Twice the size of the longest record with every character escaped.
+  /// Twice the size of the longest record in which every character is escaped.
   static constexpr std::size_t mostBytes = 1 << 20;
 
   explicit Folders(std::string root) : root_(std::move(root)) {}
@@ -38,12 +38,12 @@ class Folders {
 
   Listing names(const std::vector<int>& statuses) const;
 
-  /// Returns when a file was written, in nanoseconds since 1970; 0 if that cannot be read.
+  /// Returns the modification time of a file in nanoseconds since 1970; 0 if there is no such file.
   std::int64_t changed(int status, const std::string& name) const;
 
   Lookup read(int status, const std::string& name) const;
 
-  /// Reads the file from the first folder of `statuses` that has one of that name.
+  /// Searches the folders of `statuses` in their order, and reads the first file with this name.
   Lookup find(const std::string& name, const std::vector<int>& statuses) const;
 
  private:

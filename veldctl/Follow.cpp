@@ -21,7 +21,7 @@ std::unique_ptr<Listener> listenerOf(const Request& request) {
   return std::make_unique<Lines>(isJson);
 }
 
-// Waits for a change in the folders. False if the listener has ended.
+// Waits for a change in the folders. Returns false if the listener has ended.
 bool waitForChange(FolderWatch& watch, Listener& listener) {
   std::vector<pollfd> polled = listener.watched();
   watch.wait(longestWait, polled);
@@ -29,11 +29,11 @@ bool waitForChange(FolderWatch& watch, Listener& listener) {
 }
 
 void reportEvents(News& news, Listener& listener, StateFile* state, FolderWatch& watch) {
-  const auto record = [&] {
+  const auto save = [&] {
     if (state != nullptr) state->writeSoon(news.known());
   };
   for (bool isListening = true; isListening;) {
-    const Listener::Result result = news.report(listener, record);
+    const Listener::Result result = news.report(listener, save);
     if (state != nullptr) state->write(news.known());
     if (result == Listener::Result::Gone) return;
     if (result == Listener::Result::Retry)

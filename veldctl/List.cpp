@@ -44,7 +44,7 @@ Filter filterOf(const Request& request) {
   return filter;
 }
 
-// Returns the last `most` messages that match. Reads the newest files first, and only as many as needed.
+// Returns the last `most` messages that match the filter. Reads the newest files first, and only as needed.
 std::vector<FileName> lastMatching(const Folders& folders, const std::vector<FileName>& files,
                                    const Filter& filter, std::size_t most) {
   std::vector<FileName> found;

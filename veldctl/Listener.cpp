@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned longestPause = 300;               // seconds
 constexpr std::size_t longestVariable = 100 * 1024;  // bytes; execve limits a string to 128 KiB
 
-// Returns a file in memory that holds `text`. A pipe would block if the program did not read it.
+// Returns a file in memory that holds `text`. With a pipe, write() would block if the program did not read.
 int fileWith(const std::string& text) {
   const int file = memfd_create("event", 0);
   const auto size = static_cast<ssize_t>(text.size());
@@ -42,7 +42,7 @@ void setVariable(const char* name, const std::string& value) {
   _exit(notFound);
 }
 
-// Runs the program and returns its status as waitpid() does.
+// Runs the program and returns the status that waitpid() reports.
 int run(const std::string& path, const Event& event) {
   const int input = fileWith(Output::line(toJson(event)) + "\n");
   const pid_t child = fork();
@@ -72,7 +72,7 @@ bool Lines::isGone(const std::vector<pollfd>& polled) {
   return (polled[0].revents & (POLLERR | POLLHUP)) != 0;
 }
 
-// False at the end of standard input.
+// Reads more of standard input. Returns false at its end.
 bool AcknowledgedLines::readMore() {
   char piece[256];
   const ssize_t size = read(STDIN_FILENO, piece, sizeof(piece));
@@ -89,7 +89,7 @@ Listener::Result AcknowledgedLines::report(const Event& event) {
   return Result::Reported;
 }
 
-// With unused input, does not poll for more, so that only a hang-up ends the wait.
+// If there is unused input already, more input must not end the wait: only a hang-up is polled for.
 std::vector<pollfd> AcknowledgedLines::watched() const {
   std::vector<pollfd> all = Lines::watched();
   all.push_back({STDIN_FILENO, static_cast<short>(unused_.empty() ? POLLIN : 0), 0});
@@ -98,8 +98,8 @@ std::vector<pollfd> AcknowledgedLines::watched() const {
 
 bool AcknowledgedLines::isGone(const std::vector<pollfd>& polled) {
   if (Lines::isGone(polled)) return true;
-  const bool isReadable = (polled[1].revents & POLLIN) != 0;
-  return isReadable ? !readMore() : (polled[1].revents & (POLLHUP | POLLERR)) != 0;
+  if ((polled[1].revents & POLLIN) != 0) return !readMore();
+  return (polled[1].revents & (POLLHUP | POLLERR)) != 0;
 }
 
 Listener::Result Program::report(const Event& event) {

@@ -13,17 +13,18 @@ class Listener : private Orvel::NonCopyable {
  public:
   enum class Result {
     Reported,  ///< the event counts as reported
-    Retry,     ///< report the event again after pause(); later events wait
+    Retry,     ///< the event must be reported again after pause(), before any later event
     Gone       ///< the listener has ended
   };
 
   virtual ~Listener() = default;
   virtual Result report(const Event& event) = 0;
 
-  /// Seconds to wait after Retry.
+  /// Returns the seconds to wait after Retry.
   [[nodiscard]] virtual unsigned pause() const { return 0; }
 
-  /// The file descriptors to poll between two events. isGone() then gets the result of poll(2).
+  /// Returns the file descriptors to poll between two events. After poll(2), the caller passes the
+  /// results to isGone(), which returns true if the listener has ended.
   [[nodiscard]] virtual std::vector<pollfd> watched() const { return {}; }
   virtual bool isGone(const std::vector<pollfd>& /*polled*/) { return false; }
 };
@@ -41,7 +42,7 @@ class Lines : public Listener {
   const bool isJson_;
 };
 
-/// Prints a line for each event and waits until a line on standard input acknowledges it.
+/// Prints a line for each event, and waits until a line on standard input acknowledges the event.
 class AcknowledgedLines final : public Lines {
  public:
   explicit AcknowledgedLines(bool isJson) : Lines(isJson) {}
@@ -56,9 +57,9 @@ class AcknowledgedLines final : public Lines {
   std::string unused_;  ///< input that has not acknowledged an event yet
 };
 
-/// Runs a program for each event, one at a time. Its standard input is the event as JSON; VELD_EVENT,
-/// VELD_GUID, VELD_NUMBER and VELD_TEXT are in its environment. After exit status 0 the event counts as
-/// reported. After any other status the pause grows, from one second to five minutes.
+/// Runs a program for each event, one event at a time. The program gets the event as JSON on standard input,
+/// and in its environment VELD_EVENT, VELD_GUID, VELD_NUMBER and VELD_TEXT. If it exits with status 0, the
+/// event counts as reported. After each other exit status the pause doubles, from one second to five minutes.
 class Program final : public Listener {
  public:
   explicit Program(std::string path) : path_(std::move(path)) {}

@@ -31,11 +31,12 @@ std::optional<std::time_t> parseTimestamp(const std::string& text) {
   std::tm time{};
   time.tm_isdst = -1;
   const char* const end = strptime(text.c_str(), "%Y/%m/%d %H:%M:%S", &time);
-  const std::time_t received = end != nullptr && *end == '\0' ? std::mktime(&time) : -1;
+  if (end == nullptr || *end != '\0') return std::nullopt;
+  const std::time_t received = std::mktime(&time);
   return received == -1 ? std::nullopt : std::optional(received);
 }
 
-// Joins the lines of the JSON parser's error, without the "*" before each.
+// Joins the lines of the JSON parser's error text. Omits the "*" before each line.
 std::string syntaxFault(const std::string& errors) {
   std::istringstream words(errors);
   std::string text = "it is not JSON:";

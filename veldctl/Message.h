@@ -9,29 +9,29 @@
 /// One file of a message folder.
 struct Message {
   int status = 0;            ///< its folder, see MessageStatus
-  std::string name;          ///< of the file; the guid if the file is good
+  std::string name;          ///< the name of the file, which is the guid unless the file is faulty
   Json::Value record;        ///< null if the file does not hold JSON
-  std::string content;       ///< of a file that does not hold a JSON object
-  std::string fault;         ///< why veld cannot handle the file; empty if it can
-  std::string danger;        ///< why `veldctl send` would refuse the recipient; empty if it would not
+  std::string content;       ///< the content of the file; empty if the content is a JSON object
+  std::string fault;         ///< why veld cannot handle the file; empty if veld can
+  std::string danger;        ///< why the recipient is not a valid number; empty if the number is valid
   std::int64_t changed = 0;  ///< when the file was written, in nanoseconds since 1970
 
-  /// Returns the fault, or else the danger; empty if there is neither.
+  /// Returns `fault`, or `danger` if `fault` is empty.
   const std::string& problem() const { return fault.empty() ? danger : fault; }
   std::time_t changedSecond() const { return static_cast<std::time_t>(changed / 1'000'000'000); }
   bool isIncoming() const;
 
-  /// Returns the sender of a received message, and else the recipient. Empty if the record has none.
+  /// Returns the sender of a received message, or the recipient of any other message; empty if missing.
   std::string number() const;
   std::string text() const;
 
   /// Returns the number of retries left; 0 if the record has none.
   std::uint32_t retries() const;
 
-  bool hasFailedPermanently() const;  ///< it has failed and will not be retried
-  bool isSeen() const;                ///< `veldctl seen` has marked it
+  bool hasFailedPermanently() const;  ///< true if the message has failed and will not be retried
+  bool isSeen() const;                ///< true if `veldctl seen` has marked the message
 
-  /// Returns the time of receipt or, if there is none, the time of the file.
+  /// Returns the time of receipt; if the record has no such time, the modification time of the file.
   std::time_t time() const;
 };
 
@@ -41,5 +41,5 @@ constexpr char seenKey[] = "seen";
 /// Returns a member of a record as text; empty if it is missing or not a text.
 std::string textOf(const Json::Value& record, const char* key);
 
-/// Fills `fault`, `danger`, `record` and `content` from the content of a file.
+/// Fills `fault`, `danger`, `record` and `content` of the message from the content of its file.
 void readRecord(Message& message, const std::string& content);

@@ -10,11 +10,11 @@
 namespace {
 
 constexpr std::size_t guidWidth = 16, stateWidth = 8, leftWidth = 4, numberWidth = 16;
-constexpr std::size_t narrow = 72;  // below this width a message takes two lines
-constexpr std::size_t roomy = 100;  // from this width on, times have the year and the seconds
+constexpr std::size_t narrow = 72;  // on a narrower terminal, a message takes two lines
+constexpr std::size_t roomy = 100;  // on a narrower terminal, times have no year and no seconds
 constexpr std::size_t endless = std::numeric_limits<std::size_t>::max();
 
-// The retries left; "-" for a message that was sent or received.
+// Returns the number of retries left; "-" for a message that was sent or received.
 std::string leftOf(const Message& message) {
   const bool mayBeSent = message.status == MessageStatus::Sending || message.status == MessageStatus::Failed;
   return mayBeSent && message.record.isObject() ? std::to_string(message.retries()) : "-";

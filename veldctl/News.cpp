@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::time_t writeSeconds = 2;  // a younger file may be incomplete
+constexpr std::time_t writeSeconds = 2;  // another program may still be writing a younger file
 
 std::string keyOf(int status, const std::string& name) {
   return std::string(MessageStatus::text(status)).append("/").append(name);
@@ -30,7 +30,7 @@ bool News::Known::operator==(const Known& other) const {
   return changed == other.changed && lacksParts == other.lacksParts;
 }
 
-// Lists the files and forgets the removed ones. Empty after a complaint if a folder cannot be listed.
+// Lists the files, and forgets removed files. If a folder cannot be listed, prints why and returns no files.
 std::vector<FileName> News::listFiles() {
   Listing listing = folders_.names(statuses);
   const std::string error = listing.errors.empty() ? "" : listing.errors.front();
@@ -46,7 +46,7 @@ std::vector<FileName> News::listFiles() {
   return std::move(listing.files);
 }
 
-// Returns nullopt if the file has not changed, does not exist any more, or may be incomplete.
+// Returns nullopt if the file has not changed, no longer exists, or may be incomplete.
 std::optional<Event> News::eventOf(const FileName& file) const {
   const auto before = known_.find(keyOf(file.status, file.name));
   const bool isKnown = before != known_.end();
@@ -62,7 +62,7 @@ void News::remember(const Event& event) {
   known_[keyOf(message.status, message.name)] = {message.changed, lacksParts(message)};
 }
 
-// Does not report a part that leaves its message incomplete, nor a file that is not a record.
+// Skips a new part while the message lacks other parts. Prints the fault of a file that is not a record.
 Listener::Result News::reportOne(const Event& event, Listener& listener) {
   if (event.kind == "completed" && lacksParts(event.message)) return Listener::Result::Reported;
   if (event.message.fault.empty()) return listener.report(event);

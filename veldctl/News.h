@@ -10,25 +10,26 @@
 #include "veldctl/Folders.h"
 #include "veldctl/Listener.h"
 
-/// Finds the events in the message folders that were not reported yet.
+/// Compares the message folders with the files that were reported before, and reports each change as an
+/// event.
 class News {
  public:
   /// The state of a file when it was last reported.
   struct Known {
     std::int64_t changed;  ///< see Message
-    bool lacksParts;       ///< the message was concatenated and incomplete
+    bool lacksParts;       ///< true if the message was concatenated and incomplete
     bool operator==(const Known& other) const;
   };
   using AllKnown = std::map<std::string, Known>;  ///< by folder and name, such as "sent/2026112514032200"
 
-  /// `known` holds the reported files. `folders` must outlive the object.
+  /// `known` holds the files that were reported before. `folders` must outlive the object.
   News(const Folders& folders, AllKnown known) : folders_(folders), known_(std::move(known)) {}
 
   /// Counts all existing files as reported.
   void skip();
 
-  /// Reports the new events in the order of their guids, and calls `afterEach` after each. Stops when the
-  /// listener returns a result other than Reported, and returns that.
+  /// Reports the new events in the order of their guids, and calls `afterEach` after each event. If the
+  /// listener returns a result other than Reported, stops and returns this result.
   Listener::Result report(Listener& listener, const std::function<void()>& afterEach);
 
   const AllKnown& known() const { return known_; }
@@ -43,5 +44,5 @@ class News {
 
   const Folders& folders_;
   AllKnown known_;
-  std::string complained_;
+  std::string complained_;  ///< the last error that was printed about a folder
 };

@@ -14,11 +14,11 @@ namespace {
 
 using namespace MessageStatus;
 
-constexpr std::time_t moveSeconds = 5;          // the longest time that a message may be in no folder
-constexpr int longestWait = 1000;               // milliseconds
+constexpr std::time_t moveSeconds = 5;  // seconds that a message may be missing while the daemon moves it
+constexpr int longestWait = 1000;       // milliseconds
 constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds
 
-// Returns the last line of the send log after the offset `logged`.
+// Returns the last line of the send log, but no line before the offset `logged`.
 std::string reasonFrom(std::streamoff logged) {
   std::ifstream log(sendLog);
   log.seekg(logged);
@@ -28,7 +28,7 @@ std::string reasonFrom(std::streamoff logged) {
   return reason;
 }
 
-// Fills in `outcome` if the message was sent or has failed. False if it has not.
+// Fills in `outcome` if the message was sent or has failed. Returns false if neither has happened.
 bool readOutcome(const Folders& folders, std::streamoff logged, Outcome& outcome) {
   const std::int64_t sent = folders.changed(Sent, outcome.guid);
   const std::int64_t failed = folders.changed(Failed, outcome.guid);
@@ -57,10 +57,10 @@ Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned s
   outcome.guid = guid;
   FolderWatch watch(folders, {Sending, Sent, Failed});
   const std::time_t begin = std::time(nullptr);
-  for (std::time_t seen = begin; !readOutcome(folders, logged, outcome); watch.wait(longestWait)) {
+  for (std::time_t lastQueued = begin; !readOutcome(folders, logged, outcome); watch.wait(longestWait)) {
     const std::time_t now = std::time(nullptr);
-    if (folders.changed(Sending, guid) != 0) seen = now;
-    if (now - seen > moveSeconds) outcome.reason = "its file has disappeared";
+    if (folders.changed(Sending, guid) != 0) lastQueued = now;
+    if (now - lastQueued > moveSeconds) outcome.reason = "its file has disappeared";
     if (now - begin >= static_cast<std::time_t>(seconds)) outcome.reason = "it is still queued";
     if (!outcome.reason.empty()) break;
   }

@@ -14,14 +14,15 @@ struct Outcome {
   std::time_t time = 0;         ///< when it was sent or has failed
 };
 
-/// Returns the size of the send log. Later output of the tool is after that offset.
+/// Returns the size of the send log. The next output of the tool begins at this offset.
 std::streamoff endOfSendLog();
 
-/// Waits at most `seconds` until a message is sent or has failed. `logged` is an earlier endOfSendLog().
+/// Waits at most `seconds` until a message is sent or has failed. Reads the reason of a failure from the send
+/// log after the offset `logged`.
 Outcome awaitOutcome(const Folders& folders, const std::string& guid, unsigned seconds,
                      std::streamoff logged);
 
-/// Prints the outcome as JSON; or on standard error, unless the message was sent. Returns the exit status.
+/// Prints the outcome as JSON. As text, prints only a failed or unknown outcome. Returns the exit status.
 int printOutcome(const Outcome& outcome, bool isJson);
 
-constexpr unsigned waitSeconds = 60;  ///< if the command line has no time
+constexpr unsigned waitSeconds = 60;  ///< how long to wait if the command line does not say

@@ -15,7 +15,7 @@ namespace {
 
 unsigned complained = 0;
 
-// Decodes the first character of `text`, which has `length` bytes.
+// Decodes the first `length` bytes of `text`, which are one character.
 std::uint32_t decode(std::string_view text, std::size_t length) {
   constexpr unsigned leadBits[] = {0x7F, 0x1F, 0x0F, 0x07};
   std::uint32_t character = static_cast<unsigned char>(text[0]) & leadBits[length - 1];
@@ -24,7 +24,8 @@ std::uint32_t decode(std::string_view text, std::size_t length) {
   return character;
 }
 
-// True for the marks, embeddings, overrides and isolates of bidirectional text, and for line separators.
+// Returns true for the marks, embeddings, overrides and isolates of bidirectional text, and for line
+// separators.
 bool changesDirection(std::uint32_t character) {
   return character == 0x061C || character == 0x200E || character == 0x200F ||
          (character >= 0x2028 && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);

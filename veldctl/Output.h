@@ -5,15 +5,15 @@
 #include <string>
 #include <string_view>
 
-/// Formats and prints text. Escapes keep a message from moving the terminal's cursor, from forging a line,
-/// and from changing the direction of the text beside it.
+/// Formats and prints text. A message cannot move the terminal's cursor, forge a line or change the direction
+/// of other text, because printable() escapes such characters.
 namespace Output {
 
 /// Returns `value` as JSON on one line, in ASCII.
 std::string line(const Json::Value& value);
 
-/// Replaces each byte of a control character, of a character that changes the direction of text, and of
-/// invalid UTF-8 by "#" and three octal digits.
+/// Escapes control characters, characters that change the direction of text, and invalid UTF-8. Each of their
+/// bytes becomes "#" and three octal digits.
 std::string printable(std::string_view text);
 
 /// Writes "veldctl: TEXT" to standard error.
@@ -22,16 +22,16 @@ void complain(const std::string& text);
 /// Returns how often complain() was called.
 unsigned complaints();
 
-/// Returns the columns that printable text takes on a terminal.
+/// Returns how many columns printable text takes on a terminal.
 std::size_t width(std::string_view text);
 
 /// Cuts printable text to at most `columns` columns. A text that was cut ends with an ellipsis.
 std::string cut(std::string_view text, std::size_t columns);
 
-/// Appends blanks to printable text up to `columns` columns.
+/// Appends blanks to printable text until it takes `columns` columns.
 std::string padded(std::string_view text, std::size_t columns);
 
-/// Returns the width of the terminal on standard output; 0 if that is not a terminal.
+/// Returns the width of the terminal; 0 if standard output is not a terminal.
 std::size_t terminalWidth();
 
 }  // namespace Output

@@ -19,7 +19,7 @@ std::string firstLine(const fs::path& file) {
   return line;
 }
 
-// Parses PID (NAME) STATE PARENT GROUP SESSION, and field 22: the start in clock ticks. False for a zombie.
+// Parses PID (NAME) STATE PARENT GROUP SESSION, and in field 22 the start in clock ticks. False for a zombie.
 bool parse(const std::string& stat, Process& process, long long& start) {
   constexpr char fields[] =
       "%d (%15[^)]) %*1[^Z] %d %*d %d %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %lld";

@@ -12,10 +12,10 @@ struct Process {
   std::int64_t age = 0;  ///< seconds
   char name[16] = "";
 
-  /// Whether this is a daemon, which is a session leader. A new child of a daemon has the name, too, until it
-  /// executes its program, but is not a session leader.
+  /// Returns true if this is a daemon: a session leader with the name veld. A new child of a daemon also has
+  /// this name, until the child executes its program, but the child is not a session leader.
   bool isDaemon() const;
-  std::string folder() const;  ///< in /proc
+  std::string folder() const;  ///< the path of its folder in /proc
 };
 
 /// Returns all processes except zombies.
@@ -25,10 +25,10 @@ bool isDaemonRunning();
 
 /// The program that a process waits for.
 struct Work {
-  std::string commandLine;  ///< of the innermost descendant, below the shells; empty without a child
+  std::string commandLine;  ///< of the program that the shells have started; empty without a child
   std::int64_t age = 0;     ///< of the oldest descendant, in seconds
 };
 Work workOf(const Process& process, const std::vector<Process>& all);
 
-/// Whether a daemon waits for the local API. It then has a second socket, beside that of syslog.
+/// Returns true if a daemon waits for the local API. It then has two sockets, for syslog and for the API.
 bool asksApi(const Process& daemon);

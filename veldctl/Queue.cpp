@@ -21,14 +21,14 @@ namespace {
 
 namespace Key = MessageRecord::Key;
 
-constexpr char temporaryName[] = "/outbox/veldctl.new";  // only the holder of the lock uses it
+constexpr char temporaryName[] = "/outbox/veldctl.new";  // only the process with the lock uses this file
 constexpr useconds_t guidInterval = 10'000;              // microseconds; guids have hundredths of a second
 
 [[noreturn]] void fail(const std::string& path) {
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-// Brings the content of a file or folder to the disk.
+// Writes the content of a file or folder to the disk.
 void sync(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0 || fsync(file) != 0) fail(path);
@@ -43,7 +43,7 @@ void setTime(const std::string& path, std::int64_t changed) {
   if (utimensat(AT_FDCWD, path.c_str(), both, 0) != 0) fail(path);
 }
 
-// Does not overwrite an old file: before a crash, moveToFree() may have linked it into a message folder.
+// Removes an old file first: before a crash, moveToFree() may have linked the file into a message folder.
 void write(const std::string& path, const std::string& text) {
   unlink(path.c_str());
   std::ofstream file(path);
@@ -53,14 +53,14 @@ void write(const std::string& path, const std::string& text) {
   throw error;
 }
 
-// Moves a file; false if `to` exists. renameat2() would do this in one call, but the C library musl lacks it.
+// Moves a file. Returns false if `to` exists. Does not use renameat2(), which the C library musl lacks.
 bool moveToFree(const std::string& from, const std::string& to) {
   if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0;
   if (errno != EEXIST) fail(to);
   return false;
 }
 
-// Returns the local time in hundredths of a second, in the form of the daemon's guids.
+// Returns a guid, which is the local time with hundredths of a second.
 std::string guidOfNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -72,7 +72,7 @@ std::string guidOfNow() {
 
 }  // namespace
 
-// Holds the lock on the outbox during its lifetime. Reports a wait of more than one second.
+// Holds the lock on the outbox while the object exists. Prints a message if it waits longer than one second.
 class Queue::Lock : private Orvel::NonCopyable {
  public:
   explicit Lock(const std::string& folder) : file_(open(folder.c_str(), O_RDONLY | O_CLOEXEC)) {
@@ -101,20 +101,21 @@ std::string Queue::add(Json::Value record) const {
       if (folders_.changed(status, guid) != 0) return true;
     return false;
   };
-  std::string guid;
-  do {
-    // The wait makes this guid later than every guid before, so it is unique. isTaken() alone does not
-    // suffice: it does not see a message that the daemon is moving between two folders.
+  while (true) {
+    // This wait makes the guid unique: it is later than all earlier guids. isTaken() does not suffice,
+    // because it does not find a message that the daemon is moving between two folders.
     usleep(guidInterval);
-    guid = guidOfNow();
+    const std::string guid = guidOfNow();
     record[Key::Guid] = guid;
     write(temporaryPath(), Output::line(record) + "\n");
-  } while (isTaken(guid) || !moveToFree(temporaryPath(), folders_.path(MessageStatus::Sending, guid)));
-  sync(folders_.path(MessageStatus::Sending));
-  return guid;
+    if (isTaken(guid)) continue;
+    if (!moveToFree(temporaryPath(), folders_.path(MessageStatus::Sending, guid))) continue;
+    sync(folders_.path(MessageStatus::Sending));
+    return guid;
+  }
 }
 
-// Fails if the daemon has moved or changed the file meanwhile, so that the message does not come back.
+// Fails if the daemon has moved or changed the file meanwhile. Otherwise a moved message would exist twice.
 void Queue::replaceFailed(const Message& failed, const Json::Value& record, std::int64_t changed) const {
   const std::string path = folders_.path(MessageStatus::Failed, failed.name);
   errno = ENOENT;
@@ -129,7 +130,7 @@ bool Queue::retry(const Message& failed, std::optional<std::uint32_t> retries) c
   Json::Value record = failed.record;
   record.removeMember(seenKey);
   if (retries) record[Key::Retries] = *retries;
-  replaceFailed(failed, record, 0);  // with the time of now, at which it begins to wait
+  replaceFailed(failed, record, 0);  // the new modification time is the time at which it was queued
   const bool moved = moveToFree(folders_.path(MessageStatus::Failed, failed.name), to);
   sync(folders_.path(MessageStatus::Sending));
   sync(folders_.path(MessageStatus::Failed));

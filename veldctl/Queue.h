@@ -15,13 +15,13 @@ class Queue {
   /// Queues a record under a new guid and returns the guid.
   std::string add(Json::Value record) const;
 
-  /// Queues a failed message again, with new `retries` if given. False if its guid is queued already.
+  /// Queues a failed message again, with new `retries` if given. Returns false if it is queued already.
   bool retry(const Message& failed, std::optional<std::uint32_t> retries) const;
 
   /// Marks a failed message as seen. Keeps the modification time of the file.
   void markSeen(const Message& failed) const;
 
-  /// Removes a file, or a folder with its content. False if it does not exist.
+  /// Removes a file, or a folder with its content. Returns false if it does not exist.
   bool remove(int status, const std::string& name) const;
 
  private:
@@ -33,6 +33,7 @@ class Queue {
   const Folders& folders_;
 };
 
-/// Writes and syncs `temporary`, and renames it to `path`. A `changed` other than 0 is its modification time.
+/// Writes and syncs the file `temporary`. Sets its modification time, unless `changed` is 0. Renames the file
+/// to `path`.
 void replaceFile(const std::string& path, const std::string& temporary, const std::string& text,
                  std::int64_t changed = 0);

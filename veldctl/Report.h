@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
-/// The result of an item, and the exit status for monitoring systems: good, needs attention, broken.
+/// The verdict on an item, with the exit statuses of monitoring systems: OK, warning, critical.
 enum Verdict : int { Well = 0, Look = 1, Ill = 2 };
 
-/// A number, for programs.
-struct Figure {
+/// A number in the output for programs.
+struct Metric {
   std::string name;  ///< empty if there is no number
   std::int64_t value = 0;
   std::vector<std::pair<std::string, std::string>> labels;
@@ -24,13 +24,13 @@ class Report {
 
   explicit Report(Form form) : form_(form) {}
 
-  /// Prints one line: as text unless `text` is empty, for Prometheus if there is a figure, as JSON with
-  /// `more`.
-  void add(Verdict verdict, const std::string& text, const Figure& figure = {},
+  /// Prints an item in one line. As text, omits an item without `text`; for Prometheus, omits an item without
+  /// a metric; as JSON, adds the members of `more`.
+  void add(Verdict verdict, const std::string& text, const Metric& metric = {},
            const Json::Value& more = Json::objectValue);
 
-  /// Reports a count: Well and without a text if it is 0, else `verdict` and "COUNT TEXT".
-  void count(Verdict verdict, const std::string& text, const Figure& figure,
+  /// Reports a count: as Well and without a text if the count is 0, otherwise as `verdict` and "COUNT TEXT".
+  void count(Verdict verdict, const std::string& text, const Metric& metric,
              const Json::Value& more = Json::objectValue);
 
   /// Returns the worst verdict so far.

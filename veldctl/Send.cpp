@@ -17,7 +17,7 @@ namespace {
 namespace Key = MessageRecord::Key;
 using namespace MessageStatus;
 
-// Reads standard input without the line feed at its end, and at most one byte more than a message can have.
+// Reads standard input, and at most one byte more than the longest text. Removes the line feed at the end.
 std::string readText() {
   std::string text(ShortMessage::mostBytes + 2, '\0');
   std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
@@ -26,17 +26,18 @@ std::string readText() {
   return text;
 }
 
-std::string faultOf(const std::string& number, const ShortMessage::Shape& shape) {
+std::string faultOf(const std::string& number, const ShortMessage::Encoding& encoding) {
   if (!ShortMessage::isNumber(number)) return "'" + number + "': " + ShortMessage::numberRule;
-  return shape.fault;
+  return encoding.fault;
 }
 
-void warnOfShape(const ShortMessage::Shape& shape) {
-  if (!shape.outside.empty()) Output::complain("not in the GSM alphabet: " + shape.outside);
-  if (shape.messages > 1) Output::complain("the text needs " + std::to_string(shape.messages) + " messages");
+void warnOfEncoding(const ShortMessage::Encoding& encoding) {
+  if (!encoding.outside.empty()) Output::complain("not in the GSM alphabet: " + encoding.outside);
+  if (encoding.messages > 1)
+    Output::complain("the text needs " + std::to_string(encoding.messages) + " messages");
 }
 
-// At the limit the daemon discards the oldest messages of the outbox, even those that wait.
+// At the limit, the daemon discards the oldest messages of the outbox, even if they were not sent yet.
 void warnOfLimit(const Folders& folders, std::size_t limit) {
   if (limit == 0) return Output::complain("\"sentLimit\" is 0: the message is neither kept nor retried");
   const auto outbox = folders.names({Sending, Sent, Failed}).files;
@@ -45,7 +46,7 @@ void warnOfLimit(const Folders& folders, std::size_t limit) {
                                      [](const FileName& file) { return file.status == Sending; });
   if (waiting > 0)
     Output::complain("\"sentLimit\" is reached: the daemon may discard " + std::to_string(waiting) +
-                     " of the waiting messages unsent");
+                     " of the waiting messages before it sends them");
 }
 
 void warnOfGateway(const Folders& folders) {
@@ -66,13 +67,13 @@ void printGuid(const std::string& guid, bool isJson) {
 int send(const Request& request) {
   const std::string& number = request.words[0];
   const std::string text = request.words[1] == "-" ? readText() : request.words[1];
-  const ShortMessage::Shape shape = ShortMessage::shapeOf(text);
-  const std::string fault = faultOf(number, shape);
+  const ShortMessage::Encoding encoding = ShortMessage::encodingOf(text);
+  const std::string fault = faultOf(number, encoding);
   if (!fault.empty()) {
     Output::complain(fault);
     return Bad;
   }
-  warnOfShape(shape);
+  warnOfEncoding(encoding);
   Json::Value record;
   record[Key::Recipient] = number;
   record[Key::Message] = text;

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Gives access to the settings by paths such as "smsCommands.password.text".
+// Finds settings by paths such as "smsCommands.password.text".
 class Settings {
  public:
   explicit Settings(const Json::Value& all) : all_(all) {}
@@ -51,7 +51,7 @@ void reportTypes(Report& report, const Settings& settings) {
       settings.reportType(report, pathOf(row), Json::booleanValue, row.id <= SMSCMD_REBOOT);
 }
 
-// True if a sender can have this number or name. A name has at most eleven characters.
+// Returns true if `entry` can be the number or the name of a sender. A name has at most eleven characters.
 bool canMatch(const Json::Value& entry) {
   constexpr std::size_t longestName = 11;
   const std::string text = entry.isConvertibleTo(Json::stringValue) ? entry.asString() : "";
@@ -88,19 +88,19 @@ void reportPermissions(Report& report, const Settings& settings) {
   if (byNumber) reportWhitelist(report, settings.at("smsCommands.whitelist.numbers"));
 }
 
-// The result of a start of the daemon.
+// What the daemon would do with the settings.
 struct Start {
-  bool isOff = false;
-  bool isGood = false;
+  bool isOff = false;   // it would end, because SMS is switched off
+  bool isGood = false;  // it would start
 };
 
-// Runs the daemon's own checks. Throws the Json::Exception that would end the daemon.
+// Runs the daemon's own checks of the settings. Throws a Json::Exception if the daemon would end with it.
 Start tryStart(const Json::Value& all) {
   const std::optional<int> exitStatus = checkSettings(all);
   if (exitStatus) return {*exitStatus == EXIT_SUCCESS, false};
   SMSCommandConfig config;
   if (!config.setConfig(all[SettingsKey::smsCommands])) return {};
-  (void)(all[SettingsKey::receivedLimit].asUInt() + all[SettingsKey::sentLimit].asUInt());
+  (void)(all[SettingsKey::receivedLimit].asUInt() + all[SettingsKey::sentLimit].asUInt());  // may throw
   return {false, true};
 }
 

@@ -11,10 +11,10 @@ namespace {
 
 constexpr unsigned mostMessages = 255;
 constexpr char tooLong[] =
-    "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 others";
+    "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 other characters";
 constexpr std::string_view escapeCode = "\x1B";  // a code of the alphabet, but not a character
 
-// Returns the length of a character in septets; 0 if the GSM alphabet lacks it.
+// Returns the length of a character in septets; 0 if the GSM alphabet lacks the character.
 unsigned septets(std::string_view character) {
   const auto isIn = [&](const auto& codes) {
     return std::find(codes.begin(), codes.end(), character) != codes.end();
@@ -24,8 +24,8 @@ unsigned septets(std::string_view character) {
   return isIn(gsmExtensionAlphabet) ? 2 : 0;
 }
 
-// Returns the number of messages for characters with these lengths. A single message has room for `whole`
-// units, a part of several for `part` units. No character is divided between two parts.
+// Returns how many messages hold characters of these lengths. A single message holds `whole` units. Each part
+// of a concatenated message holds `part` units. A character is never divided between two parts.
 unsigned count(const std::vector<unsigned>& units, unsigned whole, unsigned part) {
   unsigned all = 0, parts = 1, used = 0;
   for (const unsigned unit : units) {
@@ -38,8 +38,8 @@ unsigned count(const std::vector<unsigned>& units, unsigned whole, unsigned part
   return all <= whole ? 1 : parts;
 }
 
-// Returns the length of the first character in bytes; 0 if it cannot be sent. Of the control characters below
-// the blank, only NUL cannot be sent.
+// Returns the length of the first character in bytes; 0 if this character cannot be sent. All control
+// characters below the blank except NUL can be sent.
 std::size_t lengthOfNext(std::string_view text) {
   const auto first = static_cast<unsigned char>(text[0]);
   return first > 0 && first < ' ' ? 1 : Orvel::Text::printableLength(text);
@@ -63,22 +63,23 @@ bool ShortMessage::isNumber(const std::string& number) {
          number.find_first_not_of("0123456789", begin) == std::string::npos;
 }
 
-ShortMessage::Shape ShortMessage::shapeOf(const std::string& text) {
-  Shape shape;
-  if (text.empty()) shape.fault = "the text is empty";
-  if (text.size() > mostBytes) shape.fault = tooLong;
+ShortMessage::Encoding ShortMessage::encodingOf(const std::string& text) {
+  Encoding encoding;
+  if (text.empty()) encoding.fault = "the text is empty";
+  if (text.size() > mostBytes) encoding.fault = tooLong;
   std::vector<unsigned> gsm, ucs2;
-  for (std::string_view rest = text; shape.fault.empty() && !rest.empty();) {
+  for (std::string_view rest = text; encoding.fault.empty() && !rest.empty();) {
     const std::size_t length = lengthOfNext(rest);
-    if (length == 0) shape.fault = faultAt(text, text.size() - rest.size());
+    if (length == 0) encoding.fault = faultAt(text, text.size() - rest.size());
     const std::string_view character = rest.substr(0, length);
     rest.remove_prefix(length);
     gsm.push_back(septets(character));
     ucs2.push_back(length == 4 ? 2 : 1);
-    if (gsm.back() == 0 && shape.outside.find(character) == std::string::npos) shape.outside += character;
+    const bool isOutside = gsm.back() == 0;
+    if (isOutside && encoding.outside.find(character) == std::string::npos) encoding.outside += character;
   }
-  if (!shape.fault.empty()) return shape;
-  shape.messages = shape.outside.empty() ? count(gsm, 160, 153) : count(ucs2, 70, 67);
-  if (shape.messages > mostMessages) shape.fault = tooLong;
-  return shape;
+  if (!encoding.fault.empty()) return encoding;
+  encoding.messages = encoding.outside.empty() ? count(gsm, 160, 153) : count(ucs2, 70, 67);
+  if (encoding.messages > mostMessages) encoding.fault = tooLong;
+  return encoding;
 }

@@ -22,7 +22,7 @@ int openLock(const std::string& path) {
   return file;
 }
 
-// Adds one member of the file to `known`; false if it does not have the form that write() gives it.
+// Adds one member of the file to `known`. Returns false if the member has a wrong form.
 bool take(const std::string& key, const Json::Value& member, News::AllKnown& known) {
   if (!member.isArray() || member.size() != 2 || !member[0].isInt64() || !member[1].isBool()) return false;
   known[key] = {member[0].asInt64(), member[1].asBool()};

@@ -10,11 +10,11 @@
 /// The file of `follow --state`: a JSON object with [TIME, LACKS-PARTS] for each reported "FOLDER/NAME".
 class StateFile : private Orvel::NonCopyable {
  public:
-  /// Locks a file beside it. Throws std::runtime_error if another process holds the lock.
+  /// Locks the file PATH.lock. Throws std::runtime_error if another process holds the lock.
   explicit StateFile(std::string path);
   ~StateFile();
 
-  /// Reads the file. Returns nullopt if it does not exist, an empty map if it is empty or not a state file.
+  /// Reads the file. Returns nullopt without a file; an empty map if the file is empty or not a state file.
   [[nodiscard]] std::optional<News::AllKnown> read() const;
 
   /// Writes the file if `known` differs from its content.

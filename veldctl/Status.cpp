@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Seconds. The tool may need a while for one message. A pass files all that it has received and sent.
+// Seconds. The tool may need some time for a message. A pass files all that it has received and sent.
 constexpr std::int64_t longTool = 60, veryLongTool = 300, longStaged = 60, longUnfiled = 60;
 constexpr unsigned lowRoom = 10;  // per cent
 
@@ -73,8 +73,8 @@ void reportSpool(Report& report, const std::string& root) {
   report.count(Look, "damaged in the spool", {"damaged", spool.damaged, {}});
 }
 
-// Reports old files in the staging folder, which the daemon leaves empty. `visible` is the path of the folder
-// for this process: systemd gives the daemon a private /tmp.
+// Reports old files in the staging folder: a pass leaves this folder empty. `visible` is the path at which
+// this process finds the folder: systemd gives the daemon a private /tmp.
 void reportStaged(Report& report, const std::string& visible, const std::string& folder) {
   std::error_code gone;
   const auto isOld = [](const fs::directory_entry& entry) {

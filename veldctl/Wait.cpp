@@ -16,6 +16,6 @@ int wait(const Request& request) {
   const bool hasFailed = found.message && found.message->status == Failed;
   Outcome outcome = awaitOutcome(request.folders, guid, *seconds, logged);
   if (!found.message && outcome.status == Unknown) outcome.reason = noSuchMessage;
-  if (hasFailed) outcome.reason = "before this command started";
+  if (hasFailed) outcome.reason = "the message failed before this command started";
   return printOutcome(outcome, request.isJson());
 }

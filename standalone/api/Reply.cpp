@@ -11,9 +11,9 @@ namespace Standalone {
 namespace {
 
 constexpr unsigned mostMessages = 3;
-constexpr std::size_t mostCharacters = mostMessages * 153;  // what three parts hold in the GSM alphabet
+constexpr std::size_t mostCharacters = mostMessages * 153;  // three parts hold as many in the GSM alphabet
 
-// Splits the beginning of `text` into characters: as many as the messages hold in the GSM alphabet.
+// Returns the characters of `text`, but at most `mostCharacters`.
 std::vector<std::string> charactersOf(std::string_view text) {
   std::vector<std::string> characters;
   while (!text.empty() && characters.size() < mostCharacters) {
@@ -34,7 +34,7 @@ std::string replyText(const std::string& output, bool succeeded) {
   if (whole.empty()) return succeeded ? "done" : "failed";
   std::string reply;
   for (const std::string& character : charactersOf(whole)) {
-    if (ShortMessage::shapeOf(reply + character).messages > mostMessages) break;
+    if (ShortMessage::encodingOf(reply + character).messages > mostMessages) break;
     reply += character;
   }
   return reply;

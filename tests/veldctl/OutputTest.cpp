@@ -13,7 +13,7 @@ const Row<std::string, const char*> printableRows[] = {
     {"NeighboursOfTheSeparators", "\u2027\u202f", "\u2027\u202f"},
     {"Arabic", "\u0633", "\u0633"},
 };
-TEST_ROWS(Printable, CannotSteerATerminal, printableRows) {
+TEST_ROWS(Printable, EscapesControlCharacters, printableRows) {
   EXPECT_EQ(Output::printable(GetParam().given), GetParam().expected);
 }
 
@@ -25,11 +25,11 @@ struct CutRow {
 };
 const CutRow cutRows[] = {
     {"Fits", "12345", 5, "12345"},
-    {"OneTooMuch", "123456", 5, "1234…"},
+    {"OneColumnTooMany", "123456", 5, "1234…"},
     {"TwoBytes", "äöüäöü", 5, "äöüä…"},
     {"Wide", "日本語", 5, "日本…"},
     {"WideFits", "日本語", 6, "日本語"},
-    {"HalfAWideOne", "日本語", 4, "日…"},
+    {"HalfAWideCharacter", "日本語", 4, "日…"},
     {"Combining", "e\u0301e\u0301", 2, "e\u0301e\u0301"},
     {"NoRoom", "12", 0, ""},
 };

@@ -15,7 +15,7 @@ TEST_ROWS(Number, IsDigits, numberRows) {
   EXPECT_EQ(ShortMessage::isNumber(GetParam().given), GetParam().expected);
 }
 
-struct ShapeRow {
+struct EncodingRow {
   const char* name;
   std::string text;
   unsigned messages;
@@ -23,21 +23,21 @@ struct ShapeRow {
   const char* fault;
 };
 constexpr char tooLong[] =
-    "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 others";
-const ShapeRow shapeRows[] = {
+    "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 other characters";
+const EncodingRow encodingRows[] = {
     {"OneMessage", times(160, "x"), 1, "", ""},
     {"OneMoreThanOneMessage", times(161, "x"), 2, "", ""},
     {"TwoWholeParts", times(306, "x"), 2, "", ""},
-    {"AnEscapedCharacterCountsTwice", times(80, "[") + "x", 2, "", ""},
-    {"NoEscapedCharacterIsCut", times(153, "["), 3, "", ""},
+    {"ExtensionCharactersCountTwice", times(80, "[") + "x", 2, "", ""},
+    {"ExtensionCharactersAreNotDivided", times(153, "["), 3, "", ""},
     {"Ucs2", times(70, "ж"), 1, "ж", ""},
     {"TwoMessagesOfUcs2", times(71, "ж"), 2, "ж", ""},
-    {"APairOfUcs2", times(69, "ж") + "😀", 2, "ж😀", ""},
-    {"EachOtherCharacterOnce", "ж€ёж", 1, "жё", ""},
+    {"SurrogatePairCountsTwice", times(69, "ж") + "😀", 2, "ж😀", ""},
+    {"NamesEachCharacterOnce", "ж€ёж", 1, "жё", ""},
     {"TheEscapeCode", "\x1b", 1, "\x1b", ""},
     {"LineFeedAndTab", "\n\t", 1, "\t", ""},
     {"TheLongest", times(39015, "Ω"), 255, "", ""},
-    {"OneTooLong", times(39016, "x"), 256, "", tooLong},
+    {"OneCharacterTooLong", times(39016, "x"), 256, "", tooLong},
     {"MoreBytesThanTheLimit", times(39016, "Ω"), 0, "", tooLong},
     {"Empty", "", 0, "", "the text is empty"},
     {"Nul", std::string("a\0", 2), 0, "", "the text holds a NUL character, at byte 2"},
@@ -46,9 +46,9 @@ const ShapeRow shapeRows[] = {
     {"CutUtf8", "a\xc3", 0, "", "the text is not valid UTF-8, at byte 2"},
     {"Surrogate", "\xed\xa0\x80", 0, "", "the text is not valid UTF-8, at byte 1"},
 };
-TEST_ROWS(Shape, IsCounted, shapeRows) {
-  const ShortMessage::Shape shape = ShortMessage::shapeOf(GetParam().text);
-  EXPECT_EQ(shape.fault, GetParam().fault);
-  EXPECT_EQ(shape.messages, GetParam().messages);
-  EXPECT_EQ(shape.fault.empty() ? shape.outside : "", GetParam().outside);
+TEST_ROWS(Encoding, CountsMessages, encodingRows) {
+  const ShortMessage::Encoding encoding = ShortMessage::encodingOf(GetParam().text);
+  EXPECT_EQ(encoding.fault, GetParam().fault);
+  EXPECT_EQ(encoding.messages, GetParam().messages);
+  EXPECT_EQ(encoding.fault.empty() ? encoding.outside : "", GetParam().outside);
 }

@@ -25,12 +25,12 @@ const Row<const char*, std::optional<std::time_t>> parseRows[] = {
     {"NoNumber", "h", std::nullopt},
     {"TrailingText", "2027-01-15 8h", std::nullopt},
 };
-TEST_ROWS(Parse, TakesSpansAndDates, parseRows) {
+TEST_ROWS(Parse, ReadsSpansAndDates, parseRows) {
   setZone("UTC");
   EXPECT_EQ(Times::parse(GetParam().given, now), GetParam().expected);
 }
 
-TEST(Times, NameTheirZone) {
+TEST(WithZone, AppendsTheOffsetFromUtc) {
   setZone("XYZ-5:30");
   EXPECT_EQ(Times::withZone(now), "2027-01-15T13:30:00+05:30");
 }
@@ -39,8 +39,6 @@ const Row<std::int64_t, const char*> spanRows[] = {
     {"LastSeconds", 119, "119 s"}, {"Minutes", 120, "2 min"},     {"LastMinutes", 7199, "119 min"},
     {"Hours", 7200, "2 h"},        {"LastHours", 172799, "47 h"}, {"Days", 172800, "2 d"},
 };
-TEST_ROWS(Span, HasItsLargestSensibleUnit, spanRows) {
-  EXPECT_EQ(Times::span(GetParam().given), GetParam().expected);
-}
+TEST_ROWS(Span, HasASuitableUnit, spanRows) { EXPECT_EQ(Times::span(GetParam().given), GetParam().expected); }
 
 }  // namespace

@@ -1,4 +1,4 @@
-"""Tests the command lines of veldctl: commands_test.py VELDCTL..., in a private gateway."""
+"""Tests the commands of veldctl in a private gateway: commands_test.py VELDCTL..."""
 import contextlib
 import fcntl
 import http.server
@@ -13,7 +13,7 @@ import threading
 import time
 import unittest
 
-from shared import FOLDERS, SMS as BOX, wait_for, write_program
+from shared import FOLDERS, SMS as ROOT, wait_for, write_program
 
 VELDCTL, sys.argv[1:] = sys.argv[1:], []
 GUID = "2026010100000000"
@@ -31,32 +31,32 @@ def start(*words, stdin=subprocess.PIPE):
 
 def put(folder, guid=GUID, **keys):
     record = {"guid": guid, "recipient": "+491", "message": "text", **keys}
-    (BOX / "new").write_text(json.dumps(record))
-    (BOX / "new").rename(FOLDERS[folder] / guid)
+    (ROOT / "new").write_text(json.dumps(record))
+    (ROOT / "new").rename(FOLDERS[folder] / guid)
 
 
 def files():
-    return sorted(str(file.relative_to(BOX)) for file in BOX.rglob("*") if not file.is_dir())
+    return sorted(str(file.relative_to(ROOT)) for file in ROOT.rglob("*") if not file.is_dir())
 
 
 class CommandsTest(unittest.TestCase):
     def setUp(self):
-        shutil.rmtree(BOX, ignore_errors=True)
+        shutil.rmtree(ROOT, ignore_errors=True)
         for folder in FOLDERS.values():
             folder.mkdir(parents=True)
 
     def check(self, *rows):
-        """Checks rows of words, exit status, and a part of the output; None for no output."""
+        """Runs the words of each row. Compares the exit status and a part of the output; None means no output."""
         for words, status, part in rows:
             with self.subTest(words=words):
-                came, out, err = run(*words)
-                self.assertEqual(came, status, out + err)
+                actual, out, err = run(*words)
+                self.assertEqual(actual, status, out + err)
                 if part is None:
                     self.assertEqual(out + err, "")
                 else:
                     self.assertIn(part, out + err)
 
-    def test_a_wrong_word_is_named(self):
+    def test_an_error_names_the_wrong_word(self):
         self.check(
             ([], 64, "a command is missing\nSee veldctl --help"),
             (["sned", "1", "x"], 64, "unknown command 'sned'; the commands are send, wait, list"),
@@ -75,25 +75,25 @@ class CommandsTest(unittest.TestCase):
         self.check(*[(words, 0, "--retries N") for words in (["send", "-h"], ["help", "send"], ["retry", "--help"])],
                    (["help"], 0, "  follow "), (["--version"], 0, "veldctl 1."))
 
-    def test_what_cannot_be_sent(self):
+    def test_send_refuses_a_wrong_number_or_text(self):
         self.check(
             (["send", "1; reboot", "x"], 1, "a number is 1 to 20 digits"), (["send", "1", ""], 1, "the text is empty"),
             (["send", "1", b"a\xc0\x80"], 1, "not valid UTF-8, at byte 2"))
         self.assertEqual(run("send", "1", "-", text=b"a\0b")[::2], (1, "veldctl: the text holds a NUL character, at byte 2\n"))
         self.assertEqual(files(), [])
 
-    def test_a_text_without_end_is_refused(self):
+    def test_send_refuses_an_endless_text(self):
         sending = start("send", "1", "-")
         with contextlib.suppress(BrokenPipeError):
             sending.stdin.write("x" * 80000)
             sending.stdin.flush()
-        self.assertEqual(sending.wait(30), 1)  # although standard input is open
+        self.assertEqual(sending.wait(30), 1)  # although standard input is still open
         self.assertIn("the text is too long: 255 messages", sending.stderr.read())
         for stream in (sending.stdin, sending.stdout, sending.stderr):
             with contextlib.suppress(BrokenPipeError):
                 stream.close()
 
-    def test_a_message_is_queued_whole(self):
+    def test_send_queues_number_text_and_retries(self):
         status, guid, said = run("send", "+49", "-", "--retries", "4294967295", text=b"two\nlines\n")
         guid = guid.rstrip("\n")
         self.assertRegex(guid, time.strftime("^%Y%m%d") + r"\d{8}$")
@@ -104,15 +104,15 @@ class CommandsTest(unittest.TestCase):
         shutil.rmtree(FOLDERS["sending"])
         self.check((["send", "1", "x"], 1, "outbox/sending"))
 
-    def test_many_senders_take_guids_of_their_own(self):
+    def test_concurrent_senders_get_different_guids(self):
         script = 'for i in 1 2 3 4 5 6 7 8 9 10; do "$@" send 1 x 2>/dev/null; done'
         senders = [subprocess.Popen(["bash", "-c", script, "-", *VELDCTL], stdout=subprocess.PIPE) for _ in range(4)]
         guids = {guid for sender in senders for guid in sender.communicate()[0].split()}
         self.assertEqual(len(guids), 40)
         self.assertEqual(len(files()), 40)
 
-    def test_a_send_names_the_lock_that_it_waits_for(self):
-        outbox = os.open(BOX / "outbox", os.O_RDONLY)
+    def test_send_names_the_lock_that_it_waits_for(self):
+        outbox = os.open(ROOT / "outbox", os.O_RDONLY)
         fcntl.flock(outbox, fcntl.LOCK_EX)
         sending = start("send", "1", "x")
         self.assertEqual(sending.stderr.readline(), "veldctl: another program holds the lock on /var/config/sms/outbox: waiting\n")
@@ -120,7 +120,7 @@ class CommandsTest(unittest.TestCase):
         sending.communicate()
         self.assertEqual(sending.returncode, 0)
 
-    def test_a_message_is_waited_for(self):
+    def test_wait_returns_the_outcome(self):
         for folder, status, outcome in (("sent", 0, {"outcome": "sent"}),
                                         ("failed", 1, {"outcome": "failed", "reason": "the tool printed nothing"})):
             with self.subTest(folder=folder):
@@ -135,7 +135,7 @@ class CommandsTest(unittest.TestCase):
                 self.assertEqual(run("wait", guid)[0], status)
         self.check((["send", "1", "x", "--wait", "0"], 3, "it is still queued"), (["wait", "7", "0"], 3, "no such message"))
 
-    def test_a_list_is_a_table(self):
+    def test_list_prints_and_filters_a_table(self):
         put("failed", "2026010100000001", retries=1, message="first")
         put("received", "2026010100000002", source="+492", timestamp="2026/01/01 00:00:02", message="\x1b[2J \u202e")
         self.assertEqual(run("list", "received")[1].splitlines(), [
@@ -147,13 +147,13 @@ class CommandsTest(unittest.TestCase):
             with self.subTest(words=words):
                 self.assertEqual(run("list", "-q", *words)[1].split(), ["202601010000000" + guid for guid in guids])
 
-    def test_a_dangerous_number_is_marked_and_not_queued(self):
+    def test_a_dangerous_number_is_shown_as_a_fault_and_not_queued(self):
         put("failed", recipient="+491;touch /tmp/x;")
         self.check((["retry", GUID], 1, "its recipient is not a number"), (["list"], 0, "? its recipient is not a number"),
                    (["show", GUID], 1, "its recipient is not a number"), (["status"], 2, f"{GUID}: its recipient is not a number"))
         self.assertEqual(files(), [f"outbox/failed/{GUID}"])
 
-    def test_failed_messages_are_sent_again(self):
+    def test_retry_queues_failed_messages_again(self):
         put("failed", "1", retries=0, seen=True)
         put("failed", "2")
         put("sending", "3")
@@ -200,9 +200,9 @@ class CommandsTest(unittest.TestCase):
         self.assertTrue(os.path.exists("/dev/zero"))
 
     def test_missing_permissions_are_reported(self):
-        """Runs as an unprivileged user: root may read everything."""
+        """Runs veldctl as an unprivileged user, because root may read everything."""
         put("failed")
-        BOX.chmod(0o700)
+        ROOT.chmod(0o700)
         if subprocess.run(["setpriv", "--reuid", "65534", "true"], capture_output=True).returncode != 0:
             self.skipTest("this user cannot become another")
         VELDCTL[:0] = ["setpriv", "--reuid", "65534", "--clear-groups"]
@@ -214,15 +214,15 @@ class CommandsTest(unittest.TestCase):
         finally:
             del VELDCTL[:4]
 
-    def test_commands_that_only_read_write_nothing(self):
+    def test_reading_commands_change_no_file(self):
         put("sent")
-        before = {file: os.stat(file).st_mtime_ns for file in BOX.rglob("*")}
+        before = {file: os.stat(file).st_mtime_ns for file in ROOT.rglob("*")}
         self.check((["status"], 2, "the daemon does not run"), (["list"], 0, GUID), (["show", GUID], 0, "message"),
                    (["check"], 2, "the local API does not answer: /var/run/api/http.sock: No such file"),
                    (["check"], 2, "/var/config/sms is open to every user"), (["check"], 2, "there are no back-off timers"))
-        self.assertEqual({file: os.stat(file).st_mtime_ns for file in BOX.rglob("*")}, before)
+        self.assertEqual({file: os.stat(file).st_mtime_ns for file in ROOT.rglob("*")}, before)
 
-    def test_each_row_of_status_is_an_object(self):
+    def test_status_prints_json_objects(self):
         put("sent")
         rows = [json.loads(line) for line in run("status", "--json")[1].splitlines()]
         for row in rows:
@@ -232,7 +232,7 @@ class CommandsTest(unittest.TestCase):
         self.assertEqual([row["guid"] for row in rows if row.get("metric") == "last_sent_time_seconds"], [GUID])
 
 
-    def test_the_manuals_have_each_metric_and_option(self):
+    def test_the_manuals_name_each_metric_and_option(self):
         put("sent")
         put("received")
         root = pathlib.Path(__file__).resolve().parents[2]
@@ -264,7 +264,7 @@ class FollowTest(unittest.TestCase):
         follower.kill()
         follower.communicate()
 
-    def test_an_event_is_reported_once_across_a_restart(self):
+    def test_a_restart_neither_repeats_nor_misses_an_event(self):
         put("sent", "1")
         follower = start("follow", "--state", str(self.state))
         wait_for(self.state.exists)
@@ -283,26 +283,26 @@ class FollowTest(unittest.TestCase):
         self.assertEqual(self.event(follower), "failed 4")
         self.end(follower)
 
-    def test_an_event_counts_when_it_is_acknowledged(self):
+    def test_an_event_is_repeated_until_it_is_acknowledged(self):
         self.state.touch()
         put("sent", "1")
         put("sent", "2")
         words = ("follow", "--ack", "--state", str(self.state))
-        for answers, told in ((b"", ["1"]), (b"\n", ["1", "2"]), (b"\n\n", ["2"]), (b"", [])):
+        for answers, reported in ((b"", ["1"]), (b"\n", ["1", "2"]), (b"\n\n", ["2"]), (b"", [])):
             with self.subTest(answers=answers):
                 status, out, _ = run(*words, text=answers)
-                self.assertEqual((status, [json.loads(line)["guid"] for line in out.splitlines()]), (0, told))
+                self.assertEqual((status, [json.loads(line)["guid"] for line in out.splitlines()]), (0, reported))
 
     def test_a_program_is_run_until_it_succeeds(self):
         self.state.touch()
         put("received", "1", source="+49", message="first")
         put("sent", "2", message="second")
-        hook = write_program("/run/hook", 'echo "$VELD_EVENT $VELD_GUID $VELD_NUMBER $VELD_TEXT" >>/run/told\ncat >>/run/input\n'
+        hook = write_program("/run/hook", 'echo "$VELD_EVENT $VELD_GUID $VELD_NUMBER $VELD_TEXT" >>/run/reported\ncat >>/run/input\n'
                              '[ -e /run/good ] || { touch /run/good; exit 3; }\n')
         follower = start("follow", "--state", str(self.state), "--exec", str(hook))
-        told = ["received 1 +49 first"] * 2 + ["sent 2 +491 second"]
+        reported = ["received 1 +49 first"] * 2 + ["sent 2 +491 second"]
         wait_for(lambda: '"sent/2"' in self.state.read_text())
-        self.assertEqual(pathlib.Path("/run/told").read_text().splitlines(), told)
+        self.assertEqual(pathlib.Path("/run/reported").read_text().splitlines(), reported)
         self.assertEqual([json.loads(line)["guid"] for line in pathlib.Path("/run/input").read_text().splitlines()], ["1", "1", "2"])
         self.assertEqual(follower.stderr.readline(), "veldctl: /run/hook ended with status 3 for 1; it runs again in 1 s\n")
         self.end(follower)
@@ -313,7 +313,7 @@ class FollowTest(unittest.TestCase):
 
 
 class ExamplesTest(unittest.TestCase):
-    """Tests the examples for the hook, and the completion for bash."""
+    """Tests the example programs for --exec, and the completion for bash."""
     setUp = CommandsTest.setUp
     packaging = pathlib.Path(__file__).resolve().parents[2] / "packaging"
 
@@ -326,7 +326,7 @@ class ExamplesTest(unittest.TestCase):
         write_program("/run/bin/" + name, text)
         return {"PATH": f"/run/bin:{os.environ['PATH']}"}
 
-    def test_an_answer_goes_to_numbers_that_ask(self):
+    def test_only_a_question_from_a_number_is_answered(self):
         path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
         for event, number, text, answers in (("sent", "+491", "State?", 0), ("received", "+491", "hello", 0),
                                              ("received", "Bank", "State?", 0), ("received", "+491", "State? please", 1)):
@@ -334,7 +334,7 @@ class ExamplesTest(unittest.TestCase):
                 self.assertEqual(self.hook("on-event-answer", event, number, text, **path), 0)
                 self.assertEqual(len(files()), answers)
 
-    def test_a_mail_has_one_line_of_subject(self):
+    def test_the_subject_of_a_mail_is_one_line(self):
         self.program("sendmail", "cat >/run/mail")
         self.assertEqual(self.hook("on-event-mail", "received", "1\nBcc: x", "Grüße", SENDMAIL="/run/bin/sendmail"), 0)
         head, _, body = pathlib.Path("/run/mail").read_text().partition("\n\n")
@@ -343,7 +343,7 @@ class ExamplesTest(unittest.TestCase):
         self.assertEqual([self.hook("on-event-mail", event, SENDMAIL="/run/bin/sendmail") for event in ("received", "sent")], [75, 0])
 
     @unittest.skipUnless(shutil.which("curl"), "there is no curl")
-    def test_a_web_server_gets_an_event_again_after_an_error(self):
+    def test_the_webhook_fails_if_the_server_answers_with_an_error(self):
         class Handler(http.server.BaseHTTPRequestHandler):
             def do_POST(self):
                 got.append(self.rfile.read(int(self.headers["Content-Length"])))
