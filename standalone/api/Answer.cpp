@@ -29,7 +29,7 @@ constexpr char commandFolder[] = "/commands.d";
 
 enum Code : int { Accepted = 200, Malformed = 400, SwitchedOff = 403, Missing = 404, Faulty = 500 };
 
-// Reads the settings file. Logs an ERROR and returns nullopt if it cannot be read or is not a JSON object.
+// Reads the settings. Logs an ERROR and returns nullopt if the file cannot be read or is not a JSON object.
 std::optional<Json::Value> loadSettings(const std::string& folder) {
   const std::string path = folder + settingsName;
   std::ifstream file(path);
@@ -44,7 +44,7 @@ std::optional<Json::Value> loadSettings(const std::string& folder) {
   return std::nullopt;
 }
 
-// Returns NAME of the path /api/command/NAME; an empty text, which names no program, for any other path.
+// Returns NAME of the path /api/command/NAME. Returns an empty text for any other path.
 std::string commandName(const std::string& path) {
   if (path.compare(0, commandPath.size(), commandPath) != 0) return "";
   const std::string name = path.substr(commandPath.size());
@@ -57,7 +57,7 @@ bool isProgram(const std::string& path) {
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// Checks the settings again: veld requests only permitted commands, but other clients use the socket, too.
+// veld requests only commands that the settings permit, but other programs may use the socket, too.
 bool isPermitted(const std::string& name, const Json::Value& settings) {
   const Json::Value& commands = settings[SettingsKey::smsCommands];
   if (!commands.isObject() || commands["enabled"] != true) return false;
@@ -86,7 +86,7 @@ Answer answerCommand(const HttpRequest& request, const std::string& folder) {
   return {Accepted, Json::nullValue, program, *command};
 }
 
-// Waits until no other process runs a program, and locks them out until this one ends. False on failure.
+// Waits for the lock on the programs, which this process then holds until it ends. Returns false on failure.
 bool waitForTurn(const std::string& folder) {
   const int programs = open((folder + commandFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   return programs >= 0 && flock(programs, LOCK_EX) == 0;

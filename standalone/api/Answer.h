@@ -9,7 +9,7 @@
 
 namespace Standalone {
 
-/// The answer to a client, and the program to run after it.
+/// The answer to a client, and the program to run after the answer was written.
 struct Answer {
   /// 200: accepted; 400: malformed; 403: switched off; 404: unknown; 500: invalid settings
   int code = 0;
@@ -19,15 +19,15 @@ struct Answer {
 };
 
 /// Answers GET /api/sms with the object in settings.json of `folder`. Accepts POST /api/command/NAME if
-/// commands.d of `folder` has a program of that name and the settings permit it. Logs invalid settings as an
-/// ERROR.
+/// commands.d of `folder` has a program with this name and the settings permit the command. Logs invalid
+/// settings as an ERROR.
 Answer answerTo(const HttpRequest& request, const std::string& folder);
 
 /// Returns the answer to a malformed request.
 Answer answerToMalformed();
 
-/// Runs the program of `answer` for at most 60 seconds, and queues its output as a message to the sender.
-/// Waits until no other process runs a program of `folder`.
+/// Waits until no other process runs a program of `folder`. Then runs the program of `answer` for at most 60
+/// seconds, and queues the program's output as a message to the sender.
 void runProgram(const Answer& answer, const std::string& folder);
 
 }  // namespace Standalone

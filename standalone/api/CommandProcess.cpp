@@ -5,7 +5,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-extern "C" {  // the header of glibc 2.36 lacks it
+extern "C" {  // the header of glibc 2.36 has no extern "C" of its own
 #include <sys/pidfd.h>
 }
 
@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t mostOutput = 64 << 10;
 
-/// A file descriptor; the end of the object closes it.
+/// Owns a file descriptor, or none (-1). The destructor closes the descriptor.
 class Descriptor {
  public:
   explicit Descriptor(int number = -1) : number_(number) {}
@@ -88,7 +88,7 @@ time_t secondsNow() {
   return now.tv_sec;
 }
 
-// Reads once, and appends to `output` up to its size of 64 KiB. False at the end of the stream.
+// Reads once, and appends to `output` until it has 64 KiB. Returns false at the end of the stream.
 bool collect(int stream, std::string& output) {
   char piece[4096];
   const ssize_t count = read(stream, piece, sizeof piece);
@@ -97,7 +97,7 @@ bool collect(int stream, std::string& output) {
   return true;
 }
 
-// Collects output until the program has ended and the pipe is empty. False if that takes over `seconds`.
+// Collects output until the program has ended and the pipe is empty. Returns false after `seconds`.
 bool waitForEnd(int process, int stream, int seconds, std::string& output) {
   const time_t end = secondsNow() + seconds;
   pollfd watched[2] = {{stream, POLLIN, 0}, {process, POLLIN, 0}};
@@ -119,7 +119,7 @@ Ending runCommand(const std::vector<std::string>& words, const std::vector<std::
   Ending ending;
   Descriptor inputRead, inputWrite, outputRead, outputWrite;
   if (!openPipe(inputRead, inputWrite) || !openPipe(outputRead, outputWrite)) return ending;
-  // This cannot block or fail: the whole input fits into the pipe, and this process has its read end open.
+  // write() neither blocks nor fails: the pipe has room for the whole input, and its read end is open.
   const ssize_t written = write(inputWrite.number(), input.data(), input.size());
   if (written != static_cast<ssize_t>(input.size())) return ending;
   inputWrite.reset(-1);

@@ -15,7 +15,7 @@ constexpr std::size_t mostBytes = 1 << 20;
 constexpr std::string_view lineEnd = "\r\n";
 constexpr std::string_view headEnd = "\r\n\r\n";
 
-// Removes the first line from `rest`. Returns it without its line end.
+// Removes the first line from `rest`. Returns the line without its line end.
 std::string takeLine(std::string_view& rest) {
   const std::size_t length = rest.find(lineEnd);
   const std::string line(rest.substr(0, length));
@@ -23,7 +23,7 @@ std::string takeLine(std::string_view& rest) {
   return line;
 }
 
-// Reads "GET /path HTTP/1.1". False if the line has another form.
+// Reads "GET /path HTTP/1.1". Returns false if the line has another form.
 bool readRequestLine(const std::string& line, HttpRequest& request) {
   const auto words = Orvel::Text::split(line, " ", 4);
   if (words.size() != 3 || words[2] != "HTTP/1.1" || words[1].compare(0, 1, "/") != 0) return false;
@@ -32,14 +32,14 @@ bool readRequestLine(const std::string& line, HttpRequest& request) {
   return true;
 }
 
-// Reads a length of at most six digits. Nullopt for any other text.
+// Reads a length of at most six digits. Returns nullopt for any other text.
 std::optional<std::size_t> readLength(const std::string& digits) {
   if (digits.empty() || digits.size() > 6) return std::nullopt;
   if (digits.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
   return std::stoul(digits);
 }
 
-// Returns the body's length from the header lines; 0 if they have none. Nullopt if a line is wrong.
+// Returns the length of the body from the header lines; 0 if no line names it; nullopt if a line is wrong.
 std::optional<std::size_t> bodyLength(std::string_view lines) {
   std::optional<std::size_t> length;
   while (!lines.empty()) {

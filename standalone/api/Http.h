@@ -14,19 +14,19 @@ struct HttpRequest {
   std::string body;
 };
 
-/// What the received bytes form: the beginning of a request, a whole one, or neither.
+/// Whether received bytes are the beginning of a request, a whole request, or neither.
 enum class HttpState { Incomplete, Whole, Wrong };
 
-/// Fills `request` if `received` is one whole HTTP/1.1 request. Returns Wrong for bytes that cannot become
-/// one: a malformed line, two lengths, a transfer encoding, bytes after the body, more than 1 MiB.
+/// Fills `request` if `received` is one whole HTTP/1.1 request. Returns Wrong for a malformed line, two
+/// lengths, a transfer encoding, bytes after the body, or more than 1 MiB.
 HttpState parseHttp(const std::string& received, HttpRequest& request);
 
-/// Reads a request from `socket`; blocks until it is whole. Nullopt if it is wrong, or if the client closes
-/// the connection first.
+/// Reads a request from `socket`, and blocks until the request is whole. Returns nullopt if the request is
+/// wrong, or if the client closes the connection first.
 std::optional<HttpRequest> readRequest(int socket);
 
-/// Writes {"code": `code`, "result": `result`} to `socket`, and the HTTP status `code`. False if the client
-/// closes first.
+/// Writes an HTTP answer with the status `code` and the body {"code": `code`, "result": `result`} to
+/// `socket`. Returns false if the client has closed the connection.
 bool writeAnswer(int socket, int code, const Json::Value& result);
 
 }  // namespace Standalone

@@ -4,8 +4,8 @@
 
 namespace Standalone {
 
-/// Returns the answer to a command that printed `output`, cut between characters to fit three short messages.
-/// "?" replaces a control character and a byte that is not UTF-8. Without output returns "done" or "failed".
+/// Returns the text that answers a command with this output: the output, cut to what three messages can hold.
+/// Replaces control characters and invalid UTF-8 by "?". Without output, returns "done" or "failed".
 std::string replyText(const std::string& output, bool succeeded);
 
 }  // namespace Standalone

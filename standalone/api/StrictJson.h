@@ -7,8 +7,8 @@
 
 namespace Standalone {
 
-/// Parses `text` as strict JSON: an object or an array, with nothing after it, no comments and no duplicate
-/// keys. Nullopt on an error; `fault` then describes it in one line, with line and column.
+/// Parses `text` as strict JSON: one object or array, and no comments, no duplicate keys, no text after it.
+/// Returns nullopt on an error. `fault` is then one line that names the line and the column of the error.
 std::optional<Json::Value> parseStrictJson(const std::string& text, std::string& fault);
 
 /// Returns `value` as JSON in one line.

@@ -1,5 +1,5 @@
-// The local API: veld-api FOLDER. Answers the request on standard input, a socket, and then runs its command.
-// systemd starts it for each connection. FOLDER contains the settings and the commands.
+// The local API: veld-api FOLDER, where FOLDER has the settings and the commands. systemd starts it for each
+// connection. It answers one request on the socket, which is its standard input, and then runs the command.
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -30,7 +30,7 @@ int main(int count, char** words) {
     std::cerr << "usage: veld-api FOLDER, with a connection as standard input\n";
     return EXIT_FAILURE;
   }
-  alarm(requestSeconds);  // ends the process if a client sends no request
+  alarm(requestSeconds);  // ends the process if the client does not send a whole request
   const std::optional<HttpRequest> request = readRequest(STDIN_FILENO);
   const Answer answer = request ? answerTo(*request, words[1]) : answerToMalformed();
   const bool answered = writeAnswer(STDIN_FILENO, answer.code, answer.result);

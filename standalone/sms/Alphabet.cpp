@@ -12,7 +12,7 @@ namespace {
 constexpr char escapeCode = 0x1B;
 constexpr char32_t replacement = 0xFFFD;
 
-// 3GPP TS 23.038, 6.2.1.1. The daemon's table differs from this published one in two rows.
+// The table of 3GPP TS 23.038, 6.2.1.1. The daemon's table differs from this table in two rows.
 constexpr std::pair<char, std::string_view> extensions[] = {
     {0x0A, "\f"}, {0x14, "^"}, {0x28, "{"}, {0x29, "}"}, {0x2F, "\\"},
     {0x3C, "["},  {0x3D, "~"}, {0x3E, "]"}, {0x40, "|"}, {0x65, "€"}};
@@ -61,7 +61,7 @@ std::size_t lengthOf(unsigned lead) {
   return lead < 0xF0 ? 3 : 4;
 }
 
-// Removes the first character of `rest` and returns it. Nullopt if it is not valid UTF-8.
+// Removes the first character of `rest` and returns this character. Returns nullopt if it is not valid UTF-8.
 std::optional<char32_t> takeCharacter(std::string_view& rest) {
   const auto octet = [&rest](std::size_t at) {
     return at < rest.size() ? static_cast<unsigned char>(rest[at]) : 0U;
@@ -91,7 +91,8 @@ std::string fromGsm(const std::string& codes) {
   std::string text;
   for (std::size_t i = 0; i < codes.size(); ++i) {
     if (codes[i] == escapeCode) {
-      if (++i == codes.size()) break;
+      ++i;
+      if (i == codes.size()) break;
       if (const std::string_view extended = extension(codes[i]); !extended.empty()) {
         text += extended;
         continue;

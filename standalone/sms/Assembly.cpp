@@ -11,8 +11,9 @@
 namespace Standalone {
 namespace {
 
-constexpr std::int64_t patience = 72 * 3600;  // seconds within which all parts of a message must arrive
+constexpr std::int64_t partsTimeout = 72 * 3600;  // seconds within which all parts of a message must arrive
 
+// The parts of one message that have arrived.
 struct Group {
   std::vector<const Stored*> stored;
   std::map<unsigned, Part> parts;  // by number
@@ -61,16 +62,16 @@ bool isReady(const Group& group, std::int64_t now) {
   const Part& first = group.parts.begin()->second;
   std::int64_t latest = first.sent;
   for (const auto& [number, part] : group.parts) latest = std::max(latest, part.sent);
-  return group.parts.size() == first.count || now - latest > patience;
+  return group.parts.size() == first.count || now - latest > partsTimeout;
 }
 
-// False if the group has the same part with other content: a later message then reuses the reference.
+// Returns false if the group has this part with other content, because a later message reuses the reference.
 bool fits(const Group& group, const Part& part) {
   const auto found = group.parts.find(part.number);
   return found == group.parts.end() || found->second.content == part.content;
 }
 
-// Sorts parts into one group per message, in the order of their first parts.
+// Collects the parts of each message in a group. The groups are in the order of their first parts.
 class Groups {
  public:
   void add(const Stored& stored, const Part& part) {
@@ -88,7 +89,7 @@ class Groups {
  private:
   using Key = std::tuple<std::string, bool, unsigned, unsigned>;
   std::vector<Group> all_;
-  std::map<Key, std::size_t> latest_;  // the index in all_ of the latest message with a reference
+  std::map<Key, std::size_t> latest_;  // the index in all_ of the latest group with this key
 };
 
 }  // namespace

@@ -19,9 +19,9 @@ struct Stored {
 /// Joins the parts in `stored` to messages, in the order of their first parts. Parts belong together if they
 /// have the same sender, reference and count. A repeated part belongs to its message, too.
 ///
-/// Omits a concatenated message with missing parts until it is 72 hours old at `now` (seconds since 1970).
-/// Its text is then one line that reports the missing parts and contains the octets in hexadecimal digits.
-/// Such a line also stands for 8-bit data, an MMS notification, and a PDU that is not a received message.
+/// Omits a message with missing parts until it is 72 hours old at `now` (seconds since 1970). Then returns,
+/// as its text, one line that names the parts and contains their octets in hexadecimal digits. Returns such a
+/// line also for 8-bit data, an MMS notification, and a PDU that is not a received message.
 ///
 /// The id of a message contains the places of its parts and a checksum of each PDU.
 std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t now);
@@ -29,10 +29,10 @@ std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t no
 /// Returns the line that the tool lists for 8-bit data.
 std::string dataLine(const std::string& octets);
 
-/// Splits an id into its parts, each "place,checksum".
+/// Splits the id of a message into the ids of its parts, such as "SM/3,1234567".
 std::vector<std::string> partsOf(const std::string& id);
 
-/// Returns the "place,checksum" of `stored`.
+/// Returns the id of a part: its place, a comma, and the checksum of its PDU.
 std::string partId(const Stored& stored);
 
 }  // namespace Standalone

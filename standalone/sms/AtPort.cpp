@@ -25,7 +25,7 @@ bool isError(const std::string& line) {
   return line == "ERROR" || beginsWith(line, "+CME ERROR") || beginsWith(line, "+CMS ERROR");
 }
 
-// True for an unsolicited line, which a modem may send between the lines of an answer.
+// Returns true for an unsolicited line. A modem may send such lines between the lines of an answer.
 bool isUnsolicited(const std::string& line) {
   for (const char* const prefix : {"+CMTI:", "+CDSI:", "+CMT:", "+CDS:", "RING", "^", "+CRING:"})
     if (beginsWith(line, prefix)) return true;
@@ -45,11 +45,11 @@ std::string AtPort::Answer::value(const std::string& prefix) const {
 
 AtPort::AtPort(const std::string& device, const Deadline& deadline) : device_(device), deadline_(deadline) {
   open();
-  // Ends the prompt of a killed call. Tries again, because a modem may miss its first command.
+  // The escape ends a prompt that a killed call has left. A modem may miss its first command.
   for (unsigned tries = 0; tries < 3; ++tries) {
     write(std::string(1, escape) + "ATE1\r");
-    while (pending_.find("OK\r") == std::string::npos && readMore(deadline_.left(firstAnswer))) {
-    }
+    while (pending_.find("OK\r") == std::string::npos)
+      if (!readMore(deadline_.left(firstAnswer))) break;
     if (pending_.find("OK\r") == std::string::npos) continue;
     pending_.clear();
     return;
@@ -86,8 +86,8 @@ void AtPort::write(const std::string& bytes) {
   }
 }
 
-// Reads what has arrived. False if nothing arrives within `bound`. Throws a Problem if the modem was
-// unplugged, which hangs up the line.
+// Reads the bytes that have arrived. Returns false if none arrive within `bound`. Throws a Problem if the
+// modem was unplugged.
 bool AtPort::readMore(std::chrono::milliseconds bound) {
   pollfd readable{port_, POLLIN, 0};
   if (poll(&readable, 1, static_cast<int>(bound.count())) <= 0) return false;
@@ -136,7 +136,7 @@ AtPort::Answer AtPort::ask(const std::string& command) {
   return readAnswer();
 }
 
-// Waits for the prompt "> " or for an error line. Consumes neither.
+// Waits until pending_ contains the prompt "> " or an error line. Leaves both in pending_.
 void AtPort::awaitPrompt() {
   while (pending_.find("> ") == std::string::npos && pending_.find("ERROR") == std::string::npos)
     if (!readMore(deadline_.left()))

@@ -9,10 +9,10 @@ namespace Standalone {
 
 /// A serial port with a modem that accepts AT commands (3GPP TS 27.007, V.250).
 ///
-/// The modem echoes each command. The port ignores unsolicited lines, and those before the echo.
+/// The modem echoes each command. Lines before the echo, and unsolicited lines, are ignored.
 class AtPort {
  public:
-  /// Opens `device` and waits for the modem's answer. Throws a Problem if none comes before the deadline.
+  /// Opens `device`. Throws a Problem if the modem does not answer before the deadline.
   AtPort(const std::string& device, const Deadline& deadline);
   ~AtPort();
   AtPort(const AtPort&) = delete;
@@ -26,13 +26,13 @@ class AtPort {
     std::string value(const std::string& prefix) const;
   };
 
-  /// Sends `command`, without its line end. Throws a Problem if no answer comes before the deadline.
+  /// Sends `command` and a line end. Throws a Problem if no answer comes before the deadline.
   Answer ask(const std::string& command);
 
-  /// Sends a command that prompts for data, then `data` and Ctrl-Z. Throws as above.
+  /// Sends `command`, waits for the prompt, and sends `data` and Ctrl-Z. Throws a Problem like ask(command).
   Answer ask(const std::string& command, const std::string& data);
 
-  /// Does what ask() does, and also throws a Problem for an error answer.
+  /// Does the same as ask(command), and throws a Problem if the answer is an error.
   Answer demand(const std::string& command);
 
  private:
@@ -47,7 +47,7 @@ class AtPort {
   std::string device_;
   const Deadline& deadline_;
   int port_ = -1;
-  std::string pending_;  ///< received bytes that no call has consumed
+  std::string pending_;  ///< received bytes that were not read as lines yet
 };
 
 }  // namespace Standalone

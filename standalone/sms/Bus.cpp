@@ -45,7 +45,7 @@ std::string octetsIn(sd_bus_message* message) {
   return {static_cast<const char*>(octets), size};
 }
 
-// Reads a variant, the value of the property `name`. Skips types that Properties omits.
+// Reads a variant, which is the value of the property `name`. Skips types that Properties does not contain.
 void readValue(sd_bus_message* message, const std::string& name, Properties& properties) {
   const char* type = nullptr;
   mustWork(sd_bus_message_peek_type(message, nullptr, &type));
@@ -69,7 +69,7 @@ void readValue(sd_bus_message* message, const std::string& name, Properties& pro
   mustWork(sd_bus_message_exit_container(message));
 }
 
-// Reads a dictionary: calls `readEntry` with each key, to read the value.
+// Reads a dictionary. Calls `readEntry` with each key; `readEntry` must read the value.
 template <typename ReadEntry>
 void readDictionary(sd_bus_message* message, char key, const char* value, ReadEntry readEntry) {
   const std::string entry = std::string(1, key) + value;
@@ -120,6 +120,7 @@ Bus::Reply Bus::begin(const std::string& path, const char* interface, const char
   return {request, sd_bus_message_unref};
 }
 
+// Sends the request. Waits briefly and sets `again` if ModemManager asks to repeat the call.
 Bus::Reply Bus::finish(sd_bus_message* request, bool& again) {
   Error error;
   sd_bus_message* reply = nullptr;

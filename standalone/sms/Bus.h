@@ -12,23 +12,23 @@
 
 namespace Standalone {
 
-/// The properties of a D-Bus object that are texts, octets or numbers; omits all other types.
+/// The properties of a D-Bus object, but only texts, octets and numbers.
 struct Properties {
   std::map<std::string, std::string> texts;
   std::map<std::string, std::int64_t> numbers;
 
   std::string text(const std::string& name) const;
-  std::int64_t number(const std::string& name) const;  ///< 0 when absent
+  std::int64_t number(const std::string& name) const;  ///< 0 if the object lacks the property
 };
 
-/// Reports that the object of a path no longer exists.
+/// Says that the object of a call no longer exists.
 class Gone : public Problem {
  public:
   using Problem::Problem;
 };
 
-/// ModemManager on the system bus. Each call throws a Problem if it fails or the deadline passes. While a
-/// message arrives, ModemManager asks its clients to retry; each call then retries until the deadline.
+/// ModemManager on the system bus. Each function throws a Problem if it fails or the deadline passes. While a
+/// message arrives, ModemManager may ask a client to repeat a call. This class repeats it until the deadline.
 class Bus {
  public:
   explicit Bus(const Deadline& deadline);
@@ -57,7 +57,7 @@ class Bus {
   std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> bus_;
 };
 
-/// Throws a Problem if `result` is that of a failed sd-bus call.
+/// Throws a Problem if `result`, the return value of an sd-bus function, is negative.
 void mustWork(int result);
 
 template <typename Append>

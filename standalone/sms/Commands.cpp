@@ -35,18 +35,18 @@ std::string quoted(const std::string& text) {
 
 }  // namespace
 
-// Returns the messages that do not wait for deletion. Removes marks of messages that no longer exist.
+// Returns the messages without the mark ToDelete. Removes marks of messages that no longer exist.
 std::vector<Message> Commands::listedMessages(bool unreadToo) {
   std::vector<Message> messages = modem_.list(unreadToo);
   std::set<std::string> ids;
   for (const Message& message : messages) ids.insert(message.id);
   for (auto mark = state_.marks.begin(); mark != state_.marks.end();)
     mark = ids.count(mark->first) != 0 ? std::next(mark) : state_.marks.erase(mark);
-  const auto isDoomed = [this](const Message& message) {
+  const auto isToDelete = [this](const Message& message) {
     const auto mark = state_.marks.find(message.id);
-    return mark != state_.marks.end() && mark->second == Mark::Doomed;
+    return mark != state_.marks.end() && mark->second == Mark::ToDelete;
   };
-  messages.erase(std::remove_if(messages.begin(), messages.end(), isDoomed), messages.end());
+  messages.erase(std::remove_if(messages.begin(), messages.end(), isToDelete), messages.end());
   return messages;
 }
 
@@ -59,7 +59,7 @@ void Commands::listUnread(std::ostream& out) {
   print(messages, out);
   for (const Message& message : messages) state_.marks.emplace(message.id, Mark::Read);
   state_.save();
-  deleteDoomed();
+  deleteMarked();
   modem_.fetchMissed(!messages.empty());
 }
 
@@ -76,17 +76,17 @@ void Commands::listRead(std::ostream& out) {
 
 void Commands::deleteRead() {
   for (auto& [id, mark] : state_.marks)
-    if (mark == Mark::Printed) mark = Mark::Doomed;
+    if (mark == Mark::Printed) mark = Mark::ToDelete;
   state_.save();
-  deleteDoomed();
+  deleteMarked();
 }
 
-// Tries to delete every message that waits for it. Throws the last Problem when all have been tried.
-void Commands::deleteDoomed() {
+// Tries to delete every message with the mark ToDelete. Then throws the last Problem, if there was one.
+void Commands::deleteMarked() {
   std::string refusal;
   for (auto next = state_.marks.begin(); next != state_.marks.end();) {
     const auto mark = next++;
-    if (mark->second != Mark::Doomed) continue;
+    if (mark->second != Mark::ToDelete) continue;
     try {
       modem_.remove(mark->first);
       state_.marks.erase(mark);

@@ -13,19 +13,19 @@ class Commands {
  public:
   Commands(Modem& modem, State& state) : modem_(modem), state_(state) {}
 
-  /// Prints the messages that no call has printed yet, and marks them as read. Retries refused deletions.
+  /// Prints the messages that were not printed before, and marks them as read. Repeats refused deletions.
   void listUnread(std::ostream& out);
 
-  /// Prints the messages that are marked as read, and marks them as printed once `out` has accepted them.
+  /// Prints the messages that are marked as read. After `out` has accepted them, marks them as printed.
   void listRead(std::ostream& out);
 
-  /// Deletes the messages that are marked as printed. If the modem refuses to delete one, no call prints it
-  /// again, and the next listUnread() tries again to delete it.
+  /// Deletes the messages that are marked as printed. If the modem refuses to delete a message, this message
+  /// is not printed again, and the next listUnread() tries again to delete it.
   void deleteRead();
 
  private:
   std::vector<Message> listedMessages(bool unreadToo);
-  void deleteDoomed();
+  void deleteMarked();
 
   Modem& modem_;
   State& state_;

@@ -10,11 +10,11 @@ namespace {
 constexpr std::size_t partSize = 900;
 constexpr char lineBreaks[] = "\r\n";
 constexpr std::string_view messageMarker = "index";
-// A prefix that the daemon decodes to nothing: the escape to the extension table, before a character that is
-// in no GSM alphabet. It prevents the daemon from reading the text as a header.
+// A prefix after which the daemon does not read a text as a header. The daemon decodes the prefix to nothing:
+// it is the escape to the extension table, before a character that is in no GSM alphabet.
 constexpr char noHeader[] = "\\x1b[";
 
-// Removes the first character of `rest`, and returns its printed form. Of "index" it removes the "i".
+// Removes the first character of `rest`, and returns its printed form. Escapes the "i" of "index".
 std::string takePrinted(std::string_view& rest) {
   const char c = rest[0];
   const bool marker = rest.substr(0, messageMarker.size()) == messageMarker;
@@ -39,7 +39,7 @@ std::string takePrinted(std::string_view& rest) {
   }
 }
 
-// Splits the printed text into pieces of at most `partSize` bytes.
+// Splits the printed form of a text into pieces of at most `partSize` bytes.
 std::vector<std::string> pieces(std::string_view rest) {
   std::vector<std::string> all(1);
   while (!rest.empty()) {
@@ -50,14 +50,14 @@ std::vector<std::string> pieces(std::string_view rest) {
   return all;
 }
 
-// True if the daemon would read the second octet of a text as the element of a concatenation header.
+// Returns true if the daemon would take the second octet of the text for that of a concatenation header.
 bool looksLikeHeader(const std::string& printed) {
   const std::size_t second = printed.compare(0, 1, "\\") == 0 ? 2 : 1;
   return printed.compare(0, 2, "\\x") != 0 && second < printed.size() && printed[second] == '\b';
 }
 
-// Returns a sender's name without markers of the listing, because a name cannot be escaped: a marker gets a
-// capital letter, and a line break or a NUL becomes a blank.
+// Returns a sender's name without markers of the listing, because a name cannot be escaped. A marker gets a
+// capital letter. A line break or a NUL becomes a blank.
 std::string printedSender(std::string name) {
   if (name.find_first_not_of(" \t\r\n") == std::string::npos) return "unknown";
   for (const char* const marker : {"index", "user-data:", "smsc-addr:"}) {
@@ -89,8 +89,8 @@ std::string Listing::block(const Message& message, const std::string& userData) 
          "\naddr: " + printedSender(message.sender) + "\nuser-data: \"" + userData + "\"\n";
 }
 
-// Returns a reference that is unique in this listing. It depends on the message only, so that the daemon can
-// join the parts of a truncated listing with those of the next listing.
+// Returns a reference that is unique in this listing. The reference depends only on the message: the daemon
+// can therefore join parts in a truncated listing with parts in the next listing.
 std::uint16_t Listing::referenceFor(const Message& message) {
   std::uint32_t hash = 2166136261U;  // FNV-1a
   for (const char c : message.sender + message.text)

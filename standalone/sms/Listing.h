@@ -8,15 +8,15 @@
 
 namespace Standalone {
 
-/// Prints messages in the form that the SMS daemon reads, so that each text arrives there byte for byte.
+/// Prints messages in the form that the SMS daemon reads. The daemon then has each text byte for byte.
 ///
-/// Escapes the backslash, the quote, line feed, carriage return, and the word "index", which would begin a
-/// message; prints other UTF-8 unchanged. The daemon reads lines of at most 1,023 bytes, so a text of more
-/// than 900 printed bytes becomes several parts with a concatenation header. Prints U+FFFD for a NUL, which
-/// would end the line.
+/// Escapes backslash, quote, line feed, carriage return, and the word "index", which would begin a message.
+/// Prints U+FFFD for a NUL, which would end the line, and other UTF-8 unchanged. The daemon reads lines of at
+/// most 1,023 bytes, so a text of more than 900 printed bytes becomes several parts with a concatenation
+/// header.
 class Listing {
  public:
-  /// Returns the lines of one message: one block, or one block for each of its parts.
+  /// Returns the lines of one message: four lines for each of its parts.
   std::string print(const Message& message);
 
  private:
@@ -27,7 +27,7 @@ class Listing {
   std::set<std::uint16_t> references_;
 };
 
-/// Escapes `text` for a "user-data:" line, between its quotes.
+/// Returns `text` in the form that it has between the quotes of a "user-data:" line.
 std::string escaped(const std::string& text);
 
 }  // namespace Standalone

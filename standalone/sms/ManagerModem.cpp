@@ -17,10 +17,10 @@ constexpr char messagingInterface[] = "org.freedesktop.ModemManager1.Modem.Messa
 constexpr char smsInterface[] = "org.freedesktop.ModemManager1.Sms";
 constexpr char simInterface[] = "org.freedesktop.ModemManager1.Sim";
 
-constexpr std::int64_t patience = 72 * 3600;  // seconds within which all parts of a message must arrive
-constexpr std::int64_t betweenFetches = 10;   // minimum seconds between two fetches
+constexpr std::int64_t partsTimeout = 72 * 3600;  // seconds within which all parts of a message must arrive
+constexpr std::int64_t betweenFetches = 10;       // minimum seconds between two fetches
 constexpr std::int64_t minute = 60;
-constexpr std::int64_t timeToRegister = 30;  // seconds that a modem gets after it was enabled
+constexpr std::int64_t timeToRegister = 30;  // seconds that a modem has to register after it was enabled
 constexpr std::int64_t hour = 3600;
 constexpr std::chrono::milliseconds betweenPolls(100);
 
@@ -56,7 +56,7 @@ std::string failure(std::int64_t reason) {  // MMModemStateFailedReason
 }
 
 std::string simState(const Properties& modem) {
-  if (modem.text("Sim").size() < 2) return "missing";  // "/" stands for none
+  if (modem.text("Sim").size() < 2) return "missing";  // the path is "/" if there is no SIM
   return modem.number("State") == Locked ? "locked" : "ready";
 }
 
@@ -116,7 +116,7 @@ void ManagerModem::givePin() {
     throw Problem("the SIM is locked by something other than its PIN");
   if (pin_.empty()) throw Problem("the SIM requires its PIN, and the settings have none");
   if (state_.triedPin == pin_)
-    throw Problem("the SIM has refused the PIN of the settings; it is not tried again");
+    throw Problem("the SIM has refused the PIN of the settings; the PIN is not tried again");
   state_.triedPin = pin_;
   state_.save();
   bus_.call(modem_.text("Sim"), simInterface, "SendPin",
@@ -138,7 +138,7 @@ void ManagerModem::prepare() {
   if (modem_.number("State") == Failed) throw Problem(failure(modem_.number("StateFailedReason")));
   if (modem_.number("State") != Disabled) return;
   enable(true);
-  state_.lastFetch = upTime();  // enabling fetches all messages
+  state_.lastFetch = upTime();  // ModemManager fetches all messages when it enables the modem
 }
 
 std::vector<std::string> ManagerModem::paths() {
@@ -150,21 +150,21 @@ std::vector<std::string> ManagerModem::paths() {
   while ((more = sd_bus_message_read_basic(reply.get(), 'o', static_cast<void*>(&path))) > 0)
     paths.emplace_back(path);
   mustWork(more);
-  // Sorts by arrival: each path ends with a number that grows.
+  // Sorts by arrival: the path of a later message ends with a greater number.
   std::sort(paths.begin(), paths.end(), [](const std::string& a, const std::string& b) {
     return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
   });
   return paths;
 }
 
-// True if the message is complete, or incomplete for too long. Updates waitsForParts_.
+// Returns true if the message is complete, or has been incomplete for too long. Updates waitsForParts_.
 bool ManagerModem::isListed(const Properties& sms) {
   if (sms.number("PduType") == SubmitPdu) return false;
   if (sms.number("State") == Received) return true;
   if (sms.number("State") != Receiving) return false;
   const std::int64_t age = std::time(nullptr) - secondsOf(sms.text("Timestamp"));
   waitsForParts_ = waitsForParts_ || age < hour;
-  return age > patience;
+  return age > partsTimeout;
 }
 
 std::vector<Message> ManagerModem::list(bool /*unreadToo*/) {
@@ -192,7 +192,7 @@ void ManagerModem::remove(const std::string& id) {
     bus_.call(path_, messagingInterface, "Delete",
               [&id](sd_bus_message* request) { mustWork(sd_bus_message_append(request, "o", id.c_str())); });
   } catch (const Gone&) {
-    return;  // somebody else has deleted it
+    return;  // another program has deleted the message
   }
 }
 
@@ -249,8 +249,8 @@ Status ManagerModem::status() {
   return status;
 }
 
-// True if it is time to fetch all messages. Fetching renames messages, so the tool would list one that waits
-// for deletion again. For an hour it therefore waits until no message has a mark.
+// Returns true if it is time to fetch all messages. A fetch changes the ids of messages, so the tool would
+// list marked messages again. Therefore it fetches while a message has a mark only after an hour.
 bool ManagerModem::isFetchDue(bool arrived) const {
   const std::int64_t passed = upTime() - state_.lastFetch;
   if (passed >= hour) return true;

@@ -26,11 +26,11 @@ class ManagerModem final : public Modem {
   Status status() override;
   std::string warning() override;
 
-  /// Disables and enables the modem, which takes seconds, so that ModemManager fetches all messages. On a
-  /// modem with AT commands ModemManager misses a message that arrives while it fetches another.
+  /// Makes ModemManager fetch all messages: disables and enables the modem, which takes seconds. On a modem
+  /// with AT commands, ModemManager misses a message that arrives while it fetches another message.
   ///
-  /// Fetches after a burst of messages, every hour, and, while a message less than an hour old lacks parts,
-  /// every minute. Never fetches while a data connection is up.
+  /// Fetches after a burst of messages, and every hour. Fetches every minute while a message lacks parts and
+  /// is less than an hour old. Never fetches while a data connection is up.
   void fetchMissed(bool arrived) override;
 
  private:
@@ -47,9 +47,9 @@ class ManagerModem final : public Modem {
   const Deadline& deadline_;
   Bus bus_;
   std::string path_;            ///< the D-Bus path of the modem
-  Properties modem_;            ///< as of the last find()
-  Properties network_;          ///< as of the last find()
-  bool waitsForParts_ = false;  ///< a message less than an hour old lacks parts
+  Properties modem_;            ///< as the last find() has read them
+  Properties network_;          ///< as the last find() has read them
+  bool waitsForParts_ = false;  ///< true if a message lacks parts and is less than an hour old
 };
 
 }  // namespace Standalone

@@ -32,7 +32,7 @@ class Octets {
   std::string_view rest_;
 };
 
-// Unpacks `count` septets, which follow `skip` fill bits, to one septet per byte.
+// Unpacks `count` septets after `skip` bits. Returns one septet per byte.
 std::string unpack(std::string_view octets, std::size_t skip, std::size_t count) {
   std::string codes;
   for (std::size_t bit = skip; codes.size() < count; bit += 7) {
@@ -44,7 +44,7 @@ std::string unpack(std::string_view octets, std::size_t skip, std::size_t count)
   return codes;
 }
 
-// Packs the septets after `skip` fill bits.
+// Packs the septets of `codes`. Puts `skip` fill bits before the first septet.
 std::string pack(const std::string& codes, std::size_t skip) {
   std::string octets((skip + codes.size() * 7 + 7) / 8, '\0');
   std::size_t bit = skip;
@@ -84,7 +84,7 @@ std::string senderOf(Octets& pdu) {
   return addressOf(type, pdu.take((nibbles + 1) / 2), nibbles);
 }
 
-// Reads seven octets of two decimal digits each: year to second, and the time zone in quarters of an hour.
+// Reads seven octets of two digits each: year to second, and the time zone in quarters of an hour.
 std::int64_t timeOf(std::string_view stamp) {
   const auto number = [stamp](std::size_t at) {
     const auto octet = static_cast<unsigned char>(stamp[at]);
@@ -112,7 +112,7 @@ Part::Alphabet alphabetOf(unsigned coding) {
   return compressed || data ? Part::Alphabet::Data : Part::Alphabet::Gsm;
 }
 
-// Reads the concatenation from a user data header, and ignores its other elements.
+// Reads the concatenation element of a user data header. Ignores other elements.
 void readHeader(Octets header, Part& part) {
   while (!header.empty()) {
     const unsigned element = header.next();
@@ -130,7 +130,7 @@ void readHeader(Octets header, Part& part) {
   part.number = 1;
 }
 
-// Reads the header, if there is one, and the content. `length` counts both, in septets or octets.
+// Reads the header, if there is one, and the content. `length` is that of both, in septets or octets.
 void readUserData(std::string_view userData, bool hasHeader, std::size_t length, Part& part) {
   std::size_t headerSize = 0;
   if (hasHeader) {
@@ -177,7 +177,7 @@ std::vector<std::string> cut(const std::string& content, std::size_t room, Overh
 }
 
 std::vector<std::string> cutGsm(const std::string& codes) {
-  // toGsm() never returns two escape codes in a row.
+  // An escape code at `end - 1` belongs to the code at `end`: toGsm() never returns two escapes in a row.
   return cut(codes, codes.size() <= 160 ? 160 : 153,
              [&codes](std::size_t end) { return codes[end - 1] == 0x1B ? std::size_t{1} : 0; });
 }

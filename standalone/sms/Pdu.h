@@ -13,20 +13,20 @@ struct Part {
 
   std::string centre;     ///< the number of the service centre; empty if the modem omits it
   std::string sender;     ///< a number, or a name of letters
-  std::int64_t sent = 0;  ///< when the service centre accepted it, in seconds since 1970
+  std::int64_t sent = 0;  ///< when the service centre accepted the message, in seconds since 1970
   Alphabet alphabet = Alphabet::Gsm;
-  unsigned reference = 0;  ///< that all parts of the message share
-  bool wide = false;       ///< the reference has 16 bits, not 8
+  unsigned reference = 0;  ///< the same in all parts of a message
+  bool wide = false;       ///< true if the reference has 16 bits, false if it has 8 bits
   unsigned count = 1;      ///< the number of parts of the whole message
   unsigned number = 1;     ///< the number of this part, from 1
   std::string content;     ///< without the header: GSM codes, one per byte, or octets
 };
 
-/// Reads a PDU in the hexadecimal digits of AT+CMGL. Nullopt if it is not a whole SMS-DELIVER.
+/// Reads a PDU in hexadecimal digits. Returns nullopt if it is not a whole SMS-DELIVER.
 std::optional<Part> readDeliver(const std::string& hex);
 
-/// Converts `content` from `alphabet` to UTF-8, or to hexadecimal digits for Data. Join the content of all
-/// parts first: some networks cut it inside a character.
+/// Converts `content` from `alphabet` to UTF-8, or to hexadecimal digits if the alphabet is Data. `content`
+/// is that of all parts: some networks cut a character in two.
 std::string textOf(Part::Alphabet alphabet, const std::string& content);
 
 /// An SMS-SUBMIT for AT+CMGS.
@@ -35,12 +35,12 @@ struct Submit {
   std::string hex;     ///< begins with an empty service centre
 };
 
-/// Returns the parts that carry `text`, which is valid UTF-8, to `number`: in the GSM alphabet if it has all
-/// the characters, otherwise in UCS-2. The parts share the low 8 bits of `reference`. Returns none if the
-/// text needs more than 255 parts.
+/// Returns the parts that carry `text`, which is valid UTF-8, to `number`. Uses UCS-2 only if the GSM
+/// alphabet lacks a character. The parts share the low 8 bits of `reference`. Returns no parts if there were
+/// over 255.
 std::vector<Submit> makeSubmits(const std::string& number, const std::string& text, unsigned reference);
 
-/// True if `number` consists of an optional "+" and at most 20 digits, "*" and "#".
+/// Returns true if `number` consists of an optional "+" and of 1 to 20 digits, "*" and "#".
 bool isNumber(const std::string& number);
 
 }  // namespace Standalone

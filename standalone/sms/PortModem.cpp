@@ -37,7 +37,7 @@ unsigned numberOf(const std::string& text) {
   return std::sscanf(text.c_str(), "%u", &number) == 1 ? number : 0;
 }
 
-// 3GPP TS 27.007, 7.2.
+// Names the registration states of 3GPP TS 27.007, 7.2.
 std::string registrationName(unsigned code) {
   constexpr const char* names[] = {"idle", "home", "searching", "denied", "unknown", "roaming"};
   if (code < std::size(names)) return names[code];
@@ -49,7 +49,7 @@ bool isRegistered(const std::string& registration) {
   return registration == "home" || registration == "roaming";
 }
 
-// Explains the common error lines (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2); returns others unchanged.
+// Explains common error lines (3GPP TS 27.005, 3.2.5, and TS 24.011, E.2). Returns other lines unchanged.
 std::string reasonOf(const std::string& error) {
   constexpr std::pair<const char*, const char*> reasons[] = {
       {"+CMS ERROR: 1", "no such number"},
@@ -79,7 +79,7 @@ PortModem::PortModem(const Config& config, State& state, const Deadline& deadlin
 std::string PortModem::simState() {
   for (unsigned tries = 0;; ++tries) {
     const AtPort::Answer answer = port_.ask("AT+CPIN?");
-    const bool busy = answer.error == "+CME ERROR: 14";
+    const bool busy = answer.error == "+CME ERROR: 14";  // the SIM is not ready to answer yet
     if (!busy || tries == 20) return answer.value("+CPIN:");
     std::this_thread::sleep_for(std::chrono::milliseconds(250));
   }
@@ -88,11 +88,11 @@ std::string PortModem::simState() {
 void PortModem::givePin() {
   if (pin_.empty()) throw Problem("the SIM requires its PIN, and the settings have none");
   if (state_.triedPin == pin_)
-    throw Problem("the SIM has refused the PIN of the settings; it is not tried again");
+    throw Problem("the SIM has refused the PIN of the settings; the PIN is not tried again");
   state_.triedPin = pin_;
   state_.save();
   if (!port_.ask("AT+CPIN=\"" + pin_ + "\"").error.empty())
-    throw Problem("the SIM refuses the PIN of the settings; it is not tried again");
+    throw Problem("the SIM refuses the PIN of the settings; the PIN is not tried again");
   state_.triedPin.clear();
   state_.save();
 }
@@ -124,8 +124,8 @@ PortModem::Memory PortModem::select(const std::string& memory) {
   return {memory, numberOf(item(counts, 0)), numberOf(item(counts, 1))};
 }
 
-// Returns the received messages of the selected memory. States 0 and 1 are unread and read ones; drafts and
-// sent messages have 2 and 3.
+// Returns the received messages of the selected memory. The modem gives each message a state: 0 is unread, 1
+// is read, 2 is a draft, 3 is sent.
 std::vector<Stored> PortModem::stored(const std::string& memory, bool unreadToo) {
   const AtPort::Answer answer = port_.demand(unreadToo ? "AT+CMGL=4" : "AT+CMGL=1");
   std::vector<Stored> found;
@@ -147,11 +147,11 @@ std::vector<Message> PortModem::list(bool unreadToo) {
     for (Stored& each : stored(name, unreadToo)) all.push_back(std::move(each));
   }
   std::vector<Message> messages = assemble(all, std::time(nullptr));
-  full_ = full && messages.empty();  // listed messages are deleted soon, which makes room
+  full_ = full && messages.empty();  // the caller deletes listed messages soon, which makes room
   return messages;
 }
 
-// Deletes a part, unless the checksum shows that its place holds another message by now.
+// Deletes a part. Deletes nothing if the checksum shows that another message is now in its place.
 void PortModem::removePart(const std::string& part) {
   const std::string place = part.substr(0, part.find(','));
   const std::string memory = place.substr(0, place.find('/'));
@@ -177,7 +177,7 @@ void PortModem::send(const std::string& number, const std::string& text) {
   }
 }
 
-// Returns the best of the registrations, which a modem reports for 4G, for 2G and 3G, and for packet service.
+// A modem reports one registration for 4G, one for 2G and 3G, and one for packet service. Returns the best.
 std::string PortModem::registration() {
   std::string first;
   for (const char* const command : {"+CEREG", "+CREG", "+CGREG"}) {

@@ -11,8 +11,8 @@
 
 namespace Standalone {
 
-/// A modem on a serial port that no other program uses, driven with AT commands in PDU mode (3GPP TS 27.005).
-/// The modem keeps the read marks. The messages can be in the memory of the SIM and in that of the modem.
+/// Drives a modem on a serial port with AT commands in PDU mode (3GPP TS 27.005). No other program may use
+/// the port. The modem keeps read marks, and holds messages in the memory of the SIM and in its own memory.
 class PortModem final : public Modem {
  public:
   /// Opens the port that `config` names. `state` and `deadline` must outlive the object.
@@ -46,7 +46,7 @@ class PortModem final : public Modem {
   State& state_;
   AtPort port_;
   std::string selected_;  ///< the name of the selected memory
-  bool full_ = false;     ///< a memory is full and holds no message that the tool lists
+  bool full_ = false;     ///< true if a memory is full and the tool has listed no message
 };
 
 }  // namespace Standalone

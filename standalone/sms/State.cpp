@@ -18,8 +18,8 @@
 namespace Standalone {
 namespace {
 
-// Makes root act as the owner of a folder while the object lives. The owner's links then cannot make root
-// write elsewhere.
+// While the object exists, a process of root has the rights of the folder's owner only. Links that the owner
+// has put into the folder then cannot make root write elsewhere.
 class AsOwner {
  public:
   explicit AsOwner(const std::string& folder) : isRoot_(geteuid() == 0) {
@@ -63,7 +63,8 @@ State::State(std::string folder, const Deadline& deadline) : folder_(std::move(f
 
 State::~State() { close(lock_); }
 
-// Each line consists of a key, a blank and a value. Ignores unknown keys, such as a later version's.
+// Each line consists of a key, a blank and a value. Ignores unknown keys, because a later version may add
+// some.
 void State::read() {
   std::ifstream in(file());
   if (!in && errno != ENOENT) fail("cannot read " + file());

@@ -1,4 +1,4 @@
-// sms: lists, deletes and sends a real modem's messages for the SMS daemon, by ModemManager or a port.
+// sms: lists, deletes and sends messages for the SMS daemon, on a modem of ModemManager or on a serial port.
 #include <syslog.h>
 
 #include <cstdlib>
@@ -27,7 +27,7 @@ constexpr char usage[] =
     "sms: usage: sms [--verbose] list unread | list read | delete read | send -f FILE NUMBER | status "
     "[--json]\n";
 constexpr std::chrono::seconds timeLimit(60);
-// Less than the five minutes of the daemon's watchdog.
+// Less than five minutes: after this time the daemon's watchdog ends the daemon.
 constexpr std::chrono::seconds sendTimeLimit(240);
 
 bool isSend(const Words& words) {
@@ -58,7 +58,8 @@ std::unique_ptr<Modem> openModem(State& state, const Deadline& deadline) {
   return std::make_unique<ManagerModem>(config, state, deadline);
 }
 
-// Writes a line to the system log if `problem` differs from that of the last call: an empty one has ended.
+// Logs `problem` if it differs from the problem of the last call. If it is empty, logs that the last problem
+// has ended.
 void logChange(State& state, const std::string& problem) {
   if (state.problem == problem) return;
   openlog("sms", LOG_PID, LOG_DAEMON);
@@ -89,7 +90,7 @@ int showStatus(State& state, const Words& words, const Deadline& deadline) {
   return status.problem.empty() ? 0 : 1;
 }
 
-// Lists or deletes. Logs a problem, because the daemon ignores the exit status of a listing.
+// Runs `list` or `delete`. Logs a problem, because the daemon ignores the exit status of a listing.
 void serve(State& state, const Words& words, const Deadline& deadline) {
   try {
     const std::unique_ptr<Modem> modem = openModem(state, deadline);

@@ -67,7 +67,7 @@ def processes(name):
 
 
 def processor_time(name):
-    """Returns the processor time of the processes and that of their ended children, in milliseconds."""
+    """Returns the processor time of the processes, and the time of their ended children, in milliseconds."""
     fields = [process.joinpath("stat").read_text().rsplit(")", 1)[1].split() for process in processes(name)]
     return (sum(int(f[11]) + int(f[12]) for f in fields) * 1000 / TICK,
             sum(int(f[13]) + int(f[14]) for f in fields) * 1000 / TICK)
@@ -125,7 +125,7 @@ def count_filed(peer):
 
 
 def measure(title, peer, modem, others=()):
-    """Measures a peer and prints its figures. `others` names processes that it needs."""
+    """Measures a peer and prints its figures. `others` names processes that the peer needs."""
     def receive(count):
         for i in range(count):
             modem.receive(pdu.deliveries("+4917022222", f"text {i}")[0])
@@ -169,7 +169,7 @@ def main():
         for file in [*Veld.inbox.glob("*"), *Gammu.inbox.glob("*")]:
             file.unlink()
         if peer == "manager":
-            name = "compared-" + secrets.token_hex(8)  # abstract names are global to the machine
+            name = "compared-" + secrets.token_hex(8)  # all programs of the machine share these names
             modem.plug_into_socket(name)
             manager = Manager(name)
             begin = time.monotonic()

@@ -1,4 +1,4 @@
-"""Runs a ModemManager for a virtual modem: on a system bus of its own, with a test profile that names the modem's port."""
+"""Runs ModemManager for a virtual modem, on its own system bus. A test profile tells ModemManager the modem's socket."""
 import os
 import pathlib
 import subprocess
@@ -34,7 +34,7 @@ class Manager:
         wait_for("the bus", pathlib.Path("/run/dbus/system_bus_socket").exists)
 
     def ask(self, *words):
-        """Calls a method with dbus-send. Returns its output, or None when it fails."""
+        """Calls a method with dbus-send. Returns the output, or None if the call fails."""
         call = subprocess.run(["dbus-send", "--system", "--print-reply", "--dest=" + NAME, *words],
                               env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         return call.stdout if call.returncode == 0 else None
@@ -47,7 +47,7 @@ class Manager:
         self.show_modem()
 
     def show_modem(self):
-        """Announces the modem to ModemManager, as udev does when one is plugged in."""
+        """Announces the modem to ModemManager, as udev does when a modem is plugged in."""
         assert self.ask("/org/freedesktop/ModemManager1", NAME + ".Test.SetProfile", "string:virtual", "string:generic",
                         "array:string:abstract:" + self.socket) is not None
 

@@ -1,4 +1,4 @@
-"""Encodes and decodes short messages (3GPP TS 23.038 and TS 23.040). Shares no code with the tool that it tests."""
+"""Encodes and decodes short messages (3GPP TS 23.038 and TS 23.040). Shares no code with the tool under test."""
 import time
 
 ALPHABET = ("@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\x1bÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
@@ -57,7 +57,7 @@ def time_stamp(when):
 
 
 def deliver(sender, content, coding=0, header=b"", when=None):
-    """Returns an SMS-DELIVER in hexadecimal digits. `content` consists of GSM codes if `coding` is 0, otherwise octets."""
+    """Returns an SMS-DELIVER in hexadecimal digits. `content` is in GSM codes if `coding` is 0, otherwise in octets."""
     data = (bytes([len(header)]) if header else b"") + header
     if coding == 0:
         septets = (8 * len(data) + 6) // 7
@@ -72,7 +72,7 @@ def deliver(sender, content, coding=0, header=b"", when=None):
 
 
 def pieces(content, coding, room, escapes):
-    """Splits `content` into pieces of at most `room`. `escapes` says whether a piece ends inside a character."""
+    """Splits `content` into pieces of at most `room` bytes. `escapes` returns true if a piece ends inside a character."""
     while content:
         end = min(room, len(content))
         if end < len(content) and escapes(content[:end]):
@@ -97,7 +97,7 @@ def deliveries(sender, text, reference=1, wide=False, when=None):
 
 
 def read_submit(pdu):
-    """Parses an SMS-SUBMIT. Returns the number, the coding, (reference, count, number) of a part or None, and the content."""
+    """Parses an SMS-SUBMIT. Returns number, coding, part and content; part is (reference, count, number) or None."""
     octets = bytes.fromhex(pdu)
     octets = octets[1 + octets[0]:]
     has_header, validity, digits = octets[0] & 0x40, octets[0] >> 3 & 3, octets[2]
@@ -117,7 +117,7 @@ def read_submit(pdu):
 
 
 def texts_of(submits):
-    """Returns (number, text) of each completely sent message, in order."""
+    """Returns (number, text) of each message that was sent completely, in order."""
     texts, parts = [], {}
     for number, coding, part, content in map(read_submit, submits):
         whole = content

@@ -1,5 +1,5 @@
 """Lets the daemon receive messages while faults occur: try_modem.py GATEWAY SMS MESSAGES SEED. GATEWAY and SMS are
-programs. Reports messages that were lost, invented or filed twice. scripts/try-modem runs it."""
+programs. Reports messages that were lost, filed twice, or filed but never sent. scripts/try-modem runs this program."""
 import collections
 import json
 import os
@@ -16,14 +16,14 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "tests/docs"))
 TOOL, MESSAGES, SEED = os.path.abspath(sys.argv.pop(2)), int(sys.argv.pop(2)), int(sys.argv.pop(2))
 import pdu  # noqa: E402
-from documents import SMS as BOXES, Gateway  # noqa: E402
+from documents import SMS as FOLDER, Gateway  # noqa: E402
 from manager import Manager, wait_for  # noqa: E402
 from virtual_modem import VirtualModem  # noqa: E402
 
 CONFIG, STATE, PORT = pathlib.Path("/run/smsconfig"), pathlib.Path("/run/veld-sms/state"), "/run/port"
-SOCKET = "tried-" + secrets.token_hex(8)  # abstract names are global to the machine
-# Faults that may file a message twice. Between listing and deletion the tool or ModemManager then forgets that the daemon
-# has the message, or cannot distinguish the message from a new one.
+SOCKET = "tried-" + secrets.token_hex(8)  # the name of an abstract socket must be unique on the machine
+# Faults after which a message may be filed twice. They occur after the message was listed and before it is deleted. The
+# tool or ModemManager then loses its mark that the daemon has the message, or takes the message for a new one.
 MAY_REPEAT = {"the tool killed", "ModemManager killed", "the modem unplugged", "a deletion refused"}
 
 
@@ -45,7 +45,7 @@ class Trial:
         else:
             self.modem.plug_into_port(PORT)
 
-    # The faults. Each ends before its function returns, or with the pass.
+    # The faults. Each fault ends before its function returns, or at the end of the pass.
 
     def kill_tool(self):
         """Kills the tool at a random moment of the next pass."""
@@ -103,15 +103,15 @@ class Trial:
             self.modem.receive(message)
 
     def collect(self):
-        """Counts the complete messages in the daemon's folder and removes them, so that its limit discards none."""
-        for file in (BOXES / "inbox/received").iterdir():
+        """Counts and removes the complete messages in the daemon's folder, so that the folder's limit discards none."""
+        for file in (FOLDER / "inbox/received").iterdir():
             record = json.loads(file.read_text())
             if "part-id" not in record:
                 self.filed[record["message"]] += 1
                 file.unlink()
 
     def make_fetch_due(self):
-        """Backdates the tool's last fetch, so that the tool makes ModemManager fetch all messages again."""
+        """Sets the time of the tool's last fetch back. The tool then makes ModemManager fetch all messages again."""
         if STATE.exists():
             text = STATE.read_text()
             STATE.write_text(re.sub("^looked .*", f"looked {round(time.clock_gettime(time.CLOCK_BOOTTIME)) - 61} 1", text,
@@ -121,7 +121,7 @@ class Trial:
         fault = self.chance.choice(list(self.faults()))
         for _ in range(self.chance.randint(1, 4)):
             self.receive(fault)
-        for text in self.on_their_way():  # this fault affects all of them
+        for text in self.on_their_way():  # the fault affects all messages that were not filed yet
             self.sent[text] = fault if fault != "none" else self.sent[text]
         self.faults()[fault]()
         self.gateway.run("pass")
@@ -156,7 +156,7 @@ class Trial:
         return self.report()
 
     def report(self):
-        """Prints the result. Returns True if no message was lost, invented, or filed twice without an expected fault."""
+        """Prints the result. Returns False if a message was lost, or filed without a reason: twice, or never sent."""
         lost = [text for text in self.sent if not self.filed[text]]
         invented = [text for text in self.filed if text not in self.sent]
         repeated = {text: self.sent[text] for text in self.sent if self.filed[text] > 1}

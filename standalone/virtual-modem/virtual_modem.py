@@ -1,5 +1,5 @@
-"""A simulated modem. It answers AT commands (3GPP TS 27.005 in PDU mode, TS 27.007) on an abstract UNIX socket, which a
-test profile of ModemManager names, or on a pseudo terminal, which replaces a serial port."""
+"""A simulated modem, which answers AT commands (3GPP TS 27.005 in PDU mode, TS 27.007). ModemManager connects to its
+abstract UNIX socket. Other programs use its pseudo terminal as a serial port."""
 import os
 import pty
 import re
@@ -26,7 +26,7 @@ ACCEPTED = re.compile(r"([EVXZQ&S].*|\+(CMEE|CMGF|CNMI|CREG|CGREG|CEREG|CSCS|CFU
 class Memory:
     def __init__(self, places):
         self.places = places
-        self.messages = {}  # by place: [kind, PDU]; the kind is 0 unread, 1 read, 2 draft, 3 sent
+        self.messages = {}  # by place: [kind, PDU]; the kinds are 0 (unread), 1 (read), 2 (draft) and 3 (sent)
 
     def put(self, pdu, kind=0):
         """Stores a message. Returns its place, or None if the memory is full."""
@@ -37,7 +37,7 @@ class Memory:
 
 
 class Connection:
-    """A connection of a program to the modem. Its own thread writes the answers, others write unsolicited lines."""
+    """A program's connection to the modem. Its own thread writes the answers. Other threads write unsolicited lines."""
 
     def __init__(self, modem, read, write, stop, close):
         self.modem, self.read, self.write_bytes, self.stop, self.close = modem, read, write, stop, close
@@ -229,7 +229,7 @@ class VirtualModem:
                                             lambda peer=peer: peer.shutdown(socket.SHUT_RDWR), peer.close))
 
     def plug_into_port(self, link):
-        """Makes `link` a serial port. Keeps it open: otherwise the end of a program that uses it would hang it up."""
+        """Makes `link` a serial port. Keeps the port open: otherwise it would hang up when a program closes it."""
         master, slave = pty.openpty()
         tty.setraw(slave)
         os.symlink(os.ttyname(slave), link)
@@ -258,5 +258,5 @@ class VirtualModem:
             try:
                 connection.stop()
             except OSError:
-                pass  # the other side has already closed
+                pass  # the program has already closed the connection
             connection.thread.join()

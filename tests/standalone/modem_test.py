@@ -1,5 +1,5 @@
-"""Tests the tool `sms` with a virtual modem, through the real ModemManager and through a port:
-modem_test.py GATEWAY SMS, in a private gateway. The daemon is the real one."""
+"""Tests the tool `sms` in a private gateway: modem_test.py GATEWAY SMS. The modem is virtual; the daemon and ModemManager
+are the real programs."""
 import json
 import os
 import pathlib
@@ -36,8 +36,8 @@ TEXTS = [
 OUTGOING = [text for _, text in TEXTS if text != "Hello"]
 
 
-class Engine:
-    """The tests that run with each engine. A subclass connects the modem."""
+class CommonTests:
+    """Tests that run twice: with the modem on a serial port, and with ModemManager. A subclass connects the modem."""
 
     places = (10, 400)
 
@@ -64,7 +64,7 @@ class Engine:
         return re.findall(r'^user-data: "(.*)"$', self.sms(*words), re.M)
 
     def keep_log(self, log):
-        """Reads the log: ModemManager writes to it, too, and would block without a reader."""
+        """Keeps the tool's log lines, and discards others: ModemManager would block if nobody read its log lines."""
         while line := log.recv(4000).decode():
             if found := re.match(r"<\d+>.* sms\[\d+\]: (.*)", line):
                 self.lines.put(found[1])
@@ -79,7 +79,7 @@ class Engine:
         return self.sms("--verbose", "send", "-f", str(file), number, status=status)
 
     def deliver(self, *messages):
-        """Delivers one after the other, so that ModemManager sees each."""
+        """Delivers the messages one after the other, so that ModemManager misses none."""
         for message in messages:
             self.modem.receive(message)
             self.settle()
@@ -97,7 +97,7 @@ class Engine:
 
     def daemon(self, gateway):
         """Makes the real daemon use the tool under test."""
-        pathlib.Path("/dev/log").unlink()  # the gateway provides it now
+        pathlib.Path("/dev/log").unlink()  # the gateway creates its own
         write_program("/run/gateway/bin/sms", f"SMS_CONFIG={CONFIG} exec {SMS} \"$@\"\n")
         gateway.run("start")
 
@@ -105,7 +105,7 @@ class Engine:
         for reference, (sender, text) in enumerate(TEXTS):
             for message in pdu.deliveries(sender, text, reference, wide=reference % 2 == 0):
                 self.modem.receive(message)
-        self.look_again()
+        self.fetch_again()
         with Gateway() as gateway:
             self.daemon(gateway)
             gateway.run("pass")
@@ -141,7 +141,7 @@ class Engine:
         for words in ([], ["list"], ["list", "unread", "x"], ["delete", "unread"], ["send", "-f", "x"], ["status", "x"]):
             self.assertIn("usage: sms", self.sms(*words, status=2))
 
-    def test_delete_takes_only_what_was_listed(self):
+    def test_delete_removes_only_listed_messages(self):
         self.receive("one")
         self.assertEqual([self.texts("list", "unread"), self.texts("list", "read")], [["one"], ["one"]])
         self.receive("two")
@@ -160,7 +160,7 @@ class Engine:
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 1)
 
-    def test_a_long_message_waits_for_its_parts_up_to_a_limit(self):
+    def test_an_incomplete_message_is_listed_after_72_hours(self):
         now = time.time()
         parts = pdu.deliveries("+4917011111", "p" * 300)
         self.deliver(parts[0], pdu.deliveries("+4917022222", "o" * 300, 2, when=now - 71 * 3600)[0],
@@ -182,12 +182,12 @@ class Engine:
     def test_drafts_and_sent_messages_are_not_touched(self):
         for kind in (2, 3):
             self.modem.memories["SM"].put("0001000A9171110000000000", kind)
-        self.look_again()
+        self.fetch_again()
         self.assertEqual([self.texts("list", "unread"), self.texts("list", "read")], [[], []])
         self.sms("delete", "read")
         self.assertEqual(self.modem.held(), 2)
 
-    def test_a_send_that_fails_says_why(self):
+    def test_a_failed_send_prints_the_reason(self):
         for what, number in ((b"\xff", "+49"), (b"a\0b", "+49"), ("text", "Bank")):
             self.send(what, 1, number)
         self.assertEqual(self.modem.sent, [])
@@ -217,7 +217,7 @@ class Engine:
         self.assertIn("signal: 74\n", self.sms("status"))
 
 
-class PortTest(Engine, unittest.TestCase):
+class PortTest(CommonTests, unittest.TestCase):
     refusal, refused_pin = "the network is out of order", "refuse"
 
     def plug_in(self):
@@ -230,7 +230,7 @@ class PortTest(Engine, unittest.TestCase):
     def settle(self):
         pass
 
-    look_again = settle
+    fetch_again = settle
 
     def renew_registration(self, _):
         pass
@@ -249,21 +249,21 @@ class PortTest(Engine, unittest.TestCase):
         self.assertRegex(self.logged(), "^cannot delete")
         self.assertRegex(self.logged(), "^no longer: cannot delete")
 
-    def test_room_is_shown(self):
+    def test_status_shows_the_room_for_messages(self):
         self.assertEqual(json.loads(self.sms("status", "--json"))["room"], sum(self.places))
 
-    def test_a_full_memory_of_drafts(self):
+    def test_a_memory_full_of_drafts_is_reported(self):
         for memory in self.modem.memories.values():
             while memory.put("0001000A9171110000000000", 2) is not None:
                 pass
         self.assertIn("is full", self.sms("list", "unread", status=1))
 
-    def test_the_pin_is_tried_once(self):
+    def test_each_pin_is_tried_once(self):
         self.modem.pin = "1234"
         self.assertIn("settings have none", self.sms("list", "unread", status=1))
         self.give_pins()
 
-    def test_no_sim_and_no_modem(self):
+    def test_a_missing_sim_and_a_missing_modem_are_reported(self):
         self.modem.has_sim = False
         self.assertEqual(self.sms("list", "unread", status=1), "sms: no SIM\n")
         self.assertEqual(self.sms("status", status=1), "")  # status prints the problem to standard output
@@ -282,18 +282,18 @@ class PortTest(Engine, unittest.TestCase):
             call.wait()
             self.assertEqual(self.texts("list", "read"), [])
 
-    def test_a_reference_that_is_used_again(self):
+    def test_a_reference_can_be_used_again(self):
         for text in ("a" * 300, "b" * 300):
             for message in pdu.deliveries("+4917011111", text)[:1 if text[0] == "a" else 2]:
                 self.modem.receive(message)
         self.assertEqual(self.texts("list", "unread"), ["b" * 300])
 
 
-class ManagerTest(Engine, unittest.TestCase):
+class ManagerTest(CommonTests, unittest.TestCase):
     refusal, refused_pin = "38", ""
 
     def plug_in(self):
-        self.name = "modem-" + secrets.token_hex(8)  # abstract names are shared by the machine
+        self.name = "modem-" + secrets.token_hex(8)  # the name of an abstract socket must be unique on the machine
         self.modem.plug_into_socket(self.name)
         self.manager = Manager(self.name)
         self.addCleanup(self.manager.stop)
@@ -306,19 +306,19 @@ class ManagerTest(Engine, unittest.TestCase):
         CONFIG.write_text(more)
 
     def settle(self):
-        """Waits until ModemManager has fetched and shows the new messages."""
+        """Waits until ModemManager has fetched the new messages and shows them."""
         wait_for("ModemManager to fetch", lambda: all(
             kind for memory in self.modem.memories.values() for kind, _ in memory.messages.values()))
-        self.sms("status")  # ModemManager answers in order
+        self.sms("status")  # ModemManager answers this call after it has handled the messages
 
-    def set_last_look(self, values):
+    def set_last_fetch(self, values):
         STATE.write_text(re.sub("^looked .*", f"looked {values}", STATE.read_text(), flags=re.M))
         self.sms("list", "unread")
 
-    def look_again(self):
-        self.set_last_look("-3600 0")  # an hour before the start of the machine
+    def fetch_again(self):
+        self.set_last_fetch("-3600 0")  # an hour before the start of the machine
 
-    def test_the_pin_is_given(self):
+    def test_the_pin_is_entered_once(self):
         self.manager.kill()
         self.modem.pin = "1234"
         self.manager.start()
@@ -333,14 +333,14 @@ class ManagerTest(Engine, unittest.TestCase):
         self.modem.delay = 0
         time.sleep(0.5)
         known = self.texts("list", "unread")
-        self.assertLess(len(known), 10)  # ModemManager itself loses them
+        self.assertLess(len(known), 10)  # ModemManager has missed some of them
         self.sms("list", "read")
         self.sms("delete", "read")
-        self.set_last_look(f"{-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1")
+        self.set_last_fetch(f"{-11 + int(time.clock_gettime(time.CLOCK_BOOTTIME))} 1")
         self.assertCountEqual(known + self.texts("list", "unread"), texts)
 
-    def test_calls_that_the_manager_rejects_for_now_are_repeated(self):
-        """ModemManager cannot delete while it fetches."""
+    def test_a_call_that_modemmanager_refuses_is_repeated(self):
+        """ModemManager cannot delete a message while it fetches another message."""
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")
@@ -350,7 +350,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.settle()
         self.assertEqual(self.texts("list", "unread"), ["two"])
 
-    def test_marks_of_an_earlier_run_of_the_manager_are_ignored(self):
+    def test_a_restart_of_modemmanager_invalidates_the_marks(self):
         self.receive("one")
         self.sms("list", "unread")
         self.sms("list", "read")
@@ -361,7 +361,7 @@ class ManagerTest(Engine, unittest.TestCase):
         self.sms("delete", "read")
         self.assertEqual([self.modem.held(), self.texts("list", "unread")], [1, ["one"]])
 
-    def test_a_missing_modem_and_its_return(self):
+    def test_a_modem_can_disappear_and_return(self):
         self.modem.unplug()
         self.manager.show_modem()
         self.assertEqual(self.sms("list", "unread", status=1), "sms: no modem\n")

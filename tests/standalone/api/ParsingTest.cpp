@@ -61,14 +61,14 @@ TEST(Command, KeepsSenderAndArguments) {
   EXPECT_EQ(command.args, (std::vector<std::string>{"a", ""}));
 }
 
-TEST(StrictJson, SaysLineAndColumn) {
+TEST(StrictJson, NamesLineAndColumnOfAnError) {
   std::string fault;
   EXPECT_FALSE(parseStrictJson("{\n  \"a\": 1,\n  b\n}", fault));
   EXPECT_NE(fault.find("Line 3, Column 3"), std::string::npos) << fault;
   EXPECT_EQ(fault.find('\n'), std::string::npos) << fault;
 }
 
-TEST(StrictJson, SurvivesDeepNesting) {
+TEST(StrictJson, RefusesDeepNesting) {
   std::string fault;
   EXPECT_FALSE(parseStrictJson(std::string(100'000, '['), fault));
   EXPECT_NE(fault, "");
@@ -86,7 +86,7 @@ const Row<std::string, std::string> replyRows[] = {
     {"Ucs2", times(300, "Ж"), times(201, "Ж")},
     {"Emoji", times(300, "🙂"), times(99, "🙂")},
 };
-TEST_ROWS(Reply, IsAtMostThreeMessages, replyRows) {
+TEST_ROWS(Reply, FitsThreeMessages, replyRows) {
   EXPECT_EQ(replyText(GetParam().given, true), GetParam().expected);
 }
 

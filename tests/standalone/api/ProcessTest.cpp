@@ -17,9 +17,9 @@ const ProcessRow processRows[] = {
     {"Input", {"/bin/cat"}, true, "given"},
     {"ArgumentsAreNotExpanded", {"/usr/bin/printf", "%s|", "a b", "", "$(id)", "-e"}, true, "a b||$(id)|-e|"},
     {"Environment", {"/usr/bin/env"}, true, "A=1\n"},
-    {"Folder", {"/bin/pwd"}, true, "/\n"},
+    {"WorkingDirectory", {"/bin/pwd"}, true, "/\n"},
     {"LeadsItsGroup", {"/bin/sh", "-c", "[ $(ps -o pgid= $$) = $$ ] && echo yes"}, true, "yes\n"},
-    {"WholePipe", {"/usr/bin/head", "-c", "60000", "/dev/zero"}, true, std::string(60000, '\0')},
+    {"OutputOfTheSizeOfAPipe", {"/usr/bin/head", "-c", "60000", "/dev/zero"}, true, std::string(60000, '\0')},
     {"LongOutput", {"/bin/sh", "-c", "/usr/bin/yes | /usr/bin/head -c 999999"}, true, times(32768, "y\n")},
     {"GrandchildKeepsTheOutputOpen", {"/bin/sh", "-c", "sleep 1000 & echo out"}, true, "out\n"},
 };
@@ -35,5 +35,5 @@ TEST(Process, IsKilledWithItsGroupAtTheTimeOut) {
   EXPECT_TRUE(ending.timedOut);
   EXPECT_FALSE(ending.succeeded);
   const Ending wait = runCommand({"/bin/sh", "-c", "while pgrep -f '^sleep 1001'; do :; done"}, {}, "", 60);
-  EXPECT_TRUE(wait.succeeded) << "it is still there after a minute";
+  EXPECT_TRUE(wait.succeeded) << "the process still runs after a minute";
 }

@@ -47,7 +47,7 @@ class Api {
   Api(const Api&) = delete;
   Api& operator=(const Api&) = delete;
 
-  // The body of the answer.
+  // Returns the body of the answer.
   std::string answer() const {
     std::string all;
     char piece[4096];
@@ -57,7 +57,7 @@ class Api {
     return end == std::string::npos ? "" : all.substr(end + 4);
   }
 
-  // Waits until veld-api waits for a lock. False if it ends before.
+  // Waits until veld-api waits for a lock. Returns false if veld-api ends first.
   bool waitsForALock() const {
     const std::string entry = " " + std::to_string(process_) + " ";
     siginfo_t info{};
@@ -80,7 +80,7 @@ class Api {
   int socket_;
 };
 
-// A folder with a veldctl that records its arguments, and the program of a command.
+// A folder with a veldctl that writes its arguments and input to a file, and with programs of commands.
 struct ApiFolder : TemporaryFolder {
   explicit ApiFolder(const std::string& text = "echo \"$# $1 $2\"", const char* settingsText = settings)
       : TemporaryFolder{{"settings.json", settingsText},
@@ -147,7 +147,7 @@ const Row<const char*, const char*> sentRows[] = {
     {"Nothing", "", "send +49170 -\ndone"},
     {"Failure", "exit 1", "send +49170 -\nfailed"},
 };
-TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
+TEST_ROWS(Program, IsRunAndItsOutputIsQueued, sentRows) {
   const ApiFolder folder(GetParam().given);
   Api api(folder, post("do_ping_through_sms"));
   EXPECT_EQ(api.answer(), R"({"code":200,"result":null})");
@@ -155,7 +155,7 @@ TEST_ROWS(Program, IsRunAndItsOutputQueued, sentRows) {
   EXPECT_EQ(folder.sent(), GetParam().expected);
 }
 
-TEST(RunningProgram, DelaysTheNextProgramButNoAnswer) {
+TEST(RunningProgram, DelaysTheNextProgramButNotItsAnswer) {
   const ApiFolder folder("read line <${0%/*}/../pipe; echo first");
   const std::string pipe = folder.path + "/pipe";
   mkfifo(pipe.c_str(), 0600);
@@ -171,7 +171,7 @@ TEST(RunningProgram, DelaysTheNextProgramButNoAnswer) {
   EXPECT_EQ(folder.sent(), "send +49170 -\nfirstsend +49170 -\ndone");
 }
 
-TEST(Client, RunsNothingAfterItDisconnects) {
+TEST(IncompleteRequest, RunsNoProgram) {
   const ApiFolder folder;
   const std::string whole = post("do_ping_through_sms");
   {

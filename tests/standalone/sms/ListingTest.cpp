@@ -33,6 +33,7 @@ std::string listed(const std::vector<Message>& messages) {
   return all;
 }
 
+// Lists the text in one message, and returns the text that the daemon then reads.
 std::string arriving(const std::string& text) {
   const std::vector<Json::Value> records = readByTheDaemon(listed({{"1", false, "+1", "+2", text}}));
   return records.size() == 1 && !records[0].isMember(Key::PartId) ? records[0][Key::Message].asString()
@@ -54,8 +55,8 @@ const TextRow textRows[] = {
     {"Controls", "\a\b\t\v\f\x1b\x7f"},
     {"FullPart", std::string(900, 'a')},
     {"OneMoreThanAPart", std::string(901, 'a')},
-    {"PrintedLonger", std::string(300, '\\')},
-    {"Thousands", std::string(39000, 'l')},
+    {"LongerWhenEscaped", std::string(300, '\\')},
+    {"ManyParts", std::string(39000, 'l')},
 };
 TEST_ROWS(ListedText, Arrives, textRows) { EXPECT_EQ(arriving(GetParam().text), GetParam().text); }
 
@@ -72,7 +73,7 @@ TEST(ListedTexts, ArriveWithAnyContent) {
   }
 }
 
-TEST(Listing, KeepsLongMessagesApart) {
+TEST(Listing, DoesNotMixPartsOfEqualMessages) {
   const std::string text(1500, 'a');
   const Message message{"1", false, "", "+2", text};
   const std::vector<Json::Value> records = readByTheDaemon(listed({message, message}));
@@ -80,7 +81,7 @@ TEST(Listing, KeepsLongMessagesApart) {
   for (const Json::Value& record : records) EXPECT_EQ(record[Key::Message].asString(), text);
 }
 
-TEST(Listing, PrintsANulAsReplacement) { EXPECT_EQ(arriving(std::string("a\0b", 3)), "a\uFFFDb"); }
+TEST(Listing, ReplacesANul) { EXPECT_EQ(arriving(std::string("a\0b", 3)), "a\uFFFDb"); }
 
 const Row<std::string, const char*> senderRows[] = {
     {"Number", "+4917011111", "+4917011111"},

@@ -6,7 +6,7 @@ using Standalone::readDeliver;
 
 namespace {
 
-// Prints centre, sender, alphabet, reference, number/count, seconds and text.
+// Returns centre, sender, alphabet, reference, number/count, seconds and text in one line.
 std::string described(const std::optional<Part>& part) {
   if (!part) return "none";
   constexpr const char* alphabets[] = {"gsm", "data", "ucs2"};
@@ -27,9 +27,9 @@ const Row<const char*, const char*> deliverRows[] = {
     {"Ucs2", "00040B917238880900F10008993092516195800604110068D83D",
      " +27838890001 ucs2 0 1/1 4078473419 Бh\uFFFD"},
     {"Data", "00040B917238880900F10004993092516195800301FF00", " +27838890001 data 0 1/1 4078473419 01FF00"},
-    {"DataOfAClass", "00040B917238880900F100F5993092516195800301FF00",
+    {"DataWithAMessageClass", "00040B917238880900F100F5993092516195800301FF00",
      " +27838890001 data 0 1/1 4078473419 01FF00"},
-    {"PartWithFill", "00440B917238880900F1000099309251619580090500032A02019065",
+    {"PartWithFillBits", "00440B917238880900F1000099309251619580090500032A02019065",
      " +27838890001 gsm 42 1/2 4078473419 He"},
     {"WideReference", "00440B917238880900F100089930925161958009060804123403020411",
      " +27838890001 ucs2 4660 2/3 4078473419 Б"},
@@ -44,7 +44,7 @@ TEST_ROWS(Deliver, IsRead, deliverRows) {
   EXPECT_EQ(described(readDeliver(GetParam().given)), GetParam().expected);
 }
 
-// Prints the number of parts, then the length and the PDU of the first part.
+// Returns the number of parts, and the length and the begin of the PDU of the first part.
 std::string submitted(const std::string& number, const std::string& text) {
   const std::vector<Standalone::Submit> parts = Standalone::makeSubmits(number, text, 0x12A);
   if (parts.empty()) return "none";
@@ -63,16 +63,16 @@ const SubmitRow submitRows[] = {
     {"National", "0171", "h", "1 10 0001000481101700000168"},
     {"Empty", "0171", "", "1 9 00010004811017000000"},
     {"Ucs2", "0171", "Б", "1 11 000100048110170008020411"},
-    {"Full", "0171", std::string(160, '1'),
+    {"FullMessage", "0171", std::string(160, '1'),
      "1 149 000100048110170000A0B1582C168BC562B1582C168BC562B1582C168BC5"},
-    {"OneMore", "0171", std::string(161, '1'),
+    {"OneMoreThanAMessage", "0171", std::string(161, '1'),
      "2 149 004100048110170000A00500032A020162B1582C168BC562B1582C168BC5"},
     {"EscapeIsNotCut", "0171", std::string(152, '1') + std::string(5, '{'), "2 149 0041000481101700009F"},
     {"PairIsNotCut", "0171", std::string(66, '1') + "🙂🙂🙂", "2 147 0041000481101700088A"},
     {"MostParts", "0171", std::string(255 * 153, '1'), "255 149 00410004811017"},
     {"TooManyParts", "0171", std::string(255 * 153 + 1, '1'), "none"},
 };
-TEST_ROWS(Submits, AreMade, submitRows) {
+TEST_ROWS(Submits, AreEncoded, submitRows) {
   const std::string made = submitted(GetParam().number, GetParam().text);
   EXPECT_EQ(made.substr(0, std::string(GetParam().submitted).size()), GetParam().submitted);
 }
