@@ -13,17 +13,18 @@ import threading
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.append(str(ROOT / "tests/docs"))
+sys.path += [str(ROOT / "tests"), str(ROOT / "tests/docs")]
 TOOL, MESSAGES, SEED = os.path.abspath(sys.argv.pop(2)), int(sys.argv.pop(2)), int(sys.argv.pop(2))
 import pdu  # noqa: E402
-from documents import SMS as FOLDER, Gateway  # noqa: E402
+from documents import Gateway  # noqa: E402
 from manager import Manager, wait_for  # noqa: E402
+from shared import FOLDERS  # noqa: E402
 from virtual_modem import VirtualModem  # noqa: E402
 
 CONFIG, STATE, PORT = pathlib.Path("/run/smsconfig"), pathlib.Path("/run/veld-sms/state"), "/run/port"
-SOCKET = "tried-" + secrets.token_hex(8)  # the name of an abstract socket must be unique on the machine
+SOCKET = "tried-" + secrets.token_hex(8)  # must be unique on this machine
 # Faults after which a message may be filed twice. They occur after the message was listed and before it is deleted. The
-# tool or ModemManager then loses its mark that the daemon has the message, or takes the message for a new one.
+# tool or ModemManager then loses the mark of the message, or takes the message for a new one.
 MAY_REPEAT = {"the tool killed", "ModemManager killed", "the modem unplugged", "a deletion refused"}
 
 
@@ -104,7 +105,7 @@ class Trial:
 
     def collect(self):
         """Counts and removes the complete messages in the daemon's folder, so that the folder's limit discards none."""
-        for file in (FOLDER / "inbox/received").iterdir():
+        for file in FOLDERS["received"].iterdir():
             record = json.loads(file.read_text())
             if "part-id" not in record:
                 self.filed[record["message"]] += 1
@@ -156,7 +157,7 @@ class Trial:
         return self.report()
 
     def report(self):
-        """Prints the result. Returns False if a message was lost, or filed without a reason: twice, or never sent."""
+        """Prints the result. Returns False for lost messages, filed messages that nobody sent, and unexpected repeats."""
         lost = [text for text in self.sent if not self.filed[text]]
         invented = [text for text in self.filed if text not in self.sent]
         repeated = {text: self.sent[text] for text in self.sent if self.filed[text] > 1}
