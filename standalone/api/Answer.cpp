@@ -57,7 +57,7 @@ bool isProgram(const std::string& path) {
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// veld requests only commands that the settings permit, but other programs may use the socket, too.
+// Returns true if the settings permit the command. veld has checked this, but others may use the socket, too.
 bool isPermitted(const std::string& name, const Json::Value& settings) {
   const Json::Value& commands = settings[SettingsKey::smsCommands];
   if (!commands.isObject() || commands["enabled"] != true) return false;
@@ -86,7 +86,7 @@ Answer answerCommand(const HttpRequest& request, const std::string& folder) {
   return {Accepted, Json::nullValue, program, *command};
 }
 
-// Waits for the lock on the programs, which this process then holds until it ends. Returns false on failure.
+// Waits for the lock on the programs. This process then holds the lock until it ends. False on failure.
 bool waitForTurn(const std::string& folder) {
   const int programs = open((folder + commandFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   return programs >= 0 && flock(programs, LOCK_EX) == 0;

@@ -23,7 +23,6 @@ struct Answer {
 /// settings as an ERROR.
 Answer answerTo(const HttpRequest& request, const std::string& folder);
 
-/// Returns the answer to a malformed request.
 Answer answerToMalformed();
 
 /// Waits until no other process runs a program of `folder`. Then runs the program of `answer` for at most 60

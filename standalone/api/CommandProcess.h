@@ -5,7 +5,6 @@
 
 namespace Standalone {
 
-/// How a program ended.
 struct Ending {
   bool succeeded = false;  ///< true if the program exited with status 0
   bool timedOut = false;

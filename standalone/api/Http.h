@@ -7,7 +7,6 @@
 
 namespace Standalone {
 
-/// One request of a client.
 struct HttpRequest {
   std::string method;
   std::string path;

@@ -11,7 +11,6 @@ namespace Standalone {
 /// Returns nullopt on an error. `fault` is then one line that names the line and the column of the error.
 std::optional<Json::Value> parseStrictJson(const std::string& text, std::string& fault);
 
-/// Returns `value` as JSON in one line.
 std::string toLine(const Json::Value& value);
 
 }  // namespace Standalone

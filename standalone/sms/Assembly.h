@@ -19,9 +19,9 @@ struct Stored {
 /// Joins the parts in `stored` to messages, in the order of their first parts. Parts belong together if they
 /// have the same sender, reference and count. A repeated part belongs to its message, too.
 ///
-/// Omits a message with missing parts until it is 72 hours old at `now` (seconds since 1970). Then returns,
-/// as its text, one line that names the parts and contains their octets in hexadecimal digits. Returns such a
-/// line also for 8-bit data, an MMS notification, and a PDU that is not a received message.
+/// Omits a message with missing parts until it is 72 hours old at `now` (seconds since 1970). Then its text
+/// is one line, which names the parts and contains their octets in hexadecimal digits. 8-bit data, an MMS
+/// notification, and a PDU that is not a received message become such a line, too.
 ///
 /// The id of a message contains the places of its parts and a checksum of each PDU.
 std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t now);

@@ -8,7 +8,6 @@
 namespace Standalone {
 
 /// A serial port with a modem that accepts AT commands (3GPP TS 27.007, V.250).
-///
 /// The modem echoes each command. Lines before the echo, and unsolicited lines, are ignored.
 class AtPort {
  public:

@@ -21,7 +21,7 @@ struct Properties {
   std::int64_t number(const std::string& name) const;  ///< 0 if the object lacks the property
 };
 
-/// Says that the object of a call no longer exists.
+/// Thrown if the object of a call no longer exists.
 class Gone : public Problem {
  public:
   using Problem::Problem;

@@ -13,7 +13,7 @@ class Commands {
  public:
   Commands(Modem& modem, State& state) : modem_(modem), state_(state) {}
 
-  /// Prints the messages that were not printed before, and marks them as read. Repeats refused deletions.
+  /// Prints the messages that were not printed before, and marks them as read. Tries refused deletions again.
   void listUnread(std::ostream& out);
 
   /// Prints the messages that are marked as read. After `out` has accepted them, marks them as printed.

@@ -8,12 +8,11 @@
 
 namespace Standalone {
 
-/// Prints messages in the form that the SMS daemon reads. The daemon then has each text byte for byte.
-///
+/// Prints messages in the form that the SMS daemon reads. The daemon then reads each text byte for byte.
 /// Escapes backslash, quote, line feed, carriage return, and the word "index", which would begin a message.
-/// Prints U+FFFD for a NUL, which would end the line, and other UTF-8 unchanged. The daemon reads lines of at
-/// most 1,023 bytes, so a text of more than 900 printed bytes becomes several parts with a concatenation
-/// header.
+/// Prints U+FFFD for a NUL, which would end the line. Prints other UTF-8 unchanged. The daemon reads lines of
+/// at most 1,023 bytes, so a text of more than 900 printed bytes becomes several parts, each with a
+/// concatenation header.
 class Listing {
  public:
   /// Returns the lines of one message: four lines for each of its parts.

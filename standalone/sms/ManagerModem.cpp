@@ -249,8 +249,8 @@ Status ManagerModem::status() {
   return status;
 }
 
-// Returns true if it is time to fetch all messages. A fetch changes the ids of messages, so the tool would
-// list marked messages again. Therefore it fetches while a message has a mark only after an hour.
+// Returns true if it is time to fetch all messages. A fetch changes the ids of messages, which invalidates
+// their marks. While a message has a mark, the tool therefore waits up to an hour.
 bool ManagerModem::isFetchDue(bool arrived) const {
   const std::int64_t passed = upTime() - state_.lastFetch;
   if (passed >= hour) return true;

@@ -28,7 +28,6 @@ class ManagerModem final : public Modem {
 
   /// Makes ModemManager fetch all messages: disables and enables the modem, which takes seconds. On a modem
   /// with AT commands, ModemManager misses a message that arrives while it fetches another message.
-  ///
   /// Fetches after a burst of messages, and every hour. Fetches every minute while a message lacks parts and
   /// is less than an hour old. Never fetches while a data connection is up.
   void fetchMissed(bool arrived) override;

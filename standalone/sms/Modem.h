@@ -34,8 +34,7 @@ struct Status {
   std::string problem;             ///< empty if there is none
 };
 
-/// The tool's interface to a modem. Each function may throw a Problem, and returns before the tool's
-/// deadline.
+/// The tool's interface to a modem. Each function may throw a Problem, and returns before the deadline.
 class Modem {
  public:
   virtual ~Modem() = default;
@@ -43,8 +42,7 @@ class Modem {
   /// Prepares the modem for messages: enables the modem, and enters the PIN of the SIM.
   virtual void prepare() = 0;
 
-  /// Returns a text that names the origin of the message ids. When this text changes, earlier ids are
-  /// invalid.
+  /// Returns a text that changes when the earlier ids of messages become invalid.
   virtual std::string binding() = 0;
 
   /// Returns the received messages that are complete, or have been incomplete for too long. A modem with read

@@ -25,8 +25,8 @@ struct Part {
 /// Reads a PDU in hexadecimal digits. Returns nullopt if it is not a whole SMS-DELIVER.
 std::optional<Part> readDeliver(const std::string& hex);
 
-/// Converts `content` from `alphabet` to UTF-8, or to hexadecimal digits if the alphabet is Data. `content`
-/// is that of all parts: some networks cut a character in two.
+/// Converts `content` from `alphabet` to UTF-8, or to hexadecimal digits if the alphabet is Data. Needs the
+/// content of all parts, because some networks divide a character between two parts.
 std::string textOf(Part::Alphabet alphabet, const std::string& content);
 
 /// An SMS-SUBMIT for AT+CMGS.
@@ -36,8 +36,8 @@ struct Submit {
 };
 
 /// Returns the parts that carry `text`, which is valid UTF-8, to `number`. Uses UCS-2 only if the GSM
-/// alphabet lacks a character. The parts share the low 8 bits of `reference`. Returns no parts if there were
-/// over 255.
+/// alphabet lacks a character. The parts share the low 8 bits of `reference`. Returns no parts if the text
+/// needs more than 255.
 std::vector<Submit> makeSubmits(const std::string& number, const std::string& text, unsigned reference);
 
 /// Returns true if `number` consists of an optional "+" and of 1 to 20 digits, "*" and "#".

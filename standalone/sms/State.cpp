@@ -63,8 +63,7 @@ State::State(std::string folder, const Deadline& deadline) : folder_(std::move(f
 
 State::~State() { close(lock_); }
 
-// Each line consists of a key, a blank and a value. Ignores unknown keys, because a later version may add
-// some.
+// Each line is a key, a blank and a value. Ignores unknown keys, because a later version may write more.
 void State::read() {
   std::ifstream in(file());
   if (!in && errno != ENOENT) fail("cannot read " + file());

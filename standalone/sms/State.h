@@ -9,7 +9,6 @@
 namespace Standalone {
 
 /// The state that the tool keeps between calls, in a text file. The file is in /run, so a reboot removes it.
-///
 /// While the object exists it holds a lock, so that simultaneous calls do not overwrite each other's marks.
 class State {
  public:

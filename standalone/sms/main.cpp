@@ -27,7 +27,7 @@ constexpr char usage[] =
     "sms: usage: sms [--verbose] list unread | list read | delete read | send -f FILE NUMBER | status "
     "[--json]\n";
 constexpr std::chrono::seconds timeLimit(60);
-// Less than five minutes: after this time the daemon's watchdog ends the daemon.
+// Less than the five minutes after which systemd's watchdog restarts the daemon.
 constexpr std::chrono::seconds sendTimeLimit(240);
 
 bool isSend(const Words& words) {
@@ -58,8 +58,7 @@ std::unique_ptr<Modem> openModem(State& state, const Deadline& deadline) {
   return std::make_unique<ManagerModem>(config, state, deadline);
 }
 
-// Logs `problem` if it differs from the problem of the last call. If it is empty, logs that the last problem
-// has ended.
+// Logs `problem` if it has changed since the last call. An empty text means that the last problem has ended.
 void logChange(State& state, const std::string& problem) {
   if (state.problem == problem) return;
   openlog("sms", LOG_PID, LOG_DAEMON);

@@ -169,7 +169,7 @@ def main():
         for file in [*Veld.inbox.glob("*"), *Gammu.inbox.glob("*")]:
             file.unlink()
         if peer == "manager":
-            name = "compared-" + secrets.token_hex(8)  # all programs of the machine share these names
+            name = "compared-" + secrets.token_hex(8)  # must be unique on this machine
             modem.plug_into_socket(name)
             manager = Manager(name)
             begin = time.monotonic()

@@ -106,7 +106,7 @@ class VirtualModem:
         self.refuses_deletion, self.refusal_to_send = False, None
         self.listener = self.link = None
 
-    # The network's side.
+    # What the network does.
 
     def receive(self, pdu):
         """Delivers a message. If the memory is full, the message waits in the network."""

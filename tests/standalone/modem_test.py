@@ -207,7 +207,7 @@ class CommonTests:
                                                           "no longer: not registered with a network: denied"])
         self.assertTrue(self.lines.empty())
 
-    def test_status(self):
+    def test_status_shows_the_state_of_the_modem(self):
         self.sms("list", "unread")
         self.receive("one")
         status = json.loads(self.sms("status", "--json"))
@@ -293,7 +293,7 @@ class ManagerTest(CommonTests, unittest.TestCase):
     refusal, refused_pin = "38", ""
 
     def plug_in(self):
-        self.name = "modem-" + secrets.token_hex(8)  # the name of an abstract socket must be unique on the machine
+        self.name = "modem-" + secrets.token_hex(8)  # must be unique on this machine
         self.modem.plug_into_socket(self.name)
         self.manager = Manager(self.name)
         self.addCleanup(self.manager.stop)

@@ -12,7 +12,7 @@ const Row<std::string, HttpState> httpRows[] = {
     {"LengthInSmallLetters", "POST /a HTTP/1.1\r\ncontent-length:2\r\n\r\n{}", HttpState::Whole},
     {"NoEndOfHead", "GET /a HTTP/1.1\r\n", HttpState::Incomplete},
     {"HalfABody", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{", HttpState::Incomplete},
-    {"MoreThanTheBody", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}{", HttpState::Wrong},
+    {"BytesAfterTheBody", "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}{", HttpState::Wrong},
     {"TwoLengths", "POST /a HTTP/1.1\r\nContent-Length: 2\r\nContent-Length: 2\r\n\r\n{}", HttpState::Wrong},
     {"NegativeLength", "POST /a HTTP/1.1\r\nContent-Length: -2\r\n\r\n{}", HttpState::Wrong},
     {"HugeLength", "POST /a HTTP/1.1\r\nContent-Length: 9999999\r\n\r\n{}", HttpState::Wrong},
@@ -22,7 +22,7 @@ const Row<std::string, HttpState> httpRows[] = {
     {"OtherVersion", "GET /a HTTP/2\r\n\r\n", HttpState::Wrong},
     {"FourWords", "GET /a HTTP/1.1 b\r\n\r\n", HttpState::Wrong},
     {"NoPath", "GET a HTTP/1.1\r\n\r\n", HttpState::Wrong},
-    {"Endless", std::string((1 << 20) + 1, 'a'), HttpState::Wrong},
+    {"LongerThanOneMebibyte", std::string((1 << 20) + 1, 'a'), HttpState::Wrong},
 };
 TEST_ROWS(Http, IsRead, httpRows) {
   HttpRequest request;

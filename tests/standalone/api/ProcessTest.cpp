@@ -18,7 +18,7 @@ const ProcessRow processRows[] = {
     {"ArgumentsAreNotExpanded", {"/usr/bin/printf", "%s|", "a b", "", "$(id)", "-e"}, true, "a b||$(id)|-e|"},
     {"Environment", {"/usr/bin/env"}, true, "A=1\n"},
     {"WorkingDirectory", {"/bin/pwd"}, true, "/\n"},
-    {"LeadsItsGroup", {"/bin/sh", "-c", "[ $(ps -o pgid= $$) = $$ ] && echo yes"}, true, "yes\n"},
+    {"LeadsAProcessGroup", {"/bin/sh", "-c", "[ $(ps -o pgid= $$) = $$ ] && echo yes"}, true, "yes\n"},
     {"OutputOfTheSizeOfAPipe", {"/usr/bin/head", "-c", "60000", "/dev/zero"}, true, std::string(60000, '\0')},
     {"LongOutput", {"/bin/sh", "-c", "/usr/bin/yes | /usr/bin/head -c 999999"}, true, times(32768, "y\n")},
     {"GrandchildKeepsTheOutputOpen", {"/bin/sh", "-c", "sleep 1000 & echo out"}, true, "out\n"},
