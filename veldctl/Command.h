@@ -50,11 +50,10 @@ struct Request {
   std::optional<std::uint32_t> number(char letter) const;
 };
 
-/// One command of veldctl.
 struct Command {
   const char* name;
   const char* arguments;
-  const char* options;  ///< the letters of the options that it accepts
+  const char* options;  ///< the letters of the options that the command accepts
   const char* help;     ///< one line
   const char* example;
   std::size_t least, most;  ///< the least and the greatest number of arguments

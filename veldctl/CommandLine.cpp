@@ -20,9 +20,9 @@ const std::vector<Option> options = {
     {'i', false, "since", Option::Text, "TIME",
      "list only messages since TIME: 30min, 2h, 3d, 2026-11-25 or \"2026-11-25 14:00\""},
     {'g', false, "grep", Option::Text, "TEXT",
-     "list only messages with TEXT in the number or the text, ignoring case"},
+     "list only messages whose number or text contains TEXT, ignoring case"},
     {'q', true, "quiet", Option::None, "", "print only guids"},
-    {'s', false, "state", Option::Text, "FILE", "save the reported events in FILE, and resume there"},
+    {'s', false, "state", Option::Text, "FILE", "remember reported events in FILE across restarts"},
     {'a', false, "ack", Option::None, "", "wait for a line on standard input after each event"},
     {'x', false, "exec", Option::Text, "PROGRAM",
      "run PROGRAM for each event; repeat until it exits with status 0"},
@@ -90,10 +90,11 @@ void checkValue(const Option& option, const std::string& value) {
                (isText ? "; write -- before a text that begins with '-'" : ""));
 }
 
-// Takes the next word as the value of --wait. Null if it is an option, or if the command lacks an argument.
+// Takes the next word as the value of --wait. Null if no value follows, or if the command lacks an argument.
 const char* secondsOf(const Parsed& parsed, int count, char** words) {
   if (parsed.command == nullptr || parsed.request.words.size() < parsed.command->most) return nullptr;
-  return optind < count && words[optind][0] != '-' ? words[optind++] : nullptr;
+  if (optind >= count || words[optind][0] == '-') return nullptr;
+  return words[optind++];
 }
 
 void takeWord(Parsed& parsed, const std::string& word) {

@@ -14,8 +14,8 @@ struct Parsed {
   bool wantsVersion = false;
 };
 
-/// Fills `parsed` from the arguments of main(). Throws Misuse if the command line is wrong. `parsed.command`
-/// is set even then, if the command was read before the error.
+/// Fills `parsed` from the arguments of main(). Throws Misuse if the command line is wrong. Sets
+/// `parsed.command` even then, if the command is known.
 void parse(int count, char** words, Parsed& parsed);
 
 /// Returns the general help, with one line for each command.

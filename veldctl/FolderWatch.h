@@ -14,8 +14,8 @@ class FolderWatch : private Orvel::NonCopyable {
   FolderWatch(const Folders& folders, std::vector<int> statuses);
   ~FolderWatch();
 
-  /// Waits for a change in the folders or for an event of `others`, but at most `milliseconds`: inotify can
-  /// lose events. Sets `revents` of `others` as poll(2) does.
+  /// Waits at most `milliseconds` for a change in the folders or for an event of `others`. Sets `revents` of
+  /// `others` as poll(2) does. The time limit is necessary, because inotify can lose events.
   void wait(int milliseconds, std::vector<pollfd>& others);
   void wait(int milliseconds);
 

@@ -14,11 +14,10 @@ struct Lookup {
 };
 
 struct FileName {
-  int status;  ///< of its folder, see MessageStatus
+  int status;  ///< the folder, see MessageStatus
   std::string name;
 };
 
-/// The files in one or more folders.
 struct Listing {
   std::vector<FileName> files;      ///< sorted by name, so that the oldest guid is first
   std::vector<std::string> errors;  ///< one text for each folder that cannot be listed

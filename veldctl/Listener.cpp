@@ -30,7 +30,6 @@ void setVariable(const char* name, const std::string& value) {
   setenv(name, value.substr(0, longestVariable).c_str(), 1);
 }
 
-// Replaces the child process by the program.
 [[noreturn]] void execute(const std::string& path, const Event& event, int input) {
   dup2(input, STDIN_FILENO);
   setVariable("VELD_EVENT", event.kind);
@@ -89,7 +88,7 @@ Listener::Result AcknowledgedLines::report(const Event& event) {
   return Result::Reported;
 }
 
-// If there is unused input already, more input must not end the wait: only a hang-up is polled for.
+// While there is unused input, polls for a hang-up only, because more input must not end the wait.
 std::vector<pollfd> AcknowledgedLines::watched() const {
   std::vector<pollfd> all = Lines::watched();
   all.push_back({STDIN_FILENO, static_cast<short>(unused_.empty() ? POLLIN : 0), 0});

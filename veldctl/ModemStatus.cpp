@@ -12,7 +12,7 @@
 namespace {
 
 constexpr char marker[] = "/usr/lib/veld/standalone";  // only the package veld-standalone has this file
-constexpr char timeLimit[] = "timeout 10 env ";        // smsTool begins with a variable for env
+constexpr char timeLimit[] = "timeout 10 env ";        // env sets the variable in smsTool
 constexpr std::size_t mostBytes = 1 << 16;
 
 // Returns the tool's output; null if that is not a JSON object.

@@ -10,8 +10,7 @@
 #include "veldctl/Folders.h"
 #include "veldctl/Listener.h"
 
-/// Compares the message folders with the files that were reported before, and reports each change as an
-/// event.
+/// Compares the message folders with the files that were reported, and reports each change as an event.
 class News {
  public:
   /// The state of a file when it was last reported.
@@ -34,7 +33,7 @@ class News {
 
   const AllKnown& known() const { return known_; }
 
-  static const std::vector<int> statuses;  ///< of the folders with events
+  static const std::vector<int> statuses;  ///< the folders that have events
 
  private:
   std::vector<FileName> listFiles();

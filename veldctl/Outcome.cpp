@@ -18,7 +18,7 @@ constexpr std::time_t moveSeconds = 5;  // seconds that a message may be missing
 constexpr int longestWait = 1000;       // milliseconds
 constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds
 
-// Returns the last line of the send log, but no line before the offset `logged`.
+// Returns the last line that follows the offset `logged` in the send log.
 std::string reasonFrom(std::streamoff logged) {
   std::ifstream log(sendLog);
   log.seekg(logged);

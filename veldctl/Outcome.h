@@ -6,7 +6,6 @@
 
 #include "veldctl/Command.h"
 
-/// The outcome of a queued message.
 struct Outcome {
   std::string guid;
   ExitStatus status = Unknown;  ///< Done if it was sent, Bad if it has failed

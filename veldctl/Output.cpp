@@ -24,8 +24,7 @@ std::uint32_t decode(std::string_view text, std::size_t length) {
   return character;
 }
 
-// Returns true for the marks, embeddings, overrides and isolates of bidirectional text, and for line
-// separators.
+// Returns true for marks, embeddings, overrides and isolates of bidirectional text, and line separators.
 bool changesDirection(std::uint32_t character) {
   return character == 0x061C || character == 0x200E || character == 0x200F ||
          (character >= 0x2028 && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);

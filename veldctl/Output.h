@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Formats and prints text. A message cannot move the terminal's cursor, forge a line or change the direction
-/// of other text, because printable() escapes such characters.
+/// Formats and prints text. printable() escapes the characters with which a message could move the terminal's
+/// cursor, forge a line, or change the direction of other text.
 namespace Output {
 
 /// Returns `value` as JSON on one line, in ASCII.

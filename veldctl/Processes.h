@@ -25,8 +25,8 @@ bool isDaemonRunning();
 
 /// The program that a process waits for.
 struct Work {
-  std::string commandLine;  ///< of the program that the shells have started; empty without a child
-  std::int64_t age = 0;     ///< of the oldest descendant, in seconds
+  std::string commandLine;  ///< the program's, without the shells that have started it; empty without a child
+  std::int64_t age = 0;     ///< the age of the oldest child process, in seconds
 };
 Work workOf(const Process& process, const std::vector<Process>& all);
 

@@ -28,7 +28,6 @@ constexpr useconds_t guidInterval = 10'000;              // microseconds; guids 
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-// Writes the content of a file or folder to the disk.
 void sync(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0 || fsync(file) != 0) fail(path);
@@ -115,7 +114,7 @@ std::string Queue::add(Json::Value record) const {
   }
 }
 
-// Fails if the daemon has moved or changed the file meanwhile. Otherwise a moved message would exist twice.
+// Fails if the daemon has moved or changed the file since it was read: a moved message would exist twice.
 void Queue::replaceFailed(const Message& failed, const Json::Value& record, std::int64_t changed) const {
   const std::string path = folders_.path(MessageStatus::Failed, failed.name);
   errno = ENOENT;
@@ -130,7 +129,7 @@ bool Queue::retry(const Message& failed, std::optional<std::uint32_t> retries) c
   Json::Value record = failed.record;
   record.removeMember(seenKey);
   if (retries) record[Key::Retries] = *retries;
-  replaceFailed(failed, record, 0);  // the new modification time is the time at which it was queued
+  replaceFailed(failed, record, 0);  // 0: the modification time becomes the time of queueing
   const bool moved = moveToFree(folders_.path(MessageStatus::Failed, failed.name), to);
   sync(folders_.path(MessageStatus::Sending));
   sync(folders_.path(MessageStatus::Failed));

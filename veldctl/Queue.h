@@ -33,7 +33,6 @@ class Queue {
   const Folders& folders_;
 };
 
-/// Writes and syncs the file `temporary`. Sets its modification time, unless `changed` is 0. Renames the file
-/// to `path`.
+/// Writes and syncs `temporary`, and renames it to `path`. Sets its modification time if `changed` is not 0.
 void replaceFile(const std::string& path, const std::string& temporary, const std::string& text,
                  std::int64_t changed = 0);

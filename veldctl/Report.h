@@ -33,7 +33,6 @@ class Report {
   void count(Verdict verdict, const std::string& text, const Metric& metric,
              const Json::Value& more = Json::objectValue);
 
-  /// Returns the worst verdict so far.
   Verdict worst() const { return worst_; }
 
  private:

@@ -17,7 +17,7 @@ namespace {
 namespace Key = MessageRecord::Key;
 using namespace MessageStatus;
 
-// Reads standard input, and at most one byte more than the longest text. Removes the line feed at the end.
+// Reads at most one byte more than the longest text from standard input. Removes a line feed at the end.
 std::string readText() {
   std::string text(ShortMessage::mostBytes + 2, '\0');
   std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));

@@ -90,8 +90,8 @@ void reportPermissions(Report& report, const Settings& settings) {
 
 // What the daemon would do with the settings.
 struct Start {
-  bool isOff = false;   // it would end, because SMS is switched off
-  bool isGood = false;  // it would start
+  bool isOff = false;   // true if the daemon would end, because SMS is switched off
+  bool isGood = false;  // true if the daemon would run
 };
 
 // Runs the daemon's own checks of the settings. Throws a Json::Exception if the daemon would end with it.

@@ -14,7 +14,7 @@ class StateFile : private Orvel::NonCopyable {
   explicit StateFile(std::string path);
   ~StateFile();
 
-  /// Reads the file. Returns nullopt without a file; an empty map if the file is empty or not a state file.
+  /// Reads the file. Returns nullopt if it is missing, and an empty map if it is empty or not a state file.
   [[nodiscard]] std::optional<News::AllKnown> read() const;
 
   /// Writes the file if `known` differs from its content.

@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Seconds. The tool may need some time for a message. A pass files all that it has received and sent.
+// Limits in seconds. The tool may be slow, but each pass files all messages that it has received and sent.
 constexpr std::int64_t longTool = 60, veryLongTool = 300, longStaged = 60, longUnfiled = 60;
 constexpr unsigned lowRoom = 10;  // per cent
 

@@ -71,7 +71,7 @@ class CommandsTest(unittest.TestCase):
             (["send", "1", "-5"], 64, "unknown option '-5'; write -- before a text"),
             (["follow", "--ack", "--exec", "x"], 64, "exclude each other"))
 
-    def test_help(self):
+    def test_help_names_commands_and_options(self):
         self.check(*[(words, 0, "--retries N") for words in (["send", "-h"], ["help", "send"], ["retry", "--help"])],
                    (["help"], 0, "  follow "), (["--version"], 0, "veldctl 1."))
 
@@ -362,7 +362,7 @@ class ExamplesTest(unittest.TestCase):
         self.assertEqual((endings, got), ([22, 0], [b'{"guid": "1"}'] * 2))
         self.assertEqual(self.hook("on-event-webhook", "sent", **url), 7)
 
-    def test_bash_completes(self):
+    def test_bash_completes_commands_options_and_guids(self):
         put("failed", "11")
         put("sending", "21")
         path = self.program("veldctl", 'exec ' + " ".join(VELDCTL) + ' "$@"')
