@@ -25,7 +25,7 @@ bool isDaemonRunning();
 
 /// The program that a process waits for.
 struct Work {
-  std::string commandLine;  ///< the program's, without the shells that have started it; empty without a child
+  std::string commandLine;  ///< of the program itself, not of the shells that start it; empty without a child
   std::int64_t age = 0;     ///< the age of the oldest child process, in seconds
 };
 Work workOf(const Process& process, const std::vector<Process>& all);

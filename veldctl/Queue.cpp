@@ -114,7 +114,7 @@ std::string Queue::add(Json::Value record) const {
   }
 }
 
-// Fails if the daemon has moved or changed the file since it was read: a moved message would exist twice.
+// Fails if the daemon has moved or changed the file since it was read, so that no message exists twice.
 void Queue::replaceFailed(const Message& failed, const Json::Value& record, std::int64_t changed) const {
   const std::string path = folders_.path(MessageStatus::Failed, failed.name);
   errno = ENOENT;

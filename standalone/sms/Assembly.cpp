@@ -65,7 +65,7 @@ bool isReady(const Group& group, std::int64_t now) {
   return group.parts.size() == first.count || now - latest > partsTimeout;
 }
 
-// Returns false if the group has this part with other content, because a later message reuses the reference.
+// Returns false if the group has this part with other content. The part then belongs to a later message.
 bool fits(const Group& group, const Part& part) {
   const auto found = group.parts.find(part.number);
   return found == group.parts.end() || found->second.content == part.content;

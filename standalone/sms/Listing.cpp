@@ -50,7 +50,7 @@ std::vector<std::string> pieces(std::string_view rest) {
   return all;
 }
 
-// Returns true if the daemon would take the second octet of the text for that of a concatenation header.
+// Returns true if the daemon would read the second octet of the text as part of a concatenation header.
 bool looksLikeHeader(const std::string& printed) {
   const std::size_t second = printed.compare(0, 1, "\\") == 0 ? 2 : 1;
   return printed.compare(0, 2, "\\x") != 0 && second < printed.size() && printed[second] == '\b';

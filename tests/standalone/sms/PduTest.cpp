@@ -44,7 +44,7 @@ TEST_ROWS(Deliver, IsRead, deliverRows) {
   EXPECT_EQ(described(readDeliver(GetParam().given)), GetParam().expected);
 }
 
-// Returns the number of parts, and the length and the begin of the PDU of the first part.
+// Returns the number of parts, and the length and the beginning of the first part's PDU.
 std::string submitted(const std::string& number, const std::string& text) {
   const std::vector<Standalone::Submit> parts = Standalone::makeSubmits(number, text, 0x12A);
   if (parts.empty()) return "none";
