@@ -8,9 +8,7 @@
 
 namespace {
 
-using Simulator::MessageFolders;
-
-using Simulator::readFile;
+using Simulator::MessageFolders, Simulator::readFile;
 
 const std::string store = MessageFolders::root, modem = Simulator::Modem::storeFolder;
 constexpr char keptStore[] = "/var/config/kept", keptModem[] = "/run/kept";
@@ -54,10 +52,9 @@ void prepare(World& world) {
   require(World::thaw(received) && World::thaw(sent) && world.lives);
 }
 
-// Replaces a folder by a copy of another. `links`: by hard links, because the daemon knows a queued file by
-// its inode.
-void copy(const std::string& from, const std::string& to, const std::string& links = "") {
-  require(std::system(("rm -rf " + to + " && cp -aT " + links + " " + from + " " + to).c_str()) == 0);
+// Replaces a folder by a copy of another.
+void copy(const std::string& from, const std::string& to) {
+  require(std::system(("rm -rf " + to + " && cp -aT " + from + " " + to).c_str()) == 0);
 }
 
 std::vector<Point> pointsOf(const std::vector<std::string>& paths) {
@@ -73,7 +70,6 @@ std::vector<std::string> tryOne(World& world, const Point& point) {
   const std::string whole = readFile(point.path), damaged = point.applyTo(whole);
   const std::string aside = point.path + ".damaged";
   const std::size_t logged = world.gateway().syslog.lines().size();
-  std::filesystem::remove(point.path);  // a link
   std::ofstream(point.path, std::ios::binary) << damaged;
   world.ledger.met(Fault::Damaged, &whole);
   world.start();
@@ -83,12 +79,9 @@ std::vector<std::string> tryOne(World& world, const Point& point) {
   world.stop();
   std::vector<std::string> problems;
   if (!world.lives) problems.push_back("the daemon fails on the damage, " + world.daemon().ending());
-  if (!world.lives && world.daemon().running()) {
-    world.lives = true;
-    world.kill(true);
-    require(world.lives);
-  }
   world.lives = true;
+  if (world.daemon().running()) world.kill(true);
+  require(world.lives);
   for (const Ledger::Finding& finding : world.settle())
     if (finding.window == nullptr && finding.text != "left: " + aside) problems.push_back(finding.text);
   if (readFile(aside) != damaged) problems.emplace_back("the file is not set aside");
@@ -104,7 +97,7 @@ bool damage(const Words& words) {
   const unsigned shard = numberOf(words[0]), shards = numberOf(words[1]);
   World world;
   prepare(world);
-  copy(store, keptStore, "--link");
+  copy(store, keptStore);
   copy(modem, keptModem);
   const Ledger before = world.ledger;
   const std::vector<std::string> files = World::ownFiles();
@@ -114,7 +107,7 @@ bool damage(const Words& words) {
   points = sampleOf(std::move(points), numberOf(words[2]), random);
   unsigned tried = 0, harmful = 0;
   for (std::size_t i = shard; i < points.size(); i += shards, ++tried) {
-    copy(keptStore, store, "--link");
+    copy(keptStore, store);
     copy(keptModem, modem);
     world.ledger = before;
     const std::vector<std::string> problems = tryOne(world, points[i]);

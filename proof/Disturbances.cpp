@@ -41,7 +41,7 @@ const World::Step awaitSleep = [](World& world) { world.lives = world.awaitSleep
 
 void insidePass(World& world) {
   world.beginPass();
-  usleep(world.below(world.passMicroseconds + world.passMicroseconds / 4));
+  usleep(world.below(40'000));
 }
 
 void freeze(World&) {

@@ -28,12 +28,11 @@ const std::vector<Scenario> scenarios = {
      {receive("the first"), receive("p secret #ping 8.8.8.8", World::friendly),
       receive("a long message", World::other, 2)}},
     {"completed", {start, half, pass}, {otherHalf}},
-    {"refused", {start}, {queue("is refused", World::refused)}},
     {"retried", {start, queue("goes out later", World::refused, 3), pass, acceptAll}, {}},
     {"retried in vain", {start, queue("is refused for ever", World::refused, 30), pass}, {}},
     {"limits",
      {start, receive("in 1"), queue("out 1"), pass, receive("in 2"), queue("out 2"), pass},
-     {receive("in 3"), queue("out 3")},
+     {receive("in 3"), queue("is refused", World::refused)},
      2},
     {"first start", {}, {receive("waits on the modem"), queue("waits in the queue"), nextMinute}, 100, true},
     // The daemon was killed while the modem deleted messages that were not filed yet, among them a command.

@@ -3,7 +3,6 @@
 #include <sys/mount.h>
 #include <sys/wait.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -12,7 +11,6 @@
 
 #include "simulator/modem/GsmEncoder.h"
 #include "simulator/support/Files.h"
-#include "simulator/support/Waiting.h"
 
 namespace {
 
@@ -100,11 +98,8 @@ void World::start() {
 void World::pass(unsigned count) {
   lives = lives && awaitSleep();
   for (unsigned i = 0; lives && i < count; ++i) {
-    const auto begin = std::chrono::steady_clock::now();
     beginPass();
     lives = awaitSleep();
-    const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - begin;
-    passMicroseconds = static_cast<unsigned>(took.count());
   }
 }
 
@@ -152,16 +147,12 @@ bool World::reach(const std::string& operation) {
 }
 
 bool World::awaitHang(const std::function<bool()>& hangs) {
-  bool hanging = false;
-  Simulator::waitUntil(hangSeconds, [&] {
-    hanging = hangs();
-    return hanging || gateway_->clock.sleeping() || !daemon().running();
-  });
-  return hanging;
+  daemon().wait(hangSeconds, [&] { return hangs() || gateway_->clock.sleeping() || !daemon().running(); });
+  return hangs();
 }
 
 bool World::awaitEnd() {
-  const bool ended = Simulator::waitUntil(hangSeconds, [this] { return !daemon().running(); });
+  const bool ended = daemon().wait(hangSeconds, [this] { return !daemon().running(); });
   while (ended && waitpid(-1, nullptr, 0) > 0) continue;
   look("the daemon has ended, with " + daemon().ending());
   ledger.died();
@@ -207,14 +198,14 @@ bool World::report(const std::string& what, const std::string& details) {
 }
 
 std::vector<std::string> World::ownFiles() {
-  std::set<std::string> paths;
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(MessageFolders::root))
-    if (!entry.is_directory()) paths.insert(entry.path());
+  std::set<std::string> others = {reserve};
   for (const char* const box : MessageFolders::boxes)
     for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box)))
-      paths.erase(MessageFolders::pathOf(box) + "/" + name);
-  paths.erase(reserve);
-  return {paths.begin(), paths.end()};
+      others.insert(MessageFolders::pathOf(box) + "/" + name);
+  std::vector<std::string> paths;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(MessageFolders::root))
+    if (!entry.is_directory() && others.count(entry.path()) == 0) paths.push_back(entry.path());
+  return paths;
 }
 
 bool World::freeze(const std::string& folder) {

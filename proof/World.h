@@ -81,7 +81,6 @@ class World {
   Ledger ledger;
   unsigned faults = 0;                       ///< active now (Fault)
   std::function<void()> beforePass = [] {};  ///< receives and queues messages before each pass
-  unsigned passMicroseconds = 20'000;        ///< duration of the last pass
   std::mt19937 random{1};
   unsigned below(unsigned bound) { return static_cast<unsigned>(random() % bound); }
 
