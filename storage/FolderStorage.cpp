@@ -9,7 +9,6 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "storage/FileContent.h"
 #include "storage/MessageRecord.h"
@@ -100,9 +99,8 @@ bool FolderStorage::read(const char* name, Json::Value& record) {
               std::strerror(content.openError));
     return false;
   }
-  std::istringstream stream(content.text);
   std::string errors;
-  if (MessageRecord::parse(stream, record, errors)) return true;
+  if (MessageRecord::parse(content.text, record, &errors)) return true;
   ORVEL_LOG(ERROR, "Cannot parse JSON from file %s: [%s]", name, errors.c_str());
   return false;
 }

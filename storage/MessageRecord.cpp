@@ -1,7 +1,7 @@
 #include "storage/MessageRecord.h"
 
 #include <cerrno>
-#include <sstream>
+#include <memory>
 
 #include "storage/FileContent.h"
 #include "storage/MessageStatus.h"
@@ -34,12 +34,13 @@ std::uint32_t retriesAfterFailure(const Json::Value& record) {
 }
 
 // The parser returns false for most faults, but throws if the nesting is too deep.
-bool parse(std::istream& stream, Json::Value& record, std::string& errors) {
-  static const Json::CharReaderBuilder reader;
+bool parse(const std::string& text, Json::Value& record, std::string* errors) {
+  static const Json::CharReaderBuilder builder;
+  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   try {
-    return Json::parseFromStream(reader, stream, &record, &errors);
+    return reader->parse(text.data(), text.data() + text.size(), &record, errors);
   } catch (const Json::Exception& exception) {
-    errors = exception.what();
+    if (errors != nullptr) *errors = exception.what();
     return false;
   }
 }
@@ -48,10 +49,8 @@ bool isInFile(const Json::Value& record, const std::string& path) {
   FileContent content = FileContent::read(path);
   const bool failed = content.readError != 0 || (content.openError != 0 && content.openError != ENOENT);
   if (failed) content = FileContent::read(path);  // the second try may succeed
-  std::istringstream stream(content.text);
   Json::Value inFile;
-  std::string errors;
-  if (!parse(stream, inFile, errors)) return false;
+  if (!parse(content.text, inFile)) return false;
   return record.isObject() && inFile.isObject() && messageOf(record) == messageOf(inFile);
 }
 

@@ -3,7 +3,6 @@
 #include <json/json.h>
 
 #include <cstdint>
-#include <istream>
 #include <string>
 
 /// The message record: one JSON object per SMS, whose "guid" is also the name of its file. Every file in a
@@ -39,7 +38,7 @@ std::string guid(const Json::Value& record);
 std::uint32_t retriesAfterFailure(const Json::Value& record);
 
 /// Parses the content of a file. False, with a text in `errors`, if it is not JSON or is nested too deep.
-bool parse(std::istream& stream, Json::Value& record, std::string& errors);
+bool parse(const std::string& text, Json::Value& record, std::string* errors = nullptr);
 
 /// Whether the file at `path` holds `record`; "status" and "isSMSCommand" are not compared.
 bool isInFile(const Json::Value& record, const std::string& path);

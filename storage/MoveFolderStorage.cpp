@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <sstream>
 
 #include "storage/FileContent.h"
 #include "storage/MessageRecord.h"
@@ -41,11 +40,9 @@ int reasonOfFailedMove(const std::string& staged, const std::string& folder) {
 bool isMoved(const Json::Value& record, const std::string& file) {
   if (MessageRecord::isInFile(record, file)) return true;
   const FileContent content = FileContent::read(file);
-  std::istringstream stream(content.text);
-  Json::Value found;
-  std::string errors;
   const bool isRead = content.openError == 0 && content.readError == 0;
-  if (isRead && !MessageRecord::parse(stream, found, errors)) unlink(file.c_str());
+  Json::Value found;
+  if (isRead && !MessageRecord::parse(content.text, found)) unlink(file.c_str());
   return false;
 }
 

@@ -1,7 +1,7 @@
 #include "storage/SpoolEntry.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <sstream>
 #include <utility>
@@ -16,34 +16,23 @@ namespace Key = MessageRecord::Key;
 constexpr const char* batchWords[] = {"received", "merged"};         // by Batch::Kind
 constexpr const char* sendWords[] = {"sending", "sent", "refused"};  // by Send::Stage
 
-// Enough for every record that MessageRecord::parse accepts, and the array around it.
-constexpr int deepestNesting = 1100;
-
 std::string toText(const std::vector<Json::Value>& records) {
   Json::StreamWriterBuilder writer;
   writer["indentation"] = "";
   writer["commentStyle"] = "None";
   writer["emitUTF8"] = true;  // keeps bytes that are not UTF-8
   std::string text;
-  for (const Json::Value& record : records) {
-    text += text.empty() ? '[' : ',';
-    text += Json::writeString(writer, record);
-  }
-  return text + ']';
+  for (const Json::Value& record : records) text += Json::writeString(writer, record) + '\n';
+  return text;
 }
 
+// The records; none if a line is not JSON.
 std::vector<Json::Value> fromText(const std::string& text) {
-  Json::CharReaderBuilder reader;
-  Json::CharReaderBuilder::strictMode(&reader.settings_);
-  reader["stackLimit"] = deepestNesting;
-  std::istringstream stream(text);
-  Json::Value value;
-  try {
-    if (!Json::parseFromStream(reader, stream, &value, nullptr) || !value.isArray()) return {};
-  } catch (const Json::Exception&) {
-    return {};  // the nesting is too deep
-  }
-  return {std::make_move_iterator(value.begin()), std::make_move_iterator(value.end())};
+  std::vector<Json::Value> records;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);)
+    if (!MessageRecord::parse(line, records.emplace_back())) return {};
+  return records;
 }
 
 // Guids go into shell commands unquoted, so a record with any other guid could not be filed.
@@ -102,9 +91,7 @@ std::optional<Spool::Note> noteOf(const Send& send) {
 
 std::optional<SpoolEntry> entryOf(const Spool::Note& note) {
   std::vector<Json::Value> records = fromText(note.text);
-  unsigned number = 0;
-  const std::size_t dash = std::min(note.stage.find('-'), note.stage.size() - 1);
-  std::from_chars(&note.stage[dash + 1], note.stage.data() + note.stage.size(), number);
+  const unsigned long number = std::strtoul(&note.stage[note.stage.find('-') + 1], nullptr, 10);
   for (const Batch::Kind kind : {Batch::Kind::Received, Batch::Kind::Merged}) {
     Batch batch{kind, {}, number};
     if (stageOf(batch) != note.stage) continue;

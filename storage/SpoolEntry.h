@@ -10,8 +10,8 @@
 
 #include "storage/Spool.h"
 
-/// The meaning of a note in the spool. The text of a note is a JSON array of records. Its stage is a word and
-/// a number:
+/// The meaning of a note in the spool. Each line of its text is a record as JSON. Its stage is a word and a
+/// number:
 ///
 ///     Stage                     After a kill, a power cut or an exception the next pass
 ///     received-BEGUN            files the records that are not filed; obeys nothing

@@ -73,8 +73,7 @@ std::string textOf(const Json::Value& record, const char* key) {
 }
 
 void readRecord(Message& message, const std::string& content) {
-  std::istringstream stream(content);
-  if (!MessageRecord::parse(stream, message.record, message.fault)) {
+  if (!MessageRecord::parse(content, message.record, &message.fault)) {
     message.record = Json::nullValue;
     message.fault = syntaxFault(message.fault);
   } else {

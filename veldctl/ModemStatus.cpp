@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <sstream>
 
 #include "provider/SmsUtilsProvider.h"
 #include "storage/MessageRecord.h"
@@ -23,10 +22,8 @@ Json::Value ask() {
   std::string output(mostBytes, '\0');
   output.resize(std::fread(output.data(), 1, output.size(), pipe));
   pclose(pipe);
-  std::istringstream stream(output);
   Json::Value answer;
-  std::string errors;
-  return MessageRecord::parse(stream, answer, errors) && answer.isObject() ? answer : Json::nullValue;
+  return MessageRecord::parse(output, answer) && answer.isObject() ? answer : Json::nullValue;
 }
 
 void addCount(Report& report, const Json::Value& answer, const char* key, const char* metric) {

@@ -50,10 +50,10 @@ std::optional<News::AllKnown> StateFile::read() const {
   std::ifstream stream(path_);
   if (!stream.is_open()) return std::nullopt;
   News::AllKnown known;
-  if (stream.peek() == std::ifstream::traits_type::eof()) return known;
+  const std::string text(std::istreambuf_iterator<char>(stream), {});
+  if (text.empty()) return known;
   Json::Value members;
-  std::string errors;
-  if (MessageRecord::parse(stream, members, errors) && takeAll(members, known)) return known;
+  if (MessageRecord::parse(text, members) && takeAll(members, known)) return known;
   Output::complain(path_ + " is not a state file: every message is reported again");
   return News::AllKnown();
 }

@@ -91,11 +91,11 @@ struct LeftRow {
   const char* log = "";                ///< a part of what the pass logs; nothing when it is empty
 };
 const char whole[] = "{'guid':'1','message':'a','source':'2'}";
-const char batchOfOne[] = "[{'guid':'1','message':'a','source':'2'}]";
+const char batchOfOne[] = "{'guid':'1','message':'a','source':'2'}";
 const char storedPart[] =
     "{'guid':'1','message':'a...','part-count':2,'part-id':7,'part-index':0,'parts':['a',null]}";
-const char otherPart[] = "[{'guid':'2','part-id':7,'message':'','parts':[null,'b']}]";
-const char commandInParts[] = "[{'guid':'2','source':'3','part-id':7,'message':'','parts':[null,'reboot']}]";
+const char otherPart[] = "{'guid':'2','part-id':7,'message':'','parts':[null,'b']}";
+const char commandInParts[] = "{'guid':'2','source':'3','part-id':7,'message':'','parts':[null,'reboot']}";
 const LeftRow leftRows[] = {
     {"NotFiled", "1.received-0", batchOfOne, {}, {Received, whole}},
     {"FiledAndNotMarked",
@@ -105,19 +105,19 @@ const LeftRow leftRows[] = {
      {Received, "{'guid':'1','isSMSCommand':true,'message':'a','source':'2'}"}},
     {"Command",
      "1.received-0",
-     "[{'guid':'1','message':'#reboot','source':'2'}]",
+     "{'guid':'1','message':'#reboot','source':'2'}",
      {},
      {Received, "{'guid':'1','message':'#reboot','source':'2'}"},
      "SMS command in message 1 from 2 is not obeyed"},
     {"CommandThatWasBeingObeyed",
      "1.received-1",
-     "[{'guid':'1','message':'#reboot','source':'2'}]",
+     "{'guid':'1','message':'#reboot','source':'2'}",
      {},
      {Received, "{'guid':'1','message':'#reboot','source':'2'}"},
      "SMS command in message 1 from 2 may not have been obeyed: its pass was cut off"},
     {"CommandThatWasPosted",
      "1.received-2",
-     "[{'guid':'1','message':'#reboot','source':'2'}]",
+     "{'guid':'1','message':'#reboot','source':'2'}",
      {},
      {Received, "{'guid':'1','message':'#reboot','source':'2'}"}},
     {"PartThatCompletes",
@@ -133,7 +133,7 @@ const LeftRow leftRows[] = {
      "SMS command in message 1 from 3 is not obeyed"},
     {"MergedMessage",
      "1.merged-0",
-     "[{'guid':'1','message':'ab'}]",
+     "{'guid':'1','message':'ab'}",
      {Received, storedPart},
      {Received, "{'guid':'1','message':'ab'}"}},
     {"MergedAndItsPartStillNoted",
@@ -141,27 +141,27 @@ const LeftRow leftRows[] = {
      otherPart,
      {Received, storedPart},
      {Received, "{'guid':'1','message':'ab'}"}},
-    {"Sent", "1.sent-2", "[{'guid':'1'}]", {}, {Sent, "{'guid':'1','status':'sent'}"}},
+    {"Sent", "1.sent-2", "{'guid':'1'}", {}, {Sent, "{'guid':'1','status':'sent'}"}},
     {"BegunFromTheQueue",
      "1.sending-2",
-     "[{'guid':'1','retries':2}]",
+     "{'guid':'1','retries':2}",
      {},
      {Failed, "{'guid':'1','retries':2,'status':'failed'}"},
      "Sending message 1 was begun and never answered: it counts as failed"},
     {"BegunRetry",
      "1.sending-4",
-     "[{'guid':'1','retries':3}]",
+     "{'guid':'1','retries':3}",
      {Failed, "{'guid':'1','retries':3}"},
      {Failed, "{'guid':'1','retries':2,'status':'failed'}"},
      "Sending message 1 was begun and never answered: it counts as failed"},
     {"RefusedRetryThatIsFiled",
      "1.refused-4",
-     "[{'guid':'1','retries':3}]",
+     "{'guid':'1','retries':3}",
      {Failed, "{'guid':'1','retries':2,'status':'failed'}"},
      {Failed, "{'guid':'1','retries':2,'status':'failed'}"}},
     {"SentAndStillQueued",
      "1.sent-2",
-     "[{'guid':'1'}]",
+     "{'guid':'1'}",
      {Sending, "{'guid':'1'}"},
      {Sent, "{'guid':'1','status':'sent'}"}},
 };
@@ -191,7 +191,7 @@ TEST(InTransit, ReplacesTheOlderByTheNewerUnderALimit) {
   Gateway gateway;
   for (int guid = 100; guid < 130; ++guid)
     gateway.world.put("{'guid':'" + std::to_string(guid) + "'}", Received);
-  gateway.note("1.received-0", "[{'guid':'200'},{'guid':'201'}]");
+  gateway.note("1.received-0", "{'guid':'200'}\n{'guid':'201'}");
   gateway.pass({"{'guid':'202'}"});
   const std::vector<std::string> names = gateway.world.names(Received);
   EXPECT_EQ(names.size(), World::receivedLimit);
@@ -203,7 +203,7 @@ TEST(InTransit, RetriesAMessageThatEndedADaemonLast) {
   Gateway gateway({{"outbox/failed/1", R"({"guid":"1","recipient":"hangs","retries":3})"},
                    {"outbox/failed/2", R"({"guid":"2","recipient":"b","retries":3})"},
                    {"outbox/failed/0", R"({"guid":"0","recipient":"c","retries":3})"}});
-  gateway.note("1.sending-4", "[{'guid':'1','recipient':'hangs','retries':3}]");
+  gateway.note("1.sending-4", "{'guid':'1','recipient':'hangs','retries':3}");
   gateway.timings = {0};
   gateway.pass();
   ASSERT_EQ(gateway.world.provider.attempts.size(), 3u);
@@ -237,7 +237,7 @@ TEST(InTransit, KeepsItsNotesWhileTheDiskFails) {
   Gateway gateway;
   gateway.pass();
   gateway.note("1.received-0", batchOfOne);
-  gateway.note("2.sending-2", "[{'guid':'1'}]");
+  gateway.note("2.sending-2", "{'guid':'1'}");
   diskFails = true;
   gateway.pass();
   diskFails = false;
@@ -250,9 +250,9 @@ TEST(InTransit, KeepsItsNotesWhileTheDiskFails) {
 TEST(InTransit, FilesAnotherMessageFirstInEachPass) {
   Gateway gateway;
   gateway.pass();
-  gateway.note("1.sent-2", "[{'guid':'a'}]");
-  gateway.note("2.sent-2", "[{'guid':'b'}]");
-  gateway.note("3.received-0", "[{'guid':'c'}]");
+  gateway.note("1.sent-2", "{'guid':'a'}");
+  gateway.note("2.sent-2", "{'guid':'b'}");
+  gateway.note("3.received-0", "{'guid':'c'}");
   gateway.blockStaging();
   SMSCommand commands(json(settings));
   RetryState retry;
@@ -293,7 +293,7 @@ TEST(InTransit, SendsAMessageThatIsQueuedAgainInTheSamePass) {
 
 TEST(InTransit, KeepsTheRestOfABatchWithItsCommand) {
   Gateway gateway;
-  gateway.note("1.received-2", "[{'guid':'1'},{'guid':'2'}]");
+  gateway.note("1.received-2", "{'guid':'1'}\n{'guid':'2'}");
   gateway.world.folders->onSave = [&] {
     if (gateway.world.folders->saved.size() == 2) gateway.blockStaging();
   };
@@ -303,7 +303,7 @@ TEST(InTransit, KeepsTheRestOfABatchWithItsCommand) {
 
 TEST(InTransit, SetsAsideANoteThatIsNotAnEntry) {
   Gateway gateway;
-  gateway.note("1.received-0", "[{'guid':'1','message':{}}]");
+  gateway.note("1.received-0", "{'guid':'1','message':{}}");
   gateway.pass();
   EXPECT_THAT(gateway.spool(), testing::ElementsAre("1.received-0.damaged"));
 }
