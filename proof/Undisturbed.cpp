@@ -53,7 +53,7 @@ bool showUndisturbed(const Words&) {
     for (const Tracer::Call& call : Tracer::calls())
       if (const std::string text = shown(call); !text.empty())
         std::cout << "  " << dates.replace(text) << "\n";
-    for (const std::string box : Simulator::MessageFolders::boxes)
+    for (const std::string box : Simulator::MessageFolders::names)
       for (const Json::Value& record : Simulator::MessageFolders::records(box))
         std::cout << "  " << dates.replace(box + "  " + Simulator::toLine(record)) << "\n";
   }

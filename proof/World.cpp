@@ -199,7 +199,7 @@ bool World::report(const std::string& what, const std::string& details) {
 
 std::vector<std::string> World::ownFiles() {
   std::set<std::string> others = {reserve};
-  for (const char* const box : MessageFolders::boxes)
+  for (const char* const box : MessageFolders::names)
     for (const std::string& name : Simulator::listFolder(MessageFolders::pathOf(box)))
       others.insert(MessageFolders::pathOf(box) + "/" + name);
   std::vector<std::string> paths;

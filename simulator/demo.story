@@ -1,10 +1,10 @@
-# The daemon starts. It asks the local API for its settings and reads its back-off intervals: 30, 60 and 300 s.
+# The daemon starts and reads its settings from the local API. It retries a failed message after 30, 60 and 300 s.
 timings [30,60,300]
 start
 requests --all
 expect "path":"/api/sms"
 
-# 1. The modem receives a message and holds it until the daemon's next pass files it.
+# 1. The modem receives a message. The next pass of the daemon moves the message from the modem into a file.
 receive +4917099999 "Hello gateway, it costs 5 € {ok}"
 modem
 expect unread 1
@@ -15,7 +15,7 @@ modem
 expect unread 0, read 0
 log --new
 
-# 2. The two parts of a message arrive in two passes, and the daemon files them as one message.
+# 2. The two parts of a long message arrive at different times. The daemon joins the parts into one message.
 receive +4917099999 "A long text that the network cuts in two." --parts 2 --hold 2
 pass
 records received
@@ -27,7 +27,7 @@ expect "message":"A long text that the network cuts in two."
 expect-not "parts"
 log --new
 
-# 3. The daemon posts a command with the password from a permitted number to the local API.
+# 3. A permitted number sends a command with the right password. The daemon posts the command to the local API.
 receive +4917012345 "p secret #ping 8.8.8.8 3"
 pass
 requests
@@ -37,7 +37,7 @@ records received
 expect "isSMSCommand":true
 log --new
 
-# 4. The daemon files the same command from a stranger and posts nothing.
+# 4. Another number sends the same command. The daemon files the message, but posts nothing to the local API.
 receive +4917099999 "p secret #ping 8.8.8.8 3"
 pass
 requests
@@ -45,14 +45,14 @@ expect-count 1
 log --new
 expect phone number not in white list
 
-# 5. The daemon sends a message that another program queued.
+# 5. Another program queues a message. The daemon sends the message.
 queue +4917011111 "Alarm at the cabinet"
 pass
 records sent
 expect "recipient":"+4917011111"
 log --new
 
-# 6. The modem refuses a number. The daemon files the message as failed, and retries after 30 s.
+# 6. The modem refuses to send to a number. The daemon files the message as failed, and sends it again after 30 s.
 refuse +4917022222
 queue +4917022222 "Second alarm" --retries 3
 pass
@@ -68,12 +68,12 @@ records sent
 expect "message":"Second alarm"
 log --new
 
-# 7. The operator lists the messages and asks for the status.
+# 7. The operator lists the messages and checks the daemon with veldctl.
 veldctl list
 expect sent      -     to   +4917022222  Second alarm
 veldctl status
 expect well  the daemon runs since
 
-# 8. The daemon ends on SIGTERM with status 0.
+# 8. The daemon receives SIGTERM and ends with status 0.
 kill TERM
 expect-exit 0

@@ -1,4 +1,4 @@
-// simulator: the simulated gateway, for a person at a terminal or in a browser, or for a script.
+// simulator: the simulated gateway. A terminal, a script or a page in a browser controls it.
 #include <getopt.h>
 #include <semaphore.h>
 #include <unistd.h>
@@ -21,17 +21,16 @@ constexpr unsigned pagePort = 8400;
 constexpr char usage[] =
     "usage: scripts/gateway [--script FILE] [--echo] [OPTION...]\n"
     "       scripts/gateway --page [PORT] [OPTION...]\n"
-    "Runs veld in a simulated gateway. Commands come from FILE or standard input: a console at a terminal,\n"
-    "otherwise a script. The clock runs in the console and stands still in a script (see \"help\").\n"
-    "  --page [PORT]   starts the daemon and serves a page on 127.0.0.1, port 8400 (0: any free port), "
-    "beside\n"
-    "                  the console; without a terminal it reads no commands and ends on SIGINT or SIGTERM\n"
+    "Runs veld in a simulated gateway, and a script of commands from FILE or standard input. Without FILE,\n"
+    "and if standard input is a terminal, opens a console for commands. \"help\" lists all commands.\n"
     "  --echo          prints each line of the script before its output\n"
-    "  --with COMMAND  runs a shell command beside the daemon, with sms and veldctl in its PATH; a script\n"
-    "                  waits for it after the last line or in \"await program\", and exits with its status\n"
-    "  --tool PROGRAM  replaces the simulated tool sms by PROGRAM\n"
-    "  --api none      does not serve the API, so that your program can; \"await api\" waits for its socket\n"
-    "The environment variable VELD names another executable of the daemon.\n";
+    "  --page [PORT]   starts the daemon and serves a page on 127.0.0.1, port 8400 (0: any free port).\n"
+    "                  At a terminal, also opens the console. Otherwise runs until SIGINT or SIGTERM.\n"
+    "  --with COMMAND  runs a shell command beside the daemon, with sms and veldctl in its PATH. A script\n"
+    "                  waits for COMMAND after its last line, and then exits with the status of COMMAND\n"
+    "  --tool PROGRAM  uses PROGRAM instead of the simulated tool sms\n"
+    "  --api none      does not serve the local API, so that a program of yours can serve it\n"
+    "If the environment variable VELD is set, it names the daemon's executable.\n";
 
 struct Arguments {
   std::string script;
@@ -39,7 +38,7 @@ struct Arguments {
   std::string with;
   std::string tool;
   bool servesApi = true;
-  std::optional<unsigned> page;  ///< the port of the page
+  std::optional<unsigned> page;  ///< the port of the page; nullopt: no page
 };
 
 [[noreturn]] void refuse(const std::string& problem) {
@@ -64,7 +63,7 @@ Arguments read(int argc, char** argv) {
     if (option == 'e') arguments.echo = true;
     if (option == 'w') arguments.with = optarg;
     if (option == 't') arguments.tool = readTool(optarg);
-    if (option == 'a' && std::string(optarg) != "none") refuse("--api takes \"none\" only");
+    if (option == 'a' && std::string(optarg) != "none") refuse("the only value of --api is \"none\"");
     if (option == 'a') arguments.servesApi = false;
     if (option == 'p') arguments.page = pagePort;
     if (option == 'h') {
@@ -78,22 +77,22 @@ Arguments read(int argc, char** argv) {
     if (!arguments.page) refuse("a port is a number from 0 to 65535");
   }
   if (optind < argc) refuse(std::string("unexpected argument \"") + argv[optind] + "\"");
-  if (arguments.page && !arguments.script.empty()) refuse("--page and --script exclude each other");
+  if (arguments.page && !arguments.script.empty()) refuse("use either --page or --script, not both");
   return arguments;
 }
 
-sem_t ended;
+sem_t signalled;
 
-void end(int) { sem_post(&ended); }
+void handleSignal(int) { sem_post(&signalled); }
 
 void awaitSignal() {
-  while (sem_wait(&ended) != 0) continue;  // fails with EINTR before the handler posts
+  while (sem_wait(&signalled) != 0) continue;  // the signal can interrupt sem_wait() (EINTR)
 }
 
 bool servePage(Simulator::Interpreter& interpreter, unsigned port, bool atTerminal) {
   Simulator::PageServer page(interpreter);
   if (!page.listen(static_cast<int>(port))) {
-    std::cerr << "simulator: port " << port << " is taken; --page 0 takes any free port\n";
+    std::cerr << "simulator: port " << port << " is in use; --page 0 chooses a free port\n";
     return false;
   }
   std::cout << "The page: " << page.address() << std::endl;
@@ -119,13 +118,14 @@ int main(int argc, char** argv) {
   if (!arguments.script.empty() && !file) refuse("cannot read " + arguments.script);
   const bool atTerminal = arguments.script.empty() && isatty(STDIN_FILENO) != 0;
   if (arguments.page && !atTerminal) {
-    sem_init(&ended, 0, 0);
-    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, end);
+    sem_init(&signalled, 0, 0);
+    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, handleSignal);
   }
   const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   const char* const program = std::getenv("VELD");
-  Simulator::Gateway gateway({program != nullptr ? program : folder + "/../daemon/veld", folder,
-                              !atTerminal && !arguments.page, arguments.tool, arguments.servesApi});
+  const std::string daemon = program != nullptr ? program : folder + "/../daemon/veld";
+  const bool isScript = !atTerminal && !arguments.page;
+  Simulator::Gateway gateway({daemon, folder, isScript, arguments.tool, arguments.servesApi});
   if (!arguments.with.empty()) gateway.runBeside(arguments.with);
   Simulator::Interpreter interpreter(gateway);
   bool good = true;

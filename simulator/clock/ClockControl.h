@@ -5,23 +5,23 @@
 
 namespace Simulator {
 
-/// The memory that the gateway and the clock library in the daemon share: a small file that both map. The
-/// gateway also writes to a FIFO to wake a sleep. Times are in seconds.
+/// Shared memory of the simulated gateway and the clock library in the daemon: both map the same file. To
+/// wake a sleep, the simulated gateway also writes to a FIFO. Times are in seconds.
 struct ClockControl {
   static constexpr char file[] = "/run/gateway/clock";
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
-  std::atomic<std::int64_t> skipped;  ///< the sum by which sleeps were cut short; both clocks are ahead by it
-  std::atomic<std::int64_t> wall;     ///< if `hold`: the wall clock minus `skipped`
-  std::atomic<std::int64_t> monotonic;  ///< if `hold`: the monotonic clock minus `skipped`
-  /// 1: only `granted` or a signal ends a sleep, and the clocks advance only during sleeps.
+  std::atomic<std::int64_t> skipped;    ///< added to both clocks: the sum of all skipped times
+  std::atomic<std::int64_t> wall;       ///< if `hold` is 1: the wall clock before `skipped` is added
+  std::atomic<std::int64_t> monotonic;  ///< if `hold` is 1: the monotonic clock before `skipped` is added
+  /// 1: a sleep lasts until `granted` or a signal ends it, and the clocks advance only by `skipped`.
   std::atomic<std::uint32_t> hold;
-  std::atomic<std::uint32_t> begun;  ///< sleeps begun since the daemon was started
-  std::atomic<std::uint32_t> ended;  ///< how many of these have ended
-  /// Sleep number `granted`, counting from 1, and all sleeps before it end at once.
+  std::atomic<std::uint32_t> begun;  ///< the number of sleeps that have begun since the daemon started
+  std::atomic<std::uint32_t> ended;  ///< the number of sleeps that have ended since the daemon started
+  /// The sleeps up to this number end at once. The first sleep has number 1.
   std::atomic<std::uint32_t> granted;
   std::atomic<std::uint32_t> stops;  ///< 1: the next daemon stops itself when it has detached
 };
-static_assert(std::atomic<std::int64_t>::is_always_lock_free, "two processes share the file");
+static_assert(std::atomic<std::int64_t>::is_always_lock_free, "a lock would not work between two processes");
 
 }  // namespace Simulator

@@ -46,7 +46,7 @@ void GatewayClock::set(std::time_t then) { control_->skipped += then - now(); }
 
 void GatewayClock::grant() {
   control_->granted = control_->begun != control_->ended ? control_->begun.load() : control_->begun + 1;
-  // If the FIFO is full (EAGAIN), the sleep wakes anyway.
+  // If the FIFO is full (EAGAIN), the bytes in the FIFO wake the sleep.
   if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::wakeFifo);
 }
 

@@ -6,22 +6,22 @@
 
 namespace Simulator {
 
-/// Controls the daemon's clock.
+/// Controls the daemon's clock and sleeps.
 class GatewayClock {
  public:
-  /// Creates the shared files. A failure ends the process. `hold`: see ClockControl.
+  /// Creates the shared file and the FIFO. A failure ends the process. ClockControl explains `hold`.
   explicit GatewayClock(bool hold);
 
-  /// Forgets the sleeps of the previous daemon. With `hold`, the clock advances by one second.
+  /// Resets the counters of sleeps for a new daemon. With `hold`, advances the clocks by one second.
   void reset();
-  /// Returns the wall clock as the daemon sees it.
+  /// Returns the time of the daemon's wall clock.
   std::time_t now() const;
-  /// Sets the wall clock, and moves the monotonic clock by the same amount.
+  /// Sets the daemon's wall clock, and moves the monotonic clock by the same amount.
   void set(std::time_t then);
 
-  /// Whether the daemon sleeps and grant() has not ended the sleep.
+  /// Returns true if the daemon sleeps and grant() has not ended this sleep.
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
-  /// Ends the current sleep, or the next one when there is none.
+  /// Ends the current sleep. If the daemon does not sleep, its next sleep ends at once.
   void grant();
   /// Makes the next daemon stop (SIGSTOP) as soon as it has forked.
   void stopNextDaemon() { control_->stops = 1; }

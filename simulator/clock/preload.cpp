@@ -1,5 +1,5 @@
-// libgateway-clock.so: LD_PRELOAD loads it into the daemon, so that the gateway controls the daemon's time.
-// The gateway can end a sleep early. The clocks then advance by the rest of the sleep.
+// libgateway-clock.so: replaces sleep(), clock_gettime() and time() in the daemon, by LD_PRELOAD.
+// The simulated gateway can end a sleep early. The clocks then advance by the rest of the sleep.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -19,7 +19,7 @@ namespace {
 
 using Simulator::ClockControl;
 
-// A 32-bit kernel has calls of its own for 64-bit times.
+// On a 32-bit machine, the kernel has a separate system call for 64-bit times.
 #if defined(__TIMESIZE) && __TIMESIZE == 32 && defined(_TIME_BITS) && _TIME_BITS == 64
 constexpr long clockGettimeCall = SYS_clock_gettime64;
 #else
@@ -28,12 +28,12 @@ constexpr long clockGettimeCall = SYS_clock_gettime;
 
 ClockControl* control = nullptr;
 
-// Avoids dlsym(), which allocates: a sanitizer's allocator calls this with its lock held, a deadlock.
+// Does not call dlsym(), which allocates memory: a sanitizer's allocator reads the clock under its own lock.
 int realClock(clockid_t clock, timespec* now) {
   return static_cast<int>(syscall(clockGettimeCall, clock, now));
 }
 
-// Runs before main(). The daemon's children must not inherit the library.
+// Runs before main(). Clears LD_PRELOAD, so that programs that the daemon starts do not load the library.
 __attribute__((constructor)) void attach() {
   unsetenv("LD_PRELOAD");
   const int file = open(ClockControl::file, O_RDWR | O_CLOEXEC);
@@ -47,7 +47,7 @@ bool isHeld() { return control != nullptr && control->hold != 0; }
 
 bool isGranted(std::uint32_t number) { return static_cast<std::int32_t>(control->granted - number) >= 0; }
 
-// Returns the rest of a sleep of `seconds` that began at `start`, rounded up; 0 if it is over.
+// Returns the remaining seconds of a sleep of `seconds` that began at `start`, rounded up.
 unsigned left(const timespec& start, unsigned seconds) {
   timespec now{};
   realClock(CLOCK_MONOTONIC, &now);
@@ -60,15 +60,15 @@ unsigned left(const timespec& start, unsigned seconds) {
 
 extern "C" {
 
-// As in the C library, a handled signal ends the sleep, and the result is the rest of the sleep.
+// As in the C library, a signal with a handler ends the sleep, and the result is the remaining time.
 unsigned sleep(unsigned seconds) {
   if (control == nullptr) return reinterpret_cast<unsigned (*)(unsigned)>(dlsym(RTLD_NEXT, "sleep"))(seconds);
-  // O_RDWR: open() does not block, and read() does not find an end of file. The first sleep opens the FIFO:
-  // only the detached daemon sleeps.
+  // With O_RDWR, open() does not block, and read() never reports an end of file. Only the first sleep opens
+  // the FIFO, because the daemon sleeps only after it has detached.
   static const int wake = open(ClockControl::wakeFifo, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   timespec start{};
   realClock(CLOCK_MONOTONIC, &start);
-  // The gateway may see `begun` and send a signal at once. It stays blocked until ppoll(), and ends that.
+  // The gateway may send a signal as soon as `begun` changes. The signal is blocked until ppoll() begins.
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

@@ -51,8 +51,8 @@ Answer status(Gateway& gateway, const Arguments&) {
     text += (ending.empty() ? "not started" : "ended with status " + ending) + "; \"start\" starts it";
   if (const std::string hang = gateway.hang(); !hang.empty())
     text += "\nhangs: " + hang + " for " + std::to_string(gateway.hangSeconds()) + " s";
-  for (const char* box : MessageFolders::boxes)
-    text += "\n" + std::string(box) + ": " + std::to_string(MessageFolders::records(box).size());
+  for (const char* name : MessageFolders::names)
+    text += "\n" + std::string(name) + ": " + std::to_string(MessageFolders::records(name).size());
   return {true, text + "\nmodem: " + counts(gateway.modem)};
 }
 
@@ -66,7 +66,7 @@ std::vector<Command> showCommands() {
       {"veldctl", "COMMAND [WORD...]", "runs veldctl(1) in the gateway", veldctl},
       {"requests", "[--all]", "shows the commands that the API received (--all: every request), one per line",
        requests},
-      {"modem", "[sent]", "counts the messages in the modem's store, or shows those that it has sent", modem},
+      {"modem", "[sent]", "counts the messages in the modem, or shows the messages that it has sent", modem},
       {"log", "[--new]", "shows the log (--new: the lines since the last \"log\")", log},
   };
 }

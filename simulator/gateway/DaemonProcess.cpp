@@ -14,15 +14,15 @@
 namespace Simulator {
 namespace {
 
-constexpr char outputFile[] = "/run/gateway/daemon-output";  // the daemon's output until it detaches
+constexpr char outputFile[] = "/run/gateway/daemon-output";  // what the daemon prints before it detaches
 constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
-constexpr std::size_t longestName = 15;  // the kernel cuts longer process names
+constexpr std::size_t longestName = 15;  // the kernel shortens the name of a process to this length
 constexpr double passSeconds = 60;
 constexpr double stopSeconds = 10;
 constexpr double signalSeconds = 0.3;
 
-// Returns the daemon's command line. The daemon must work although env blocks SIGTERM and ignores SIGCHLD.
+// Returns the daemon's command line. env blocks SIGTERM and ignores SIGCHLD: the daemon must cope with both.
 std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
   const std::string reports = std::string("log_path=") + reportPrefix;
   return {"env",
@@ -35,10 +35,10 @@ std::vector<std::string> commandFor(const DaemonProcess::Paths& paths) {
           paths.program};
 }
 
-// Runs the daemon in the child process. Must not allocate memory: a thread may have held the allocator's lock
-// during fork(). Closes all other file descriptors, so that a script can count those of the daemon.
+// Runs the daemon in the child process. Must not allocate memory: another thread may have held the
+// allocator's lock during fork(). Closes inherited descriptors, so that a script can count the daemon's own.
 [[noreturn]] void run(char* const* command) {
-  setpgid(0, 0);  // a Ctrl-C must not reach the daemon before it has its own session
+  setpgid(0, 0);  // protects the daemon from Ctrl-C until the daemon has its own session
   const int null = open("/dev/null", O_RDONLY);
   const int output = open(outputFile, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   dup2(null, STDIN_FILENO);
@@ -81,18 +81,18 @@ std::string DaemonProcess::start() {
     ended(status);
     return "The daemon ended with status " + ending_ + " before it detached. " + readFile(outputFile);
   }
-  // The detached daemon is an orphan, so it is now a child of this process.
+  // The detached daemon is an orphan. This process is the subreaper, so the daemon is now its child.
   const std::string name = std::filesystem::path(paths_.program).filename().string().substr(0, longestName);
   for (const pid_t orphan : childrenOf(getpid()))
     if (readFile("/proc/" + std::to_string(orphan) + "/comm") == name + "\n") pid_ = orphan;
-  return pid_ != 0 ? "" : "The daemon detached and left no process.";
+  return pid_ != 0 ? "" : "The daemon detached, but its process does not exist.";
 }
 
 bool DaemonProcess::stop() {
   const auto hasEnded = [this] { return !running(); };
   signal(SIGTERM);
   if (wait(signalSeconds, hasEnded)) return true;
-  // A signal just before the sleep does not end the sleep. On a real gateway, it ends after five seconds.
+  // If the signal arrives just before the sleep, it does not end the sleep. grant() then ends the sleep.
   clock_.grant();
   wait(stopSeconds, [&] { return hasEnded() || hangs_(); });
   return hasEnded();

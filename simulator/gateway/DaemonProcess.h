@@ -12,42 +12,42 @@
 
 namespace Simulator {
 
-/// The daemon's process and its passes. This process is the subreaper, so the detached daemon is its child.
+/// Starts and stops the daemon, and runs its passes. Makes this process the parent of the detached daemon.
 class DaemonProcess {
  public:
   struct Paths {
     std::string program;       ///< the daemon's executable
     std::string clockLibrary;  ///< preloaded into the daemon
-    std::string toolFolder;    ///< comes first in its PATH
+    std::string toolFolder;    ///< the first folder in the daemon's PATH
   };
-  /// Whether a pass has ended. Ended: the daemon has ended instead.
+  /// The result of a wait for a pass. Yes: it has ended. Ended: the daemon has ended. NotYet: the pass runs.
   enum class Passed { Yes, Ended, NotYet };
 
-  /// `hangs`: whether the daemon waits until a fault is repaired. If so, no call waits for a pass.
+  /// `hangs` returns true while a fault makes the daemon hang. A call then does not wait for the pass.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
-  /// Starts the program and waits until it has detached. Returns an empty string, or one line on the failure.
+  /// Starts the daemon and waits until it has detached. Returns an empty string, or one line about the error.
   [[nodiscard]] std::string start();
-  /// Sends SIGTERM and waits up to ten seconds. Returns whether the daemon has ended.
+  /// Sends SIGTERM and waits up to ten seconds. Returns true if the daemon has ended.
   bool stop();
   bool running();
   pid_t pid() const { return pid_; }
   Footprint footprint() const { return Footprint::of(pid_); }
-  bool signal(int number);  ///< sends a signal; false if the daemon is not running
-  /// Returns how the last daemon ended: "0", "signal 9", with a sanitizer's report. Empty before it has
-  /// ended.
+  bool signal(int number);  ///< sends a signal; returns false if the daemon is not running
+  /// Returns how the daemon ended: "0" or "signal 9", for example, and a sanitizer's report if there is one.
+  /// Returns an empty string if the daemon is running or was not started.
   std::string ending();
 
-  /// Waits up to `seconds` until the daemon sleeps.
+  /// Waits up to `seconds` until the daemon sleeps. The daemon sleeps after each pass.
   Passed awaitSleep(double seconds);
-  /// Ends the daemon's sleep and waits up to a minute until it sleeps again.
+  /// Runs a pass: ends the daemon's sleep, and waits up to a minute until the daemon sleeps again.
   Passed pass();
-  /// Waits up to `seconds` until `done` returns true. Returns whether it did.
+  /// Waits up to `seconds` until `done` returns true. Returns false if `done` has not returned true.
   bool wait(double seconds, const std::function<bool()>& done);
 
-  /// True ends every wait early. A signal handler may set this.
+  /// If this is true, every wait ends at once. A signal handler may set this variable.
   std::atomic<bool> interrupted{false};
-  std::function<void()> pause = sleepAMoment;  ///< a wait calls this between two checks
+  std::function<void()> pause = sleepAMoment;  ///< a wait calls this function between two checks
 
  private:
   void ended(int status);

@@ -4,15 +4,15 @@
 
 namespace Simulator {
 
-/// A small file system that private-gateway has made. It can be filled to the last byte.
+/// One of the small file systems that private-gateway creates.
 class Disk {
  public:
   explicit Disk(std::string folder) : filler_(folder + "/filler"), folder_(std::move(folder)) {}
 
-  /// Fills the file system. Returns false and does nothing if it is too large to come from private-gateway.
+  /// Fills the file system. Does nothing and returns false if it is larger than those of private-gateway.
   bool fill();
-  void free();
-  bool full() const;
+  void free();        ///< deletes what fill() has written
+  bool full() const;  ///< returns true between fill() and free()
 
  private:
   std::string filler_;

@@ -21,19 +21,21 @@ constexpr char toolFolder[] = "/run/gateway/bin";
 constexpr char toolPath[] = "/run/gateway/bin/sms";
 constexpr char veldctlPath[] = "/run/gateway/bin/veldctl";
 constexpr char toolLog[] = "/var/log/veld.log";
-constexpr char mark[] = "/run/private-gateway";
+constexpr char mark[] = "/run/private-gateway";  // exists only in a private gateway
 constexpr double killSeconds = 10;
 
-// Refuses to run on a real machine, whose /dev/log it would take. Creates the folders that the members need.
+[[noreturn]] void fail(const std::string& problem) {
+  std::fprintf(stderr, "simulator: %s\n", problem.c_str());
+  std::exit(1);
+}
+
+// Creates the folders that Gateway's members need. Fails on a real machine, to protect its /dev/log.
 const char* prepare(const char* modemFolder) {
-  if (!fs::exists(mark)) {
-    std::fputs("simulator: this is a real machine; run me through simulator/private-gateway\n", stderr);
-    std::exit(1);
-  }
+  if (!fs::exists(mark)) fail("this is a real machine; run the simulator in simulator/private-gateway");
   const fs::path apiFolder = fs::path(LocalApiServer::socketPath).parent_path();
   for (const fs::path& folder : {fs::path(toolFolder), fs::path(toolLog).parent_path(), apiFolder})
     fs::create_directories(folder);
-  close(open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // as the daemon's unit creates it
+  close(open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // on a gateway, the unit creates this file
   return modemFolder;
 }
 
@@ -46,7 +48,7 @@ std::string quoted(const std::string& word) {
   return "'" + std::regex_replace(word, std::regex("'"), R"('\'')") + "'";
 }
 
-// Writes a script, because VELDCTL may contain a whole command line.
+// Creates veldctl as a shell script, because the variable VELDCTL may contain a whole command line.
 bool writeVeldctl(const std::string& program) {
   const char* const other = std::getenv("VELDCTL");
   const std::string command = other != nullptr ? other : quoted(program);
@@ -65,12 +67,9 @@ Gateway::Gateway(const Options& options)
       responder(api, folders, daemon),
       tool_(options.tool.empty() ? options.buildFolder + "/sms" : options.tool),
       servesApi_(options.servesApi) {
-  if (repair() && settings.setTimings("[30,60,300]") &&
-      writeVeldctl(options.buildFolder + "/../veldctl/veldctl"))
-    return;
-  std::fprintf(stderr, "simulator: cannot bind %s and %s, or write to /run and /var\n",
-               SyslogServer::socketPath, LocalApiServer::socketPath);
-  std::exit(1);
+  if (!repair()) fail("cannot bind the socket of the syslog or of the API");
+  if (!settings.setTimings("[30,60,300]") || !writeVeldctl(options.buildFolder + "/../veldctl/veldctl"))
+    fail("cannot write to /run");
 }
 
 Gateway::~Gateway() {
@@ -99,28 +98,29 @@ std::string Gateway::veldctl(const std::vector<std::string>& words) const {
 }
 
 void Gateway::setToolThere(bool there) {
-  if (there == fs::exists(toolPath)) return;  // a new link would leave a moment without the tool
+  if (there == fs::exists(toolPath)) return;  // while a link is replaced, the tool would be missing
   const int result = there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath);
   if (result != 0) std::perror(toolPath);
 }
 
 bool Gateway::repair(const std::string& part) {
-  const auto is = [&part](const char* one) { return part == "all" || part == one; };
-  if (is("disk")) var.free();
-  if (is("tmp")) tmp.free();
-  if (is("tool")) {
+  const auto includes = [&part](const char* one) { return part == "all" || part == one; };
+  if (includes("disk")) var.free();
+  if (includes("tmp")) tmp.free();
+  if (includes("tool")) {
     setToolThere(true);
     modem.clearFaults();
   }
-  if (is("api")) api.setFault(ApiFault::None, 0);
-  const bool apiThere = !is("api") || !servesApi_ || api.listening() || api.listen();
-  const bool syslogThere = !is("syslog") || syslog.listening() || syslog.listen();
-  return apiThere && syslogThere;
+  bool good = true;
+  if (includes("api")) api.setFault(ApiFault::None, 0);
+  if (includes("api") && servesApi_ && !api.listening()) good = api.listen();
+  if (includes("syslog") && !syslog.listening()) good = syslog.listen() && good;
+  return good;
 }
 
 std::vector<std::string> Gateway::faults() {
   std::vector<std::string> lines;
-  if (servesApi_ && !api.listening()) lines.emplace_back("api: no socket, or nothing listens on it");
+  if (servesApi_ && !api.listening()) lines.emplace_back("api: gone, or refuses connections");
   if (!api.fault().empty()) lines.push_back("api: " + api.fault());
   if (!fs::exists(toolPath)) lines.emplace_back("tool: gone");
   for (const std::string& each : modem.faults()) lines.push_back("tool: " + each);

@@ -17,21 +17,21 @@
 
 namespace Simulator {
 
-/// The gateway around the daemon: everything that the daemon uses, at the absolute paths where the daemon
-/// expects it. private-gateway makes these paths private, so that each private gateway has one object.
+/// The simulated gateway: everything that the daemon uses, at the absolute paths that the daemon expects.
+/// Each private gateway has its own copy of these paths, and can have one object of this class.
 class Gateway {
  public:
   struct Options {
     std::string program;      ///< the daemon's executable
     std::string buildFolder;  ///< holds the simulated tool and the clock library
-    bool hold = false;        ///< the clock stands still between requested passes
-    std::string tool = "";    ///< replaces the simulated tool, unless it is empty
-    bool servesApi = true;    ///< false: the user's program serves the API
+    bool hold = false;        ///< true: the clock advances only when a command runs a pass
+    std::string tool = "";    ///< the program that replaces the simulated tool; empty: the simulated tool
+    bool servesApi = true;    ///< false: a program of the user serves the API
   };
 
   /// Starts everything except the daemon. A failure ends the process with a line on standard error.
   explicit Gateway(const Options& options);
-  /// Repairs every fault and ends the daemon; by SIGKILL if it still runs after ten seconds.
+  /// Repairs every fault and stops the daemon. Kills the daemon if it still runs after ten seconds.
   ~Gateway();
 
   Modem modem;
@@ -50,19 +50,20 @@ class Gateway {
   bool servesApi() const { return servesApi_; }
   /// Creates the message folders and runs `command` beside the daemon, with the tool and veldctl in its PATH.
   void runBeside(const std::string& command);
-  /// Runs veldctl, or $VELDCTL. Returns its output, with its exit status in a last line unless that is 0.
+  /// Runs veldctl, or the command in $VELDCTL. Returns the output, and a line "status N" if N is not 0.
   std::string veldctl(const std::vector<std::string>& words) const;
 
-  /// Puts the modem's tool into the PATH of the daemon, or removes it.
+  /// Adds the modem's tool to the PATH of the daemon, or removes the tool.
   void setToolThere(bool there);
 
-  /// Ends the faults of one part, as in faults(), but not the modem's refusals. False if bind() fails.
+  /// Ends "all" faults, or the faults of a part such as "tool". The modem still refuses the same numbers.
+  /// Returns false if a socket cannot be bound.
   bool repair(const std::string& part = "all");
   /// Returns the faults that are set, one line each, such as "tool: gone".
   std::vector<std::string> faults();
-  /// Returns the fault that the daemon waits for; empty if it does not hang.
+  /// Returns the reason why the daemon hangs; an empty string if the daemon does not hang.
   std::string hang() const;
-  unsigned hangSeconds() const;  ///< how long the daemon has waited for that
+  unsigned hangSeconds() const;  ///< how long the daemon has been hanging
 
  private:
   std::string tool_;

@@ -16,10 +16,10 @@ namespace {
 constexpr char settingsPath[] = "/api/sms";
 constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
-constexpr int anyPort = 80;  // the library requires a port; a UNIX-domain socket has none
+constexpr int anyPort = 80;  // the library requires a port, although a UNIX-domain socket has no port
 constexpr double startSeconds = 10;
 
-// The last path components of the known commands. The list does not come from the daemon's code.
+// The last path components of all commands. A mistake in the daemon's own list thus becomes visible.
 constexpr char knownCommands[] =
     " sms_restart checkin_to_quillo_sms set_rm_through_sms set_cellular_through_sms send_apn_through_sms "
     "send_cellularstatus_sms send_radiostatus_sms send_ethernetstatus_sms send_wanstatus_sms "
@@ -36,12 +36,12 @@ Json::Value envelope(unsigned code, const Json::Value& result) {
   return object({{"code", code}, {"result", result}});
 }
 
-// Refuses further members: a text with quotes can inject them, because the daemon does not escape it.
+// Refuses additional members. The daemon does not escape quotes, so a text with quotes can add members.
 bool isCommand(const Json::Value& body) {
   return body.isObject() && body.size() == 2 && body["recipients"].isArray() && body["args"].isArray();
 }
 
-void breakOff(httplib::Response& response) {
+void closeEarly(httplib::Response& response) {
   response.set_content_provider(1000, jsonType, [](std::size_t, std::size_t, httplib::DataSink& sink) {
     constexpr char beginning[] = "{\"code\": 200, \"res";
     sink.write(beginning, sizeof beginning - 1);
@@ -130,7 +130,7 @@ void LocalApiServer::handle(const httplib::Request& request, httplib::Response& 
   if (fault == ApiFault::Garbage) {
     response.set_content("<html>\xff\x01 this is not JSON", "text/html");
   } else if (fault == ApiFault::Close) {
-    breakOff(response);
+    closeEarly(response);
   } else {
     const Json::Value json = fault == ApiFault::Code ? envelope(faultCode, Json::nullValue) : answer(kept);
     response.set_content(toLine(json), jsonType);

@@ -21,15 +21,15 @@ struct Response;
 
 namespace Simulator {
 
-/// A fault of the API. Code: answers with another code. Garbage: answers without JSON. Close: closes the
-/// connection in the middle of an answer. Silent: does not answer before a repair.
+/// A fault of the API. Code: the answer contains an error code. Garbage: the answer is not JSON. Close: the
+/// connection is closed in the middle of the answer. Silent: there is no answer until a repair.
 enum class ApiFault { None, Code, Garbage, Close, Silent };
 
-/// The local HTTP API on its UNIX-domain socket: serves the settings, accepts commands, keeps all requests.
+/// The local HTTP API on a UNIX-domain socket: serves the settings, accepts commands, and keeps all requests.
 class LocalApiServer {
  public:
   static constexpr char socketPath[] = "/var/run/api/http.sock";
-  /// The names of ApiFault, in its order.
+  /// The names of the faults, in the order of ApiFault.
   static constexpr const char* faultNames[] = {"", "code", "garbage", "close", "silent"};
 
   struct Request {
@@ -37,28 +37,28 @@ class LocalApiServer {
     std::string path;
     std::string body;
     bool answered = false;
-    unsigned code = 0;  ///< of the answer; 0 if the answer had none
+    unsigned code = 0;  ///< the code in the answer; 0 if the answer contains no code
   };
 
-  /// `settings` returns the settings object to serve. Another thread calls it.
+  /// `settings` returns the settings that the API serves. A thread of the server calls `settings`.
   explicit LocalApiServer(std::function<Json::Value()> settings);
   ~LocalApiServer();
 
-  /// Binds the socket and listens; false on failure.
+  /// Binds the socket and listens. Returns false on failure.
   bool listen();
-  /// Stops listening. With `leaveSocket` the socket's file stays, and connections are refused.
+  /// Stops listening. With `leaveSocket`, the socket's file stays, so that connections are refused.
   void close(bool leaveSocket);
   bool listening() const { return server_ != nullptr; }
 
-  /// `code` is for ApiFault::Code.
+  /// Sets the fault. Only ApiFault::Code uses `code`.
   void setFault(ApiFault fault, unsigned code);
-  /// Returns the fault that is set, such as "code 500"; empty if there is none.
+  /// Returns the fault that is set, such as "code 500"; an empty string if no fault is set.
   std::string fault() const;
 
-  /// Returns all requests from number `first` on, counting from 0, including those without an answer.
+  /// Returns all requests from number `first` on. The first request has number 0.
   std::vector<Request> requests(std::size_t first = 0) const;
-  unsigned waiting() const { return waiting_; }  ///< requests without an answer so far
-  /// Returns how many seconds the last request has waited for a repair; nullopt if there is no such request.
+  unsigned waiting() const { return waiting_; }  ///< the number of requests that have no answer yet
+  /// Returns how many seconds the last request has waited for a repair; nullopt if no request waits for one.
   std::optional<unsigned> silentSeconds() const;
 
  private:

@@ -21,33 +21,33 @@ MessageFolders::MessageFolders(const GatewayClock& clock) : clock_(clock) {
 }
 
 void MessageFolders::create() {
-  for (const char* const box : boxes) {
-    const fs::path folder = pathOf(box);
+  for (const char* const name : names) {
+    const fs::path folder = pathOf(name);
     for (const fs::path& each : {folder.parent_path(), folder})
       if (fs::create_directory(each)) fs::permissions(each, fs::perms::all);  // the daemon's umask is 0
   }
 }
 
-std::string MessageFolders::pathOf(const std::string& box) {
-  return std::string(root) + (box == "received" ? "/inbox/" : "/outbox/") + box;
+std::string MessageFolders::pathOf(const std::string& name) {
+  return std::string(root) + (name == "received" ? "/inbox/" : "/outbox/") + name;
 }
 
-std::vector<Json::Value> MessageFolders::records(const std::string& box) {
+std::vector<Json::Value> MessageFolders::records(const std::string& name) {
   std::vector<Json::Value> all;
-  for (const std::string& name : listFolder(pathOf(box)))
-    all.push_back(jsonOrText(readFile(pathOf(box) + "/" + name)));
+  for (const std::string& file : listFolder(pathOf(name)))
+    all.push_back(jsonOrText(readFile(pathOf(name) + "/" + file)));
   return all;
 }
 
-// Returns a guid that no message has: the time and an ordinal of two digits.
+// Returns a guid that no message has. A guid consists of the time and a number of two digits.
 std::string MessageFolders::freeGuid() const {
   const std::time_t now = clock_.now();
   char second[15];
   std::strftime(second, sizeof second, "%Y%m%d%H%M%S", std::localtime(&now));
   for (unsigned ordinal = 0;; ++ordinal) {
     const std::string guid = second + std::string(ordinal < 10 ? "0" : "") + std::to_string(ordinal);
-    const auto holdsIt = [&guid](const char* box) { return fs::exists(pathOf(box) + "/" + guid); };
-    if (std::none_of(std::begin(boxes), std::end(boxes), holdsIt)) return guid;
+    const auto hasGuid = [&guid](const char* name) { return fs::exists(pathOf(name) + "/" + guid); };
+    if (std::none_of(std::begin(names), std::end(names), hasGuid)) return guid;
   }
 }
 
@@ -57,7 +57,7 @@ std::string MessageFolders::queue(const Json::Value& recipient, const std::strin
   const std::string guid = freeGuid();
   const Json::Value record =
       object({{"guid", guid}, {"recipient", recipient}, {"message", text}, {"retries", retries}});
-  // Writes the file beside the folder, because the daemon takes any file inside for a complete record.
+  // The daemon reads every file in the folder as a complete record, so the file is written outside and moved.
   const std::string target = pathOf("sending") + "/" + guid;
   const std::string beside = fs::path(target).parent_path().parent_path() / guid;
   const bool good = writeFile(beside, toLine(record)) && std::rename(beside.c_str(), target.c_str()) == 0;

@@ -7,18 +7,18 @@
 
 namespace Simulator {
 
-/// The phones and the network: the texts from and to phones, and the parts that the network holds back.
+/// The phones and the network: the texts on the phones, and the parts that the network has not delivered.
 struct Phones {
   struct Text {
     std::string number;
     std::string text;
-    bool written;      ///< by the phone; false: by the gateway
-    std::time_t when;  ///< on the gateway's clock
+    bool written;      ///< true: the phone sent the text; false: the gateway sent the text
+    std::time_t when;  ///< the time of the gateway's clock
   };
-  using Part = std::pair<std::string, std::string>;  ///< the sender's number, the user data
+  using Part = std::pair<std::string, std::string>;  ///< the sender's number and the user data
 
-  std::vector<Text> texts;     ///< in their order
-  std::vector<Part> held;      ///< parts that the network holds back
+  std::vector<Text> texts;     ///< in the order of time
+  std::vector<Part> held;      ///< the parts that the network has not delivered
   unsigned nextReference = 1;  ///< the reference of the next concatenated message
 };
 

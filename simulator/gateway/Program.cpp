@@ -7,8 +7,8 @@
 namespace Simulator {
 namespace {
 
-constexpr int cannotStart = 127;  // as in the shell
-constexpr int signalBase = 128;
+constexpr int cannotStart = 127;  // a shell's exit status for a program that cannot start
+constexpr int signalBase = 128;   // a shell adds the number of the signal that ended the program
 
 }  // namespace
 

@@ -6,14 +6,14 @@
 
 namespace Simulator {
 
-/// A program of the user, which runs in the gateway beside the daemon.
+/// The program of the option --with. It runs in the gateway beside the daemon.
 class Program {
  public:
-  /// Runs `command` in a shell, with `path` as its PATH. The terminal's input and Ctrl-C do not reach it.
+  /// Runs `command` in a shell, with `path` as its PATH. The shell gets no terminal input and no Ctrl-C.
   void start(const std::string& command, const std::string& path);
 
   bool running();
-  /// Returns the shell's exit status, or 128 plus the signal that ended it. 0 while it runs, or without one.
+  /// Returns the shell's exit status, or 128 plus the signal that ended the shell; 0 if no shell has ended.
   int status();
 
  private:

@@ -21,13 +21,13 @@ void Responder::carryOut() {
   }
 }
 
-// Carries out one command. Returns what was done; empty if nothing was.
+// Carries out one command. Returns a text about the result; an empty string if the command had no effect.
 std::string Responder::carryOut(const LocalApiServer::Request& request) {
   Json::Value body;
   if (!readJson(request.body, body)) return "";
   const bool reboot = request.path == rebootPath;
   std::string problem;
-  if (reboot) problem = daemon_.stop() ? daemon_.start() : "The daemon does not end.";
+  if (reboot) problem = daemon_.stop() ? daemon_.start() : "the daemon still runs.";
   if (!problem.empty()) return "The gateway cannot reboot: " + problem;
   const std::string text =
       reboot ? "The gateway has rebooted." : request.path.substr(request.path.rfind('/') + 1) + ": done";
@@ -35,7 +35,7 @@ std::string Responder::carryOut(const LocalApiServer::Request& request) {
   if (guid.empty()) return "";
   const std::string done =
       reboot ? "The gateway has rebooted" : "The gateway has carried out " + request.path;
-  return done + ", and answers as " + guid + ".";
+  return done + ". The answer is message " + guid + ".";
 }
 
 }  // namespace Simulator

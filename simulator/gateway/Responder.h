@@ -9,12 +9,12 @@
 
 namespace Simulator {
 
-/// Carries out the commands of the API: queues an answer to the sender, and restarts the daemon for a reboot.
+/// Carries out the commands of the API: queues an answer to the sender. For a reboot, restarts the daemon.
 class Responder {
  public:
   struct Event {
-    std::size_t request;  ///< its number among the requests of the API
-    std::string text;     ///< what was done
+    std::size_t request;  ///< the number of the request, as in LocalApiServer::requests()
+    std::string text;     ///< a sentence about the result
   };
 
   Responder(const LocalApiServer& api, const MessageFolders& folders, DaemonProcess& daemon)

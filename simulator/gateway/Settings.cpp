@@ -20,8 +20,8 @@ constexpr char defaultSettings[] = R"({
     "wanStatusEnabled": true, "wanIpsEnabled": true, "wifiEnabled": true, "pingEnabled": true,
     "serialEnabled": true, "geopositionEnabled": true, "lnsRestartEnabled": true}})";
 
-// Returns the object around the member at `path`, and the member's name in `key`. Null without such an
-// object.
+// Returns the object that contains the member at `path`, such as "smsCommands.pingEnabled"; null if there is
+// no such object. Sets `key` to the member's name.
 Json::Value* find(Json::Value& settings, const std::string& path, std::string& key) {
   Json::Value* place = &settings;
   std::istringstream pieces(path);

@@ -7,21 +7,21 @@
 
 namespace Simulator {
 
-/// The SMS settings and the back-off timers, which the daemon reads when it starts. Safe for several threads.
+/// The SMS settings and the back-off timers, which the daemon reads when it starts. The class is thread-safe.
 class Settings {
  public:
   static constexpr char timersFile[] = "/var/run/config/backofftimers_config";
 
-  /// Permits every command to the number +4917012345 with the password "secret".
+  /// At first, the number +4917012345 may send every command with the password "secret".
   Settings();
 
   Json::Value value() const;
-  /// Sets or removes a member such as "smsCommands.pingEnabled". False if it is unknown, or its object was
-  /// removed.
+  /// Sets a member such as "smsCommands.pingEnabled". Returns false if the member, or the object that should
+  /// contain it, does not exist.
   bool set(const std::string& path, const Json::Value& value);
-  bool remove(const std::string& path);
+  bool remove(const std::string& path);  ///< removes a member; returns false if it does not exist
 
-  /// Replaces the timers file; `timings` are seconds, such as "[30,60]". False on failure.
+  /// Replaces the timers file. `timings` is a list of seconds such as "[30,60]". Returns false on failure.
   static bool setTimings(const std::string& timings);
 
  private:

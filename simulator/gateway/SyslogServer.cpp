@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t largestDatagram = 1 << 20;  // bytes
 constexpr int infoLevel = 6;
 
-// Parses "<14>Nov 24 22:05:40 VELD: text" (RFC 3164). The level is the number modulo 8; the time has 16
-// bytes.
+// Parses "<14>Nov 24 22:05:40 VELD: text" (RFC 3164). The level is the number modulo 8. The time and the
+// blank after it have 16 bytes.
 SyslogServer::Line parse(const std::string& datagram) {
   std::size_t at = 0;
   int level = infoLevel;
@@ -60,7 +60,7 @@ void SyslogServer::close() {
   drain();
   const std::lock_guard lock(mutex_);
   if (socket_ >= 0) {
-    // Without shutdown(), the closed socket would accept lines until poll() returns in the thread.
+    // Without shutdown(), the socket would accept lines until poll() in the other thread returns.
     shutdown(socket_, SHUT_RDWR);
     ::close(socket_);
   }

@@ -8,7 +8,7 @@
 
 namespace Simulator {
 
-/// The gateway's syslog: keeps each line from /dev/log and appends it to a file, unless the disk is full.
+/// The gateway's syslog. Keeps each line from /dev/log. If the disk is not full, appends the line to a file.
 class SyslogServer {
  public:
   static constexpr char socketPath[] = "/dev/log";
@@ -18,20 +18,20 @@ class SyslogServer {
                                                "WARNING",   "NOTICE", "INFO",     "DEBUG"};
 
   struct Line {
-    int level;  ///< as syslog numbers it; an index of levelNames
+    int level;  ///< the severity from 0 to 7, an index of levelNames
     std::string text;
   };
 
   SyslogServer();
   ~SyslogServer();
 
-  bool listen();  ///< binds the socket; false on failure
+  bool listen();  ///< binds the socket; returns false on failure
   void close();
   bool listening() const { return socket_ >= 0; }
 
-  /// Returns all lines from number `first` on, counting from 0, including those sent just before the call.
+  /// Returns all lines from number `first` on, up to the moment of this call. The first line has number 0.
   std::vector<Line> lines(std::size_t first = 0);
-  std::vector<Line> read(bool onlyNew);  ///< all lines, or those since the last call
+  std::vector<Line> read(bool onlyNew);  ///< returns all lines, or the lines since the last call of read()
 
  private:
   void run();

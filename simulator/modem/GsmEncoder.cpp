@@ -7,8 +7,8 @@
 namespace Simulator {
 namespace {
 
-// 3GPP TS 23.038, 6.2.1: the default alphabet in the order of its codes 0x00 to 0x7F. A DEL stands for the
-// escape to the extension table, 0x1B.
+// 3GPP TS 23.038, 6.2.1: the default alphabet in the order of its codes 0x00 to 0x7F. At 0x1B, the code of
+// the escape to the extension table, this string contains a DEL.
 constexpr char defaultAlphabet[] =
     "@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞ\x7fÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
     "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
@@ -17,7 +17,7 @@ constexpr std::pair<const char*, unsigned> extensions[] = {
     {"\f", 0x0A}, {"^", 0x14}, {"{", 0x28}, {"}", 0x29}, {"\\", 0x2F},
     {"[", 0x3C},  {"~", 0x3D}, {"]", 0x3E}, {"|", 0x40}, {"€", 0x65}};
 
-constexpr unsigned wholeRoom = 160;  // septets of a message that is not divided
+constexpr unsigned wholeRoom = 160;  // the septets in a message of one part
 
 std::string escaped(unsigned octet) {
   char text[5];
@@ -25,7 +25,7 @@ std::string escaped(unsigned octet) {
   return text;
 }
 
-// Returns the UTF-8 character at `at`. Its first byte gives its length.
+// Returns the UTF-8 character at `at`. The first byte gives the length of the character.
 std::string characterAt(const std::string& text, std::size_t at) {
   const unsigned first = static_cast<unsigned char>(text[at]);
   if (first < 0x80) return text.substr(at, 1);
@@ -39,7 +39,7 @@ struct Piece {
 };
 using Table = std::map<std::string, Piece>;
 
-// Maps each character to the form in which the tool prints it.
+// Returns, for each character, how the tool prints the character and how many septets it has.
 Table makeTable() {
   Table table;
   const std::string alphabet = defaultAlphabet;
@@ -62,20 +62,19 @@ Table makeTable() {
   return table;
 }
 
-// Texts that arrive at veld in another form.
+// Each text that veld does not receive unchanged, and what veld receives instead.
 constexpr std::pair<const char*, const char*> changed[] = {
-    {"^", "\"^\" arrives as \"x14\": the tool prints \\x1b\\x14, of which veld drops \\x1b and the next \\."},
+    {"^", "\"^\" becomes \"x14\": the tool prints \\x1b\\x14, and veld removes \\x1b and the next \\."},
     {"\f",
-     "A form feed arrives as \"x0a\": the tool prints \\x1b\\x0a, of which veld drops \\x1b and the next "
-     "\\."},
-    {"|", "\"|\" arrives as \"?\": veld does not decode it."},
-    {"index", "The text contains \"index\", which veld takes for the beginning of the next message."},
+     "A form feed becomes \"x0a\": the tool prints \\x1b\\x0a, and veld removes \\x1b and the next \\."},
+    {"|", "\"|\" becomes \"?\", because veld does not decode this character."},
+    {"index", "The text contains \"index\": veld reads this word as the beginning of the next message."},
 };
 
 std::string header(const GsmEncoder::Options& options, unsigned count, unsigned number) {
   const unsigned reference = options.reference;
   const std::vector<unsigned> wide{6, 8, 4, reference >> 8, reference, count, number};
-  // Six octets of header leave one fill bit before the next septet. The tool prints it as \x00.
+  // A fill bit follows these six octets, because the text begins at a septet. The tool prints it as \x00.
   const std::vector<unsigned> narrow{5, 0, 3, reference, count, number, 0};
   std::string text;
   for (const unsigned octet : options.wideReference ? wide : narrow) text += escaped(octet);
@@ -89,9 +88,9 @@ std::vector<std::string> divide(const std::vector<Piece>& pieces, unsigned room,
   unsigned used = 0;
   std::size_t inPart = 0;
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    // Each wanted part that follows needs at least one character.
-    const bool isLastToSpare = inPart > 0 && pieces.size() - i + parts.size() <= wanted;
-    const bool isComplete = wanted > 1 && (inPart >= perPart || isLastToSpare);
+    // The remaining characters must give each remaining part at least one character.
+    const bool leavesTooFew = inPart > 0 && pieces.size() - i + parts.size() <= wanted;
+    const bool isComplete = wanted > 1 && (inPart >= perPart || leavesTooFew);
     if (used + pieces[i].septets > room || isComplete) {
       parts.emplace_back();
       used = 0;
@@ -104,7 +103,7 @@ std::vector<std::string> divide(const std::vector<Piece>& pieces, unsigned room,
   return parts;
 }
 
-// Appends the characters of `text` to `pieces`. Returns an empty string, or the problem of a character.
+// Appends the characters of `text` to `pieces`. Returns an empty string, or one line about the first error.
 std::string translate(const std::string& text, std::vector<Piece>& pieces) {
   static const Table table = makeTable();
   for (std::size_t at = 0; at < text.size();) {
@@ -128,7 +127,7 @@ std::string GsmEncoder::encode(const std::string& text, const Options& options) 
   std::vector<Piece> pieces;
   if (const std::string problem = translate(text, pieces); !problem.empty()) return problem;
   if (options.parts > 1 && options.parts > pieces.size())
-    return "A text of " + std::to_string(pieces.size()) + " characters cannot make " +
+    return "A text of " + std::to_string(pieces.size()) + " characters cannot fill " +
            std::to_string(options.parts) + " parts.";
   unsigned total = 0;
   for (const Piece& piece : pieces) total += piece.septets;
@@ -141,7 +140,7 @@ std::string GsmEncoder::encode(const std::string& text, const Options& options) 
     if (text.find(found) != std::string::npos) notes.emplace_back(note);
   if (!divided) return "";
   if (options.wideReference && std::any_of(parts.begin(), parts.end(), beginsWithFill))
-    notes.emplace_back("A part begins with \"@\", which veld takes for the fill octet of the header.");
+    notes.emplace_back("A part begins with \"@\": veld reads this character as a fill bit of the header.");
   for (unsigned number = 1; number <= count; ++number)
     parts[number - 1].insert(0, header(options, count, number));
   return "";

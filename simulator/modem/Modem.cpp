@@ -13,7 +13,7 @@
 namespace Simulator {
 namespace {
 
-// The telephone regulator of the United Kingdom reserves 07700 900000 to 900999 for fiction.
+// Nobody has this number: the United Kingdom reserves 07700 900000 to 900999 for fiction.
 constexpr char serviceCentre[] = "+447700900123";
 
 }  // namespace
@@ -35,13 +35,13 @@ void Modem::receiveRaw(const std::string& listing) {
   write("state", toLine(now));
   char name[16];
   std::snprintf(name, sizeof name, "%08u", number);
-  // Writes the file beside the boxes and then moves it, so that the tool never lists half a message.
+  // The file is complete before it is moved into the folder, so the tool never lists half a message.
   if (writeFile(path(name), listing)) std::filesystem::rename(path(name), path("unread/") + name);
 }
 
-std::vector<std::string> Modem::printed(const std::string& box) const {
+std::vector<std::string> Modem::printed(const std::string& state) const {
   std::vector<std::string> texts;
-  const std::string folder = path(box + "/");
+  const std::string folder = path(state + "/");
   for (const std::string& name : listFolder(folder)) texts.push_back(readFile(folder + name));
   return texts;
 }

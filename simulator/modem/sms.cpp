@@ -1,4 +1,4 @@
-// sms: the modem's command-line tool. It has the command lines that veld uses.
+// sms: simulates the modem's command-line tool. Accepts only the command lines that veld uses.
 #include <unistd.h>
 
 #include <csignal>
@@ -20,7 +20,7 @@ constexpr char usage[] =
     "sms: usage: sms list unread | sms list read | sms delete read | sms [--verbose] send -f FILE "
     "RECIPIENT\n";
 
-// Returns the operation: "unread", "read", "delete" or "send"; empty if the arguments name no operation.
+// Returns the operation: "unread", "read", "delete" or "send". Returns an empty string for wrong arguments.
 std::string operationOf(const std::vector<std::string>& words) {
   if (words == std::vector<std::string>{"list", "unread"}) return "unread";
   if (words == std::vector<std::string>{"list", "read"}) return "read";
@@ -49,7 +49,7 @@ int send(Modem& modem, const std::string& file, const std::string& recipient, bo
   return 0;
 }
 
-// Prints a box. If `hangs` is true, the tool hangs after half of the output.
+// Prints the unread or the read messages. If `hangs` is true, hangs after half of the output.
 void list(Modem& modem, const std::string& operation, bool hangs) {
   std::string listing;
   for (const std::string& message : modem.printed(operation)) listing += message;

@@ -51,11 +51,11 @@ Json::Value phonesPane(const Phones& phones) {
 
 Json::Value foldersPane() {
   Json::Value pane;
-  for (const char* box : MessageFolders::boxes) pane[box] = arrayOf(MessageFolders::records(box));
+  for (const char* name : MessageFolders::names) pane[name] = arrayOf(MessageFolders::records(name));
   return pane;
 }
 
-// The settings that decide who may send commands.
+// Returns the settings that decide who may send commands.
 Json::Value settingsPane(const Json::Value& all) {
   const Json::Value& commands = all["smsCommands"];
   if (!commands.isObject()) return Json::nullValue;
@@ -64,7 +64,7 @@ Json::Value settingsPane(const Json::Value& all) {
                  {"enabled", commands["enabled"]}});
 }
 
-// The log lines about a refused command, and their meanings.
+// For each log line about a refused command: a part of the line, and the reason that the page shows.
 constexpr std::pair<const char*, const char*> refusals[] = {
     {"phone number not in white list", "not on the whitelist"},
     {"password did not match", "wrong password"},
@@ -74,7 +74,7 @@ constexpr std::pair<const char*, const char*> refusals[] = {
 
 }  // namespace
 
-// The daemon logs each text that it checks as a command, and then the reason if it refuses the text.
+// Reads from the log why the daemon refused a command. The daemon first logs the text, and then the reason.
 void Panes::readLog(SyslogServer& syslog) {
   const std::string before = "SMS commands processing message [";
   const std::string between = "] from recipient [";

@@ -18,12 +18,12 @@ std::string readFile(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-  const std::string whileWritten = path + ".new";
-  std::ofstream file(whileWritten, std::ios::binary);
+  const std::string temporary = path + ".new";
+  std::ofstream file(temporary, std::ios::binary);
   file << content;
   file.close();
-  if (file && std::rename(whileWritten.c_str(), path.c_str()) == 0) return true;
-  std::remove(whileWritten.c_str());
+  if (file && std::rename(temporary.c_str(), path.c_str()) == 0) return true;
+  std::remove(temporary.c_str());
   return false;
 }
 
@@ -63,7 +63,7 @@ bool readJson(const std::string& text, Json::Value& value) {
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   try {
     return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);
-  } catch (const Json::Exception&) {  // nested too deeply
+  } catch (const Json::Exception&) {  // the text contains too many nested values
     return false;
   }
 }

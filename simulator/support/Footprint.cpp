@@ -7,7 +7,7 @@
 namespace Simulator {
 namespace {
 
-// Returns the number in a line such as "Rss:     8188 kB"; 0 if there is no such line.
+// Returns the number in the line with this name, such as "Rss:     8188 kB"; 0 if there is no such line.
 std::size_t kilobytes(const std::string& text, const std::string& name) {
   const std::size_t at = text.find(name + ":");
   return at == std::string::npos ? 0 : std::stoul(text.substr(at + name.size() + 1));

@@ -15,14 +15,14 @@ struct Footprint {
   std::size_t descriptors = 0;  ///< open file descriptors
   std::size_t children = 0;
 
-  /// Measures a process; all 0 if it does not exist.
+  /// Measures a process. If the process does not exist, each number is 0.
   static Footprint of(pid_t process);
 
-  /// Returns "8188 kB resident, 512 kB written, 5 descriptors, 0 children".
+  /// Returns a text such as "8188 kB resident, 512 kB written, 5 descriptors, 0 children".
   std::string text() const;
 };
 
-/// Returns the children that the first thread of a process started or inherited.
+/// Returns the children of the first thread of `process`. Adopted orphans are children, too.
 std::vector<pid_t> childrenOf(pid_t process);
 
 }  // namespace Simulator

@@ -4,11 +4,11 @@
 
 namespace Simulator {
 
-/// Sleeps for less than a millisecond, between two checks of a wait.
+/// Sleeps for less than a millisecond. A wait calls this function between two checks of its condition.
 void sleepAMoment();
 
-/// Waits up to `seconds` until `done` returns true. Returns whether it did. Calls `pause` between two checks;
-/// a caller that holds a lock can release it there.
+/// Waits up to `seconds` until `done` returns true. Returns false if `done` did not return true in this time.
+/// Calls `pause` between two checks. If the caller holds a lock, `pause` can release the lock for a moment.
 bool waitUntil(double seconds, const std::function<bool()>& done,
                const std::function<void()>& pause = sleepAMoment);
 

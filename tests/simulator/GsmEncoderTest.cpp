@@ -18,39 +18,39 @@ struct PrintRow {
   const char* name;
   const char* text;
   const char* printed;
-  const char* arrives;  // at the daemon; null: unchanged
+  const char* decoded;  // the text that the daemon decodes; null: `text`
 };
 const PrintRow printRows[] = {
     {"Letters", "Hello 42", "Hello 42", nullptr},
     {"Empty", "", "", nullptr},
     {"Quote", "say \"hi\"", "say \\\"hi\\\"", nullptr},
     {"LineFeeds", "a\nb\r", "a\\nb\\r", nullptr},
-    {"FirstCode", "@", "\\x00", nullptr},
-    {"CodeIsAnotherAsciiCharacter", "ä", "\\x7b", nullptr},
-    {"TabIsCapitalC", "Ç", "\\x09", nullptr},
-    {"ThreeBytes", "€", "\\x1be", nullptr},
+    {"CodeZero", "@", "\\x00", nullptr},
+    {"CodeOfAnotherAsciiCharacter", "ä", "\\x7b", nullptr},
+    {"CodeOfAControlCharacter", "Ç", "\\x09", nullptr},
+    {"Utf8CharacterOfThreeBytes", "€", "\\x1be", nullptr},
     {"Extensions", "{}\\[~]", "\\x1b(\\x1b)\\x1b/\\x1b<\\x1b=\\x1b>", nullptr},
     {"BackslashBeforeHex", "\\x41", "\\x1b/x41", nullptr},
     {"Caret", "^", "\\x1b\\x14", "x14"},
     {"FormFeed", "\f", "\\x1b\\x0a", "x0a"},
     {"Bar", "|", "\\x1b@", "?"},
 };
-TEST_ROWS(PrintedText, IsReadByTheDaemon, printRows) {
+TEST_ROWS(PrintedText, IsDecodedByTheDaemon, printRows) {
   GsmEncoder encoder;
   ASSERT_EQ(encoder.encode(GetParam().text, {}), "");
-  const bool changed = GetParam().arrives != nullptr;
+  const bool changed = GetParam().decoded != nullptr;
   EXPECT_EQ(encoder.parts, std::vector<std::string>{GetParam().printed});
-  EXPECT_EQ(decoded(encoder.parts[0]), changed ? GetParam().arrives : GetParam().text);
+  EXPECT_EQ(decoded(encoder.parts[0]), changed ? GetParam().decoded : GetParam().text);
   EXPECT_EQ(encoder.notes.empty(), !changed);
 }
 
-TEST(GsmEncoder, CarriesTheWholeAlphabet) {
+TEST(GsmEncoder, EncodesTheWholeAlphabet) {
   const std::string text =
       "@£$¥èéùìòÇ\nØø\rÅåΔ_ΦΓΛΩΠΨΣΘΞÆæßÉ !\"#¤%&'()*+,-./0123456789:;<=>?"
       "¡ABCDEFGHIJKLMNOPQRSTUVWXYZÄÖÑÜ§¿abcdefghijklmnopqrstuvwxyzäöñüà";
   GsmEncoder encoder;
   ASSERT_EQ(encoder.encode(text, {}), "");
-  ASSERT_EQ(encoder.parts.size(), 1U);  // 127 septets
+  ASSERT_EQ(encoder.parts.size(), 1U);  // the text has 127 septets
   EXPECT_EQ(decoded(encoder.parts[0]), text);
 }
 
@@ -59,19 +59,19 @@ struct SplitRow {
   std::string text;
   GsmEncoder::Options options;
   const char* lastHeader;
-  std::vector<std::size_t> lengths;  // of the decoded parts, in bytes
+  std::vector<std::size_t> lengths;  // the bytes in each decoded part
 };
 const SplitRow splitRows[] = {
-    {"Fits", times(160, "a"), {}, "", {160}},
-    {"OneTooMany", times(161, "a"), {}, R"(\x05\x00\x03\x01\x02\x02\x00)", {153, 8}},
-    {"ExtensionsCountTwice", times(81, "{"), {}, R"(\x05)", {76, 5}},
+    {"OneMessage", times(160, "a"), {}, "", {160}},
+    {"OneSeptetTooMany", times(161, "a"), {}, R"(\x05\x00\x03\x01\x02\x02\x00)", {153, 8}},
+    {"CharactersOfTwoSeptets", times(81, "{"), {}, R"(\x05)", {76, 5}},
     {"WideReference", times(161, "a"), {true, 0, 0x1234}, R"(\x06\x08\x04\x12\x34\x02\x02)", {152, 9}},
     {"ThreeParts", "abcde", {false, 3, 200}, R"(\x05\x00\x03\xc8\x03\x03\x00)", {2, 2, 1}},
-    {"OneLetterEach", "abcd", {false, 4, 1}, R"(\x05)", {1, 1, 1, 1}},
+    {"OneLetterInEachPart", "abcd", {false, 4, 1}, R"(\x05)", {1, 1, 1, 1}},
     {"MorePartsThanRequested", times(500, "a"), {false, 2, 1}, R"(\x05)", {153, 153, 153, 41}},
-    {"PartBeginsWithTheFillCode", "a@", {false, 2, 1}, R"(\x05)", {1, 1}},
+    {"PartBeginsWithTheCodeOfTheFillBit", "a@", {false, 2, 1}, R"(\x05)", {1, 1}},
 };
-TEST_ROWS(SplitText, IsReadByTheDaemon, splitRows) {
+TEST_ROWS(DividedText, IsDecodedByTheDaemon, splitRows) {
   GsmEncoder encoder;
   ASSERT_EQ(encoder.encode(GetParam().text, GetParam().options), "");
   EXPECT_EQ(encoder.parts.back().find(GetParam().lastHeader), 0U) << encoder.parts.back();
