@@ -7,7 +7,7 @@
 namespace Simulator {
 namespace {
 
-// Returns the character at `at`, or that of the escape sequence there. Moves `at` to the end of the sequence.
+// Returns the character at `at`. For an escape sequence, returns its meaning, and moves `at` to its end.
 char unescaped(const std::string& line, std::size_t& at) {
   const char next = at + 1 < line.size() ? line[at + 1] : '\0';
   if (line[at] != '\\' || (next != '"' && next != '\\' && next != 'n')) return line[at];
@@ -15,7 +15,7 @@ char unescaped(const std::string& line, std::size_t& at) {
   return next == 'n' ? '\n' : next;
 }
 
-// Appends a quoted text to `word`. Moves `at` from the opening quote to the closing one; false without that.
+// Appends a quoted text to `word`. Moves `at` to the closing quote; returns false if this quote is missing.
 bool readQuoted(const std::string& line, std::size_t& at, std::string& word) {
   const char quote = line[at];
   for (++at; at < line.size() && line[at] != quote; ++at)
@@ -30,7 +30,7 @@ std::vector<std::string> split(const std::string& text, char separator) {
   return pieces;
 }
 
-bool isAnyWord(const std::string& kind) {
+bool isPlaceholder(const std::string& kind) {
   return kind.find_first_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
 }
 
@@ -42,11 +42,11 @@ bool isList(const std::string& text) {
 
 bool isChoice(const std::string& text, const std::string& kind) {
   const std::vector<std::string> choices = split(kind, '|');
-  const auto fits = [&text](const std::string& choice) { return choice == text || isAnyWord(choice); };
+  const auto fits = [&text](const std::string& choice) { return choice == text || isPlaceholder(choice); };
   return std::any_of(choices.begin(), choices.end(), fits);
 }
 
-// Returns why `text` is not of this kind; empty if it is.
+// Returns why `text` is not of this kind; an empty string if it is.
 std::string problemOf(const std::string& text, const std::string& kind) {
   const std::string isNot = "\"" + text + "\" is not ";
   if (kind == "N") return readNumber(text) ? "" : isNot + "a whole number from 0 to 65535.";
@@ -55,50 +55,50 @@ std::string problemOf(const std::string& text, const std::string& kind) {
   return isChoice(text, kind) ? "" : isNot + kind + ".";
 }
 
-struct Shape {
-  std::vector<std::string> kinds;              // of the words
-  std::size_t least = 0;                       // the number of mandatory words
-  bool repeats = false;                        // all further words are of the last kind
-  bool takesAll = false;                       // words that look like options count as words
-  std::map<std::string, std::string> options;  // with the kinds of their values
+struct Form {
+  std::vector<std::string> kinds;              // the kinds of the words
+  std::size_t least = 0;                       // the number of words that are not optional
+  bool repeats = false;                        // true: more words of the last kind may follow
+  bool hasNoOptions = false;                   // true: --x is a word
+  std::map<std::string, std::string> options;  // the options and the kinds of their values
 };
 
-// Adds the option "[--x]", or "[--x" and the kind of its value, "N]", which is the next token.
-void addOption(Shape& shape, const std::string& token, std::istream& tokens) {
+// Adds an option. `token` is "[--x]", or "[--x" if the next token is the kind of the value, such as "N]".
+void addOption(Form& form, const std::string& token, std::istream& tokens) {
   std::string kind = "]";
   if (token.back() != ']') tokens >> kind;
   kind.pop_back();
-  shape.options[token.substr(1, token.find(']') - 1)] = kind;
+  form.options[token.substr(1, token.find(']') - 1)] = kind;
 }
 
-void addWord(Shape& shape, std::string token) {
+void addWord(Form& form, std::string token) {
   const bool optional = token.front() == '[';
   if (optional) token = token.substr(1, token.size() - 2);
-  shape.takesAll = token == "WORD...";
-  shape.repeats = token.size() > 3 && token.compare(token.size() - 3, 3, "...") == 0;
-  if (shape.repeats) token.resize(token.size() - 3);
-  shape.kinds.push_back(token);
-  if (!optional) shape.least = shape.kinds.size();
+  form.hasNoOptions = token == "WORD...";
+  form.repeats = token.size() > 3 && token.compare(token.size() - 3, 3, "...") == 0;
+  if (form.repeats) token.resize(token.size() - 3);
+  form.kinds.push_back(token);
+  if (!optional) form.least = form.kinds.size();
 }
 
-Shape parse(const std::string& text) {
-  Shape shape;
+Form parse(const std::string& text) {
+  Form form;
   std::istringstream tokens(text);
   for (std::string token; tokens >> token;) {
     if (token.compare(0, 3, "[--") == 0)
-      addOption(shape, token, tokens);
+      addOption(form, token, tokens);
     else
-      addWord(shape, token);
+      addWord(form, token);
   }
-  return shape;
+  return form;
 }
 
-// Reads the option at `at` and moves `at` to its value. Returns an empty string or the problem.
-std::string readOption(const Shape& shape, const std::vector<Word>& line, std::size_t& at,
+// Reads the option at `at`. Moves `at` to the value if there is one. Returns an empty string or the problem.
+std::string readOption(const Form& form, const std::vector<Word>& line, std::size_t& at,
                        std::map<std::string, std::string>& options) {
   const std::string& name = line[at].text;
-  const auto option = shape.options.find(name);
-  if (option == shape.options.end()) return "There is no option " + name + ".";
+  const auto option = form.options.find(name);
+  if (option == form.options.end()) return "There is no option " + name + ".";
   options[name] = "";
   const std::string& kind = option->second;
   if (kind.empty()) return "";
@@ -109,9 +109,9 @@ std::string readOption(const Shape& shape, const std::vector<Word>& line, std::s
 }
 
 // Appends the word to `words`. Returns an empty string or the problem.
-std::string readWord(const Shape& shape, const std::string& word, std::vector<std::string>& words) {
-  if (words.size() >= shape.kinds.size() && !shape.repeats) return "\"" + word + "\" is one word too many.";
-  const std::string problem = problemOf(word, shape.kinds[std::min(words.size(), shape.kinds.size() - 1)]);
+std::string readWord(const Form& form, const std::string& word, std::vector<std::string>& words) {
+  if (words.size() >= form.kinds.size() && !form.repeats) return "\"" + word + "\" is one word too many.";
+  const std::string problem = problemOf(word, form.kinds[std::min(words.size(), form.kinds.size() - 1)]);
   if (problem.empty()) words.push_back(word);
   return problem;
 }
@@ -146,32 +146,32 @@ std::optional<unsigned> readNumber(const std::string& text, unsigned least, unsi
   return number;
 }
 
-std::string Arguments::read(const std::string& shapes, const std::vector<Word>& line) {
+std::string Arguments::read(const std::string& syntax, const std::vector<Word>& line) {
   std::string problem;
-  std::size_t understood = 0;
-  for (std::size_t begin = 0; begin <= shapes.size();) {
-    const std::size_t end = std::min(shapes.find(", ", begin), shapes.size());
-    const std::string next = readShape(shapes.substr(begin, end - begin), line);
+  std::size_t mostWords = 0;
+  for (std::size_t begin = 0; begin <= syntax.size();) {
+    const std::size_t end = std::min(syntax.find(", ", begin), syntax.size());
+    const std::string next = readForm(syntax.substr(begin, end - begin), line);
     if (next.empty()) return "";
-    // Reports the problem of the shape that fits most of the words.
-    if (problem.empty() || words_.size() > understood) problem = next;
-    understood = std::max(understood, words_.size());
+    // If no form fits, reports the problem of the form that accepts the most words.
+    if (problem.empty() || words_.size() > mostWords) problem = next;
+    mostWords = std::max(mostWords, words_.size());
     begin = end + 2;
   }
   return problem;
 }
 
-std::string Arguments::readShape(const std::string& text, const std::vector<Word>& line) {
-  const Shape shape = parse(text);
+std::string Arguments::readForm(const std::string& text, const std::vector<Word>& line) {
+  const Form form = parse(text);
   words_.clear();
   options_.clear();
   for (std::size_t at = 1; at < line.size(); ++at) {
-    const bool isOption = !line[at].quoted && !shape.takesAll && line[at].text.compare(0, 2, "--") == 0;
+    const bool isOption = !line[at].quoted && !form.hasNoOptions && line[at].text.compare(0, 2, "--") == 0;
     const std::string problem =
-        isOption ? readOption(shape, line, at, options_) : readWord(shape, line[at].text, words_);
+        isOption ? readOption(form, line, at, options_) : readWord(form, line[at].text, words_);
     if (!problem.empty()) return problem;
   }
-  return words_.size() >= shape.least ? "" : shape.kinds[words_.size()] + " is missing.";
+  return words_.size() >= form.least ? "" : form.kinds[words_.size()] + " is missing.";
 }
 
 std::string Arguments::value(const std::string& option) const {

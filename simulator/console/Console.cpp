@@ -21,25 +21,25 @@ constexpr char plain[] = "\033[0m";
 constexpr char faint[] = "\033[2m";
 constexpr char refusedColour[] = "\033[33m";
 constexpr char welcome[] =
-    "A simulated cellular gateway. \"start\" starts the daemon, \"help\" lists the commands, the tab key "
-    "completes them.\n"
-    "Then try:  receive +4917012345 \"p secret #ping 8.8.8.8 3\"   then  pass  and  requests\n";
+    "A simulated cellular gateway. \"help\" lists the commands. The tab key completes a command.\n"
+    "Try  start,  receive +4917012345 \"p secret #ping 8.8.8.8 3\",  pass  and  requests,  in this order.\n";
 
-// By syslog level: 0 (emergency) to 7 (debug).
+// The colour of each syslog level, from 0 (emergency) to 7 (debug).
 constexpr const char* colours[] = {"\033[1;31m", "\033[1;31m", "\033[1;31m", "\033[31m",
                                    "\033[33m",   "\033[36m",   plain,        faint};
 
-// Global, because the line editor and the signal handler pass no arguments to the functions below.
+// Global, because the line editor and the signal handler pass none of these values to the functions below.
 Interpreter* interpreter = nullptr;
 std::vector<std::string> candidates;
 std::size_t nextAt = 0;
 
-// Returns the literal words of `arguments`, as in "received|sending"; placeholders are in capitals.
+// Returns the words of a syntax that are not in capitals, such as "received" and "sending".
 std::set<std::string> wordsOf(const std::string& arguments) {
   static const std::regex word("[a-z-][a-z0-9-]+");
   return {std::sregex_token_iterator(arguments.begin(), arguments.end(), word), {}};
 }
 
+// Returns the next candidate that begins with `begun`; null after the last. `state` is 0 in the first call.
 char* nextCandidate(const char* begun, int state) {
   if (state == 0) nextAt = 0;
   while (nextAt < candidates.size()) {
@@ -50,7 +50,7 @@ char* nextCandidate(const char* begun, int state) {
 }
 
 char** complete(const char* begun, int start, int) {
-  rl_attempted_completion_over = 1;
+  rl_attempted_completion_over = 1;  // do not complete file names
   std::string name;
   std::istringstream(std::string(rl_line_buffer, static_cast<std::size_t>(start))) >> name;
   candidates.clear();
@@ -64,7 +64,7 @@ char** complete(const char* begun, int start, int) {
   return rl_completion_matches(begun, nextCandidate);
 }
 
-// Prints the gateway's actions from number `nextEvent` on, and the log from line `nextLine` on.
+// Prints the results of API commands from number `nextEvent` on, and the log from line `nextLine` on.
 void printNews(std::size_t& nextEvent, std::size_t& nextLine) {
   const auto turn = interpreter->lock();
   Gateway& gateway = interpreter->gateway();
@@ -78,7 +78,7 @@ void printNews(std::size_t& nextEvent, std::size_t& nextLine) {
   std::cout.flush();
 }
 
-// Without SA_RESTART, Ctrl-C ends the reading of a line. With it, the system calls of a command continue.
+// Sets the handler of Ctrl-C. If `flags` is 0, Ctrl-C ends readline(). SA_RESTART protects system calls.
 void handleInterrupt(int flags) {
   struct sigaction action = {};
   action.sa_handler = [](int) { interpreter->gateway().daemon.interrupted = true; };
@@ -99,7 +99,7 @@ void setUpEditor(const std::string& history) {
   std::setlocale(LC_CTYPE, "");
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
   rl_readline_name = "gateway";
-  rl_catch_signals = 0;  // the editor's handler works once per line and changes the mode of the terminal
+  rl_catch_signals = 0;  // the editor's own handler works only once in a line and changes the terminal
   rl_attempted_completion_function = complete;
   using_history();
   stifle_history(1000);

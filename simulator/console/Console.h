@@ -4,8 +4,8 @@
 
 namespace Simulator {
 
-/// Runs the console at a terminal until "quit" or the end of the input: a line editor with history and
-/// completion, and the log in colours. Before each prompt the gateway carries out the commands of its API.
+/// Runs the console at a terminal until "quit" or the end of the input. Before each prompt, the gateway
+/// carries out the commands that its API accepted, and the console prints the new log lines in colours.
 void runConsole(Interpreter& commands);
 
 }  // namespace Simulator

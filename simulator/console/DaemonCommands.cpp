@@ -16,10 +16,10 @@ using Passed = DaemonProcess::Passed;
 constexpr unsigned awaitSeconds = 30;
 constexpr double forEver = 1e9;  // seconds
 constexpr unsigned passSeconds = 5;
-constexpr char applies[] = "; \"restart\" applies it.";
+constexpr char applies[] = "; \"restart\" applies the change.";
 
 Answer noSetting(const std::string& key) {
-  return wrong("There is no setting \"" + key + "\"; \"settings\" shows all.");
+  return wrong("There is no setting \"" + key + "\"; \"settings\" shows all settings.");
 }
 
 std::string ended(Gateway& gateway) {
@@ -31,12 +31,12 @@ Answer notRunning(Gateway& gateway) {
   return wrong(before + " \"start\" starts it.");
 }
 
-// Says why the command ends although `what` has not ended.
+// Returns the reason why a command ends before `what` has ended.
 Answer stillWaits(Gateway& gateway, const std::string& what) {
   if (gateway.daemon.interrupted) return wrong("Interrupted. " + what + " continues.");
   const std::string hang = gateway.hang();
   if (hang.empty()) return wrong(what + " takes very long.");
-  return wrong(what + " does not end: " + hang + "; \"repair\" ends that.");
+  return wrong(what + " does not end: " + hang + "; \"repair\" ends the hang.");
 }
 
 Answer start(Gateway& gateway, const Arguments& given) {
@@ -60,7 +60,7 @@ Answer stop(Gateway& gateway, const Arguments&) {
 }
 
 Answer restart(Gateway& gateway, const Arguments& given) {
-  // During a hang, SIGTERM would end the daemon only after the repair, too late for the start below.
+  // A daemon that hangs ends only after the repair. The start below would come too early.
   if (gateway.daemon.running() && !gateway.hang().empty()) return stillWaits(gateway, "The daemon's pass");
   const Answer stopped = gateway.daemon.running() ? stop(gateway, given) : Answer{};
   return stopped.good ? start(gateway, given) : stopped;
@@ -126,12 +126,12 @@ Answer date(Gateway& gateway, const Arguments& given) {
   return {true, "It is noon on " + day + "."};
 }
 
-// An event that "await" waits for.
+// An event for which "await" waits.
 struct Event {
   const char* name;
   bool (*happened)(Gateway& gateway);
   std::string (*text)(Gateway& gateway);
-  bool needsPasses = false;  // passes run meanwhile
+  bool needsPasses = false;  // true: passes run while "await" waits
   double seconds = awaitSeconds;
 };
 
@@ -161,7 +161,7 @@ Answer await(Gateway& gateway, const Arguments& given) {
     return false;
   };
   if (gateway.daemon.wait(event.seconds, happened)) return {true, event.text(gateway)};
-  return wrong(gateway.daemon.interrupted ? "Interrupted." : "That did not happen within 30 seconds.");
+  return wrong(gateway.daemon.interrupted ? "Interrupted." : "It did not happen within 30 seconds.");
 }
 
 Answer settings(Gateway& gateway, const Arguments& given) {
@@ -175,7 +175,7 @@ Answer settings(Gateway& gateway, const Arguments& given) {
   return {true, key + (remove ? " is removed" : " is " + toLine(value)) + applies};
 }
 
-// Switches the password or the whitelist off, or sets its `member`.
+// If the first word is "off", switches the password or the whitelist off. Otherwise sets its `member`.
 Answer setPermission(Gateway& gateway, const std::string& part, const std::string& member,
                      const Json::Value& value, const Arguments& given) {
   const std::string path = "smsCommands." + part + ".";
@@ -208,23 +208,23 @@ std::vector<Command> daemonCommands() {
   return {
       {"start", "[--no-wait]", "starts the daemon and waits for its first pass", start, true},
       {"stop", "", "sends the daemon SIGTERM and waits until it has ended", stop, true},
-      {"restart", "[--no-wait]", "stops the daemon and starts it with the settings as they are now", restart,
+      {"restart", "[--no-wait]", "stops the daemon and starts it again with the current settings", restart,
        true},
       {"kill", "[KILL|TERM|HUP|INT]", "sends the daemon a signal and does not wait", killDaemon},
-      {"pass", "[N], [--no-wait]", "runs N passes of the daemon now; the clock advances by 5 s for each",
+      {"pass", "[N], [--no-wait]", "runs N passes of the daemon now; each pass advances the clock by 5 s",
        pass, true},
-      {"wait", "TIME", "advances the clock by 30 (seconds), 5m or 1h, and runs the passes of that time", wait,
-       true},
-      {"date", "DAY", "sets the clock to noon of a day, such as 2045-06-15", date},
+      {"wait", "TIME", "advances the clock by TIME, such as 30s, 5m or 1h, and runs the passes of that time",
+       wait, true},
+      {"date", "DAY", "sets the clock to noon on DAY, such as 2045-06-15", date},
       {"await", "pass|tool|request|api|exit|program",
        "waits until a pass ends, the tool hangs, a request waits, the API's socket exists, the daemon ends,"
-       " or the program of --with ends; passes run while it waits for the last two",
+       " or the program of --with ends; passes run during \"await exit\" and \"await program\"",
        await, true},
       {"settings", "[KEY] [VALUE] [--remove]",
-       "shows the settings or changes one, as in smsCommands.pingEnabled false", settings},
-      {"password", "TEXT|off", "sets the password of commands", password},
-      {"whitelist", "off, NUMBER...", "sets the numbers that may send commands", whitelist},
-      {"timings", "INTERVALS", "sets the seconds between two attempts for a failed message, as in [30,60]",
+       "shows all settings, or changes a setting, as in smsCommands.pingEnabled false", settings},
+      {"password", "TEXT|off", "sets the password that a command needs; off: no password", password},
+      {"whitelist", "off, NUMBER...", "sets the numbers that may send commands; off: all numbers", whitelist},
+      {"timings", "INTERVALS", "sets the seconds between the attempts to send a message, as in [30,60]",
        timings},
   };
 }

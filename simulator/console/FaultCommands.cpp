@@ -5,9 +5,9 @@
 namespace Simulator {
 namespace {
 
-constexpr unsigned untilRepair = 9999;  // times
+constexpr unsigned untilRepair = 9999;  // the tool never runs this often
 
-// Returns the fault with this name; None if there is none.
+// Returns the fault with this name; None if there is no such fault.
 template <typename Fault, std::size_t count>
 Fault faultOf(const char* const (&names)[count], const std::string& name) {
   const auto place = std::find(std::begin(names), std::end(names), name) - std::begin(names);
@@ -39,7 +39,7 @@ Answer breakTool(Gateway& gateway, const Arguments& given) {
 
 Answer fill(Disk& disk, const std::string& name) {
   if (disk.fill()) return {true, name + " is full."};
-  return wrong("Cannot fill " + name + ": it is not a file system of private-gateway (proot makes none).");
+  return wrong("Cannot fill " + name + ": under proot, its size has no limit.");
 }
 
 Answer fault(Gateway& gateway, const Arguments& given) {
@@ -73,8 +73,9 @@ std::vector<Command> faultCommands() {
       {"fault",
        "api code N, api garbage|close|silent|gone|refused, tool gone, "
        "tool unread|read|delete|send fail|hang|kill|silent [TIMES], syslog gone, disk full, tmp full",
-       "sets a fault; a fault of the tool ends after TIMES runs, every other one by repair", fault},
-      {"repair", "[api|tool|syslog|disk|tmp|all]", "ends faults; all also ends the modem's refusals", repair},
+       "sets a fault until \"repair\"; a fault of the tool can also end by itself, after TIMES runs", fault},
+      {"repair", "[api|tool|syslog|disk|tmp|all]", "ends faults; \"all\" also ends the modem's refusals",
+       repair},
       {"faults", "", "shows the faults that are set", faults},
   };
 }

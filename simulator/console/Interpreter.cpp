@@ -5,19 +5,19 @@
 namespace Simulator {
 namespace {
 
-constexpr std::size_t sameLetters = 3;  // a wrong name that begins like a command is taken for that command
+constexpr std::size_t sameLetters = 3;  // a command with so many equal first letters is suggested
 constexpr std::size_t nameWidth = 14;
 constexpr double turnSeconds = 30;
 constexpr char helpEnd[] =
-    "\"help NAME\" shows how to write a command. The clock runs in the console and on the page. In a script "
-    "it\n"
-    "stands still: the daemon then runs a pass only in start, restart, pass, wait, await exit and await "
-    "program.";
+    "\"help NAME\" shows the syntax of a command. In the console and on the page, the clock runs.\n"
+    "In a script, the clock stands still, and passes run only in start, restart, pass, wait, await exit\n"
+    "and await program.";
 
 std::string usage(const Command& command) {
   return std::string(command.name) + (*command.arguments == '\0' ? "" : " ") + command.arguments;
 }
 
+// Returns true if `name` may be a misspelling of the command `meant`.
 bool isLike(const std::string& name, const std::string& meant) {
   return name.compare(0, sameLetters, meant.substr(0, sameLetters)) == 0 ||
          std::is_permutation(name.begin(), name.end(), meant.begin(), meant.end());
@@ -60,13 +60,13 @@ Answer Interpreter::unknown(const std::string& name) const {
   const std::string problem = "There is no command \"" + name + "\"; ";
   for (const Command& other : commands_)
     if (isLike(name, other.name)) return wrong(problem + "did you mean: " + usage(other));
-  return wrong(problem + "\"help\" lists them.");
+  return wrong(problem + "\"help\" lists all commands.");
 }
 
 Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   Arguments given;
   const std::string problem = given.read(command.arguments, line);
-  if (!problem.empty()) return wrong(problem + " Write it as: " + usage(command));
+  if (!problem.empty()) return wrong(problem + " Usage: " + usage(command));
   const auto turn = lock();
   if (command.waits)
     if (const Answer refusal = takeTurn(command); !refusal.good) return refusal;
@@ -76,7 +76,7 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   return answer;
 }
 
-// Waits until no other command waits. Refuses if the other command hangs or takes too long.
+// Waits until no other command waits for the daemon. Returns an error if the other command does not end.
 Answer Interpreter::takeTurn(const Command& command) {
   std::string hang;
   const auto decided = [&] {

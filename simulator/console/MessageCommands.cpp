@@ -15,7 +15,7 @@ bool contains(const std::vector<unsigned>& numbers, unsigned number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// The parts of a message that the network reorders, repeats, loses and holds back, by their numbers from 1.
+// What the network does with the parts of a message. Each list contains numbers of parts, counted from 1.
 struct Delivery {
   std::vector<unsigned> order, repeated, lost, held;
 
@@ -27,7 +27,7 @@ struct Delivery {
     return true;
   }
 
-  // Returns the parts in the order of arrival: those of `order`, then the others, then the repeated ones.
+  // Returns the parts in the order of arrival: those in `order`, all others, and again those in `repeated`.
   std::vector<unsigned> arrivals(std::size_t count) const {
     std::vector<unsigned> numbers = order;
     for (unsigned number = 1; number <= count; ++number)
@@ -116,7 +116,7 @@ std::vector<Command> messageCommands() {
        "NUMBER TEXT [--16-bit] [--parts N] [--reference N] [--order N,N] [--hold N,N] [--repeat N,N] "
        "[--lose N,N] [--times TIMES]",
        "the modem receives a message from NUMBER, TIMES times; the other options concern its parts", receive},
-      {"release", "", "the modem receives the parts that were held back", release},
+      {"release", "", "the modem receives the parts that --hold has held back", release},
       {"listing", "FILE|TEXT", "the modem lists a file, or a text with line feeds, unchanged", listing},
       {"queue", "NUMBER TEXT [--retries N]", "another program of the gateway queues a message to NUMBER",
        queue},

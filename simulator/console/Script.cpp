@@ -17,7 +17,7 @@ std::string trimmed(const std::string& text) {
   return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-// `text` ends without a line feed.
+// Returns the number of lines in `text`, which ends without a line feed.
 std::ptrdiff_t countLines(const std::string& text) {
   return text.empty() ? 0 : std::count(text.begin(), text.end(), '\n') + 1;
 }
@@ -31,7 +31,7 @@ struct Script::Check {
   bool (*holds)(Script& script, const std::string& wanted);
 };
 const Script::Check Script::checks[] = {
-    {"expect", "TEXT...", "in a script: the last output must contain TEXT, the whole rest of the line",
+    {"expect", "TEXT...", "in a script: the last output must contain TEXT, which is the rest of the line",
      [](Script& script, const std::string& text) { return script.outputHas(text); }},
     {"expect-not", "TEXT...", "in a script: the last output must not contain TEXT",
      [](Script& script, const std::string& text) { return !script.outputHas(text); }},
@@ -40,11 +40,11 @@ const Script::Check Script::checks[] = {
        return std::to_string(countLines(script.last_.text)) == count;
      }},
     {"expect-exit", "STATUS",
-     "in a script: the daemon must end within 10 s, with a status as \"0\", \"1\" or \"signal 9\"",
+     "in a script: the daemon must end within 10 s with STATUS, such as \"0\", \"1\" or \"signal 9\"",
      [](Script& script, const std::string& status) { return script.daemonEnds(status); }},
     {expectWrong, "TEXT...",
-     "in a script: the last command must have been refused, with an error that contains TEXT",
-     [](Script& script, const std::string& text) { return script.takeRefusal() && script.outputHas(text); }},
+     "in a script: the last command must have failed with an error that contains TEXT",
+     [](Script& script, const std::string& text) { return script.takeFailure() && script.outputHas(text); }},
 };
 
 std::vector<Command> checkCommands() {
@@ -93,8 +93,8 @@ bool Script::fail() const {
 
 bool Script::outputHas(const std::string& text) const { return last_.text.find(text) != std::string::npos; }
 
-// Returns whether the last command was refused, and lets the script continue after the refusal.
-bool Script::takeRefusal() { return !std::exchange(last_.good, true); }
+// Returns true if the last command failed. The script can then continue.
+bool Script::takeFailure() { return !std::exchange(last_.good, true); }
 
 bool Script::daemonEnds(const std::string& status) {
   const auto turn = interpreter_.lock();

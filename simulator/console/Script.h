@@ -7,16 +7,16 @@
 
 namespace Simulator {
 
-/// Runs commands and checks from a text, one per line. A line that begins with "#" is a comment. "help" lists
-/// the checks. Each of them, except expect-exit, examines the output of the last command.
+/// Runs commands and checks from a text. Each line is a command, a check, or a comment that begins with "#".
+/// The check expect-exit examines the daemon. The other checks examine the output of the last command.
 class Script {
  public:
-  /// Error messages call this script `name`. With `echo` each line is printed before its output.
+  /// `name` names the script in error messages. If `echo` is true, prints each line before its output.
   Script(Interpreter& interpreter, std::string name, bool echo);
 
-  /// Runs the lines. Stops at the first that fails, prints the reason and returns false. At the end, waits
-  /// for the program of --with and stops the daemon, which must end with status 0 or that of the last
-  /// expect-exit.
+  /// Runs the lines, waits for the program of --with, and stops the daemon. The daemon must then end with the
+  /// status of the last expect-exit, or with 0 if there was none. If a line fails, or the daemon ends with
+  /// another status, prints the reason and returns false at once.
   [[nodiscard]] bool run(std::istream& text);
 
  private:
@@ -26,7 +26,7 @@ class Script {
 
   void execute(const std::string& line);
   bool outputHas(const std::string& text) const;
-  bool takeRefusal();
+  bool takeFailure();
   bool daemonEnds(const std::string& status);
   bool stopDaemon();
   bool fail() const;
@@ -34,9 +34,9 @@ class Script {
   Interpreter& interpreter_;
   const std::string name_;
   const bool echo_;
-  unsigned read_ = 0;    ///< the number of lines read so far
-  unsigned number_ = 0;  ///< of line_, the last command or check
-  std::string line_;
+  unsigned read_ = 0;    ///< how many lines have been read
+  unsigned number_ = 0;  ///< the number of `line_`, counted from 1
+  std::string line_;     ///< the last command or check
   Answer last_;
   std::string expectedEnding_ = "0";
 };

@@ -11,21 +11,21 @@ namespace Simulator {
 namespace {
 
 constexpr char loopback[] = "127.0.0.1";
-constexpr std::chrono::milliseconds interval{100};  // between two checks for news
+constexpr std::chrono::milliseconds interval{100};  // the time between two checks for new data
 constexpr std::size_t largestCommand = 64 << 10;
 constexpr std::size_t linesAtOnce = 500;
 constexpr std::size_t threadCount = 24;
-constexpr unsigned mostFollowers = 16;  // open pages; each needs a thread
+constexpr unsigned mostFollowers = 16;  // the limit of open pages; each page needs a thread
 constexpr int forbidden = 403;
 
-// The page may load data only from this server, and no other page may embed it.
+// The page may load data only from this server. No other page may embed this page.
 const httplib::Headers defaultHeaders{
     {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
     {"X-Content-Type-Options", "nosniff"},
     {"Cache-Control", "no-store"}};
 
-// listen() reads the files only once, because a later open() sometimes fails under proot.
+// The files of the page. listen() reads each file once, because a later open() sometimes fails under proot.
 constexpr struct {
   const char *path, *file, *type;
 } site[] = {{"/", "/index.html", "text/html"},
@@ -33,7 +33,7 @@ constexpr struct {
             {"/style.css", "/style.css", "text/css"},
             {"/icon.svg", "/icon.svg", "image/svg+xml"}};
 
-// Unlike httplib's default, does not set SO_REUSEPORT, so that two gateways cannot share a port.
+// httplib's default would also set SO_REUSEPORT. Two gateways could then use the same port.
 void setSocketOptions(int socket) {
   const int yes = 1;
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -47,7 +47,7 @@ std::string event(const std::string& name, const std::string& line) {
 
 struct PageServer::Sent {
   std::map<std::string, std::string> panes;
-  std::size_t lines = 0;  // of the log
+  std::size_t lines = 0;  // the number of log lines
 };
 
 PageServer::PageServer(Interpreter& interpreter) : interpreter_(interpreter) {}
@@ -86,7 +86,7 @@ void PageServer::addHandlers() {
   server_.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
     if (isOwn(request)) return Handled::Unhandled;
     response.status = forbidden;
-    response.set_content("This gateway answers only its own page, at " + address() + "\n", "text/plain");
+    response.set_content("This gateway answers only requests of its page, " + address() + "\n", "text/plain");
     return Handled::Handled;
   });
   for (const auto& part : site) {
@@ -106,7 +106,7 @@ bool PageServer::isOwn(const httplib::Request& request) const {
   const std::string host = request.get_header_value("Host");
   const std::string port = ":" + std::to_string(port_);
   if (host != loopback + port && host != "localhost" + port && host != "[::1]" + port) return false;
-  // A browser sends "same-origin", or "none" if a person typed the address.
+  // A browser sends "same-origin" for a request of this page, and "none" for an address that a person types.
   const std::string site = request.get_header_value("Sec-Fetch-Site");
   if (!site.empty() && site != "same-origin" && site != "none") return false;
   const bool onlyReads = request.method == "GET" || request.method == "HEAD";
@@ -125,7 +125,7 @@ void PageServer::follow(httplib::Response& response) {
       [this](bool) { --followers_; });
 }
 
-// Sends the changes since the last call, or waits for an interval. False if the browser has gone.
+// Sends the changes since the last call. Waits if there are none. Returns false to end the connection.
 bool PageServer::sendNews(Sent& sent, httplib::DataSink& sink) {
   std::string news;
   Json::Value log(Json::arrayValue);

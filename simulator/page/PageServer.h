@@ -12,21 +12,21 @@
 
 namespace Simulator {
 
-/// Serves the gateway's page on 127.0.0.1: its files, the data of Panes and the log as server-sent events
-/// (GET /events), and commands (POST /command, answered by {"good", "text"}). A request for another host or
-/// from another web page gets status 403, so that no other page in the browser can use the gateway.
+/// Serves the gateway's page on 127.0.0.1. GET /events sends the data of Panes and the log as server-sent
+/// events. POST /command runs a command; the answer is {"good", "text"}. A request from another web page, or
+/// with another host name, gets status 403, so that no other page in the browser can control the gateway.
 class PageServer {
  public:
   explicit PageServer(Interpreter& interpreter);
   ~PageServer();
 
-  /// Listens on `port`; 0 takes any free port. False if the port is in use.
+  /// Listens on `port`; 0 chooses a free port. Returns false if the port is in use.
   [[nodiscard]] bool listen(int port);
   /// Returns "http://127.0.0.1:PORT/".
   std::string address() const;
 
  private:
-  struct Sent;  ///< the data that one browser has received
+  struct Sent;  ///< the data that the server has sent to one browser
   void addHandlers();
   bool isOwn(const httplib::Request& request) const;
   void follow(httplib::Response& response);

@@ -12,7 +12,7 @@ std::vector<Word> wordsOf(const std::string& line) {
   return splitLine(line, words) ? words : std::vector<Word>{{"a quote is left open", false}};
 }
 
-// Expected: unquoted words in angle brackets, quoted words in square brackets.
+// Expected: the words, in <> if they are unquoted and in [] if they are quoted.
 const Row<const char*, std::string> lineRows[] = {
     {"Plain", "queue +49 text", "<queue><+49><text>"},
     {"Blanks", " \tqueue  +49\t text ", "<queue><+49><text>"},
@@ -41,37 +41,37 @@ TEST(Arguments, SeparatesOptionsFromWords) {
   EXPECT_EQ(given.numbers("--order"), (std::vector<unsigned>{2, 1}));
 }
 
-struct ShapeRow {
+struct SyntaxRow {
   const char* name;
-  const char* shapes;
+  const char* syntax;
   const char* line;
-  const char* problem;  // empty for none
+  const char* problem;  // empty: the line fits
 };
-const ShapeRow shapeRows[] = {
-    {"Nothing", "", "x", ""},
-    {"OneTooMany", "", "x a", "\"a\" is one word too many."},
+const SyntaxRow syntaxRows[] = {
+    {"NoWord", "", "x", ""},
+    {"OneWordTooMany", "", "x a", "\"a\" is one word too many."},
     {"OptionalWordIsMissing", "NUMBER [TEXT]", "x 1", ""},
-    {"AnyNumberOfWords", "NUMBER...", "x 1 2 3", ""},
-    {"FirstOfManyIsMissing", "NUMBER...", "x", "NUMBER is missing."},
+    {"RepeatedWord", "NUMBER...", "x 1 2 3", ""},
+    {"RepeatedWordIsMissing", "NUMBER...", "x", "NUMBER is missing."},
     {"Choice", "api|tool", "x tool", ""},
-    {"NotAChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
-    {"ChoiceOrAny", "TEXT|off", "x on", ""},
+    {"WordOutsideTheChoice", "api|tool", "x tol", "\"tol\" is not api|tool."},
+    {"AnyWordInAChoice", "TEXT|off", "x on", ""},
     {"Number", "N", "x 65535", ""},
-    {"TooLarge", "N", "x 65536", "\"65536\" is not a whole number from 0 to 65535."},
-    {"Negative", "N", "x -1", "\"-1\" is not a whole number from 0 to 65535."},
-    {"NumberAndMore", "N", "x 1a", "\"1a\" is not a whole number from 0 to 65535."},
+    {"NumberTooLarge", "N", "x 65536", "\"65536\" is not a whole number from 0 to 65535."},
+    {"NegativeNumber", "N", "x -1", "\"-1\" is not a whole number from 0 to 65535."},
+    {"NumberWithALetter", "N", "x 1a", "\"1a\" is not a whole number from 0 to 65535."},
     {"EmptyNumber", "N", "x \"\"", "\"\" is not a whole number from 0 to 65535."},
     {"UnknownOption", "[--parts N]", "x --part 2", "There is no option --part."},
-    {"NoValue", "[--parts N]", "x --parts", "--parts needs N."},
+    {"MissingValue", "[--parts N]", "x --parts", "--parts needs N."},
     {"WrongValue", "[--parts N]", "x --parts two", "--parts: \"two\" is not a whole number from 0 to 65535."},
     {"WrongList", "[--order N,N]", "x --order 2,b",
      "--order: \"2,b\" is not a list of whole numbers such as 2,1."},
-    {"SecondShape", "api N, disk full", "x disk full", ""},
-    {"ErrorOfTheNearestShape", "api N, api slow N, disk full", "x api slow", "N is missing."},
+    {"SecondForm", "api N, disk full", "x disk full", ""},
+    {"ProblemOfTheNearestForm", "api N, api slow N, disk full", "x api slow", "N is missing."},
 };
-TEST_ROWS(Shapes, AreEnforced, shapeRows) {
+TEST_ROWS(Syntax, IsChecked, syntaxRows) {
   Arguments given;
-  EXPECT_EQ(given.read(GetParam().shapes, wordsOf(GetParam().line)), GetParam().problem);
+  EXPECT_EQ(given.read(GetParam().syntax, wordsOf(GetParam().line)), GetParam().problem);
 }
 
 }  // namespace

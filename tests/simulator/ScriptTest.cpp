@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Collects the output of a stream during its lifetime.
+/// Collects the output of a stream while the object exists.
 class Printed {
  public:
   explicit Printed(std::ostream& stream) : stream_(stream), before_(stream.rdbuf(text_.rdbuf())) {}
@@ -22,8 +22,8 @@ class Printed {
 
 const std::string build = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
 
-/// A gateway that runs one script.
-struct World {
+/// A simulated gateway that runs a script. Its clock stands still between passes.
+struct ScriptedGateway {
   Simulator::Gateway gateway{{build + "/daemon/veld", build + "/simulator", true}};
   Simulator::Interpreter interpreter{gateway};
 
@@ -36,8 +36,8 @@ struct World {
 const Row<const char*, const char*> failingRows[] = {
     {"UnknownCommand", "\nrecieve x y\nstatus", "script:2: recieve x y"},
     {"UnknownCommandInTheLastLine", "recieve x y", "did you mean: receive NUMBER TEXT"},
-    {"UnknownCommandWithoutSuggestion", "xyz", "\"help\" lists them"},
-    {"MissingWord", "queue 1", "TEXT is missing. Write it as: queue NUMBER TEXT [--retries N]"},
+    {"UnknownCommandWithoutSuggestion", "xyz", "\"help\" lists all commands"},
+    {"MissingWord", "queue 1", "TEXT is missing. Usage: queue NUMBER TEXT [--retries N]"},
     {"NotANumber", "fault tool send fail 0", "is not a whole number from 1"},
     {"NotADay", "date 2026-02-30", "\"2026-02-30\" is not a day"},
     {"NotATime", "wait 5x", "\"5x\" is not a time"},
@@ -49,35 +49,35 @@ const Row<const char*, const char*> failingRows[] = {
     {"OpenQuote", "queue 1 \"2", "A quote is not closed"},
     {"PartThatDoesNotExist", "receive 1 2 --hold 2", "The message has 1 part;"},
     {"NotRunning", "pass", "The daemon is not running. \"start\" starts it"},
-    {"Killed", "start\nkill\nawait exit\npass", "ended with status signal 9. \"start\" starts it"},
+    {"AfterAKill", "start\nkill\nawait exit\npass", "ended with status signal 9. \"start\" starts it"},
     {"HangingTool", "start\nfault tool read hang\npass",
-     "Pass 1 does not end: the tool hangs in \"read\"; \"repair\" ends that."},
+     "Pass 1 does not end: the tool hangs in \"read\"; \"repair\" ends the hang."},
     {"StopDuringAHang", "start\nfault tool read hang\npass --no-wait\nawait tool\nstop",
-     "last pass does not end: the tool hangs in \"read\"; \"repair\" ends that. \"kill\" kills the daemon."},
+     "pass does not end: the tool hangs in \"read\"; \"repair\" ends the hang. \"kill\" kills the daemon."},
     {"SilentApi", "fault api silent\nstart", "The first pass does not end: the API does not answer;"},
     {"Expect", "refuse 1\nfaults\nexpect refused: 2", "script:3: expect refused: 2\n  got: refused: 1"},
     {"ExpectNot", "refuse 1\nfaults\nexpect-not refused", "expect-not refused\n  got: refused: 1"},
     {"ExpectCount", "refuse 1\nfaults\nexpect-count 2", "expect-count 2\n  got: refused: 1"},
     {"ExpectExit", "settings sentLimit --remove\nstart\nexpect-exit 0", "got: status 1"},
     {"ExpectWrong", "faults\nexpect-wrong works", "expect-wrong works\n  got: "},
-    {"ExpectAnotherRefusal", "bad\nexpect-wrong x", "expect-wrong x\n  got: "},
-    {"ExpectNothing", "faults\nexpect", "script:2: expect\n  got: "},
-    {"UnexpectedEnding", "start\nkill\nexpect-exit 0", "got: status signal 9"},
-    {"EndingWithoutACheck", "start\nkill\nawait exit",
+    {"ExpectWrongWithAnotherError", "bad\nexpect-wrong x", "expect-wrong x\n  got: "},
+    {"ExpectWithoutAText", "faults\nexpect", "script:2: expect\n  got: "},
+    {"ExpectExitWithAnotherStatus", "start\nkill\nexpect-exit 0", "got: status signal 9"},
+    {"KilledWithoutACheck", "start\nkill\nawait exit",
      "the end: the daemon must end with status 0\n  got: status signal 9"},
 };
 TEST_ROWS(FailingScript, PrintsTheReason, failingRows) {
-  World world;
+  ScriptedGateway gateway;
   const Printed output(std::cout);
   const Printed errors(std::cerr);
-  EXPECT_FALSE(world.run(GetParam().given));
+  EXPECT_FALSE(gateway.run(GetParam().given));
   EXPECT_NE(errors.text().find(GetParam().expected), std::string::npos) << errors.text();
 }
 
-TEST(Script, EchoesItsLines) {
-  World world;
+TEST(Script, PrintsItsLinesWithEcho) {
+  ScriptedGateway gateway;
   const Printed output(std::cout);
-  EXPECT_TRUE(world.run("refuse 1\n# a comment\nfaults\nbad\nexpect-wrong no command \"bad\"\n", true));
+  EXPECT_TRUE(gateway.run("refuse 1\n# a comment\nfaults\nbad\nexpect-wrong no command \"bad\"\n", true));
   EXPECT_EQ(output.text(),
             "> refuse 1\nThe modem refuses 1.\n\n# a comment\n> faults\nrefused: 1\n> bad\n"
             "> expect-wrong no command \"bad\"\n");
@@ -88,17 +88,17 @@ const Row<const char*, const char*> answerRows[] = {
     {"ManyMessages", "receive 1 a --times 90", "The modem has 90 messages from 1."},
     {"Parts", "receive 1 abc --parts 3", "The modem has 1 message from 1, in 3 parts."},
     {"ManyInParts", "receive 1 abc --parts 3 --times 2", "The modem has 2 messages from 1, in 3 parts each."},
-    {"Held", "receive 1 ab --parts 2 --hold 2",
+    {"OnePartHeldBack", "receive 1 ab --parts 2 --hold 2",
      "The modem has 1 message from 1, in 2 parts, 1 part held back until \"release\"."},
-    {"Lost", "receive 1 abc --parts 3 --lose 1,2",
+    {"TwoPartsLost", "receive 1 abc --parts 3 --lose 1,2",
      "The modem has 1 message from 1, in 3 parts, 2 parts lost."},
-    {"Repeated", "receive 1 ab --parts 2 --repeat 1",
+    {"OnePartRepeated", "receive 1 ab --parts 2 --repeat 1",
      "The modem has 1 message from 1, in 2 parts, 1 part repeated."},
     {"HelpForACheck", "help expect-count", "expect-count N\nin a script: the last output must have N lines"},
 };
 TEST_ROWS(ConsoleLine, IsAnswered, answerRows) {
-  World world;
-  EXPECT_EQ(world.interpreter.execute(GetParam().given).text, GetParam().expected);
+  ScriptedGateway gateway;
+  EXPECT_EQ(gateway.interpreter.execute(GetParam().given).text, GetParam().expected);
 }
 
 }  // namespace

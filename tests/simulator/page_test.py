@@ -18,7 +18,7 @@ PERMITTED = "+4917012345"
 CHROMIUM = ("headless=new no-sandbox disable-gpu disable-quic no-first-run disable-background-networking "
             "disable-component-update disable-sync disable-dev-shm-usage window-size=1280,900").split()
 
-# The least contrast (as WCAG defines it) between the border of a control and its background.
+# Returns the lowest contrast (as WCAG defines it) between the border of a control and the background around the control.
 LEAST_CONTRAST = """
 const light = (colour) => colour.match(/[\\d.]+/g).slice(0, 3).map((part) => part / 255)
   .map((part) => part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4)
@@ -46,7 +46,7 @@ class PageTest(unittest.TestCase):
         cls.gateway = subprocess.Popen([GATEWAY, "--page", "0"], stdin=subprocess.DEVNULL,
                                        stdout=subprocess.PIPE, text=True)
         cls.address = re.search(r"http://\S+/", cls.gateway.stdout.readline()).group()
-        # The browser needs more room than a gateway's /tmp has.
+        # The browser needs more space than the small /tmp of a private gateway.
         cls.profile = tempfile.TemporaryDirectory(dir=os.getcwd(), ignore_cleanup_errors=True)
         os.environ["TMPDIR"] = cls.profile.name
         cls.page = browser(cls.profile.name)
@@ -74,14 +74,14 @@ class PageTest(unittest.TestCase):
         return len(self.page.find_elements(By.CSS_SELECTOR, selector))
 
     def see(self, selector, text):
-        """Waits until an element of the selector shows the text."""
+        """Waits until an element that the selector matches shows the text."""
         def shown(page):
             return page.execute_script("return [...document.querySelectorAll(arguments[0])].some("
                                        "one => one.textContent.includes(arguments[1]))", selector, text)
         WebDriverWait(self.page, 20).until(shown, f'no {selector} shows "{text}"')
 
     def click(self, label, selector="body", text=""):
-        """Clicks the button, and waits until an element of the selector shows the text."""
+        """Clicks the button with this label, and waits as see() does."""
         self.page.find_element(By.XPATH, f'//button[normalize-space()="{label}"]').click()
         self.see(selector, text)
 
@@ -127,7 +127,7 @@ class PageTest(unittest.TestCase):
 
     def test_a_refused_message_is_retried_and_sent(self):
         self.click("Modem refuses this number", "#faults", "refused: +4917022222")
-        self.click("Queue it", "#said", "Queued as")
+        self.click("Queue message", "#said", "Queued as")
         self.run_pass()
         self.see("#messages .card:has(.failed)", "3 retries left")
         self.click("Wait 30 s", "#messages .card:has(.failed)", "2 retries left")
@@ -136,7 +136,7 @@ class PageTest(unittest.TestCase):
         self.see("#log .ERROR", "Error to send SMS.")
         self.see("#sender", "+4917022222")
 
-    def test_a_refused_command_says_why(self):
+    def test_the_page_shows_why_a_command_is_refused(self):
         for text, why in (("p wrong #wan", "wrong password"), ("p secret #wam", "no such command")):
             self.write(text)
             self.run_pass()
@@ -145,7 +145,7 @@ class PageTest(unittest.TestCase):
     def test_a_hang_is_shown_and_ended(self):
         self.click("Tool hangs", "#faults", "unread: hang")
         self.click("Run a pass", "#daemon", 'the tool hangs in "unread" for ')
-        self.see("#said.wrong", 'Pass 1 does not end: the tool hangs in "unread"; "repair" ends that.')
+        self.see("#said.wrong", 'Pass 1 does not end: the tool hangs in "unread"; "repair" ends the hang.')
         self.click("Restart", "#said.wrong", "The daemon's pass does not end: the tool hangs in")
         self.click("Repair everything", "#daemon", "veld runs")
         self.run_pass()
@@ -175,13 +175,13 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.page.title, "veld on a simulated gateway")
         self.assertEqual(self.page.find_elements(By.CSS_SELECTOR, "img, main script"), [])
 
-    def test_a_text_of_blanks_is_shown_as_their_count(self):
+    def test_a_text_of_blanks_is_shown_as_the_number_of_blanks(self):
         self.write("   ")
         self.see("#conversation .written", "(3 blanks)")
         self.run_pass()
         self.see("#messages .card:has(.received)", "(3 blanks)")
 
-    def test_a_message_from_another_number(self):
+    def test_a_person_can_send_from_another_number(self):
         for number in ("+4917055555", "+4917066666"):
             Select(self.one("#sender")).select_by_visible_text("another number …")
             self.one("#another-number").send_keys(number, Keys.ENTER)
@@ -189,7 +189,7 @@ class PageTest(unittest.TestCase):
             self.write("from another")
             self.see("#conversation .written", "from another")
 
-    def test_a_text_like_a_command_line_stays_a_text(self):
+    def test_a_text_that_looks_like_an_option_stays_a_text(self):
         for text in ('quotes " and \\ and \\n', "one' --retries", "--16-bit"):
             with self.subTest(text):
                 self.write(text)
@@ -241,21 +241,21 @@ class PageTest(unittest.TestCase):
         host = self.address.split("/")[2]
         port = host.split(":")[1]
         rows = [  # name, method, Host, Origin, status
-            ("the page", "GET", host, None, 200),
-            ("by name", "GET", f"localhost:{port}", None, 200),
-            ("IPv6", "GET", f"[::1]:{port}", None, 200),
-            ("another host", "GET", f"example.org:{port}", None, 403),
-            ("another port", "GET", "127.0.0.1:1", None, 403),
-            ("no host", "GET", "", None, 403),
-            ("a command", "POST", host, f"http://{host}", 200),
-            ("by name, a command", "POST", f"localhost:{port}", f"http://localhost:{port}", 200),
-            ("another page's command", "POST", host, "http://example.org", 403),
-            ("a file's command", "POST", host, "null", 403),
+            ("the page at 127.0.0.1", "GET", host, None, 200),
+            ("the page at localhost", "GET", f"localhost:{port}", None, 200),
+            ("the page at [::1]", "GET", f"[::1]:{port}", None, 200),
+            ("the page at another host", "GET", f"example.org:{port}", None, 403),
+            ("the page at another port", "GET", "127.0.0.1:1", None, 403),
+            ("the page without a host", "GET", "", None, 403),
+            ("a command from 127.0.0.1", "POST", host, f"http://{host}", 200),
+            ("a command from localhost", "POST", f"localhost:{port}", f"http://localhost:{port}", 200),
+            ("a command from another site", "POST", host, "http://example.org", 403),
+            ("a command from a page in a file", "POST", host, "null", 403),
             ("a command without an origin", "POST", host, None, 403),
-            ("a rebound host name", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
-            ("another site's page reads", "GET", host, None, 403, "cross-site"),
-            ("its own page reads", "GET", host, None, 200, "same-origin"),
-            ("an address that a person types", "GET", host, None, 200, "none"),
+            ("a command at a rebound host name", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
+            ("another site reads the page", "GET", host, None, 403, "cross-site"),
+            ("the page reads its own data", "GET", host, None, 200, "same-origin"),
+            ("a person types the address", "GET", host, None, 200, "none"),
         ]
         for name, method, named, origin, status, *site in rows:
             with self.subTest(name):

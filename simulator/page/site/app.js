@@ -1,8 +1,8 @@
-// Shows the gateway's server-sent events and runs its commands. The page shows all data by textContent, so
-// markup in a text stays text.
+// Shows the data that the gateway sends as server-sent events, and runs commands. All data becomes textContent, so
+// the browser shows the markup in a message as text.
 "use strict";
 
-const STRANGER = "+4917099999";
+const OTHER_NUMBER = "+4917099999";  // the settings do not permit this number
 const EXAMPLES = {
   "ping": (password) => password + "#ping 8.8.8.8 3",
   "reboot": (password) => password + "#reboot",
@@ -24,7 +24,7 @@ function element(name, properties = {}, ...children) {
 const tag = (text, kind = "") => element("span", { className: "tag " + kind, textContent: text });
 const readable = (text) => (/^\s+$/.test(text) ? `(${text.length} blanks)` : text || "(no text)");
 
-// Replaces the cards of a list by an array of [key, content...]. Keeps open details and the focus.
+// Replaces the cards of a list by `cards`, each [key, content...]. Open details stay open; the focus stays on its card.
 function fill(list, cards, empty) {
   const known = new Set([...list.children].map((card) => card.dataset.key));
   const open = new Set([...list.querySelectorAll("[open]")].map((one) => one.parentElement.dataset.key));
@@ -48,11 +48,11 @@ const mayCommand = (number) => !data.settings.whitelist?.enabled
 const password = () => (data.settings.password?.enabled ? `p ${data.settings.password.text} ` : "");
 
 function showPhone() {
-  if (!data.settings) return;  // the settings arrive last
+  if (!data.settings) return;  // the first settings arrive after the first texts
   const permitted = (data.settings.whitelist?.numbers || []).map(String);
-  const numbers = [...new Set([...permitted, STRANGER, ...data.phones.map((text) => text.number), ...added])];
+  const numbers = [...new Set([...permitted, OTHER_NUMBER, ...data.phones.map((text) => text.number), ...added])];
   sender ??= numbers[0];
-  const labels = numbers.map((number) => number + (mayCommand(number) ? " (permitted)" : " (a stranger)"));
+  const labels = numbers.map((number) => number + (mayCommand(number) ? " (permitted)" : " (not permitted)"));
   if (at("sender").dataset.labels !== labels.join()) {
     at("sender").dataset.labels = labels.join();
     at("sender").replaceChildren(...labels.map((label, i) => new Option(label, numbers[i])), new Option("another number …", ""));
@@ -63,7 +63,7 @@ function showPhone() {
 }
 function hint() {
   if (!data.settings.enabled) return "Commands are switched off.";
-  return mayCommand(sender) ? `A command: ${password()}#keyword …` : "veld files its commands and does not execute them.";
+  return mayCommand(sender) ? `A command: ${password()}#keyword …` : "veld does not execute commands from this number.";
 }
 function showConversation() {
   const list = at("conversation");
@@ -115,7 +115,7 @@ function showMessages() {
   fill(at("messages"), [...waiting.map(modemCard).reverse(), ...filed.sort(([one], [other]) => (one < other ? 1 : -1))], "No messages.");
 }
 function problemOf({ answered, code }) {
-  if (!answered) return "waits";
+  if (!answered) return "waits for an answer";
   if (code === 0) return "no answer";
   return code === 200 ? "" : "answered " + code;
 }
@@ -179,7 +179,7 @@ function say(text, good) {
   at("said").textContent = text;
   at("said").className = good ? "" : "wrong";
 }
-// Runs a command line. Shows the answer in the bar and in the log.
+// Runs a command line and shows the answer in the bar and in the log. Returns true if the command succeeded.
 async function run(line) {
   say(line + " …", true);
   log("typed", "> " + line);
@@ -187,7 +187,7 @@ async function run(line) {
   try {
     const response = await fetch("/command", { method: "POST", body: line });
     answer = response.ok ? await response.json() : { good: false, text: await response.text() };
-  } catch { /* keeps the answer from above */ }
+  } catch { /* `answer` keeps its first value */ }
   say(answer.text.includes("\n") ? "The log shows the answer." : answer.text, answer.good);
   log(answer.good ? "" : "wrong", answer.text);
   return answer.good;
