@@ -21,8 +21,8 @@ constexpr unsigned pagePort = 8400;
 constexpr char usage[] =
     "usage: scripts/gateway [--script FILE] [--echo] [OPTION...]\n"
     "       scripts/gateway --page [PORT] [OPTION...]\n"
-    "Runs veld in a simulated gateway, and a script of commands from FILE or standard input. Without FILE,\n"
-    "and if standard input is a terminal, opens a console for commands. \"help\" lists all commands.\n"
+    "Runs veld in a simulated gateway, and executes a script from FILE or standard input. Without FILE, if\n"
+    "standard input is a terminal, opens a console instead. The command \"help\" lists all commands.\n"
     "  --echo          prints each line of the script before its output\n"
     "  --page [PORT]   starts the daemon and serves a page on 127.0.0.1, port 8400 (0: any free port).\n"
     "                  At a terminal, also opens the console. Otherwise runs until SIGINT or SIGTERM.\n"

@@ -6,12 +6,12 @@
 namespace Simulator {
 
 /// Shared memory of the simulated gateway and the clock library in the daemon: both map the same file. To
-/// wake a sleep, the simulated gateway also writes to a FIFO. Times are in seconds.
+/// end a sleep, the simulated gateway also writes to a FIFO. Times are in seconds.
 struct ClockControl {
   static constexpr char file[] = "/run/gateway/clock";
   static constexpr char wakeFifo[] = "/run/gateway/wake";
 
-  std::atomic<std::int64_t> skipped;    ///< added to both clocks: the sum of all skipped times
+  std::atomic<std::int64_t> skipped;    ///< added to both clocks: the time that was skipped so far
   std::atomic<std::int64_t> wall;       ///< if `hold` is 1: the wall clock before `skipped` is added
   std::atomic<std::int64_t> monotonic;  ///< if `hold` is 1: the monotonic clock before `skipped` is added
   /// 1: a sleep lasts until `granted` or a signal ends it, and the clocks advance only by `skipped`.

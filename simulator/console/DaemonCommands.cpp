@@ -175,7 +175,7 @@ Answer settings(Gateway& gateway, const Arguments& given) {
   return {true, key + (remove ? " is removed" : " is " + toLine(value)) + applies};
 }
 
-// If the first word is "off", switches the password or the whitelist off. Otherwise sets its `member`.
+// If the first word is "off", switches `part` off: the password or the whitelist. Otherwise sets `member`.
 Answer setPermission(Gateway& gateway, const std::string& part, const std::string& member,
                      const Json::Value& value, const Arguments& given) {
   const std::string path = "smsCommands." + part + ".";

@@ -68,8 +68,8 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   const std::string problem = given.read(command.arguments, line);
   if (!problem.empty()) return wrong(problem + " Usage: " + usage(command));
   const auto turn = lock();
-  if (command.waits)
-    if (const Answer refusal = takeTurn(command); !refusal.good) return refusal;
+  const Answer refusal = command.waits ? takeTurn(command) : Answer{};
+  if (!refusal.good) return refusal;
   Answer answer = command.run(gateway_, given);
   if (command.waits) waiting_.clear();
   while (!answer.text.empty() && answer.text.back() == '\n') answer.text.pop_back();

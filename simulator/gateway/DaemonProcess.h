@@ -20,10 +20,10 @@ class DaemonProcess {
     std::string clockLibrary;  ///< preloaded into the daemon
     std::string toolFolder;    ///< the first folder in the daemon's PATH
   };
-  /// The result of a wait for a pass. Yes: it has ended. Ended: the daemon has ended. NotYet: the pass runs.
+  /// The result of a wait for a pass. Yes: the pass ended. Ended: the daemon ended. NotYet: the pass runs.
   enum class Passed { Yes, Ended, NotYet };
 
-  /// `hangs` returns true while a fault makes the daemon hang. A call then does not wait for the pass.
+  /// `hangs` returns true while a fault makes the daemon hang. Each wait for a pass then ends at once.
   DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs);
 
   /// Starts the daemon and waits until it has detached. Returns an empty string, or one line about the error.

@@ -9,7 +9,7 @@ class Disk {
  public:
   explicit Disk(std::string folder) : filler_(folder + "/filler"), folder_(std::move(folder)) {}
 
-  /// Fills the file system. Does nothing and returns false if it is larger than those of private-gateway.
+  /// Fills the file system. Returns false if the file system is too large to belong to a private gateway.
   bool fill();
   void free();        ///< deletes what fill() has written
   bool full() const;  ///< returns true between fill() and free()

@@ -35,7 +35,7 @@ const char* prepare(const char* modemFolder) {
   const fs::path apiFolder = fs::path(LocalApiServer::socketPath).parent_path();
   for (const fs::path& folder : {fs::path(toolFolder), fs::path(toolLog).parent_path(), apiFolder})
     fs::create_directories(folder);
-  close(open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // on a gateway, the unit creates this file
+  close(open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // elsewhere, the daemon's unit creates it
   return modemFolder;
 }
 

@@ -50,7 +50,7 @@ class Gateway {
   bool servesApi() const { return servesApi_; }
   /// Creates the message folders and runs `command` beside the daemon, with the tool and veldctl in its PATH.
   void runBeside(const std::string& command);
-  /// Runs veldctl, or the command in $VELDCTL. Returns the output, and a line "status N" if N is not 0.
+  /// Runs veldctl or the command $VELDCTL. Returns its output, and "status N" if the exit status N is not 0.
   std::string veldctl(const std::vector<std::string>& words) const;
 
   /// Adds the modem's tool to the PATH of the daemon, or removes the tool.

@@ -19,7 +19,7 @@ constexpr char jsonType[] = "application/json";
 constexpr int anyPort = 80;  // the library requires a port, although a UNIX-domain socket has no port
 constexpr double startSeconds = 10;
 
-// The last path components of all commands. A mistake in the daemon's own list thus becomes visible.
+// The last path component of each command. This list is independent, to reveal mistakes in the daemon's.
 constexpr char knownCommands[] =
     " sms_restart checkin_to_quillo_sms set_rm_through_sms set_cellular_through_sms send_apn_through_sms "
     "send_cellularstatus_sms send_radiostatus_sms send_ethernetstatus_sms send_wanstatus_sms "

@@ -58,7 +58,7 @@ class LocalApiServer {
   /// Returns all requests from number `first` on. The first request has number 0.
   std::vector<Request> requests(std::size_t first = 0) const;
   unsigned waiting() const { return waiting_; }  ///< the number of requests that have no answer yet
-  /// Returns how many seconds the last request has waited for a repair; nullopt if no request waits for one.
+  /// Returns how many seconds the last request has waited for a repair; nullopt if no request waits.
   std::optional<unsigned> silentSeconds() const;
 
  private:

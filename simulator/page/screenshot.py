@@ -30,7 +30,8 @@ def main():
         page.get(address)
         for text in COMMANDS:
             assert page.execute_async_script(RUN, text) == 200, text
-        WebDriverWait(page, 20).until(lambda _: "8.8.8.8" in page.page_source and "do_ping" in page.page_source)
+        last = ("do_ping_through_sms: done", "The answer is message", "3 retries left")
+        WebDriverWait(page, 20).until(lambda _: all(text in page.page_source for text in last))
         page.save_screenshot(PICTURE)
         page.quit()
     gateway.terminate()
