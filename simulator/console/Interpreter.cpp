@@ -68,7 +68,7 @@ Answer Interpreter::run(const Command& command, const std::vector<Word>& line) {
   const std::string problem = given.read(command.arguments, line);
   if (!problem.empty()) return wrong(problem + " Usage: " + usage(command));
   const auto turn = lock();
-  const Answer refusal = command.waits ? takeTurn(command) : Answer{};
+  Answer refusal = command.waits ? takeTurn(command) : Answer{};
   if (!refusal.good) return refusal;
   Answer answer = command.run(gateway_, given);
   if (command.waits) waiting_.clear();
