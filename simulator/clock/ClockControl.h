@@ -20,7 +20,7 @@ struct ClockControl {
   std::atomic<std::uint32_t> ended;  ///< the number of sleeps that have ended since the daemon started
   /// The sleeps up to this number end at once. The first sleep has number 1.
   std::atomic<std::uint32_t> granted;
-  std::atomic<std::uint32_t> stops;  ///< 1: the next daemon stops itself when it has detached
+  std::atomic<std::uint32_t> stops;  ///< 1: the next daemon sends itself SIGSTOP directly after its fork
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "a lock would not work between two processes");
 

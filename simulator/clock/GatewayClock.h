@@ -23,7 +23,7 @@ class GatewayClock {
   bool sleeping() const { return control_->begun != control_->ended && control_->granted != control_->begun; }
   /// Ends the current sleep. If the daemon does not sleep, its next sleep ends at once.
   void grant();
-  /// Makes the next daemon stop (SIGSTOP) as soon as it has forked.
+  /// Makes the next daemon send itself SIGSTOP directly after its fork.
   void stopNextDaemon() { control_->stops = 1; }
 
  private:

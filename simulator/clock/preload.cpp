@@ -1,4 +1,4 @@
-// libgateway-clock.so: replaces sleep(), clock_gettime() and time() in the daemon, by LD_PRELOAD.
+// libgateway-clock.so: replaces sleep(), clock_gettime(), time() and umask() in the daemon, by LD_PRELOAD.
 // The simulated gateway can end a sleep early. The clocks then advance by the rest of the sleep.
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -100,7 +100,7 @@ int clock_gettime(clockid_t clock, timespec* now) noexcept {
   return result;
 }
 
-// The first call of the daemon after its fork.
+// The daemon calls umask() directly after its fork. stopNextDaemon() makes this call stop the daemon.
 mode_t umask(mode_t mask) noexcept {
   if (control != nullptr && control->stops.exchange(0) != 0) raise(SIGSTOP);
   return static_cast<mode_t>(syscall(SYS_umask, mask));
