@@ -42,11 +42,9 @@ std::string InTransit::fileOf(const Json::Value& record, int status) const {
 }
 
 bool InTransit::isTaken(const std::string& guid) const {
-  Json::Value record(Json::objectValue);
-  record[MessageRecord::Key::Guid] = guid;
   struct stat status;
   // A look may fail once; a file that is there must not be replaced.
-  const std::string file = fileOf(record, MessageStatus::Received);
+  const std::string file = root_ + MessageStatus::folder(MessageStatus::Received) + "/" + guid;
   for (int tries = 0; tries < 2; ++tries) {
     if (lstat(file.c_str(), &status) == 0) return true;
     if (errno == ENOENT) return false;
@@ -61,15 +59,17 @@ void InTransit::aboutToDelete(const std::vector<Json::Value>& records) {
 
 void InTransit::expectSend(const Json::Value& record, int from) {
   send_ = {Send::Stage::Begun, record, from};
+  sendNote_.clear();
 }
 
 void InTransit::aboutToSend() { noteSend(Send::Stage::Begun); }
 
 void InTransit::answered(bool sent) { noteSend(sent ? Send::Stage::Sent : Send::Stage::Refused); }
 
-std::optional<std::pair<std::string, Send>> InTransit::takeSend() {
-  if (sendNote_.empty()) return std::nullopt;
-  return std::pair{std::exchange(sendNote_, ""), std::move(send_)};
+std::string InTransit::takeSend() { return std::exchange(sendNote_, ""); }
+
+void InTransit::dropUnanswered() {
+  if (send_.stage == Send::Stage::Begun) spool.remove(takeSend());
 }
 
 void InTransit::noteSend(Send::Stage stage) {

@@ -32,8 +32,11 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
   /// answer counts.
   void answered(bool sent) override;
 
-  /// The name of the note of the expected send, and the send; nullopt if it could not be noted.
-  std::optional<std::pair<std::string, Send>> takeSend();
+  /// The name of the note of the expected send; empty if it could not be noted, and in a second call.
+  std::string takeSend();
+
+  /// Removes the note of a send that an exception ended before the answer: the message stays in its folder.
+  void dropUnanswered();
 
   /// The path of a record's file under a status.
   [[nodiscard]] std::string fileOf(const Json::Value& record, int status) const;

@@ -49,5 +49,5 @@ void runPass(SmsProvider& provider, CheckedStorage& storage, SMSCommand& command
   } catch (...) {
     ORVEL_LOG(FATAL, "Exeption was detected");
   }
-  outbox.settle();
+  inTransit.dropUnanswered();
 }

@@ -42,18 +42,17 @@ void Outbox::fileLeft(const Spool::Pass& pass) {
     std::optional<SpoolEntry> entry = inTransit_.read(name);
     if (entry && std::holds_alternative<Send>(*entry)) takeIn(name, std::get<Send>(std::move(*entry)));
   }
-  if (answered_.empty()) return;
+  if (left_.empty()) return;
   // Each pass begins with another record, so that one that cannot be filed does not block the others.
-  const auto first = static_cast<std::ptrdiff_t>(inTransit_.turn++ % answered_.size());
-  std::rotate(answered_.begin(), answered_.begin() + first, answered_.end());
+  const auto first = static_cast<std::ptrdiff_t>(inTransit_.turn++ % left_.size());
+  std::rotate(left_.begin(), left_.begin() + first, left_.end());
   std::set<int> unusable;
-  for (Noted& noted : answered_) {
+  for (const Noted& noted : std::exchange(left_, {})) {
     const int to = statusAfter(noted.send);
-    if (unusable.count(to) != 0) continue;
-    fileAgain(noted);
-    if (!noted.isFiled) unusable.insert(to);
+    const bool filed = unusable.count(to) == 0 && fileAgain(noted.send);
+    if (!filed) unusable.insert(to);
+    settle(noted, filed);
   }
-  settle();
 }
 
 bool Outbox::send(const Json::Value& record, int from) {
@@ -61,38 +60,22 @@ bool Outbox::send(const Json::Value& record, int from) {
   inTransit_.expectSend(record, from);
   const bool sent = provider_.sendMessage(record);
   inTransit_.answered(sent);
+  const Send::Stage stage = sent ? Send::Stage::Sent : Send::Stage::Refused;
   const bool filed = file(record, from, sent);
-  if (auto noted = inTransit_.takeSend())
-    answered_.push_back({noted->first, noted->second, filed && !isLeftUnderFrom(noted->second)});
+  settle({inTransit_.takeSend(), {stage, record, from}}, filed);
   return sent;
 }
 
 bool Outbox::isAnswered(const Json::Value& record, int from) const {
-  return std::any_of(answered_.begin(), answered_.end(), [&](const Noted& noted) {
+  return std::any_of(left_.begin(), left_.end(), [&](const Noted& noted) {
     const Send& send = noted.send;
-    return !noted.isFiled && send.from == from &&
-           MessageRecord::guid(send.record) == MessageRecord::guid(record) && liesUnderFrom(send);
+    return send.from == from && MessageRecord::guid(send.record) == MessageRecord::guid(record) &&
+           liesUnderFrom(send);
   });
 }
 
 bool Outbox::wasInterrupted(const Json::Value& record) const {
   return inTransit_.interrupted.count(MessageRecord::guid(record)) != 0;
-}
-
-void Outbox::settle() {
-  // If an exception ended a send before the answer, the message stays in its folder, without a note.
-  const auto interrupted = inTransit_.takeSend();
-  if (interrupted && interrupted->second.stage == Send::Stage::Begun)
-    inTransit_.spool.remove(interrupted->first);
-  const auto isLeft = [](const Noted& noted) { return !noted.isFiled; };
-  const auto done = std::stable_partition(answered_.begin(), answered_.end(), isLeft);
-  std::vector<std::string> files;
-  for (auto noted = done; noted != answered_.end(); ++noted)
-    for (const int status : {statusAfter(noted->send), noted->send.from})
-      files.push_back(inTransit_.fileOf(noted->send.record, status));
-  if (!flushFiles(files)) return;
-  for (auto noted = done; noted != answered_.end(); ++noted) inTransit_.spool.remove(noted->name);
-  answered_.erase(done, answered_.end());
 }
 
 void Outbox::takeIn(std::string name, Send send) {
@@ -103,30 +86,34 @@ void Outbox::takeIn(std::string name, Send send) {
     send.stage = Send::Stage::Refused;
     inTransit_.spool.rename(name, stageOf(send), true);
   }
-  answered_.push_back({std::move(name), std::move(send)});
+  left_.push_back({std::move(name), std::move(send)});
 }
 
-void Outbox::fileAgain(Noted& noted) {
+bool Outbox::fileAgain(const Send& send) {
   Orvel::Watchdog::feed();
-  const Send& send = noted.send;
   const int to = statusAfter(send);
   const Json::Value record = recordAfter(send);
   if (liesUnderFrom(send)) storage_.remove(send.record, send.from);
-  const bool filed =
-      MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
-  noted.isFiled = filed && !isLeftUnderFrom(send);
+  return MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
+}
+
+// Flushes a filed record to the disk, and then removes its note. Keeps both if the record could not be filed.
+// Whether the record has left its folder is asked at once: another program may queue the same message again.
+void Outbox::settle(const Noted& noted, bool filed) {
+  const auto& [name, send] = noted;
+  const int to = statusAfter(send);
+  const bool isLeft = !filed || (send.from != to && liesUnderFrom(send));
+  if (name.empty()) return;
+  if (!isLeft && flushFiles({inTransit_.fileOf(send.record, to), inTransit_.fileOf(send.record, send.from)}))
+    inTransit_.spool.remove(name);
+  else
+    left_.push_back(noted);
 }
 
 bool Outbox::file(const Json::Value& record, int from, bool sent) {
   if (sent || from == MessageStatus::Sending) return storage_.move(record, from, statusAfter(sent));
   storage_.remove(record, from);
   return storage_.save(afterFailedRetry(record), from);
-}
-
-// Whether the record should have left its folder, but did not. Asked at once: another program may queue the
-// same message again.
-bool Outbox::isLeftUnderFrom(const Send& send) const {
-  return send.from != statusAfter(send) && liesUnderFrom(send);
 }
 
 bool Outbox::liesUnderFrom(const Send& send) const {

@@ -26,25 +26,21 @@ class Outbox : private Orvel::NonCopyable {
   /// Whether an earlier daemon ended while it sent `record`; such a record is retried after the others.
   [[nodiscard]] bool wasInterrupted(const Json::Value& record) const;
 
-  /// Flushes what is filed to the disk, and then removes its notes.
-  void settle();
-
  private:
   /// An answered send and the name of its note.
   struct Noted {
     std::string name;
     Send send;
-    bool isFiled = false;
   };
 
   void takeIn(std::string name, Send send);
-  void fileAgain(Noted& noted);
+  bool fileAgain(const Send& send);
+  void settle(const Noted& noted, bool filed);
   bool file(const Json::Value& record, int from, bool sent);
-  [[nodiscard]] bool isLeftUnderFrom(const Send& send) const;
   [[nodiscard]] bool liesUnderFrom(const Send& send) const;
 
   SmsProvider& provider_;
   CheckedStorage& storage_;
   InTransit& inTransit_;
-  std::vector<Noted> answered_;
+  std::vector<Noted> left_;  ///< could not be filed
 };

@@ -18,7 +18,7 @@
 
 namespace {
 
-using Orvel::FileDescriptor;
+using NoteFile::numberOf, Orvel::FileDescriptor;
 
 constexpr std::size_t reserveSize = 128 * 1024;
 
@@ -53,28 +53,19 @@ std::string incompressible() {
 
 Spool::Spool(const std::string& root) : path_(NoteFile::folderBelow(root)) {}
 
-bool Spool::Older::operator()(const std::string& a, const std::string& b) const {
-  const unsigned numberOfA = NoteFile::numberOf(a);
-  const unsigned numberOfB = NoteFile::numberOf(b);
-  return numberOfA != numberOfB ? numberOfA < numberOfB : a < b;
-}
-
 Spool::Pass Spool::open() {
   const auto unwritten = std::exchange(unwritten_, {});
-  Names names;
+  std::vector<std::string> names;
   last_ = 0;
   if (acquire() && list(names)) keepReserve();
   // These get new numbers: the old ones may be in use on the disk.
-  for (const auto& [name, text] : unwritten) names.insert(add({NoteFile::stageOf(name), text}));
+  for (const auto& [number, note] : unwritten) names.push_back(add(note));
   return {*this, std::move(names)};
 }
 
 std::optional<Spool::Note> Spool::read(const std::string& name) {
-  std::optional<std::string> text;
-  if (const auto unwritten = unwritten_.find(name); unwritten != unwritten_.end())
-    text = unwritten->second;
-  else
-    text = NoteFile::read(path_ + "/" + name);
+  if (const auto found = unwritten_.find(numberOf(name)); found != unwritten_.end()) return found->second;
+  const std::optional<std::string> text = NoteFile::read(path_ + "/" + name);
   if (text) return Note{NoteFile::stageOf(name), *text};
   if (errno == EBADMSG)
     setAside(name);
@@ -85,14 +76,14 @@ std::optional<Spool::Note> Spool::read(const std::string& name) {
 
 std::string Spool::add(const Note& note) {
   std::string name = std::to_string(++last_) + "." + note.stage;
-  if (!write(name, note.text)) unwritten_[name] = note.text;
+  if (!write(name, note.text)) unwritten_[last_] = note;
   return name;
 }
 
 void Spool::replace(std::string& name, const Note& note) {
   const std::string next = add(note);
-  const bool isOnDisk = !name.empty() && unwritten_.count(name) == 0;
-  const bool keepsOld = isOnDisk && unwritten_.count(next) != 0;
+  const bool isOnDisk = !name.empty() && unwritten_.count(numberOf(name)) == 0;
+  const bool keepsOld = isOnDisk && unwritten_.count(numberOf(next)) != 0;
   remove(keepsOld ? next : name);
   if (!keepsOld) name = next;
 }
@@ -100,9 +91,9 @@ void Spool::replace(std::string& name, const Note& note) {
 bool Spool::rename(std::string& name, const std::string& stage, bool flushed) {
   if (name.empty()) return false;
   const std::string after = name.substr(0, name.find('.') + 1) + stage;
-  if (auto unwritten = unwritten_.extract(name)) {
-    unwritten.key() = name = after;
-    unwritten_.insert(std::move(unwritten));
+  if (const auto found = unwritten_.find(numberOf(name)); found != unwritten_.end()) {
+    found->second.stage = stage;
+    name = after;
     return !flushed;
   }
   if (renameat(folder_.get(), name.c_str(), folder_.get(), after.c_str()) != 0) {
@@ -114,12 +105,12 @@ bool Spool::rename(std::string& name, const std::string& stage, bool flushed) {
 }
 
 void Spool::remove(const std::string& name) {
-  if (name.empty() || unwritten_.erase(name) != 0) return;
+  if (name.empty() || unwritten_.erase(numberOf(name)) != 0) return;
   if (unlinkat(folder_.get(), name.c_str(), 0) != 0 && errno != ENOENT) complain("write");
 }
 
 void Spool::setAside(const std::string& name) {
-  if (unwritten_.erase(name) != 0) return;
+  if (unwritten_.erase(numberOf(name)) != 0) return;
   const std::string aside = name + NoteFile::damaged;
   ORVEL_LOG(ERROR, "Spool file [%s/%s] is damaged: it is set aside as [%s]", path_.c_str(), name.c_str(),
             aside.c_str());
@@ -146,7 +137,7 @@ bool Spool::acquire() {
 }
 
 // Nothing is written without a complete list: a new note could get the number of an unseen one.
-bool Spool::list(Names& names) {
+bool Spool::list(std::vector<std::string>& names) {
   const std::optional<std::vector<std::string>> files = namesIn(folder_);
   if (!files) {
     complain("read");
@@ -154,12 +145,14 @@ bool Spool::list(Names& names) {
     return false;
   }
   for (const std::string& name : *files) {
-    last_ = std::max(last_, NoteFile::numberOf(name));
+    last_ = std::max(last_, numberOf(name));
     const NoteFile::Kind kind = NoteFile::kindOf(name);
-    if (kind == NoteFile::Kind::Note) names.insert(name);
+    if (kind == NoteFile::Kind::Note) names.push_back(name);
     if (kind == NoteFile::Kind::Unfinished) unlinkat(folder_.get(), name.c_str(), 0);
     if (kind == NoteFile::Kind::Foreign) setAside(name);
   }
+  const auto isOlder = [](const auto& a, const auto& b) { return numberOf(a) < numberOf(b); };
+  std::sort(names.begin(), names.end(), isOlder);
   return true;
 }
 

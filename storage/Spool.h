@@ -2,9 +2,9 @@
 
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "support/FileDescriptor.h"
 #include "support/NonCopyable.h"
@@ -36,22 +36,16 @@ class Spool : private Orvel::NonCopyable {
     std::string text;
   };
 
-  /// Orders the names of notes by their number, oldest first.
-  struct Older {
-    bool operator()(const std::string& a, const std::string& b) const;
-  };
-  using Names = std::set<std::string, Older>;
-
   /// `root` is the folder above the message folders. Only open() and later calls touch the disk.
   explicit Spool(const std::string& root);
 
   /// Keeps the folder open and locked for one pass.
   class Pass : private Orvel::NonCopyable {
    public:
-    Pass(Spool& spool, Names noteNames) : names(std::move(noteNames)), spool_(spool) {}
+    Pass(Spool& spool, std::vector<std::string> noteNames) : names(std::move(noteNames)), spool_(spool) {}
     ~Pass() { spool_.folder_.reset(); }
 
-    const Names names;  ///< of the notes that earlier passes left
+    const std::vector<std::string> names;  ///< of the notes that earlier passes left, oldest first
 
    private:
     Spool& spool_;
@@ -83,7 +77,7 @@ class Spool : private Orvel::NonCopyable {
 
  private:
   bool acquire();
-  bool list(Names& names);
+  bool list(std::vector<std::string>& names);
   void keepReserve();
   bool write(const std::string& name, const std::string& text);
   bool makeRoom();
@@ -91,7 +85,7 @@ class Spool : private Orvel::NonCopyable {
 
   const std::string path_;
   Orvel::FileDescriptor folder_;
-  std::map<std::string, std::string, Older> unwritten_;  ///< texts of notes that are in memory only, by name
-  unsigned last_ = 0;                                    ///< the highest number in use
-  bool complained_ = false;  ///< a failure was logged; no write has succeeded since
+  std::map<unsigned, Note> unwritten_;  ///< the notes that are in memory only, by number
+  unsigned last_ = 0;                   ///< the highest number in use
+  bool complained_ = false;             ///< a failure was logged; no write has succeeded since
 };

@@ -35,7 +35,6 @@ class RetryStep : public testing::Test {
     const Spool::Pass pass = world_.inTransit.spool.open();
     Outbox outbox(world_.provider, world_.storage, world_.inTransit);
     retryFailedMessages(outbox, world_.storage, timings, state_, [this] { return now_; });
-    outbox.settle();
   }
 
   /// The times of the sends, in seconds after the first step.
