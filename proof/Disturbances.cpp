@@ -35,7 +35,6 @@ World::Step failTool(const std::string& operation) {
 const World::Step deleteRead = [](World& world) { world.gateway().modem.deleteRead(); };
 const World::Step removeSpool = [](World&) { std::filesystem::remove_all(World::spool); };
 const World::Step thaw = [](World&) { World::thaw(Simulator::MessageFolders::root); };
-const World::Step killAll = [](World& world) { world.kill(true); };
 const World::Step passes = [](World& world) { world.pass(1 + world.below(3)); };
 const World::Step awaitSleep = [](World& world) { world.lives = world.awaitSleep(); };
 
@@ -128,7 +127,7 @@ bool disturb(const Words& words) {
       world.start();
       for (unsigned left = numberOf(words[0]); left > 0; --left) world.run(steps, name);
       world.beforePass = [] {};
-      world.pass(settlingPasses);
+      world.pass(World::settlingPasses);
       good = world.report(name) && world.lives && good;
       if (!world.lives) std::cout << name << ": the daemon does not live through it" << std::endl;
     }

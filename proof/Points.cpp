@@ -13,8 +13,6 @@
 
 namespace {
 
-using Findings = std::vector<Ledger::Finding>;
-
 const std::string killed = "signal=KILL", writingOpen = "openat for writing";
 
 // The calls that may return each error on a gateway. Not listed are calls that cannot fail here
@@ -57,6 +55,9 @@ struct Point {
   Tracer::Call call;
   std::string fault;
 
+  std::string name() const {
+    return "call " + std::to_string(call.number) + ", " + injection() + ", " + call.text.substr(0, 80);
+  }
   std::string injection() const { return call.name + ":" + fault + ":when=" + std::to_string(call.nth); }
 };
 
@@ -96,8 +97,7 @@ class Disk {
 
 class Runner {
  public:
-  explicit Runner(const Words& words)
-      : scenario_(find(words[0])), sample_(numberOf(words[1])), random_(numberOf(words[2])) {
+  explicit Runner(const Words& words) : words_(words), scenario_(Scenario::named(words[0])) {
     if (words.size() > 4) disk_.emplace(words[3], words[4]);
     World world = scenario_.prepare();
     Tracer tracer;
@@ -105,7 +105,7 @@ class Runner {
     tracer.detach();
     for (const Tracer::Call& call : Tracer::calls())
       if (!isClock(call)) calls_.push_back(call);
-    world.pass(settlingPasses);
+    world.pass(World::settlingPasses);
     descriptors_ = world.daemon().footprint().descriptors;
     if (!world.lives) throw std::runtime_error("no pass can be traced");
   }
@@ -114,33 +114,11 @@ class Runner {
     std::vector<Point> points;
     for (const Tracer::Call& call : calls_)
       for (const std::string& fault : faultsOf(call)) points.push_back({call, fault});
-    points = sampleOf(std::move(points), sample_, random_);
-    for (const Point& point : points) count(point, tryOne(point));
-    std::cout << scenario_.name << ": " << points.size() << " points tried";
-    for (const auto& [kind, number] : counts_) std::cout << ", " << number << " " << kind;
-    std::cout << std::endl;
-    return counts_.count("harmful") == 0;
+    return tryAll<Point>(words_[0], points, words_[1], words_[2],
+                         [this](const Point& point) { return tryOne(point); });
   }
 
  private:
-  static const Scenario& find(const std::string& name) {
-    for (const Scenario& scenario : scenarios)
-      if (name == scenario.name) return scenario;
-    throw std::runtime_error("no scenario is called " + name);
-  }
-
-  void count(const Point& point, const Findings& findings) {
-    std::string kind = findings.empty() ? "clean" : "in a window";
-    for (const Ledger::Finding& finding : findings) {
-      if (finding.window != nullptr) continue;
-      kind = "harmful";
-      std::cout << scenario_.name << ", call " << point.call.number << ", " << point.injection() << ": "
-                << finding.text << "; " << point.call.text.substr(0, 80) << std::endl;
-    }
-    ++counts_[kind];
-    if (!Tracer::struck()) ++counts_["not reached"];
-  }
-
   Findings tryOne(const Point& point) {
     World world = scenario_.prepare();
     Tracer tracer;
@@ -162,30 +140,18 @@ class Runner {
     }
     if (!slept) world.start();
     if (!world.lives) return {{"hang: the next daemon"}};
-    return continued(world, point.call.name != "wait4");
-  }
-
-  // Lets the daemon run on with two more messages. `reaps`: it waits for its children.
-  Findings continued(World& world, bool reaps) const {
-    world.pass(settlingPasses);
-    world.receive("came in afterwards");
-    world.queue("was queued afterwards");
-    world.pass();
-    if (!world.lives) return {{"hang: in a later pass"}};
-    Findings findings = world.settle();
+    Findings findings = world.liveOn();
     const Simulator::Footprint footprint = world.daemon().footprint();
     if (footprint.descriptors > descriptors_) findings.push_back({"left: a descriptor"});
-    if (footprint.children > 0 && reaps) findings.push_back({"left: a child"});
+    if (footprint.children > 0 && point.call.name != "wait4") findings.push_back({"left: a child"});
     return findings;
   }
 
+  const Words words_;
   const Scenario& scenario_;
-  const unsigned sample_;
-  std::mt19937 random_;
   std::optional<Disk> disk_;         // for power cuts
   std::vector<Tracer::Call> calls_;  // of an undisturbed pass
   std::size_t descriptors_ = 0;      // of the daemon after that pass
-  std::map<std::string, unsigned> counts_;
 };
 
 }  // namespace

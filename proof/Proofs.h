@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <iostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -12,19 +13,35 @@
 using Words = std::vector<std::string>;
 using Proof = bool(const Words& words);
 inline unsigned numberOf(const std::string& word) { return static_cast<unsigned>(std::stoul(word)); }
-constexpr unsigned settlingPasses = 4;  // enough for a retry after a restart
 
-/// All points, or a random choice of `count` of them; 0: all.
+/// Tries all points, or a random choice of `sample` of them if it is not 0. Prints each harm outside every
+/// window with the name of its point, and counts. False if there is such a harm.
 template <typename Point>
-std::vector<Point> sampleOf(std::vector<Point> points, std::size_t count, std::mt19937& random) {
-  if (count == 0) return points;
-  std::shuffle(points.begin(), points.end(), random);
-  points.resize(std::min(points.size(), count));
-  return points;
+bool tryAll(const std::string& what, std::vector<Point> points, const std::string& sample,
+            const std::string& seed, const std::function<Findings(const Point&)>& tryOne) {
+  if (const std::size_t count = numberOf(sample); count != 0) {
+    std::shuffle(points.begin(), points.end(), std::mt19937(numberOf(seed)));
+    points.resize(std::min(points.size(), count));
+  }
+  std::map<std::string, unsigned> counts;
+  for (const Point& point : points) {
+    const Findings findings = tryOne(point);
+    std::string kind = findings.empty() ? "clean" : "in a window";
+    for (const Ledger::Finding& finding : findings) {
+      if (finding.window != nullptr) continue;
+      kind = "harmful";
+      std::cout << what << ", " << point.name() << ": " << finding.text << std::endl;
+    }
+    ++counts[kind];
+  }
+  std::cout << what << ": " << points.size() << " points tried";
+  for (const auto& [kind, number] : counts) std::cout << ", " << number << " " << kind;
+  std::cout << std::endl;
+  return !points.empty() && counts.count("harmful") == 0;
 }
 
 Proof listScenarios;
-Proof showUndisturbed;  ///< prints what passes without faults do, with dates and guids replaced
+Proof showUndisturbed;  ///< prints what passes without faults do
 /// SCENARIO SAMPLE SEED: kills the daemon at each system call of a pass, and restarts it. With a loop DEVICE
 /// and the IMAGE of its ext4 file system, cuts the power instead.
 Proof crashAtCalls;
@@ -34,7 +51,7 @@ Proof disturb;    ///< TIMES: runs each disturbance TIMES times, in a world of i
 /// disturbances follow, too, a quarter as many in all. The file FINDINGS gets the history of each message
 /// that was harmed outside every window.
 Proof soak;
-/// SHARD SHARDS SAMPLE SEED: flips each bit of the spool files, one at a time, and truncates each file at
-/// each byte. The daemon must continue to run, set the damaged file aside with a log line that names it, and
-/// complete every message that the file does not hold.
+/// SCENARIO NUMBER SAMPLE SEED: flips each bit of one of the spool's files, one at a time, and truncates the
+/// file at each byte. The daemon must continue to run, set the damaged file aside with a log line that names
+/// it, and complete every message that the file does not hold.
 Proof damage;

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <stdexcept>
 
 #include "proof/Proofs.h"
 #include "proof/Steps.h"
@@ -10,11 +11,19 @@
 namespace {
 
 using namespace Step;
+using Simulator::MessageFolders;
 
 const World::Step half = [](World& world) { world.deliver(world.enter("in two parts", World::other, 2), 0); };
 const World::Step otherHalf = [](World& world) { world.deliver(0, 1); };
 const World::Step acceptAll = &World::accept;
-const World::Step mustDelete = [](World& world) { world.lives = world.reach("delete"); };
+const World::Step freezeFolders = [](World& world) {
+  world.lives =
+      World::freeze(MessageFolders::pathOf("received")) && World::freeze(MessageFolders::pathOf("sent"));
+};
+const World::Step thawFolders = [](World& world) {
+  world.lives =
+      World::thaw(MessageFolders::pathOf("received")) && World::thaw(MessageFolders::pathOf("sent"));
+};
 // Avoids equal guids.
 const World::Step nextMinute = [](World& world) {
   world.gateway().clock.set(world.gateway().clock.now() + 60);
@@ -35,14 +44,21 @@ const std::vector<Scenario> scenarios = {
      {receive("in 3"), queue("is refused", World::refused)},
      2},
     {"first start", {}, {receive("waits on the modem"), queue("waits in the queue"), nextMinute}, 100, true},
-    // The daemon was killed while the modem deleted messages that were not filed yet, among them a command.
+    // An earlier daemon was killed and has left one note of each stage.
     {"catching up",
-     {start, receive("not filed yet"), receive("p secret #ping 8.8.4.4", World::friendly), mustDelete,
-      Step::kill},
+     {start, half, pass, freezeFolders, otherHalf, pass, receive("not filed yet"),
+      receive("p secret #ping 8.8.4.4", World::friendly), queue("sent and not moved"), pass,
+      queue("was being sent"), at("send", killAll), thawFolders},
      {receive("comes later"), queue("goes out"), queue("goes out, too")},
      100,
      true},
 };
+
+const Scenario& Scenario::named(const std::string& name) {
+  for (const Scenario& scenario : scenarios)
+    if (name == scenario.name) return scenario;
+  throw std::runtime_error("no scenario is called " + name);
+}
 
 World Scenario::prepare() const {
   World world(limit);

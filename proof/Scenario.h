@@ -11,6 +11,8 @@ struct Scenario {
   unsigned limit = 100;  ///< of inbox and outbox
   bool atStart = false;  ///< traces the daemon's start, to the end of its first pass
 
+  /// The scenario with this name; throws if there is none.
+  static const Scenario& named(const std::string& name);
   /// Brings a world to the beginning of the pass.
   World prepare() const;
   /// Begins the pass, or the start, under strace with these options; false when it cannot be traced.

@@ -8,6 +8,7 @@ namespace Step {
 inline const World::Step start = &World::start, stop = &World::stop, repair = &World::repair;
 inline const World::Step pass = [](World& world) { world.pass(); };
 inline const World::Step kill = [](World& world) { world.kill(); };
+inline const World::Step killAll = [](World& world) { world.kill(true); };  // the tool, too
 
 inline World::Step receive(const std::string& text, const std::string& sender = World::other,
                            unsigned parts = 1) {

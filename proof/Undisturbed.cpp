@@ -1,5 +1,4 @@
 #include <iostream>
-#include <map>
 #include <regex>
 
 #include "proof/Proofs.h"
@@ -7,24 +6,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-
-// Replaces values that differ between runs: guids by numbers in order of appearance, times by a word.
-class Dates {
- public:
-  std::string replace(std::string text) {
-    static const std::regex guid("\\d{16}");
-    static const std::regex time("\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d");
-    for (std::smatch found; std::regex_search(text, found, guid);) {
-      const unsigned next = static_cast<unsigned>(guids_.size()) + 1;
-      const unsigned number = guids_.emplace(found.str(), next).first->second;
-      text.replace(static_cast<std::size_t>(found.position()), 16, "GUID-" + std::to_string(number));
-    }
-    return std::regex_replace(text, time, "TIME");
-  }
-
- private:
-  std::map<std::string, unsigned> guids_;
-};
 
 // The effect of a call that other processes see; empty without one.
 std::string shown(const Tracer::Call& call) {
@@ -48,14 +29,12 @@ bool showUndisturbed(const Words&) {
     if (!scenario.begin(world, tracer, "-f -s 1000 -e trace=execve,sendto") || !world.awaitSleep())
       return false;
     tracer.detach();
-    Dates dates;
     std::cout << "\n" << scenario.name << "\n";
     for (const Tracer::Call& call : Tracer::calls())
-      if (const std::string text = shown(call); !text.empty())
-        std::cout << "  " << dates.replace(text) << "\n";
+      if (const std::string text = shown(call); !text.empty()) std::cout << "  " << text << "\n";
     for (const std::string box : Simulator::MessageFolders::names)
       for (const Json::Value& record : Simulator::MessageFolders::records(box))
-        std::cout << "  " << dates.replace(box + "  " + Simulator::toLine(record)) << "\n";
+        std::cout << "  " << box << "  " << Simulator::toLine(record) << "\n";
   }
   return true;
 }

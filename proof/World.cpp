@@ -3,7 +3,9 @@
 #include <sys/mount.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -18,8 +20,9 @@ namespace fs = std::filesystem;
 using Simulator::Gateway;
 using Simulator::MessageFolders;
 
-constexpr double hangSeconds = 120;     // an emulated machine is slow
-constexpr std::size_t headerSize = 28;  // of the header of a part: seven octets, printed as \xHH
+constexpr std::time_t newYear = 1767225600;  // 2026-01-01; each world has the same guids and dates
+constexpr double hangSeconds = 120;          // an emulated machine is slow
+constexpr std::size_t headerSize = 28;       // of the header of a part: seven octets, printed as \xHH
 
 // The path of a built program.
 fs::path built(const std::string& program) {
@@ -45,7 +48,9 @@ World::World(unsigned limit) : ledger(limit) {
   clean();
   const char* const other = std::getenv("VELD");
   const std::string program = other != nullptr ? other : built("daemon/veld").string();
+  setenv("TZ", "UTC", 1);
   gateway_ = std::make_unique<Gateway>(Gateway::Options{program, built("simulator"), true});
+  gateway_->clock.set(newYear);
   gateway_->settings.set("receivedLimit", limit);
   gateway_->settings.set("sentLimit", limit);
   gateway_->modem.setRefused(refused, true);
@@ -174,9 +179,17 @@ void World::look(const std::string& note) {
   ledger.observe(news);
 }
 
-std::vector<Ledger::Finding> World::settle() {
+Findings World::liveOn() {
+  pass(settlingPasses);
+  receive("came in afterwards");
+  queue("was queued afterwards");
+  pass();
+  return lives ? settle() : Findings{{"hang: after the fault, " + daemon().ending()}};
+}
+
+Findings World::settle() {
   look("the end");
-  std::vector<Ledger::Finding> findings = ledger.settle(gateway_->modem.sent());
+  Findings findings = ledger.settle(gateway_->modem.sent());
   for (const std::string& path : ownFiles()) findings.push_back({"left: " + path});
   return findings;
 }
@@ -205,6 +218,7 @@ std::vector<std::string> World::ownFiles() {
   std::vector<std::string> paths;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(MessageFolders::root))
     if (!entry.is_directory() && others.count(entry.path()) == 0) paths.push_back(entry.path());
+  std::sort(paths.begin(), paths.end());
   return paths;
 }
 

@@ -10,6 +10,8 @@
 #include "proof/Ledger.h"
 #include "simulator/gateway/Gateway.h"
 
+using Findings = std::vector<Ledger::Finding>;
+
 /// A gateway, the daemon in it, and a ledger of its messages. A private gateway holds one world at a time,
 /// because a world uses fixed paths.
 class World {
@@ -18,6 +20,7 @@ class World {
   static constexpr char stranger[] = "+4917054321";
   static constexpr char other[] = "+4917011111";
   static constexpr char refused[] = "+4917022222";  ///< the modem refuses it until accept()
+  static constexpr unsigned settlingPasses = 4;     ///< enough for a retry after a restart
   /// The daemon's spool, and its file that keeps room for notes on a full disk.
   static constexpr char spool[] = "/var/config/sms/spool", reserve[] = "/var/config/sms/spool/reserve";
 
@@ -62,10 +65,12 @@ class World {
   /// Waits until a daemon that was told to end, and its children, have ended.
   bool awaitEnd();
 
+  /// Lets the daemon process two more messages. Returns every harm then.
+  Findings liveOn();
   /// Lets the ledger observe the world; `note` describes what has happened.
   void look(const std::string& note);
   /// Returns every harm at the end, including files that are left over.
-  std::vector<Ledger::Finding> settle();
+  Findings settle();
   /// Prints the findings of settle() outside every window, and counts, each line after `what`. False when
   /// there is such a finding. Writes its history to the file `details`, if given.
   bool report(const std::string& what, const std::string& details = "");

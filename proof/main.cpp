@@ -10,7 +10,6 @@
 //   scenario: a particular pass with messages to process (Scenario)
 #include <algorithm>
 #include <cstdlib>
-#include <iostream>
 
 #include "proof/Proofs.h"
 
@@ -28,7 +27,7 @@ const std::map<std::string, Command> commands = {
     {"calls", {3, " SCENARIO SAMPLE SEED", failCalls}},
     {"disturb", {1, " TIMES", disturb}},
     {"soak", {3, " PASSES SEED FINDINGS", soak}},
-    {"damage", {4, " SHARD SHARDS SAMPLE SEED", damage}},
+    {"damage", {4, " SCENARIO NUMBER SAMPLE SEED", damage}},
 };
 
 }  // namespace
