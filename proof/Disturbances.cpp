@@ -70,15 +70,14 @@ void setClockBack(World& world) {
 }
 
 World::Steps fullFrom(const char* operation) {
-  return {fault(Fault::DiskFull), at(operation), say("fault disk full"),
-          say("repair tool"),     awaitSleep,    stop,
-          say("repair disk"),     fault(0),      start};
+  return {at(operation), say("fault disk full"), say("repair tool"), awaitSleep, stop, say("repair disk"),
+          start};
 }
 
 }  // namespace
 
 const std::vector<Disturbance> survived = {
-    {"no room under /var", {fault(Fault::DiskFull), say("fault disk full"), passes, repair}},
+    {"no room under /var", {say("fault disk full"), passes, repair}},
     {"no room under /tmp", {fault(Fault::TmpFull), say("fault tmp full"), passes, repair}},
     {"the store is read-only", {freeze, passes, repair, thaw, pass}},
     {"the clock is set back", {setClockBack}},

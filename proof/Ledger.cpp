@@ -183,12 +183,9 @@ unsigned Ledger::metBy(const Message& message) const {
 }
 
 void Ledger::died() {
-  for (const std::size_t number : underWay_) {
-    Message& message = messages_[number];
-    message.met |= Fault::Killed;
-    for (const Part& part : message.parts)
-      if (part.place == Part::OnModem) message.met |= Fault::Listed;
-  }
+  for (const std::size_t number : underWay_)
+    for (const Part& part : messages_[number].parts)
+      if (part.place == Part::OnModem) messages_[number].met |= Fault::Listed;
 }
 
 void Ledger::met(unsigned faults, const std::string* within) {
@@ -267,11 +264,4 @@ std::string Ledger::historyOf(const Message& message) const {
   for (std::size_t look = message.first; look < std::min(message.last + 1, history_.size()); ++look)
     text += "  look " + std::to_string(look + 1) + ": " + history_[look] + "\n";
   return text;
-}
-
-std::size_t Ledger::exposedTo(const Window& window) const {
-  std::size_t count = 0;
-  for (const Message& message : messages_)
-    if ((message.kind & window.kinds) != 0 && (metBy(message) & window.fault) != 0) ++count;
-  return count;
 }

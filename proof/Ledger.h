@@ -40,7 +40,7 @@ class Ledger {
   };
   /// Reads the modem, the folders and the log.
   void observe(const News& news);
-  /// Records that the daemon was killed: every message under way has met that fault.
+  /// Records that the daemon was killed: every message that is still on the modem has met that fault.
   void died();
   /// Records that all messages so far whose text is part of `within` have met `faults`; null: all messages.
   void met(unsigned faults, const std::string* within = nullptr);
@@ -53,8 +53,6 @@ class Ledger {
   /// Returns every harm, at the end, when the modem has sent `sent`.
   std::vector<Finding> settle(const std::vector<Json::Value>& sent) const;
 
-  /// Counts the messages that met the fault of a window.
-  std::size_t exposedTo(const Window& window) const;
   std::size_t entered() const { return messages_.size(); }
   std::size_t underWay() const { return underWay_.size(); }
 

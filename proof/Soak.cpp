@@ -131,9 +131,5 @@ bool soak(const Words& words) {
   world.stop();
   if (!world.lives) std::cout << "The daemon ended or hung: " << world.daemon().ending() << "\n";
   const bool good = world.report("soak", words[2]);
-  std::cout << "| Window | Messages that met the fault |\n|---|---|\n";
-  for (const Window& window : windows)
-    if (const std::size_t exposed = world.ledger.exposedTo(window); exposed > 0)
-      std::cout << "| " << window.name << " | " << exposed << " |\n";
   return world.lives && good && clean;
 }

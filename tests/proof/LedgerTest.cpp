@@ -179,7 +179,7 @@ const FaultRow faultRows[] = {
 };
 TEST_ROWS(Ledgers, AreSettled, faultRows) {
   const auto& [name, happens, said, explanation] = GetParam();
-  for (const unsigned fault : {0U, static_cast<unsigned>(Fault::Killed), explanation}) {
+  for (const unsigned fault : {0U, 1U << 31, explanation}) {
     Player player(fault);
     happens(player);
     const std::string report = player.settle();
@@ -190,7 +190,7 @@ TEST_ROWS(Ledgers, AreSettled, faultRows) {
 }
 
 TEST(Ledgers, ReportWhatHappenedToAMessage) {
-  Player player(Fault::DiskFull);
+  Player player(Fault::TmpFull);
   player.lines = {"a line of the log"};
   player.receive(Kind::Command, command, 1);
   player.look();
@@ -198,7 +198,7 @@ TEST(Ledgers, ReportWhatHappenedToAMessage) {
   ASSERT_EQ(findings.size(), 1U);
   const std::string& history = findings[0].history;
   for (const std::string part :
-       {"met: No room under /var", "look 1: ", "off the modem: #ping", "received/0", "log a line of the log"})
+       {"met: No room under /tmp", "look 1: ", "off the modem: #ping", "received/0", "log a line of the log"})
     EXPECT_NE(history.find(part), std::string::npos) << history;
 }
 
