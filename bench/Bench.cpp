@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace {
-
 double seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
@@ -35,7 +34,6 @@ double medianMicroseconds(std::vector<double> times) {
   std::nth_element(times.begin(), middle, times.end());
   return *middle * 1e6;
 }
-
 }  // namespace
 
 void runBesideFloor(benchmark::State& state, const std::function<void()>& ours,

@@ -8,7 +8,6 @@
 #include <sstream>
 
 namespace {
-
 std::string processor() {
   std::ifstream file("/proc/cpuinfo");
   for (std::string line; std::getline(file, line);)
@@ -44,7 +43,6 @@ struct Row {
 
   bool isMet() const { return isAtMost ? value <= bound : value >= bound; }
 };
-
 }  // namespace
 
 void Report::ReportRuns(const std::vector<Run>& runs) {

@@ -6,7 +6,6 @@
 #include "provider/UserData.h"
 
 namespace {
-
 // Repeats `piece` until the text has at least `size` bytes.
 std::string repeated(const std::string& piece, std::int64_t size) {
   std::string text;
@@ -39,5 +38,4 @@ BENCHMARK(decodeEscapes)
     ->ArgsProduct({{std::begin(sizes), std::end(sizes)}})
     ->Arg(millionEscapes)
     ->Unit(benchmark::kMicrosecond);
-
 }  // namespace

@@ -10,7 +10,6 @@
 #include "bench/Report.h"
 
 namespace {
-
 constexpr char toolFolder[] = "/tmp/bin";
 
 // Creates a tool `sms` that needs little time, so that the figures show the time of the daemon itself.
@@ -22,7 +21,6 @@ void makeTool() {
   std::filesystem::permissions(tool, std::filesystem::perms::all);
   setenv("PATH", (std::string(toolFolder) + ":" + std::getenv("PATH")).c_str(), 1);
 }
-
 }  // namespace
 
 int main(int argc, char** argv) {

@@ -12,7 +12,6 @@
 #include "storage/MessageStore.h"
 
 namespace {
-
 constexpr unsigned storedMessages = 100;  // before a pass; also the limit
 
 Json::Value commandSettings() {
@@ -115,5 +114,4 @@ BENCHMARK(passIntoEmptyStore)
     ->UseManualTime()
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
-
 }  // namespace

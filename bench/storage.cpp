@@ -16,7 +16,6 @@
 #include "storage/MessageStore.h"
 
 namespace {
-
 Json::Value bareLoad(const std::string& path) {
   Json::Value records(Json::arrayValue);
   DIR* const directory = opendir(path.c_str());
@@ -64,5 +63,4 @@ void saveUnderALimit(benchmark::State& state) {
       [&] { bareSave(recordOf(number++)); });
 }
 BENCHMARK(saveUnderALimit)->Arg(1000)->UseManualTime()->MinTime(4)->Unit(benchmark::kMillisecond);
-
 }  // namespace

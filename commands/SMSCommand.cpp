@@ -8,7 +8,6 @@
 #include "support/Text.h"
 
 namespace {
-
 const char* nameOf(SMSCMD id) {
   for (const CommandRow& row : commandRows)
     if (row.id == id) return row.name;
@@ -60,7 +59,6 @@ bool takeCommandWord(ParsedSMSCommand& command, std::string& keyword) {
   words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(commandWord) + 1);
   return true;
 }
-
 }  // namespace
 
 SMSCommand::SMSCommand(const Json::Value& config)

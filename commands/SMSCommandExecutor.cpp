@@ -11,7 +11,6 @@
 #include "support/Logger.h"
 
 namespace {
-
 std::string bodyBegin(const std::string& recipient) { return "{\"recipients\": [\"" + recipient + "\"], "; }
 
 // Sets one option. If this fails, logs `failure` and returns false.
@@ -54,7 +53,6 @@ int codeOf(const Json::Value& answer) {
   const Json::Value code = answer.isObject() ? answer["code"] : Json::Value();
   return code.isConvertibleTo(Json::intValue) ? code.asInt() : 0;
 }
-
 }  // namespace
 
 SMSCommandExecutor::SMSCommandExecutor(std::string url) : url(std::move(url)) {}

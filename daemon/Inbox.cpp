@@ -14,7 +14,6 @@
 #include "support/Watchdog.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 std::string freeGuid(const InTransit& inTransit, const std::string& guid) {
@@ -34,7 +33,6 @@ std::optional<std::vector<Json::Value>> loadStoredParts(CheckedStorage& storage,
   if (mustBeComplete && !complete) return std::nullopt;
   return parts;
 }
-
 }  // namespace
 
 Inbox::Inbox(CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit)

@@ -8,7 +8,6 @@
 #include "support/Logger.h"
 
 namespace {
-
 bool fetch(const std::string& url, std::string& answer, long timeout) {
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
   if (curl == nullptr) return false;
@@ -21,7 +20,6 @@ bool fetch(const std::string& url, std::string& answer, long timeout) {
          curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &answer) == CURLE_OK &&
          curl_easy_perform(curl.get()) == CURLE_OK;
 }
-
 }  // namespace
 
 bool loadFromApi(const std::string& url, Json::Value& result) { return loadFromApi(url, result, 0); }

@@ -13,14 +13,12 @@
 #include "support/Watchdog.h"
 
 namespace {
-
 void sendQueuedMessages(Outbox& outbox, CheckedStorage& storage, RetryState& retry,
                         const MonotonicClock& clock) {
   for (const Json::Value& record : storage.load(MessageStatus::Sending))
     if (!outbox.isAnswered(record, MessageStatus::Sending) && !outbox.send(record, MessageStatus::Sending))
       startFailureTimer(retry, clock);
 }
-
 }  // namespace
 
 void runMainLoop(SmsProvider& provider, CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit) {

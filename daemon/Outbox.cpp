@@ -12,7 +12,6 @@
 #include "support/Watchdog.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 int statusAfter(bool sent) { return sent ? MessageStatus::Sent : MessageStatus::Failed; }
@@ -31,7 +30,6 @@ Json::Value recordAfter(const Send& send) {
   record[Key::Status] = MessageStatus::text(to);
   return record;
 }
-
 }  // namespace
 
 Outbox::Outbox(SmsProvider& provider, CheckedStorage& storage, InTransit& inTransit)

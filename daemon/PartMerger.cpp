@@ -3,7 +3,6 @@
 #include "storage/MessageRecord.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 // Fills the gaps of `parts` from `newParts`; false if it filled none.
@@ -16,7 +15,6 @@ bool fillGaps(Json::Value& parts, const Json::Value& newParts) {
   }
   return filled;
 }
-
 }  // namespace
 
 bool isPartOfMultipart(const Json::Value& record) { return MessageRecord::has(record, Key::PartId); }

@@ -13,7 +13,6 @@
 std::vector<std::uint32_t> smsTimings;
 
 namespace {
-
 constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
 constexpr char timingsKey[] = "timings-sms";
 constexpr char timingsSeparators[] = "[,]";
@@ -35,7 +34,6 @@ bool copyValue(const std::string& text, char* value) {
   value[text.copy(value, end != std::string::npos ? end : 0)] = '\0';
   return fits;
 }
-
 }  // namespace
 
 bool readSmsTimings() {

@@ -21,7 +21,6 @@
 volatile std::sig_atomic_t stopRequested = 0;
 
 namespace {
-
 constexpr char syslogIdent[] = "VELD";
 constexpr char nullDevice[] = "/dev/null";
 constexpr char ownDescriptors[] = "/proc/self/fd";  // one entry for each open file descriptor
@@ -93,7 +92,6 @@ Json::Value loadSettings() {
   }
   return settings;
 }
-
 }  // namespace
 
 void onTerminate(int /*signal*/) { stopRequested = 1; }

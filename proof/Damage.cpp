@@ -5,7 +5,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-
 using Simulator::readFile;
 
 // Flips a bit of a file, or truncates the file.
@@ -41,7 +40,6 @@ Findings tryOne(const Scenario& scenario, const Damage& damage) {
   findings.push_back({"unnamed: no line of the log names the file"});
   return findings;
 }
-
 }  // namespace
 
 bool damage(const Words& words) {

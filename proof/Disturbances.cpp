@@ -10,7 +10,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-
 using namespace Step;
 
 World::Step fault(unsigned active) {
@@ -73,7 +72,6 @@ World::Steps fullFrom(const char* operation) {
   return {at(operation), say("fault disk full"), say("repair tool"), awaitSleep, stop, say("repair disk"),
           start};
 }
-
 }  // namespace
 
 const std::vector<Disturbance> survived = {

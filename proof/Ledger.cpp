@@ -10,7 +10,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-
 std::string textOf(const Json::Value& value) { return value.isString() ? value.asString() : ""; }
 
 // The first argument of a command, which identifies its request.
@@ -27,7 +26,6 @@ std::string versionOf(const std::string& path) {
   if (stat(path.c_str(), &status) != 0) return "";
   return std::to_string(status.st_ino) + "." + std::to_string(status.st_mtim.tv_nsec);
 }
-
 }  // namespace
 
 bool Ledger::Message::isIn(const std::string& box) const {

@@ -12,7 +12,6 @@
 #include "proof/Scenario.h"
 
 namespace {
-
 const std::string killed = "signal=KILL", writingOpen = "openat for writing";
 
 // The calls that may return each error on a gateway. Not listed are calls that cannot fail here
@@ -153,7 +152,6 @@ class Runner {
   std::vector<Tracer::Call> calls_;  // of an undisturbed pass
   std::size_t descriptors_ = 0;      // of the daemon after that pass
 };
-
 }  // namespace
 
 bool crashAtCalls(const Words& words) {

@@ -9,7 +9,6 @@
 #include "proof/Steps.h"
 
 namespace {
-
 using namespace Step;
 using Simulator::MessageFolders;
 
@@ -28,7 +27,6 @@ const World::Step thawFolders = [](World& world) {
 const World::Step nextMinute = [](World& world) {
   world.gateway().clock.set(world.gateway().clock.now() + 60);
 };
-
 }  // namespace
 
 const std::vector<Scenario> scenarios = {

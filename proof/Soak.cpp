@@ -7,7 +7,6 @@
 #include "proof/Steps.h"
 
 namespace {
-
 constexpr unsigned limit = 150;         // messages kept in each of inbox and outbox
 constexpr unsigned settlingLife = 500;  // passes, after which memory must not grow
 constexpr std::size_t growthKilobytes = 256;
@@ -112,7 +111,6 @@ bool liveOnce(World& world, unsigned passes) {
   if (!clean) std::cout << "Something is left over.\n";
   return clean;
 }
-
 }  // namespace
 
 bool soak(const Words& words) {

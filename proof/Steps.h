@@ -4,7 +4,6 @@
 
 /// What happens to a world, for the rows of tables.
 namespace Step {
-
 inline const World::Step start = &World::start, stop = &World::stop, repair = &World::repair;
 inline const World::Step pass = [](World& world) { world.pass(); };
 inline const World::Step kill = [](World& world) { world.kill(); };
@@ -24,7 +23,6 @@ inline World::Step at(const std::string& operation, const World::Step& more = []
     if (world.reach(operation)) more(world);
   };
 }
-
 }  // namespace Step
 
 /// A fault of the gateway that lasts for one or more passes. The world is repaired afterwards.

@@ -12,7 +12,6 @@
 #include "simulator/support/Waiting.h"
 
 namespace {
-
 constexpr double traceSeconds = 10;
 constexpr char traceFile[] = "/run/gateway/trace";
 
@@ -22,7 +21,6 @@ std::string statusOf(pid_t process, const std::string& key) {
   const std::size_t found = status.find(key);
   return found == std::string::npos ? "0" : status.substr(found + key.size(), status.find('\n', found));
 }
-
 }  // namespace
 
 bool Tracer::attach(pid_t process, const std::string& options) {

@@ -6,7 +6,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-
 // The effect of a call that other processes see; empty without one.
 std::string shown(const Tracer::Call& call) {
   static const std::regex command(R"re(execve\("/bin/sh", \["sh", "-c", (?:"--", )?"(.*)"\], )re");
@@ -18,7 +17,6 @@ std::string shown(const Tracer::Call& call) {
   if (std::regex_search(call.text, found, request)) return "request  " + found.str(1) + " " + found.str(2);
   return "";
 }
-
 }  // namespace
 
 bool showUndisturbed(const Words&) {

@@ -15,7 +15,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-
 namespace fs = std::filesystem;
 using Simulator::Gateway;
 using Simulator::MessageFolders;
@@ -41,7 +40,6 @@ void clean() {
       for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry);
   if (fs::exists("/var/config")) flush("-f /var/config");
 }
-
 }  // namespace
 
 World::World(unsigned limit) : ledger(limit) {

@@ -14,7 +14,6 @@
 #include "proof/Proofs.h"
 
 namespace {
-
 struct Command {
   std::size_t words;  // at least so many
   const char* usage;
@@ -29,7 +28,6 @@ const std::map<std::string, Command> commands = {
     {"soak", {3, " PASSES SEED FINDINGS", soak}},
     {"damage", {4, " SCENARIO NUMBER SAMPLE SEED", damage}},
 };
-
 }  // namespace
 
 int main(int argc, char** argv) {

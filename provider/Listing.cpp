@@ -10,7 +10,6 @@
 #include "support/Text.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 constexpr char indexMarker[] = "index";
@@ -71,7 +70,6 @@ void finishMessage(Json::Value& record, std::vector<Json::Value>& records, unsig
             MessageRecord::member(record, Key::Message).asString().c_str());
   records.push_back(std::move(record));
 }
-
 }  // namespace
 
 Listing parseListing(const std::vector<std::string>& lines,

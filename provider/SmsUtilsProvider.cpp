@@ -16,7 +16,6 @@
 #include "support/SignalHold.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 const std::string tool = smsTool;
@@ -67,7 +66,6 @@ bool writeSendFile(const Json::Value& record) {
   removeSendFile();
   return false;
 }
-
 }  // namespace
 
 SmsUtilsProvider::SmsUtilsProvider(ModemEvents* events) : events_(events) {

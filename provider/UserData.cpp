@@ -9,7 +9,6 @@
 #include "storage/MessageRecord.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 constexpr int noByte = -1;
@@ -85,7 +84,6 @@ std::string_view extensionText(char printed) {
   const std::uint8_t code = codes[static_cast<unsigned char>(printed)];
   return code != noCode ? gsmExtensionAlphabet[code] : std::string_view();
 }
-
 }  // namespace
 
 int hexDigitValue(char c) {

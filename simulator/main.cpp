@@ -16,7 +16,6 @@
 #include "simulator/page/PageServer.h"
 
 namespace {
-
 constexpr unsigned pagePort = 8400;
 constexpr char usage[] =
     "usage: scripts/gateway [--script FILE] [--echo] [OPTION...]\n"
@@ -109,7 +108,6 @@ bool runScript(Simulator::Interpreter& interpreter, const Arguments& arguments, 
                            arguments.echo);
   return script.run(text);
 }
-
 }  // namespace
 
 int main(int argc, char** argv) {

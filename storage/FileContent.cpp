@@ -9,7 +9,6 @@
 #include "support/FileDescriptor.h"
 
 namespace {
-
 int readAll(int file, std::string& text, std::size_t longest) {
   char piece[4096];
   for (;;) {
@@ -20,7 +19,6 @@ int readAll(int file, std::string& text, std::size_t longest) {
     if (text.size() > longest) return EFBIG;
   }
 }
-
 }  // namespace
 
 FileContent FileContent::read(const std::string& path, std::size_t longest) {

@@ -10,7 +10,6 @@
 #include "support/FileDescriptor.h"
 
 namespace {
-
 int openToFlush(const std::string& path) {
   return open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
 }
@@ -25,7 +24,6 @@ bool flush(const std::string& path) {
   if (!file.isOpen()) return errno == ENOENT;
   return fsync(file.get()) == 0;
 }
-
 }  // namespace
 
 bool flushFiles(const std::vector<std::string>& paths) {

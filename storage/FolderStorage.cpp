@@ -15,7 +15,6 @@
 #include "support/Logger.h"
 
 namespace {
-
 void logRemoveFailure(const std::string& file) {
   ORVEL_LOG(ERROR, "Cannot remove file %s: [%d][%s]", file.c_str(), errno, std::strerror(errno));
 }
@@ -34,7 +33,6 @@ bool matches(const Json::Value& record, const Json::Value& filter) {
     if (!record.isObject() || !record.isMember(key) || record[key] != filter[key]) return false;
   return true;
 }
-
 }  // namespace
 
 FolderStorage::FolderStorage(const std::string& path, StorageFaults* faults) : path(path), faults_(faults) {

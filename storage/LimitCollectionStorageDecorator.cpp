@@ -9,13 +9,11 @@
 #include "storage/MessageStatus.h"
 
 namespace {
-
 Json::Value filterOfSmallest(const std::vector<std::string>& guids) {
   Json::Value filter(Json::objectValue);
   filter[MessageRecord::Key::Guid] = *std::min_element(guids.begin(), guids.end());
   return filter;
 }
-
 }  // namespace
 
 LimitCollectionStorageDecorator::LimitCollectionStorageDecorator(std::shared_ptr<ICollectionStorage> inner,

@@ -8,12 +8,10 @@
 
 namespace MessageRecord {
 namespace {
-
 Json::Value messageOf(Json::Value record) {
   for (const char* const key : {Key::Status, Key::IsSMSCommand}) record.removeMember(key);
   return record;
 }
-
 }  // namespace
 
 bool has(const Json::Value& record, const char* key) { return record.isObject() && record.isMember(key); }
@@ -53,7 +51,6 @@ bool isInFile(const Json::Value& record, const std::string& path) {
   if (!parse(content.text, inFile)) return false;
   return record.isObject() && inFile.isObject() && messageOf(record) == messageOf(inFile);
 }
-
 }  // namespace MessageRecord
 
 const char* MessageStatus::text(int status) {

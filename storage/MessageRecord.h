@@ -8,7 +8,6 @@
 /// The message record: one JSON object per SMS, whose "guid" is also the name of its file. Every file in a
 /// status folder counts as a record, so the functions below accept any JSON value and never change it.
 namespace MessageRecord {
-
 /// The keys of a record that the daemon reads or writes.
 namespace Key {
 constexpr char Guid[] = "guid";             ///< string; YYYYmmddHHMMSS and an ordinal when the daemon made it
@@ -42,5 +41,4 @@ bool parse(const std::string& text, Json::Value& record, std::string* errors = n
 
 /// Whether the file at `path` holds `record`; "status" and "isSMSCommand" are not compared.
 bool isInFile(const Json::Value& record, const std::string& path);
-
 }  // namespace MessageRecord

@@ -13,7 +13,6 @@
 #include "support/Logger.h"
 
 namespace {
-
 using Orvel::FileDescriptor;
 
 // Removes the staged file of an earlier save, so that it is never moved instead of this one. Preserves errno,
@@ -45,7 +44,6 @@ bool isMoved(const Json::Value& record, const std::string& file) {
   if (isRead && !MessageRecord::parse(content.text, found)) unlink(file.c_str());
   return false;
 }
-
 }  // namespace
 
 MoveFolderStorage::MoveFolderStorage(const std::string& path, const std::string& tempPath,

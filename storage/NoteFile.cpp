@@ -14,7 +14,6 @@
 
 namespace NoteFile {
 namespace {
-
 constexpr char unfinished[] = ".new";
 constexpr char headerBegin[] = "veld 1 ";
 constexpr std::size_t longestNote = 64 * 1024 * 1024;  // a listing of more messages than a modem holds
@@ -40,7 +39,6 @@ bool writeNamed(int folder, const std::string& aside, const std::string& name, c
   if (renameat(folder, aside.c_str(), folder, name.c_str()) != 0) return false;
   return fsync(file.get()) == 0 && fsync(folder) == 0;
 }
-
 }  // namespace
 
 std::string folderBelow(const std::string& root) { return root + "/spool"; }
@@ -95,5 +93,4 @@ bool write(int folder, const std::string& name, const std::string& content) {
   errno = error;
   return false;
 }
-
 }  // namespace NoteFile

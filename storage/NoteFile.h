@@ -8,7 +8,6 @@
 ///     veld 1 LENGTH CRC32     LENGTH bytes of text follow; 8 hex digits of their CRC-32, as zlib computes it
 ///     TEXT
 namespace NoteFile {
-
 constexpr char damaged[] = ".damaged";  ///< ends the name of a file that was set aside
 constexpr char reserve[] = "reserve";   ///< the file that keeps room for notes
 
@@ -36,5 +35,4 @@ std::optional<std::string> read(const std::string& path);
 /// Writes a file aside, renames it to `name` and then flushes it. Follows no symbolic link. On failure,
 /// removes it and returns false, with errno set. `folder` is a file descriptor.
 bool write(int folder, const std::string& name, const std::string& content);
-
 }  // namespace NoteFile

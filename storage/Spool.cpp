@@ -17,7 +17,6 @@
 #include "support/Logger.h"
 
 namespace {
-
 using NoteFile::numberOf, Orvel::FileDescriptor;
 
 constexpr std::size_t reserveSize = 128 * 1024;
@@ -48,7 +47,6 @@ std::string incompressible() {
   std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random() >> 8); });
   return bytes;
 }
-
 }  // namespace
 
 Spool::Spool(const std::string& root) : path_(NoteFile::folderBelow(root)) {}

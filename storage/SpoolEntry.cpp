@@ -10,7 +10,6 @@
 #include "storage/MessageStatus.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 constexpr const char* batchWords[] = {"received", "merged"};         // by Batch::Kind
@@ -58,7 +57,6 @@ bool isValid(const Send& send) {
 }
 
 std::string stage(const char* word, std::size_t number) { return word + ("-" + std::to_string(number)); }
-
 }  // namespace
 
 std::string stageOf(const Batch& batch) {

@@ -7,7 +7,6 @@
 #include "support/NonCopyable.h"
 
 namespace Orvel {
-
 /// Owns a file descriptor. The destructor closes it.
 class FileDescriptor : private NonCopyable {
  public:
@@ -30,5 +29,4 @@ class FileDescriptor : private NonCopyable {
  private:
   int descriptor_;
 };
-
 }  // namespace Orvel

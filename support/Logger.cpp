@@ -15,7 +15,6 @@
 
 namespace Orvel {
 namespace {
-
 Logger::PrintMode currentMode = Logger::PrintMode::StandardError;
 std::string syslogIdent;  // openlog keeps a pointer to this text
 
@@ -36,7 +35,6 @@ int syslogPriority(int level) {
   const bool isKnown = level >= Logger::PrintLevel::TRACE_LEVEL && level <= Logger::PrintLevel::FATAL_LEVEL;
   return isKnown ? priorities[level] : LOG_DEBUG;
 }
-
 }  // namespace
 
 bool Logger::setup(const PrintMode& mode, const std::string& ident, const int& option, const int& facility) {
@@ -71,5 +69,4 @@ void Logger::printfGeneric(int level, const char* label, const char* format, ...
   else
     std::fprintf(stderr, "[%s] %s\n", label, text.c_str());
 }
-
 }  // namespace Orvel

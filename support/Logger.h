@@ -3,7 +3,6 @@
 #include <string>
 
 namespace Orvel {
-
 /// Writes the daemon's log lines to syslog or to standard error. Callers log with the macro ORVEL_LOG below.
 class Logger {
  public:
@@ -42,7 +41,6 @@ class Logger {
   static void printfGeneric(int level, const char* label, const char* format, ...)
       __attribute__((format(printf, 3, 4)));
 };
-
 }  // namespace Orvel
 
 /// Logs one line at a level from TRACE to FATAL: ORVEL_LOG(WARNING, "no answer from %s", name). Evaluates the

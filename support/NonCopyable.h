@@ -1,7 +1,6 @@
 #pragma once
 
 namespace Orvel {
-
 /// Base class of classes that must not be copied.
 class NonCopyable {
  public:
@@ -12,5 +11,4 @@ class NonCopyable {
   NonCopyable() = default;
   ~NonCopyable() = default;
 };
-
 }  // namespace Orvel

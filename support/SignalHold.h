@@ -5,7 +5,6 @@
 #include "support/NonCopyable.h"
 
 namespace Orvel {
-
 /// Blocks SIGTERM while the object lives. A SIGTERM that arrives in this time is delivered afterwards.
 ///
 /// The daemon's handler has no SA_RESTART: SIGTERM makes a read fail with EINTR, which looks like the end of
@@ -23,5 +22,4 @@ class SignalHold : private NonCopyable {
  private:
   sigset_t before_;
 };
-
 }  // namespace Orvel

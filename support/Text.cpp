@@ -6,11 +6,9 @@
 
 namespace Orvel::Text {
 namespace {
-
 unsigned byteAt(std::string_view text, std::size_t i) {
   return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
 }
-
 }  // namespace
 
 std::vector<std::string> split(const std::string& text, const std::string& separators, int limit) {
@@ -72,5 +70,4 @@ std::string printable(std::string_view text) {
   }
   return shown;
 }
-
 }  // namespace Orvel::Text

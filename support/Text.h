@@ -5,7 +5,6 @@
 #include <vector>
 
 namespace Orvel::Text {
-
 /// Splits `text` at each character of `separators` into at most `limit` pieces. Adjacent, leading and
 /// trailing separators give empty pieces. If `limit` is reached, the last piece holds the unsplit rest. A
 /// `limit` below 1 gives no pieces.
@@ -23,5 +22,4 @@ std::size_t printableLength(std::string_view text);
 
 /// Returns `text`, with "#" and three octal digits for each byte of a control character or of invalid UTF-8.
 std::string printable(std::string_view text);
-
 }  // namespace Orvel::Text

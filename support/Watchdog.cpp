@@ -11,12 +11,10 @@
 
 namespace Orvel {
 namespace {
-
 constexpr char managerVariable[] = "NOTIFY_SOCKET";
 constexpr char sign[] = "WATCHDOG=1";
 
 std::string managerSocket;
-
 }  // namespace
 
 void Watchdog::setup() {
@@ -37,5 +35,4 @@ void Watchdog::feed() {
   if (connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), size) == 0)
     send(descriptor.get(), sign, sizeof(sign) - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
-
 }  // namespace Orvel

@@ -1,7 +1,6 @@
 #pragma once
 
 namespace Orvel {
-
 /// Reports to the service manager that the daemon is alive. systemd restarts the daemon if no report arrives
 /// within the time that the unit sets (WatchdogSec).
 class Watchdog {
@@ -13,5 +12,4 @@ class Watchdog {
   /// Sends one report without blocking. A report can be lost; the next call sends another report.
   static void feed();
 };
-
 }  // namespace Orvel

@@ -9,7 +9,6 @@
 #include "daemon/StartUp.h"
 
 namespace {
-
 constexpr long timeout = 3;  // seconds
 constexpr unsigned success = 200;
 
@@ -35,7 +34,6 @@ std::string fetch(std::string& answer) {
   const CURLcode code = curl_easy_perform(curl.get());
   return code == CURLE_OK ? "" : faultOf(curl.get(), code);
 }
-
 }  // namespace
 
 ApiAnswer askForSettings() {

@@ -9,7 +9,6 @@
 #include "support/NonCopyable.h"
 
 namespace {
-
 // While the object exists, standard error goes to a file in memory.
 class Redirection : private Orvel::NonCopyable {
  public:
@@ -33,7 +32,6 @@ class Redirection : private Orvel::NonCopyable {
   const int file_;
   const int before_;
 };
-
 }  // namespace
 
 std::vector<std::string> capturedLog(const std::function<void()>& work) {

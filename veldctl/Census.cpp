@@ -9,7 +9,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 using namespace MessageStatus;
 
 constexpr std::int64_t longQueued = 600;  // seconds; every pass of the daemon sends the whole queue
@@ -125,7 +124,6 @@ void reportFailed(Report& report, const Census& census) {
                {"failed", static_cast<std::int64_t>(census.permanent.size()), {{"again", "no"}}}, more);
   report.count(Well, "failed permanently, marked as seen", {"failed", census.seen, {{"again", "seen"}}});
 }
-
 }  // namespace
 
 void reportMessages(Report& report, const Folders& folders, const Json::Value& settings) {

@@ -19,7 +19,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 // readSmsTimings() logs a warning if it cuts a list of timers that is too long.
 void reportTimings(Report& report) {
   const auto log = capturedLog([] { readSmsTimings(); });
@@ -60,7 +59,6 @@ void reportSendLog(Report& report) {
   else
     reportMode(report, sendLog, S_IROTH | S_IWOTH, Look, "any user can read what was sent");
 }
-
 }  // namespace
 
 int check(const Request& request) {

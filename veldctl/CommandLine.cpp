@@ -9,7 +9,6 @@
 #include "veldctl/Commands.h"
 
 namespace {
-
 using CommandLine::Parsed;
 
 const std::vector<Option> options = {
@@ -157,7 +156,6 @@ void readWords(int count, char** words, Parsed& parsed) {
   }
   for (; optind < count; ++optind) takeWord(parsed, words[optind]);
 }
-
 }  // namespace
 
 std::optional<std::uint32_t> readNumber(const std::string& text) {

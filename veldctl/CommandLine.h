@@ -6,7 +6,6 @@
 
 /// Reads the command line `veldctl COMMAND [ARGUMENT...] [OPTION...]`. Options may stand anywhere.
 namespace CommandLine {
-
 struct Parsed {
   const Command* command = nullptr;  ///< null if the user asks for the general help or for the version
   Request request;
@@ -23,5 +22,4 @@ std::string help();
 
 /// Returns the help of one command: its arguments, its options and an example.
 std::string help(const Command& command);
-
 }  // namespace CommandLine

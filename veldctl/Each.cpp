@@ -7,7 +7,6 @@
 #include "veldctl/Output.h"
 
 namespace {
-
 using namespace MessageStatus;
 
 std::string faultOf(const Lookup& found) {
@@ -42,7 +41,6 @@ void print(const std::string& guid, const std::string& fault, bool isJson) {
   else if (!fault.empty())
     Output::complain(guid + ": " + fault);
 }
-
 }  // namespace
 
 int forEachGuid(const Request& request, Act act) {

@@ -5,9 +5,7 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 constexpr std::size_t kindWidth = 9, numberWidth = 17;
-
 }  // namespace
 
 Json::Value toJson(const Event& event) {

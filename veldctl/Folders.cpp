@@ -14,7 +14,6 @@
 #include "storage/MessageStatus.h"
 
 namespace {
-
 // Returns false for a path to another folder.
 bool isFileName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
@@ -58,7 +57,6 @@ void readFile(const std::string& path, Message& message) {
 std::int64_t nanoseconds(const timespec& time) {
   return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
-
 }  // namespace
 
 std::string Folders::path(int status, const std::string& name) const {

@@ -10,7 +10,6 @@
 #include "veldctl/StateFile.h"
 
 namespace {
-
 constexpr int longestWait = 30'000;  // milliseconds
 
 std::unique_ptr<Listener> listenerOf(const Request& request) {
@@ -42,7 +41,6 @@ void reportEvents(News& news, Listener& listener, StateFile* state, FolderWatch&
       isListening = waitForChange(watch, listener);
   }
 }
-
 }  // namespace
 
 int follow(const Request& request) {

@@ -8,7 +8,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 // The conditions of --since and --grep.
 struct Filter {
   std::time_t since = 0;
@@ -65,7 +64,6 @@ MessageTable::Form formOf(const Request& request) {
   if (request.isJson()) return MessageTable::Form::Json;
   return request.has('q') ? MessageTable::Form::Guids : MessageTable::Form::Table;
 }
-
 }  // namespace
 
 int list(const Request& request) {

@@ -13,7 +13,6 @@
 #include "veldctl/Output.h"
 
 namespace {
-
 constexpr unsigned longestPause = 300;               // seconds
 constexpr std::size_t longestVariable = 100 * 1024;  // bytes; execve limits a string to 128 KiB
 
@@ -57,7 +56,6 @@ std::string describe(int status) {
   if (WIFSIGNALED(status)) return "was ended by signal " + std::to_string(WTERMSIG(status));
   return "ended with status " + std::to_string(WEXITSTATUS(status));
 }
-
 }  // namespace
 
 Listener::Result Lines::report(const Event& event) {

@@ -9,7 +9,6 @@
 #include "veldctl/ShortMessage.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 std::string faultOf(const Message& message) {
@@ -44,7 +43,6 @@ std::string syntaxFault(const std::string& errors) {
     if (word != "*") text += " " + word;
   return text;
 }
-
 }  // namespace
 
 bool Message::isIncoming() const { return status == MessageStatus::Received; }

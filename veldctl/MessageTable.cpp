@@ -8,7 +8,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 constexpr std::size_t guidWidth = 16, stateWidth = 8, leftWidth = 4, numberWidth = 16;
 constexpr std::size_t narrow = 72;  // on a narrower terminal, a message takes two lines
 constexpr std::size_t roomy = 100;  // on a narrower terminal, times have no year and no seconds
@@ -19,7 +18,6 @@ std::string leftOf(const Message& message) {
   const bool mayBeSent = message.status == MessageStatus::Sending || message.status == MessageStatus::Failed;
   return mayBeSent && message.record.isObject() ? std::to_string(message.retries()) : "-";
 }
-
 }  // namespace
 
 struct MessageTable::Row {

@@ -9,7 +9,6 @@
 #include "veldctl/Message.h"
 
 namespace {
-
 constexpr char marker[] = "/usr/lib/veld/standalone";  // only the package veld-standalone has this file
 constexpr char timeLimit[] = "timeout 10 env ";        // env sets the variable in smsTool
 constexpr std::size_t mostBytes = 1 << 16;
@@ -46,7 +45,6 @@ std::string describe(const Json::Value& answer) {
 }
 
 constexpr char noAnswer[] = "\"sms status --json\" does not report the state of the modem";
-
 }  // namespace
 
 bool ModemStatus::isKnown() { return access(marker, F_OK) == 0; }

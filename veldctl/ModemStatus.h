@@ -4,7 +4,6 @@
 
 /// The state of the modem. Only the tool of the package veld-standalone reports this state.
 namespace ModemStatus {
-
 /// Returns true if veld-standalone is installed.
 bool isKnown();
 
@@ -13,5 +12,4 @@ void report(Report& report);
 
 /// Runs the tool and reports whether it prints the state of the modem.
 void check(Report& report);
-
 }  // namespace ModemStatus

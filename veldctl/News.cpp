@@ -7,7 +7,6 @@
 #include "veldctl/Output.h"
 
 namespace {
-
 constexpr std::time_t writeSeconds = 2;  // another program may still be writing a younger file
 
 std::string keyOf(int status, const std::string& name) {
@@ -21,7 +20,6 @@ bool lacksParts(const Message& message) {
 bool mayBeIncomplete(const Message& message) {
   return !message.fault.empty() && std::time(nullptr) - message.changedSecond() < writeSeconds;
 }
-
 }  // namespace
 
 const std::vector<int> News::statuses = {MessageStatus::Received, MessageStatus::Sent, MessageStatus::Failed};

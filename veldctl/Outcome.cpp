@@ -11,7 +11,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 using namespace MessageStatus;
 
 constexpr std::time_t moveSeconds = 5;  // seconds that a message may be missing while the daemon moves it
@@ -43,7 +42,6 @@ const char* nameOf(ExitStatus status) {
   if (status == Done) return "sent";
   return status == Bad ? "failed" : "unknown";
 }
-
 }  // namespace
 
 std::streamoff endOfSendLog() {

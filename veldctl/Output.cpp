@@ -12,7 +12,6 @@
 #include "support/Text.h"
 
 namespace {
-
 unsigned complained = 0;
 
 // Decodes the first `length` bytes of `text`, which are one character.
@@ -57,7 +56,6 @@ std::size_t bytesWithin(std::string_view text, std::size_t columns) {
   }
   return bytes;
 }
-
 }  // namespace
 
 std::string Output::line(const Json::Value& value) {

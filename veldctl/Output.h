@@ -8,7 +8,6 @@
 /// Formats and prints text. printable() escapes the characters with which a message could move the terminal's
 /// cursor, forge a line, or change the direction of other text.
 namespace Output {
-
 /// Returns `value` as JSON on one line, in ASCII.
 std::string line(const Json::Value& value);
 
@@ -33,5 +32,4 @@ std::string padded(std::string_view text, std::size_t columns);
 
 /// Returns the width of the terminal; 0 if standard output is not a terminal.
 std::size_t terminalWidth();
-
 }  // namespace Output

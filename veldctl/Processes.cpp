@@ -11,7 +11,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
 std::string firstLine(const fs::path& file) {
   std::ifstream stream(file);
   std::string line;
@@ -27,7 +26,6 @@ bool parse(const std::string& stat, Process& process, long long& start) {
   return std::sscanf(stat.c_str(), fields, &process.pid, process.name, &process.parent, &process.session,
                      &start) == wanted;
 }
-
 }  // namespace
 
 bool Process::isDaemon() const { return std::string("veld") == name && session == pid; }

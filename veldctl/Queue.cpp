@@ -18,7 +18,6 @@
 #include "veldctl/Output.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 constexpr char temporaryName[] = "/outbox/veldctl.new";  // only the process with the lock uses this file
@@ -68,7 +67,6 @@ std::string guidOfNow() {
   std::snprintf(guid + length, sizeof(guid) - length, "%02d", static_cast<int>(now.tv_nsec / 10'000'000));
   return guid;
 }
-
 }  // namespace
 
 // Holds the lock on the outbox while the object exists. Prints a message if it waits longer than one second.

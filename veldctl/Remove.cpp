@@ -4,7 +4,6 @@
 #include "veldctl/Queue.h"
 
 namespace {
-
 std::string removeOne(const Request& request, const std::string& name) {
   bool isRemoved = false;
   for (const int status : MessageStatus::all)
@@ -14,7 +13,6 @@ std::string removeOne(const Request& request, const std::string& name) {
       request.folders.find(name, {MessageStatus::Received, MessageStatus::Sending}).error;
   return error.empty() ? noSuchMessage : error;
 }
-
 }  // namespace
 
 int remove(const Request& request) { return forEachGuid(request, removeOne); }

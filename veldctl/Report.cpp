@@ -6,7 +6,6 @@
 #include "veldctl/Output.h"
 
 namespace {
-
 void printForPrometheus(const Metric& metric) {
   if (metric.name.empty()) return;
   std::string labels;
@@ -25,7 +24,6 @@ void printAsJson(Verdict verdict, const std::string& text, const Metric& metric,
   for (const auto& [name, value] : metric.labels) row[name] = value;
   std::cout << Output::line(row) << '\n';
 }
-
 }  // namespace
 
 void Report::add(Verdict verdict, const std::string& text, const Metric& metric, const Json::Value& more) {

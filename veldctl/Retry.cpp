@@ -4,7 +4,6 @@
 #include "veldctl/ShortMessage.h"
 
 namespace {
-
 std::string retryOne(const Request& request, const std::string& guid) {
   const Lookup found = findFailed(request.folders, guid);
   if (!found.message) return found.error;
@@ -12,7 +11,6 @@ std::string retryOne(const Request& request, const std::string& guid) {
   const bool isQueued = Queue(request.folders).retry(*found.message, request.number('r'));
   return isQueued ? "" : "it is queued already";
 }
-
 }  // namespace
 
 int retry(const Request& request) { return forEachGuid(request, retryOne); }

@@ -3,7 +3,6 @@
 #include "veldctl/Queue.h"
 
 namespace {
-
 std::string markOne(const Request& request, const std::string& guid) {
   const Lookup found = findFailed(request.folders, guid);
   if (!found.message) return found.error;
@@ -12,7 +11,6 @@ std::string markOne(const Request& request, const std::string& guid) {
   Queue(request.folders).markSeen(*found.message);
   return "";
 }
-
 }  // namespace
 
 int seen(const Request& request) { return forEachGuid(request, markOne); }

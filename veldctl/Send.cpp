@@ -13,7 +13,6 @@
 #include "veldctl/ShortMessage.h"
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 using namespace MessageStatus;
 
@@ -61,7 +60,6 @@ void printGuid(const std::string& guid, bool isJson) {
   row["guid"] = guid;
   std::cout << (isJson ? Output::line(row) : guid) << std::endl;
 }
-
 }  // namespace
 
 int send(const Request& request) {

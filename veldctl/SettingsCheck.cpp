@@ -12,7 +12,6 @@
 #include "veldctl/ShortMessage.h"
 
 namespace {
-
 // Finds settings by paths such as "smsCommands.password.text".
 class Settings {
  public:
@@ -112,7 +111,6 @@ void reportStart(Report& report, const Json::Value& all) {
   const char* const text = start.isGood ? "the daemon starts" : "the daemon does not start";
   report.add(start.isGood ? Well : Ill, std::string(text) + " with these settings");
 }
-
 }  // namespace
 
 void reportSettings(Report& report, const Json::Value& all) {

@@ -8,7 +8,6 @@
 #include "support/Text.h"
 
 namespace {
-
 constexpr unsigned mostMessages = 255;
 constexpr char tooLong[] =
     "the text is too long: 255 messages hold 39015 characters of the GSM alphabet, or 17085 other characters";
@@ -53,7 +52,6 @@ std::string faultAt(const std::string& text, std::size_t at) {
                                           static_cast<unsigned char>(text[at + 1]) - 0x80U < 0x20U);
   return (isControl ? "the text holds a control character" : "the text is not valid UTF-8") + where;
 }
-
 }  // namespace
 
 bool ShortMessage::isNumber(const std::string& number) {

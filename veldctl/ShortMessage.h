@@ -4,7 +4,6 @@
 
 /// The numbers and texts that a short message can have (3GPP TS 23.038 and 23.040).
 namespace ShortMessage {
-
 /// Returns true for 1 to 20 digits with an optional leading "+". The number becomes part of a shell command,
 /// so veldctl applies this rule to every message that it queues or shows.
 bool isNumber(const std::string& number);
@@ -20,5 +19,4 @@ Encoding encodingOf(const std::string& text);
 
 /// The size of the longest text in UTF-8: 255 parts of 153 characters, each character of two bytes.
 constexpr std::size_t mostBytes = 255 * 153 * 2;
-
 }  // namespace ShortMessage

@@ -8,7 +8,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 using namespace MessageStatus;
 
 std::string pretty(const Json::Value& record) {
@@ -44,7 +43,6 @@ void printAsJson(const Message& message) {
   if (!message.content.empty()) row["content"] = message.content;
   std::cout << Output::line(row) << '\n';
 }
-
 }  // namespace
 
 int show(const Request& request) {

@@ -10,7 +10,6 @@
 #include "veldctl/Message.h"
 
 namespace {
-
 std::time_t timeOf(const Json::Value& record) {
   Message message;
   message.status = MessageStatus::Received;
@@ -43,7 +42,6 @@ void countNote(SpoolCounts& found, const std::string& path, const std::string& n
   else
     ++found.damaged;
 }
-
 }  // namespace
 
 SpoolCounts readSpool(const std::string& root) {

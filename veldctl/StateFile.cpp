@@ -14,7 +14,6 @@
 #include "veldctl/Queue.h"
 
 namespace {
-
 int openLock(const std::string& path) {
   constexpr mode_t mode = 0600;
   const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);
@@ -35,7 +34,6 @@ bool takeAll(const Json::Value& members, News::AllKnown& known) {
     if (!take(member.name(), *member, known)) return false;
   return true;
 }
-
 }  // namespace
 
 StateFile::StateFile(std::string path) : path_(std::move(path)), lock_(openLock(path_ + ".lock")) {

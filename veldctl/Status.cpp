@@ -16,7 +16,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 namespace fs = std::filesystem;
 
 // Limits in seconds. The tool may be slow, but each pass files all messages that it has received and sent.
@@ -102,7 +101,6 @@ Report::Form formOf(const Request& request) {
   if (request.has('p')) return Report::Form::Prometheus;
   return request.isJson() ? Report::Form::Json : Report::Form::Text;
 }
-
 }  // namespace
 
 int status(const Request& request) {

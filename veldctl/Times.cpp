@@ -7,7 +7,6 @@
 #include "veldctl/Command.h"
 
 namespace {
-
 constexpr std::int64_t minute = 60, hour = 60 * minute, day = 24 * hour;
 
 std::string format(std::time_t time, const char* form) {
@@ -38,7 +37,6 @@ std::optional<std::int64_t> parseSpan(const std::string& text) {
   if (unit == "d") return *number * day;
   return std::nullopt;
 }
-
 }  // namespace
 
 std::string Times::full(std::time_t time) { return format(time, "%F %T"); }

@@ -5,7 +5,6 @@
 #include "veldctl/Output.h"
 
 namespace {
-
 int misused(const std::string& text, const Command* command) {
   const std::string name = command != nullptr ? std::string(" ") + command->name : "";
   Output::complain(text);
@@ -24,7 +23,6 @@ int run(const CommandLine::Parsed& parsed) {
   }
   return parsed.command->run(parsed.request);
 }
-
 }  // namespace
 
 int main(int count, char** words) {

@@ -8,21 +8,17 @@
 #undef curl_easy_setopt
 
 namespace FakeCurl {
-
 std::vector<Request> requests;
 std::string answer;
 std::size_t pieceSize = 1;
-
 }  // namespace FakeCurl
 
 namespace {
-
 struct Transfer {
   FakeCurl::Request request;
   curl_write_callback write = nullptr;
   void* writeData = nullptr;
 };
-
 }  // namespace
 
 extern "C" {

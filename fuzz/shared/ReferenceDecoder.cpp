@@ -8,7 +8,6 @@
 #include "provider/GsmAlphabet.h"
 
 namespace {
-
 bool isHexDigit(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
 
 // Removes the first byte or escape from `rest`. Returns its octet, 0 at the end, -1 for an invalid escape.
@@ -40,11 +39,9 @@ std::string_view behindEscapeCode(char printed) {
              ? gsmExtensionAlphabet[static_cast<std::size_t>(code - gsmDefaultAlphabet.begin())]
              : "";
 }
-
 }  // namespace
 
 namespace ReferenceDecoder {
-
 void parseHeader(Json::Value& record, std::string& text) {
   std::string rest = text;
   if (takeOctet(rest) < 1) return;
@@ -91,5 +88,4 @@ void decode(std::string& text) {
       text.replace(at, 4, code < 128 ? gsmDefaultAlphabet[code] : gsmExtensionAlphabet[code - 128]);
   }
 }
-
 }  // namespace ReferenceDecoder

@@ -10,7 +10,6 @@
 #include "fuzz/shared/Property.h"
 
 namespace {
-
 // Returns the result of `call`, or nullopt if `call` throws a Json::Exception. No other exception may occur.
 template <typename Call>
 std::optional<bool> outcome(Call call) {
@@ -30,7 +29,6 @@ std::optional<bool> settingsLoad(const std::string& answer, std::size_t pieceSiz
   if (loaded != true) property(result == before, "only a good answer changes the result");
   return loaded;
 }
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -17,7 +17,6 @@
 #include "storage/MessageStatus.h"
 
 namespace {
-
 std::vector<std::string> split(const std::string& text, char separator) {
   std::vector<std::string> pieces;
   std::istringstream stream(text);
@@ -112,7 +111,6 @@ class MemoryInbox final : public ICollectionStorage {
 
   Json::Value records{Json::arrayValue};
 };
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -18,7 +18,6 @@
 #include "provider/UserData.h"
 
 namespace {
-
 using Records = std::vector<Json::Value>;
 
 std::string printed;  // output of the tool
@@ -159,7 +158,6 @@ void checkJoining(const Records& records) {
   property(texts(filedInTwoPasses(records)) == expected,
            "parts form the same messages in two passes as in one pass");
 }
-
 }  // namespace
 
 extern "C" {

@@ -19,7 +19,6 @@
 #include "storage/MessageStore.h"
 
 namespace {
-
 // A storage that has the input in one folder; the other folders are empty. Keeps the saved records in lists.
 class OneFolder final : public ICollectionStorage {
  public:
@@ -91,7 +90,6 @@ void checkSent(const OneFolder& store, const Json::Value& record, bool wasSent) 
   property(store.removed[store.filled].size() >= 1,
            "a message that was offered to the modem leaves its old folder");
 }
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

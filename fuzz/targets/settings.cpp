@@ -10,7 +10,6 @@
 #include "fuzz/shared/Property.h"
 
 namespace {
-
 bool hasAll(const Json::Value& object, std::initializer_list<const char*> keys) {
   for (const char* const key : keys)
     if (!object.isMember(key)) return false;
@@ -46,7 +45,6 @@ void checkConfig(const Json::Value& settings) {
   if (permitsNobody)
     property(!commands.validateSMSCommand("#checkin", "1"), "an empty whitelist permits nobody");
 }
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

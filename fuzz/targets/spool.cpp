@@ -15,7 +15,6 @@
 #include "storage/NoteFile.h"
 
 namespace {
-
 class MemoryStorage final : public ICollectionStorage {
  public:
   void save(const Json::Value& record, int /*status*/) override { saved.append(record); }
@@ -59,7 +58,6 @@ std::size_t unfiled(const SpoolEntry& entry) {
 bool isFileName(const std::string& stage) {
   return stage.size() < 200 && stage.find('/') == std::string::npos && stage.find('\0') == std::string::npos;
 }
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -14,7 +14,6 @@
 #include "fuzz/shared/Property.h"
 
 namespace {
-
 constexpr char key[] = "timings-sms";
 std::string content;  // of the files that fopen() below opens
 
@@ -39,7 +38,6 @@ bool readIntervals(const std::string& value, std::vector<std::uint32_t>& interva
   }
   return true;
 }
-
 }  // namespace
 
 extern "C" {

@@ -4,7 +4,6 @@
 #include <cstdint>
 
 namespace Simulator {
-
 /// Shared memory of the simulated gateway and the clock library in the daemon: both map the same file. To
 /// end a sleep, the simulated gateway also writes to a FIFO. Times are in seconds.
 struct ClockControl {
@@ -23,5 +22,4 @@ struct ClockControl {
   std::atomic<std::uint32_t> stops;  ///< 1: the next daemon sends itself SIGSTOP directly after its fork
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "a lock would not work between two processes");
-
 }  // namespace Simulator

@@ -10,7 +10,6 @@
 #include <cstdlib>
 
 namespace Simulator {
-
 GatewayClock::GatewayClock(bool hold) {
   const int file = open(ClockControl::file, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
   void* memory = MAP_FAILED;
@@ -49,5 +48,4 @@ void GatewayClock::grant() {
   // If the FIFO is full (EAGAIN), the bytes in the FIFO wake the sleep.
   if (write(wake_, "g", 1) < 0 && errno != EAGAIN) std::perror(ClockControl::wakeFifo);
 }
-
 }  // namespace Simulator

@@ -5,7 +5,6 @@
 #include "simulator/clock/ClockControl.h"
 
 namespace Simulator {
-
 /// Controls the daemon's clock and sleeps.
 class GatewayClock {
  public:
@@ -30,5 +29,4 @@ class GatewayClock {
   ClockControl* control_;
   int wake_;
 };
-
 }  // namespace Simulator

@@ -16,7 +16,6 @@
 #include "simulator/clock/ClockControl.h"
 
 namespace {
-
 using Simulator::ClockControl;
 
 // On a 32-bit machine, the kernel has a separate system call for 64-bit times.
@@ -55,7 +54,6 @@ unsigned left(const timespec& start, unsigned seconds) {
   const long long remaining = seconds * 1000000000LL - nanoseconds;
   return remaining <= 0 ? 0 : static_cast<unsigned>((remaining + 999999999LL) / 1000000000LL);
 }
-
 }  // namespace
 
 extern "C" {

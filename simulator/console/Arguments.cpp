@@ -6,7 +6,6 @@
 
 namespace Simulator {
 namespace {
-
 // Returns the character at `at`. For an escape sequence, returns its meaning, and moves `at` to its end.
 char unescaped(const std::string& line, std::size_t& at) {
   const char next = at + 1 < line.size() ? line[at + 1] : '\0';
@@ -115,7 +114,6 @@ std::string readWord(const Form& form, const std::string& word, std::vector<std:
   if (problem.empty()) words.push_back(word);
   return problem;
 }
-
 }  // namespace
 
 bool splitLine(const std::string& line, std::vector<Word>& words) {
@@ -184,5 +182,4 @@ std::vector<unsigned> Arguments::numbers(const std::string& option) const {
   for (const std::string& piece : split(value(option), ',')) all.push_back(readNumber(piece).value_or(0));
   return all;
 }
-
 }  // namespace Simulator

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// A word of a command line. A quoted word is never an option.
 struct Word {
   std::string text;
@@ -54,5 +53,4 @@ class Arguments {
   std::vector<std::string> words_;
   std::map<std::string, std::string> options_;  ///< the options and their values
 };
-
 }  // namespace Simulator

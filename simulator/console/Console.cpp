@@ -14,7 +14,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char prompt[] = "gateway> ";
 constexpr char historyFile[] = "/.veld-gateway-history";
 constexpr char plain[] = "\033[0m";
@@ -105,7 +104,6 @@ void setUpEditor(const std::string& history) {
   stifle_history(1000);
   read_history(history.c_str());
 }
-
 }  // namespace
 
 void runConsole(Interpreter& commands) {
@@ -135,5 +133,4 @@ void runConsole(Interpreter& commands) {
   write_history(history.c_str());
   std::cout << std::endl;
 }
-
 }  // namespace Simulator

@@ -10,7 +10,6 @@
 
 namespace Simulator {
 namespace {
-
 using Passed = DaemonProcess::Passed;
 
 constexpr unsigned awaitSeconds = 30;
@@ -201,7 +200,6 @@ Answer timings(Gateway&, const Arguments& given) {
   if (!Settings::setTimings(given.word(0))) return wrong("Cannot write the timers file.");
   return {true, "The back-off timers are " + given.word(0) + applies};
 }
-
 }  // namespace
 
 std::vector<Command> daemonCommands() {
@@ -228,5 +226,4 @@ std::vector<Command> daemonCommands() {
        timings},
   };
 }
-
 }  // namespace Simulator

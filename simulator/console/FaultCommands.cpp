@@ -4,7 +4,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr unsigned untilRepair = 9999;  // the tool never runs this often
 
 // Returns the fault with this name; None if there is no such fault.
@@ -65,7 +64,6 @@ Answer faults(Gateway& gateway, const Arguments&) {
   for (const std::string& line : gateway.faults()) text += line + "\n";
   return {true, text.empty() ? "Everything works." : text};
 }
-
 }  // namespace
 
 std::vector<Command> faultCommands() {
@@ -79,5 +77,4 @@ std::vector<Command> faultCommands() {
       {"faults", "", "shows the faults that are set", faults},
   };
 }
-
 }  // namespace Simulator

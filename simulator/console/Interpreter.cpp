@@ -4,7 +4,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr std::size_t sameLetters = 3;  // a command with so many equal first letters is suggested
 constexpr std::size_t nameWidth = 14;
 constexpr double turnSeconds = 30;
@@ -22,7 +21,6 @@ bool isLike(const std::string& name, const std::string& meant) {
   return name.compare(0, sameLetters, meant.substr(0, sameLetters)) == 0 ||
          std::is_permutation(name.begin(), name.end(), meant.begin(), meant.end());
 }
-
 }  // namespace
 
 Interpreter::Interpreter(Gateway& gateway) : gateway_(gateway) {
@@ -110,5 +108,4 @@ Answer Interpreter::help(const std::string& name) const {
   }
   return {true, text + helpEnd};
 }
-
 }  // namespace Simulator

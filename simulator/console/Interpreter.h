@@ -8,7 +8,6 @@
 #include "simulator/gateway/Gateway.h"
 
 namespace Simulator {
-
 /// The answer to a command: the output if `good` is true, otherwise an error message.
 struct Answer {
   bool good = true;
@@ -64,5 +63,4 @@ class Interpreter {
   std::vector<Command> commands_;
   std::string waiting_;  ///< the name of the command that is waiting; empty if no command is waiting
 };
-
 }  // namespace Simulator

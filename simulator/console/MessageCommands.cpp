@@ -6,7 +6,6 @@
 
 namespace Simulator {
 namespace {
-
 std::string counted(std::size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -107,7 +106,6 @@ Answer setRefused(Gateway& gateway, const Arguments& given) {
   gateway.modem.setRefused(given.word(0), refused);
   return {true, (refused ? "The modem refuses " : "The modem accepts ") + given.word(0) + "."};
 }
-
 }  // namespace
 
 std::vector<Command> messageCommands() {
@@ -124,5 +122,4 @@ std::vector<Command> messageCommands() {
       {"accept", "NUMBER", "the modem accepts NUMBER again", setRefused<false>},
   };
 }
-
 }  // namespace Simulator

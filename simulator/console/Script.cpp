@@ -6,7 +6,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char blanks[] = " \t\r";
 constexpr double exitSeconds = 10;
 constexpr char expectWrong[] = "expect-wrong";
@@ -23,7 +22,6 @@ std::ptrdiff_t countLines(const std::string& text) {
 }
 
 Answer refuseCheck(Gateway&, const Arguments&) { return wrong("Only a script can use a check."); }
-
 }  // namespace
 
 struct Script::Check {
@@ -117,5 +115,4 @@ bool Script::stopDaemon() {
   last_.text = daemon.running() ? "the daemon still runs" : "status " + ending;
   return !daemon.running() && (ending.empty() || ending == expectedEnding_);
 }
-
 }  // namespace Simulator

@@ -6,7 +6,6 @@
 #include "simulator/console/Interpreter.h"
 
 namespace Simulator {
-
 /// Runs commands and checks from a text. Each line is a command, a check, or a comment that begins with "#".
 /// The check expect-exit examines the daemon. The other checks examine the output of the last command.
 class Script {
@@ -40,5 +39,4 @@ class Script {
   Answer last_;
   std::string expectedEnding_ = "0";
 };
-
 }  // namespace Simulator

@@ -3,7 +3,6 @@
 
 namespace Simulator {
 namespace {
-
 std::string lines(const std::vector<Json::Value>& values) {
   std::string text;
   for (const Json::Value& value : values) text += toLine(value) + "\n";
@@ -55,7 +54,6 @@ Answer status(Gateway& gateway, const Arguments&) {
     text += "\n" + std::string(name) + ": " + std::to_string(MessageFolders::records(name).size());
   return {true, text + "\nmodem: " + counts(gateway.modem)};
 }
-
 }  // namespace
 
 std::vector<Command> showCommands() {
@@ -70,5 +68,4 @@ std::vector<Command> showCommands() {
       {"log", "[--new]", "shows the log (--new: the lines since the last \"log\")", log},
   };
 }
-
 }  // namespace Simulator

@@ -13,7 +13,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char outputFile[] = "/run/gateway/daemon-output";  // what the daemon prints before it detaches
 constexpr char reportPrefix[] = "/run/gateway/sanitizer";
 constexpr char otherFolders[] = ":/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
@@ -56,7 +55,6 @@ std::string readReports() {
     if (name.rfind(prefix.filename().string() + ".", 0) == 0) text += readFile(prefix.parent_path() / name);
   return text;
 }
-
 }  // namespace
 
 DaemonProcess::DaemonProcess(Paths paths, GatewayClock& clock, std::function<bool()> hangs)
@@ -142,5 +140,4 @@ DaemonProcess::Passed DaemonProcess::pass() {
   clock_.grant();
   return awaitSleep(passSeconds);
 }
-
 }  // namespace Simulator

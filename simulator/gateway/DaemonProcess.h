@@ -11,7 +11,6 @@
 #include "simulator/support/Waiting.h"
 
 namespace Simulator {
-
 /// Starts and stops the daemon, and runs its passes. Makes this process the parent of the detached daemon.
 class DaemonProcess {
  public:
@@ -58,5 +57,4 @@ class DaemonProcess {
   pid_t pid_ = 0;
   std::string ending_;
 };
-
 }  // namespace Simulator

@@ -7,10 +7,8 @@
 
 namespace Simulator {
 namespace {
-
 constexpr std::uintmax_t largestPrivate = 256 << 20;  // bytes
 constexpr std::size_t blockSize = 4096;
-
 }  // namespace
 
 bool Disk::fill() {
@@ -27,5 +25,4 @@ bool Disk::fill() {
 void Disk::free() { unlink(filler_.c_str()); }
 
 bool Disk::full() const { return access(filler_.c_str(), F_OK) == 0; }
-
 }  // namespace Simulator

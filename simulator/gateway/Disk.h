@@ -3,7 +3,6 @@
 #include <string>
 
 namespace Simulator {
-
 /// One of the small file systems that private-gateway creates.
 class Disk {
  public:
@@ -18,5 +17,4 @@ class Disk {
   std::string filler_;
   std::string folder_;
 };
-
 }  // namespace Simulator

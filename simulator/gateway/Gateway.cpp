@@ -14,7 +14,6 @@
 
 namespace Simulator {
 namespace {
-
 namespace fs = std::filesystem;
 
 constexpr char toolFolder[] = "/run/gateway/bin";
@@ -54,7 +53,6 @@ bool writeVeldctl(const std::string& program) {
   const std::string command = other != nullptr ? other : quoted(program);
   return writeFile(veldctlPath, "#!/bin/sh\nexec " + command + " \"$@\"\n") && chmod(veldctlPath, 0755) == 0;
 }
-
 }  // namespace
 
 Gateway::Gateway(const Options& options)
@@ -140,5 +138,4 @@ std::string Gateway::hang() const {
 unsigned Gateway::hangSeconds() const {
   return modem.hangingOperation().empty() ? api.silentSeconds().value_or(0) : modem.hangingSeconds();
 }
-
 }  // namespace Simulator

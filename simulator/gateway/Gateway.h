@@ -16,7 +16,6 @@
 #include "simulator/modem/Modem.h"
 
 namespace Simulator {
-
 /// The simulated gateway: everything that the daemon uses, at the absolute paths that the daemon expects.
 /// Each private gateway has its own copy of these paths, and can have one object of this class.
 class Gateway {
@@ -69,5 +68,4 @@ class Gateway {
   std::string tool_;
   bool servesApi_;
 };
-
 }  // namespace Simulator

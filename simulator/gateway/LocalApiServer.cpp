@@ -12,7 +12,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char settingsPath[] = "/api/sms";
 constexpr char commandFolder[] = "/api/command/";
 constexpr char jsonType[] = "application/json";
@@ -48,7 +47,6 @@ void closeEarly(httplib::Response& response) {
     return false;
   });
 }
-
 }  // namespace
 
 LocalApiServer::LocalApiServer(std::function<Json::Value()> settings) : settings_(std::move(settings)) {}
@@ -149,5 +147,4 @@ Json::Value LocalApiServer::answer(const Request& request) const {
   if (!readJson(request.body, body) || !isCommand(body)) return envelope(400, "the body is not a command");
   return envelope(200, Json::nullValue);
 }
-
 }  // namespace Simulator

@@ -20,7 +20,6 @@ struct Response;
 }  // namespace httplib
 
 namespace Simulator {
-
 /// A fault of the API. Code: the answer contains an error code. Garbage: the answer is not JSON. Close: the
 /// connection is closed in the middle of the answer. Silent: there is no answer until a repair.
 enum class ApiFault { None, Code, Garbage, Close, Silent };
@@ -77,5 +76,4 @@ class LocalApiServer {
   std::unique_ptr<httplib::Server> server_;
   std::thread thread_;
 };
-
 }  // namespace Simulator

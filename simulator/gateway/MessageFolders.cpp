@@ -8,11 +8,9 @@
 
 namespace Simulator {
 namespace {
-
 namespace fs = std::filesystem;
 
 constexpr fs::perms rootMode = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec;
-
 }  // namespace
 
 MessageFolders::MessageFolders(const GatewayClock& clock) : clock_(clock) {
@@ -63,5 +61,4 @@ std::string MessageFolders::queue(const Json::Value& recipient, const std::strin
   const bool good = writeFile(beside, toLine(record)) && std::rename(beside.c_str(), target.c_str()) == 0;
   return good ? guid : "";
 }
-
 }  // namespace Simulator

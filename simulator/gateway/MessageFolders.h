@@ -8,7 +8,6 @@
 #include "simulator/clock/GatewayClock.h"
 
 namespace Simulator {
-
 /// The daemon's message folders, through which other programs of the gateway send and receive messages.
 class MessageFolders {
  public:
@@ -33,5 +32,4 @@ class MessageFolders {
 
   const GatewayClock& clock_;
 };
-
 }  // namespace Simulator

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// The phones and the network: the texts on the phones, and the parts that the network has not delivered.
 struct Phones {
   struct Text {
@@ -21,5 +20,4 @@ struct Phones {
   std::vector<Part> held;      ///< the parts that the network has not delivered
   unsigned nextReference = 1;  ///< the reference of the next concatenated message
 };
-
 }  // namespace Simulator

@@ -6,10 +6,8 @@
 
 namespace Simulator {
 namespace {
-
 constexpr int cannotStart = 127;  // a shell's exit status for a program that cannot start
 constexpr int signalBase = 128;   // a shell adds the number of the signal that ended the program
-
 }  // namespace
 
 void Program::start(const std::string& command, const std::string& path) {
@@ -37,5 +35,4 @@ int Program::status() {
   running();
   return status_;
 }
-
 }  // namespace Simulator

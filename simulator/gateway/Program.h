@@ -5,7 +5,6 @@
 #include <string>
 
 namespace Simulator {
-
 /// The program of the option --with. It runs in the gateway beside the daemon.
 class Program {
  public:
@@ -20,5 +19,4 @@ class Program {
   pid_t pid_ = 0;
   int status_ = 0;
 };
-
 }  // namespace Simulator

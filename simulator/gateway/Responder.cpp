@@ -4,11 +4,9 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char rebootPath[] = "/api/command/sms_restart";
 constexpr unsigned accepted = 200;
 constexpr unsigned retries = 3;
-
 }  // namespace
 
 void Responder::carryOut() {
@@ -37,5 +35,4 @@ std::string Responder::carryOut(const LocalApiServer::Request& request) {
       reboot ? "The gateway has rebooted" : "The gateway has carried out " + request.path;
   return done + ". The answer is message " + guid + ".";
 }
-
 }  // namespace Simulator

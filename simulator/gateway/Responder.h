@@ -8,7 +8,6 @@
 #include "simulator/gateway/MessageFolders.h"
 
 namespace Simulator {
-
 /// Carries out the commands of the API: queues an answer to the sender. For a reboot, restarts the daemon.
 class Responder {
  public:
@@ -34,5 +33,4 @@ class Responder {
   std::size_t next_ = 0;  ///< the first request that carryOut() has not handled
   std::vector<Event> events_;
 };
-
 }  // namespace Simulator

@@ -8,7 +8,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char defaultSettings[] = R"({
   "enabled": true, "sentLimit": 100, "receivedLimit": 100,
   "smsCommands": {
@@ -45,7 +44,6 @@ bool isSetting(const std::string& path) {
   const Json::Value* place = find(known, path, key);
   return place != nullptr && place->isMember(key);
 }
-
 }  // namespace
 
 Settings::Settings() : value_(defaults()) {}
@@ -74,5 +72,4 @@ bool Settings::setTimings(const std::string& timings) {
   std::filesystem::create_directories(std::filesystem::path(timersFile).parent_path());
   return writeFile(timersFile, "timings-sms=" + timings + "\n");
 }
-
 }  // namespace Simulator

@@ -6,7 +6,6 @@
 #include <string>
 
 namespace Simulator {
-
 /// The SMS settings and the back-off timers, which the daemon reads when it starts. The class is thread-safe.
 class Settings {
  public:
@@ -28,5 +27,4 @@ class Settings {
   mutable std::mutex mutex_;
   Json::Value value_;
 };
-
 }  // namespace Simulator

@@ -12,7 +12,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr std::size_t largestDatagram = 1 << 20;  // bytes
 constexpr int infoLevel = 6;
 
@@ -31,7 +30,6 @@ SyslogServer::Line parse(const std::string& datagram) {
   while (!text.empty() && (text.back() == '\n' || text.back() == '\0')) text.pop_back();
   return {level, text};
 }
-
 }  // namespace
 
 SyslogServer::SyslogServer() : buffer_(largestDatagram), thread_([this] { run(); }) {}
@@ -97,5 +95,4 @@ std::vector<SyslogServer::Line> SyslogServer::read(bool onlyNew) {
   read_ = some.size() + (onlyNew ? read_ : 0);
   return some;
 }
-
 }  // namespace Simulator

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// The gateway's syslog. Keeps each line from /dev/log. If the disk is not full, appends the line to a file.
 class SyslogServer {
  public:
@@ -45,5 +44,4 @@ class SyslogServer {
   std::atomic<bool> stop_{false};
   std::thread thread_;
 };
-
 }  // namespace Simulator

@@ -6,7 +6,6 @@
 
 namespace Simulator {
 namespace {
-
 // 3GPP TS 23.038, 6.2.1: the default alphabet in the order of its codes 0x00 to 0x7F. At 0x1B, the code of
 // the escape to the extension table, this string contains a DEL.
 constexpr char defaultAlphabet[] =
@@ -119,7 +118,6 @@ std::string translate(const std::string& text, std::vector<Piece>& pieces) {
 }
 
 bool beginsWithFill(const std::string& part) { return part.compare(0, 4, escaped(0)) == 0; }
-
 }  // namespace
 
 std::string GsmEncoder::encode(const std::string& text, const Options& options) {
@@ -145,5 +143,4 @@ std::string GsmEncoder::encode(const std::string& text, const Options& options) 
     parts[number - 1].insert(0, header(options, count, number));
   return "";
 }
-
 }  // namespace Simulator

@@ -4,7 +4,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// Encodes a text in the GSM 7-bit default alphabet and its extension table (3GPP TS 23.038). 160 septets fit
 /// into one message; a longer text becomes several parts with a concatenation header (3GPP TS 23.040). The
 /// result is user data as the modem's tool prints it. Characters with the same code in ASCII stay unchanged,
@@ -25,5 +24,4 @@ struct GsmEncoder {
   /// One line for each difference between the text and the text that veld decodes.
   std::vector<std::string> notes;
 };
-
 }  // namespace Simulator

@@ -12,10 +12,8 @@
 
 namespace Simulator {
 namespace {
-
 // Nobody has this number: the United Kingdom reserves 07700 900000 to 900999 for fiction.
 constexpr char serviceCentre[] = "+447700900123";
-
 }  // namespace
 
 Modem::Modem(std::string folder) : folder_(std::move(folder)) {
@@ -139,5 +137,4 @@ unsigned Modem::hangingSeconds() const {
   if (stat(path("hanging").c_str(), &status) != 0) return 0;
   return static_cast<unsigned>(std::max<std::time_t>(0, std::time(nullptr) - status.st_mtim.tv_sec));
 }
-
 }  // namespace Simulator

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// A fault of the modem's tool. Fail: the tool reports an error. Hang: the tool waits until a repair. Kill:
 /// SIGKILL ends the tool. Silent: the tool does nothing and exits with status 0.
 enum class ToolFault { None, Fail, Hang, Kill, Silent };
@@ -62,5 +61,4 @@ class Modem {
 
   std::string folder_;
 };
-
 }  // namespace Simulator

@@ -12,7 +12,6 @@
 #include "simulator/support/Waiting.h"
 
 namespace {
-
 using Simulator::Modem;
 using Simulator::ToolFault;
 
@@ -59,7 +58,6 @@ void list(Modem& modem, const std::string& operation, bool hangs) {
   if (hangs) hang(modem, operation);
   std::cout << listing.substr(half);
 }
-
 }  // namespace
 
 int main(int argc, char** argv) {

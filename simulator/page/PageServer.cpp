@@ -9,7 +9,6 @@
 
 namespace Simulator {
 namespace {
-
 constexpr char loopback[] = "127.0.0.1";
 constexpr std::chrono::milliseconds interval{100};  // the time between two checks for new data
 constexpr std::size_t largestCommand = 64 << 10;
@@ -42,7 +41,6 @@ void setSocketOptions(int socket) {
 std::string event(const std::string& name, const std::string& line) {
   return "event: " + name + "\ndata: " + line + "\n\n";
 }
-
 }  // namespace
 
 struct PageServer::Sent {
@@ -156,5 +154,4 @@ void PageServer::watch() {
     std::this_thread::sleep_for(interval);
   }
 }
-
 }  // namespace Simulator

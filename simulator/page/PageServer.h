@@ -11,7 +11,6 @@
 #include "simulator/console/Interpreter.h"
 
 namespace Simulator {
-
 /// Serves the gateway's page on 127.0.0.1. GET /events sends the data of Panes and the log as server-sent
 /// events. POST /command runs a command; the answer is {"good", "text"}. A request from another web page, or
 /// with another host name, gets status 403, so that no other page in the browser can control the gateway.
@@ -43,5 +42,4 @@ class PageServer {
   std::thread watcher_;
   std::thread listener_;
 };
-
 }  // namespace Simulator

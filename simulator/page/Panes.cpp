@@ -4,7 +4,6 @@
 
 namespace Simulator {
 namespace {
-
 std::string timeOf(std::time_t when) {
   char text[32];
   std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&when));
@@ -71,7 +70,6 @@ constexpr std::pair<const char*, const char*> refusals[] = {
     {"Invalid command string", "no such command"},
     {"Bad command, either not enabled", "switched off"},
 };
-
 }  // namespace
 
 // Reads from the log why the daemon refused a command. The daemon first logs the text, and then the reason.
@@ -115,5 +113,4 @@ std::map<std::string, std::string> Panes::read() {
       {"refusals", toLine(refusals_)},
   };
 }
-
 }  // namespace Simulator

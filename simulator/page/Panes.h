@@ -6,7 +6,6 @@
 #include "simulator/console/Interpreter.h"
 
 namespace Simulator {
-
 /// The data that the page shows. Each pane has a name and one line of JSON. The names are "daemon", "clock",
 /// "modem", "phones", "folders", "requests", "settings", "faults" and "refusals".
 class Panes {
@@ -25,5 +24,4 @@ class Panes {
   std::string checked_;                      ///< "NUMBER TEXT" of the last text that the daemon checked
   Json::Value refusals_{Json::objectValue};  ///< the reason for each refused "NUMBER TEXT"
 };
-
 }  // namespace Simulator

@@ -11,7 +11,6 @@
 #include <memory>
 
 namespace Simulator {
-
 std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -72,5 +71,4 @@ Json::Value jsonOrText(const std::string& text) {
   Json::Value value;
   return readJson(text, value) ? value : Json::Value(text);
 }
-
 }  // namespace Simulator

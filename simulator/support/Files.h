@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// Returns the content of a file; an empty string if the file cannot be read.
 std::string readFile(const std::string& path);
 /// Replaces the content of a file by an atomic rename. On failure, keeps the old content and returns false.
@@ -24,5 +23,4 @@ std::string toLine(const Json::Value& value);
 [[nodiscard]] bool readJson(const std::string& text, Json::Value& value);
 /// Parses `text` and returns the JSON value. If `text` is not JSON, returns `text` as a JSON string.
 Json::Value jsonOrText(const std::string& text);
-
 }  // namespace Simulator

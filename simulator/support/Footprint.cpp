@@ -6,13 +6,11 @@
 
 namespace Simulator {
 namespace {
-
 // Returns the number in the line with this name, such as "Rss:     8188 kB"; 0 if there is no such line.
 std::size_t kilobytes(const std::string& text, const std::string& name) {
   const std::size_t at = text.find(name + ":");
   return at == std::string::npos ? 0 : std::stoul(text.substr(at + name.size() + 1));
 }
-
 }  // namespace
 
 std::vector<pid_t> childrenOf(pid_t process) {
@@ -34,5 +32,4 @@ std::string Footprint::text() const {
   return std::to_string(resident) + " kB resident, " + std::to_string(written) + " kB written, " +
          std::to_string(descriptors) + " descriptors, " + std::to_string(children) + " children";
 }
-
 }  // namespace Simulator

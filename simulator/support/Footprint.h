@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace Simulator {
-
 /// The resources that a process uses.
 struct Footprint {
   std::size_t resident = 0;     ///< kilobytes of memory
@@ -24,5 +23,4 @@ struct Footprint {
 
 /// Returns the children of the first thread of `process`. Adopted orphans are children, too.
 std::vector<pid_t> childrenOf(pid_t process);
-
 }  // namespace Simulator

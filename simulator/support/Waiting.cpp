@@ -5,7 +5,6 @@
 #include <chrono>
 
 namespace Simulator {
-
 void sleepAMoment() { usleep(300); }
 
 bool waitUntil(double seconds, const std::function<bool()>& done, const std::function<void()>& pause) {
@@ -16,5 +15,4 @@ bool waitUntil(double seconds, const std::function<bool()>& done, const std::fun
   }
   return true;
 }
-
 }  // namespace Simulator

@@ -3,7 +3,6 @@
 #include <functional>
 
 namespace Simulator {
-
 /// Sleeps for less than a millisecond. A wait calls this function between two checks of its condition.
 void sleepAMoment();
 
@@ -11,5 +10,4 @@ void sleepAMoment();
 /// Calls `pause` between two checks. If the caller holds a lock, `pause` can release the lock for a moment.
 bool waitUntil(double seconds, const std::function<bool()>& done,
                const std::function<void()>& pause = sleepAMoment);
-
 }  // namespace Simulator

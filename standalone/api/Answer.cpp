@@ -19,9 +19,7 @@
 #include "support/Logger.h"
 
 namespace Standalone {
-
 namespace {
-
 constexpr int programSeconds = 60;
 constexpr std::string_view commandPath = "/api/command/";
 constexpr char settingsName[] = "/settings.json";
@@ -101,7 +99,6 @@ std::string pathVariable() {
   const char* const path = std::getenv("PATH");
   return std::string("PATH=") + (path != nullptr ? path : "/usr/sbin:/usr/bin:/sbin:/bin");
 }
-
 }  // namespace
 
 Answer answerTo(const HttpRequest& request, const std::string& folder) {
@@ -128,5 +125,4 @@ void runProgram(const Answer& answer, const std::string& folder) {
       runCommand({"veldctl", "send", command.sender, "-"}, {pathVariable()}, text, programSeconds);
   if (!sent.succeeded) ORVEL_LOG(ERROR, "the answer to %s cannot be queued", command.sender.c_str());
 }
-
 }  // namespace Standalone

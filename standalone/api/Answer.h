@@ -8,7 +8,6 @@
 #include "standalone/api/Http.h"
 
 namespace Standalone {
-
 /// The answer to a client, and the program to run after the answer was written.
 struct Answer {
   /// 200: accepted; 400: malformed; 403: switched off; 404: unknown; 500: invalid settings
@@ -28,5 +27,4 @@ Answer answerToMalformed();
 /// Waits until no other process runs a program of `folder`. Then runs the program of `answer` for at most 60
 /// seconds, and queues the program's output as a message to the sender.
 void runProgram(const Answer& answer, const std::string& folder);
-
 }  // namespace Standalone

@@ -18,9 +18,7 @@ extern "C" {  // the header of glibc 2.36 has no extern "C" of its own
 #include "support/Logger.h"
 
 namespace Standalone {
-
 namespace {
-
 constexpr std::size_t mostOutput = 64 << 10;
 
 /// Owns a file descriptor, or none (-1). The destructor closes the descriptor.
@@ -111,7 +109,6 @@ bool waitForEnd(int process, int stream, int seconds, std::string& output) {
   }
   return false;
 }
-
 }  // namespace
 
 Ending runCommand(const std::vector<std::string>& words, const std::vector<std::string>& environment,
@@ -134,5 +131,4 @@ Ending runCommand(const std::vector<std::string>& words, const std::vector<std::
   ending.succeeded = !ending.timedOut && status == 0;
   return ending;
 }
-
 }  // namespace Standalone

@@ -4,7 +4,6 @@
 #include <vector>
 
 namespace Standalone {
-
 struct Ending {
   bool succeeded = false;  ///< true if the program exited with status 0
   bool timedOut = false;
@@ -18,5 +17,4 @@ struct Ending {
 /// started counts as failed.
 Ending runCommand(const std::vector<std::string>& words, const std::vector<std::string>& environment,
                   const std::string& input, int seconds);
-
 }  // namespace Standalone

@@ -4,7 +4,6 @@
 #include "veldctl/ShortMessage.h"
 
 namespace Standalone {
-
 std::optional<CommandRequest> parseCommandRequest(const std::string& body) {
   std::string fault;
   const std::optional<Json::Value> json = parseStrictJson(body, fault);
@@ -22,5 +21,4 @@ std::optional<CommandRequest> parseCommandRequest(const std::string& body) {
   }
   return request;
 }
-
 }  // namespace Standalone

@@ -8,9 +8,7 @@
 #include "support/Text.h"
 
 namespace Standalone {
-
 namespace {
-
 constexpr std::size_t mostBytes = 1 << 20;
 constexpr std::string_view lineEnd = "\r\n";
 constexpr std::string_view headEnd = "\r\n\r\n";
@@ -55,7 +53,6 @@ std::optional<std::size_t> bodyLength(std::string_view lines) {
   }
   return length.value_or(0);
 }
-
 }  // namespace
 
 HttpState parseHttp(const std::string& received, HttpRequest& request) {
@@ -100,5 +97,4 @@ bool writeAnswer(int socket, int code, const Json::Value& result) {
   }
   return true;
 }
-
 }  // namespace Standalone

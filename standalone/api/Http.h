@@ -6,7 +6,6 @@
 #include <string>
 
 namespace Standalone {
-
 struct HttpRequest {
   std::string method;
   std::string path;
@@ -27,5 +26,4 @@ std::optional<HttpRequest> readRequest(int socket);
 /// Writes an HTTP answer with the status `code` and the body {"code": `code`, "result": `result`} to
 /// `socket`. Returns false if the client has closed the connection.
 bool writeAnswer(int socket, int code, const Json::Value& result);
-
 }  // namespace Standalone

@@ -7,9 +7,7 @@
 #include "veldctl/ShortMessage.h"
 
 namespace Standalone {
-
 namespace {
-
 constexpr unsigned mostMessages = 3;
 constexpr std::size_t mostCharacters = mostMessages * 153;  // three parts hold as many in the GSM alphabet
 
@@ -26,7 +24,6 @@ std::vector<std::string> charactersOf(std::string_view text) {
   }
   return characters;
 }
-
 }  // namespace
 
 std::string replyText(const std::string& output, bool succeeded) {
@@ -39,5 +36,4 @@ std::string replyText(const std::string& output, bool succeeded) {
   }
   return reply;
 }
-
 }  // namespace Standalone

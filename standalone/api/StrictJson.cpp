@@ -6,7 +6,6 @@
 #include "support/Text.h"
 
 namespace Standalone {
-
 std::optional<Json::Value> parseStrictJson(const std::string& text, std::string& fault) {
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
@@ -27,5 +26,4 @@ std::string toLine(const Json::Value& value) {
   builder["indentation"] = "";
   return Json::writeString(builder, value);
 }
-
 }  // namespace Standalone

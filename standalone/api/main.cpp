@@ -13,7 +13,6 @@
 using namespace Standalone;
 
 namespace {
-
 constexpr unsigned requestSeconds = 10;
 
 // Closes the connection, so that the client does not wait for the end of the command.
@@ -22,7 +21,6 @@ void hangUp() {
   close(STDIN_FILENO);
   open("/dev/null", O_RDONLY);
 }
-
 }  // namespace
 
 int main(int count, char** words) {

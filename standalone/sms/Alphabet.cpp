@@ -8,7 +8,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr char escapeCode = 0x1B;
 constexpr char32_t replacement = 0xFFFD;
 
@@ -84,7 +83,6 @@ void appendUtf16(std::string& octets, char32_t unit) {
   octets += static_cast<char>(unit >> 8U);
   octets += static_cast<char>(unit & 0xFFU);
 }
-
 }  // namespace
 
 std::string fromGsm(const std::string& codes) {
@@ -173,5 +171,4 @@ std::optional<std::string> fromHex(const std::string& digits) {
     octets += static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16));
   return octets;
 }
-
 }  // namespace Standalone

@@ -4,7 +4,6 @@
 #include <string>
 
 namespace Standalone {
-
 /// Conversions between UTF-8 and the encodings of the network (3GPP TS 23.038).
 
 /// Converts GSM 7-bit codes, one code per byte, to UTF-8. Uses the default alphabet and its extension table.
@@ -28,5 +27,4 @@ std::string toHex(const std::string& octets);
 
 /// Converts hexadecimal digits of either case to octets. Returns nullopt if a digit is missing or invalid.
 std::optional<std::string> fromHex(const std::string& digits);
-
 }  // namespace Standalone

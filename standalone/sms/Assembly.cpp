@@ -10,7 +10,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr std::int64_t partsTimeout = 72 * 3600;  // seconds within which all parts of a message must arrive
 
 // The parts of one message that have arrived.
@@ -91,7 +90,6 @@ class Groups {
   std::vector<Group> all_;
   std::map<Key, std::size_t> latest_;  // the index in all_ of the latest group with this key
 };
-
 }  // namespace
 
 std::string dataLine(const std::string& octets) {
@@ -138,5 +136,4 @@ std::vector<Message> assemble(const std::vector<Stored>& stored, std::int64_t no
   }
   return messages;
 }
-
 }  // namespace Standalone

@@ -8,7 +8,6 @@
 #include "standalone/sms/Pdu.h"
 
 namespace Standalone {
-
 /// A short message in the memory of a modem.
 struct Stored {
   std::string place;  ///< identifies its place in the memory; without blanks and commas
@@ -34,5 +33,4 @@ std::vector<std::string> partsOf(const std::string& id);
 
 /// Returns the id of a part: its place, a comma, and the checksum of its PDU.
 std::string partId(const Stored& stored);
-
 }  // namespace Standalone

@@ -12,7 +12,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr char escape = 0x1B;  // cancels a prompt for data
 constexpr char endOfData = 0x1A;
 constexpr std::chrono::milliseconds firstAnswer(2000);
@@ -31,7 +30,6 @@ bool isUnsolicited(const std::string& line) {
     if (beginsWith(line, prefix)) return true;
   return false;
 }
-
 }  // namespace
 
 std::string AtPort::Answer::value(const std::string& prefix) const {
@@ -158,5 +156,4 @@ AtPort::Answer AtPort::demand(const std::string& command) {
   if (!answer.error.empty()) throw Problem("the modem refuses " + command + ": " + answer.error);
   return answer;
 }
-
 }  // namespace Standalone

@@ -6,7 +6,6 @@
 #include "standalone/sms/Deadline.h"
 
 namespace Standalone {
-
 /// A serial port with a modem that accepts AT commands (3GPP TS 27.007, V.250).
 /// The modem echoes each command. Lines before the echo, and unsolicited lines, are ignored.
 class AtPort {
@@ -48,5 +47,4 @@ class AtPort {
   int port_ = -1;
   std::string pending_;  ///< received bytes that were not read as lines yet
 };
-
 }  // namespace Standalone

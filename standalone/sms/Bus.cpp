@@ -5,7 +5,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr char manager[] = "org.freedesktop.ModemManager1";
 constexpr char managerPath[] = "/org/freedesktop/ModemManager1";
 constexpr char tryAgain[] = "org.freedesktop.ModemManager1.Error.Core.Retry";
@@ -90,7 +89,6 @@ Properties readProperties(sd_bus_message* message) {
   readDictionary(message, 's', "v", [&](const std::string& name) { readValue(message, name, properties); });
   return properties;
 }
-
 }  // namespace
 
 void mustWork(int result) {
@@ -170,5 +168,4 @@ std::string Bus::owner() {
   char text[SD_ID128_STRING_MAX];
   return std::string(sd_id128_to_string(id, text)) + "/" + name;
 }
-
 }  // namespace Standalone

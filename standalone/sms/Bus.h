@@ -11,7 +11,6 @@
 #include "standalone/sms/Modem.h"
 
 namespace Standalone {
-
 /// The properties of a D-Bus object, but only texts, octets and numbers.
 struct Properties {
   std::map<std::string, std::string> texts;
@@ -70,5 +69,4 @@ Bus::Reply Bus::call(const std::string& path, const char* interface, const char*
     if (!again) return reply;
   }
 }
-
 }  // namespace Standalone

@@ -9,7 +9,6 @@
 
 namespace Standalone {
 namespace {
-
 using Mark = State::Mark;
 
 void print(const std::vector<Message>& messages, std::ostream& out) {
@@ -32,7 +31,6 @@ std::string quoted(const std::string& text) {
   }
   return json + "\"";
 }
-
 }  // namespace
 
 // Returns the messages without the mark ToDelete. Removes marks of messages that no longer exist.
@@ -118,5 +116,4 @@ std::string printed(const Status& status, bool asJson) {
   add("problem", status.problem, true);
   return asJson ? "{" + text + "}\n" : text;
 }
-
 }  // namespace Standalone

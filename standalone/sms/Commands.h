@@ -7,7 +7,6 @@
 #include "standalone/sms/State.h"
 
 namespace Standalone {
-
 /// The commands of the tool, for any kind of modem. Each may throw a Problem.
 class Commands {
  public:
@@ -33,5 +32,4 @@ class Commands {
 
 /// Returns the status as lines for a person, or as one JSON object.
 std::string printed(const Status& status, bool asJson);
-
 }  // namespace Standalone

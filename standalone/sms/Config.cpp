@@ -8,13 +8,11 @@
 
 namespace Standalone {
 namespace {
-
 std::string trim(const std::string& text) {
   constexpr char blanks[] = " \t\r";
   const std::size_t begin = text.find_first_not_of(blanks);
   return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
-
 }  // namespace
 
 Config Config::read(const std::string& file) {
@@ -39,5 +37,4 @@ Config Config::read(const std::string& file) {
   }
   return config;
 }
-
 }  // namespace Standalone

@@ -3,7 +3,6 @@
 #include <string>
 
 namespace Standalone {
-
 /// The settings of the tool. Their file has lines of "key = value", empty lines, and "#" comments.
 struct Config {
   static constexpr char standardFile[] = "/etc/smsconfig";
@@ -14,5 +13,4 @@ struct Config {
   /// Reads `file`. A missing file counts as empty. Throws a Problem if a line is invalid.
   static Config read(const std::string& file);
 };
-
 }  // namespace Standalone

@@ -4,7 +4,6 @@
 #include <chrono>
 
 namespace Standalone {
-
 /// The time limit of a call of the tool.
 class Deadline {
  public:
@@ -22,5 +21,4 @@ class Deadline {
  private:
   std::chrono::steady_clock::time_point end_;
 };
-
 }  // namespace Standalone

@@ -6,7 +6,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr std::size_t partSize = 900;
 constexpr char lineBreaks[] = "\r\n";
 constexpr std::string_view messageMarker = "index";
@@ -75,7 +74,6 @@ std::string header(unsigned reference, std::size_t count, std::size_t number) {
                 reference & 0xFFU, static_cast<unsigned>(count), static_cast<unsigned>(number));
   return text;
 }
-
 }  // namespace
 
 std::string escaped(const std::string& text) {
@@ -109,5 +107,4 @@ std::string Listing::print(const Message& message) {
     blocks += block(message, header(reference, parts.size(), i + 1) + parts[i]);
   return blocks;
 }
-
 }  // namespace Standalone

@@ -7,7 +7,6 @@
 #include "standalone/sms/Modem.h"
 
 namespace Standalone {
-
 /// Prints messages in the form that the SMS daemon reads. The daemon then reads each text byte for byte.
 /// Escapes backslash, quote, line feed, carriage return, and the word "index", which would begin a message.
 /// Prints U+FFFD for a NUL, which would end the line. Prints other UTF-8 unchanged. The daemon reads lines of
@@ -28,5 +27,4 @@ class Listing {
 
 /// Returns `text` in the form that it has between the quotes of a "user-data:" line.
 std::string escaped(const std::string& text);
-
 }  // namespace Standalone

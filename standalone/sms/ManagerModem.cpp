@@ -10,7 +10,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr char modemInterface[] = "org.freedesktop.ModemManager1.Modem";
 constexpr char networkInterface[] = "org.freedesktop.ModemManager1.Modem.Modem3gpp";
 constexpr char messagingInterface[] = "org.freedesktop.ModemManager1.Modem.Messaging";
@@ -72,7 +71,6 @@ std::int64_t secondsOf(const std::string& stamp) {
   if (zone[0] == '-') minutes = -minutes;
   return timegm(&parts) - hours * hour - minutes * minute;
 }
-
 }  // namespace
 
 ManagerModem::ManagerModem(const Config& config, State& state, const Deadline& deadline)
@@ -271,5 +269,4 @@ void ManagerModem::fetchMissed(bool arrived) {
   }
   state_.save();
 }
-
 }  // namespace Standalone

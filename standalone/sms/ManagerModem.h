@@ -10,7 +10,6 @@
 #include "standalone/sms/State.h"
 
 namespace Standalone {
-
 /// The first modem of ModemManager. ModemManager joins the parts of concatenated messages, keeps no read
 /// marks, and renumbers its messages at each start.
 class ManagerModem final : public Modem {
@@ -50,5 +49,4 @@ class ManagerModem final : public Modem {
   Properties network_;          ///< as the last find() has read them
   bool waitsForParts_ = false;  ///< true if a message lacks parts and is less than an hour old
 };
-
 }  // namespace Standalone

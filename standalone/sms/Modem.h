@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace Standalone {
-
 /// An error, with a text of one line for the user. The tool then exits with status 1.
 class Problem : public std::runtime_error {
  public:
@@ -65,5 +64,4 @@ class Modem {
   /// function after each listing of unread messages. `arrived` is true if the listing contained messages.
   virtual void fetchMissed(bool /*arrived*/) {}
 };
-
 }  // namespace Standalone

@@ -8,7 +8,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr char semiOctets[] = "0123456789*#abc";
 // Types of an address.
 constexpr unsigned international = 1;
@@ -216,7 +215,6 @@ Submit makeSubmit(const std::string& address, const std::string& header, const s
   octets += isGsm ? pack(content, headerSeptets * 7 - header.size() * 8) : content;
   return {octets.size(), "00" + toHex(octets)};
 }
-
 }  // namespace
 
 std::optional<Part> readDeliver(const std::string& hex) {
@@ -259,5 +257,4 @@ bool isNumber(const std::string& number) {
   return !digits.empty() && digits.size() <= 20 &&
          digits.find_first_not_of("0123456789*#") == std::string::npos;
 }
-
 }  // namespace Standalone

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace Standalone {
-
 /// One received short message as the network delivers it (SMS-DELIVER of 3GPP TS 23.040).
 struct Part {
   enum class Alphabet { Gsm, Data, Ucs2 };
@@ -42,5 +41,4 @@ std::vector<Submit> makeSubmits(const std::string& number, const std::string& te
 
 /// Returns true if `number` consists of an optional "+" and of 1 to 20 digits, "*" and "#".
 bool isNumber(const std::string& number);
-
 }  // namespace Standalone

@@ -8,7 +8,6 @@
 
 namespace Standalone {
 namespace {
-
 constexpr char noSim[] = "no SIM";
 constexpr char locked[] = "the SIM is locked: it requires its ";
 
@@ -67,7 +66,6 @@ std::string reasonOf(const std::string& error) {
     if (error == line) return std::string(reason) + " (" + error + ")";
   return error;
 }
-
 }  // namespace
 
 PortModem::PortModem(const Config& config, State& state, const Deadline& deadline)
@@ -235,5 +233,4 @@ void PortModem::addMemories(Status& status) {
   status.room = room;
   status.problem = room == 0 ? "the memory for messages is full" : warning();
 }
-
 }  // namespace Standalone

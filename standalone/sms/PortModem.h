@@ -10,7 +10,6 @@
 #include "standalone/sms/State.h"
 
 namespace Standalone {
-
 /// Drives a modem on a serial port with AT commands in PDU mode (3GPP TS 27.005). No other program may use
 /// the port. The modem keeps read marks, and holds messages in the memory of the SIM and in its own memory.
 class PortModem final : public Modem {
@@ -48,5 +47,4 @@ class PortModem final : public Modem {
   std::string selected_;  ///< the name of the selected memory
   bool full_ = false;     ///< true if a memory is full and the tool has listed no message
 };
-
 }  // namespace Standalone

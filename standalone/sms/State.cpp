@@ -17,7 +17,6 @@
 
 namespace Standalone {
 namespace {
-
 // While the object exists, a process of root has the rights of the folder's owner only. Links that the owner
 // has put into the folder then cannot make root write elsewhere.
 class AsOwner {
@@ -40,7 +39,6 @@ class AsOwner {
 };
 
 [[noreturn]] void fail(const std::string& action) { throw Problem(action + ": " + std::strerror(errno)); }
-
 }  // namespace
 
 std::int64_t upTime() {
@@ -111,5 +109,4 @@ void State::save() const {
   out.close();
   if (!out || std::rename(fresh.c_str(), file().c_str()) != 0) fail("cannot write " + fresh);
 }
-
 }  // namespace Standalone

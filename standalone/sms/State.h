@@ -7,7 +7,6 @@
 #include "standalone/sms/Deadline.h"
 
 namespace Standalone {
-
 /// The state that the tool keeps between calls, in a text file. The file is in /run, so a reboot removes it.
 /// While the object exists it holds a lock, so that simultaneous calls do not overwrite each other's marks.
 class State {
@@ -51,5 +50,4 @@ class State {
 
 /// Returns the seconds since the machine was booted.
 std::int64_t upTime();
-
 }  // namespace Standalone

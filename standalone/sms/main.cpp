@@ -19,7 +19,6 @@
 #include "standalone/sms/State.h"
 
 namespace {
-
 using namespace Standalone;
 using Words = std::vector<std::string>;
 
@@ -122,7 +121,6 @@ int run(const Words& words, bool verbose) {
     serve(state, words, deadline);
   return 0;
 }
-
 }  // namespace
 
 int main(int argc, char** argv) {

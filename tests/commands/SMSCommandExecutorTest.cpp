@@ -4,12 +4,10 @@
 #include "tests/Testing.h"
 
 namespace {
-
 constexpr char url[] = "http://localhost/api/command/sms_send";
 constexpr char noTransfer[] = "curl_easy_perform failed";
 constexpr char noJson[] = "failed to parse Json response object";
 constexpr char noCode[] = "request failed with response code: 0";
-
 }  // namespace
 
 // Given: the bytes of the answer. Expected: the error that is logged, or an empty text for success.

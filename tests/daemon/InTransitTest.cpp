@@ -14,10 +14,8 @@ using testing::HasSubstr;
 using namespace MessageStatus;
 
 namespace {
-
 std::string flushed;  ///< what was brought to the disk, in order
 bool diskFails = false;
-
 }  // namespace
 
 // Replaces the C library's function: no test can observe the disk.
@@ -31,7 +29,6 @@ extern "C" int fsync(int file) {
 }
 
 namespace {
-
 constexpr char settings[] =
     "{'enabled':true,'checkinEnabled':true,'rebootEnabled':true,'whitelist':{'enabled':false,'numbers':[]},"
     "'password':{'enabled':false,'text':''}}";
@@ -79,7 +76,6 @@ class Gateway {
   World world;
   std::vector<std::uint32_t> timings;
 };
-
 }  // namespace
 
 struct LeftRow {

@@ -16,7 +16,6 @@ using testing::HasSubstr;
 using namespace MessageStatus;
 
 namespace {
-
 // These changes permit only #reboot, and only from the number 1.
 constexpr char rebootByNumber1[] = "{'checkinEnabled':false,'whitelist':{'enabled':true,'numbers':['1']}}";
 constexpr char firstPart[] =
@@ -42,7 +41,6 @@ class Pass : public testing::Test {
   Commands commands_{rebootByNumber1};
   RetryState retry_;
 };
-
 }  // namespace
 
 TEST_F(Pass, ReadsOnlyTheOutboxWhenThereIsNothingToDo) {

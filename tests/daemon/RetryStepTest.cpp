@@ -25,7 +25,6 @@ extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
 }
 
 namespace {
-
 /// Runs a step every 5 seconds. The clock starts just below its overflow.
 class RetryStep : public testing::Test {
  protected:
@@ -53,7 +52,6 @@ class RetryStep : public testing::Test {
   World world_;
   RetryState state_;
 };
-
 }  // namespace
 
 struct ScheduleRow {

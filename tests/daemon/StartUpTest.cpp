@@ -17,7 +17,6 @@
 #include "tests/Testing.h"
 
 namespace {
-
 /// The call that fails with EPERM; "none" for none. While it is set, fork() creates no process and returns 0.
 std::string failing;
 
@@ -30,7 +29,6 @@ template <typename Function>
 Function real(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
-
 }  // namespace
 
 // These replace functions of the C library.
@@ -88,7 +86,6 @@ TEST_ROWS(Check, StopsAtTheFirstFault, checkRows) {
 }
 
 namespace {
-
 constexpr char timingsFile[] = "/var/run/config/backofftimers_config";
 std::string answer(const char* changes) {
   Json::Value envelope = json("{'code':200,'result':{'enabled':true,'receivedLimit':3,'sentLimit':2}}");
@@ -124,7 +121,6 @@ std::string receiveAll(DatagramSocket& syslog) {
   for (std::string line; !(line = syslog.receive()).empty();) lines += line + "\n";
   return lines;
 }
-
 }  // namespace
 
 struct EndRow {
@@ -200,7 +196,6 @@ TEST(Main, CreatesTheFoldersInOrder) {
 }
 
 namespace {
-
 /// The state of this process, one line each. `inherited` is a descriptor that the starter left open.
 std::string describeProcess(int inherited) {
   std::string text = "folder " + std::filesystem::current_path().string();
@@ -235,7 +230,6 @@ std::string describeProcess(int inherited) {
   (void)!write(pipe, text.data(), text.size());
   std::_Exit(0);
 }
-
 }  // namespace
 
 TEST(StartUp, GivesTheDaemonTheSameStateWhateverItsStarterDid) {

@@ -17,7 +17,6 @@
 #include "support/Logger.h"
 
 namespace {
-
 template <typename... Types>
 constexpr bool copyable =
     (std::is_copy_constructible_v<Types> || ...) || (std::is_copy_assignable_v<Types> || ...);
@@ -68,5 +67,4 @@ static_assert(AT(rebootEnabled) == 1 && AT(rmEnabled) == 2 && AT(setCellularEnab
               AT(ethernetEnabled) == 7 && AT(wanStatusEnabled) == 8 && AT(wifiEnabled) == 9 &&
               AT(pingEnabled) == 10 && AT(serialEnabled) == 11 && AT(geopositionEnabled) == 12 &&
               AT(lnsRestartEnabled) == 13 && AT(wanIpsEnabled) == 14 && AT(enabled) == 15);
-
 }  // namespace

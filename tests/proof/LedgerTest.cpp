@@ -8,7 +8,6 @@
 #include "tests/TemporaryFolder.h"
 
 namespace {
-
 constexpr char sender[] = "+49", command[] = "#ping 1", firstPart[] = "one ", secondPart[] = "text";
 
 // Plays a correct or a faulty daemon between two checks of the ledger.
@@ -201,5 +200,4 @@ TEST(Ledgers, ReportWhatHappenedToAMessage) {
        {"met: No room under /tmp", "look 1: ", "off the modem: #ping", "received/0", "log a line of the log"})
     EXPECT_NE(history.find(part), std::string::npos) << history;
 }
-
 }  // namespace

@@ -5,7 +5,6 @@
 #include "tests/Testing.h"
 
 namespace {
-
 // Splits `text` into lines. Each line keeps its line feed; the last line may have no line feed.
 std::vector<std::string> lines(const std::string& text) {
   std::vector<std::string> all;
@@ -20,7 +19,6 @@ std::string ahead() {
   char text[80];
   return {text, std::strftime(text, sizeof(text), "%Y%m%d%H%M%S", std::gmtime(&shown))};
 }
-
 }  // namespace
 
 // The records are compared without "guid" and "timestamp".

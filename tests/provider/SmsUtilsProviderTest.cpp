@@ -10,7 +10,6 @@
 using testing::HasSubstr;
 
 namespace {
-
 constexpr char calls[] = "/tmp/calls";
 constexpr char sent[] = "/tmp/sent";
 constexpr char twoMessages[] = "printf 'index\\naddr: 1\\nuser-data: a\\nindex\\naddr: 2\\n'";
@@ -41,7 +40,6 @@ class SmsUtilsProviderTest : public testing::Test {
 
 constexpr char listCalls[] = "/etc/smsconfig list unread\n/etc/smsconfig list read\n";
 constexpr char deleteCall[] = "/etc/smsconfig delete read\n";
-
 }  // namespace
 
 TEST_F(SmsUtilsProviderTest, DeletesOnlyIfThereIsAMessageEvenWithoutASender) {

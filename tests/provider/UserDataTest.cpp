@@ -41,14 +41,12 @@ TEST(EscapedByte, IsZeroPastTheEnd) {
 }
 
 namespace {
-
 // Returns "REFERENCE INDEX/COUNT REST" for a record with a part's keys, and "- REST" for another record.
 std::string described(const Json::Value& record, const std::string& rest) {
   if (record.isNull()) return "- " + rest;
   return record["part-id"].asString() + " " + record["part-index"].asString() + "/" +
          record["part-count"].asString() + " " + rest;
 }
-
 }  // namespace
 
 const Row<const char*, const char*> headerRows[] = {

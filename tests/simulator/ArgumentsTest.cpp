@@ -6,7 +6,6 @@ using Simulator::splitLine;
 using Simulator::Word;
 
 namespace {
-
 std::vector<Word> wordsOf(const std::string& line) {
   std::vector<Word> words;
   return splitLine(line, words) ? words : std::vector<Word>{{"a quote is left open", false}};
@@ -73,5 +72,4 @@ TEST_ROWS(Syntax, IsChecked, syntaxRows) {
   Arguments given;
   EXPECT_EQ(given.read(GetParam().syntax, wordsOf(GetParam().line)), GetParam().problem);
 }
-
 }  // namespace

@@ -7,7 +7,6 @@
 using Simulator::GsmEncoder;
 
 namespace {
-
 // Decodes a part as the daemon does.
 std::string decoded(const std::string& part) {
   Json::Value record;
@@ -102,5 +101,4 @@ TEST_ROWS(RefusedText, IsExplained, refusalRows) {
   const std::string problem = encoder.encode(GetParam().given, {false, 3, 1});
   EXPECT_NE(problem.find(GetParam().expected), std::string::npos) << problem;
 }
-
 }  // namespace

@@ -6,7 +6,6 @@
 #include "tests/Rows.h"
 
 namespace {
-
 /// Collects the output of a stream while the object exists.
 class Printed {
  public:
@@ -100,5 +99,4 @@ TEST_ROWS(ConsoleLine, IsAnswered, answerRows) {
   ScriptedGateway gateway;
   EXPECT_EQ(gateway.interpreter.execute(GetParam().given).text, GetParam().expected);
 }
-
 }  // namespace

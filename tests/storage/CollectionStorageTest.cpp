@@ -12,7 +12,6 @@
 using namespace MessageStatus;
 
 namespace {
-
 /// The message folders below a temporary folder.
 class Folders {
  public:
@@ -40,7 +39,6 @@ class Folders {
   const std::shared_ptr<FolderCollectionStorage> storage =
       std::make_shared<FolderCollectionStorage>(root.path, root.path + "/staging");
 };
-
 }  // namespace
 
 TEST(FolderCollectionStorage, HasAFolderForEachStatusAndMovesNothing) {

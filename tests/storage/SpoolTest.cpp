@@ -89,7 +89,6 @@ TEST(NoteFile, DetectsEachFlippedBitAndEachTruncation) {
 }
 
 namespace {
-
 class SpoolTest : public testing::Test {
  protected:
   std::vector<std::string> names() const {
@@ -107,7 +106,6 @@ class SpoolTest : public testing::Test {
 };
 
 using testing::ElementsAre;
-
 }  // namespace
 
 TEST_F(SpoolTest, KeepsNotesForTheNextDaemonUnderTheirStage) {

@@ -8,14 +8,12 @@
 using Orvel::Logger;
 
 namespace {
-
 /// The socket to which syslog() writes. Its destruction makes the logger write to standard error again.
 class SyslogSocket : public DatagramSocket {
  public:
   SyslogSocket() : DatagramSocket(_PATH_LOG) {}
   ~SyslogSocket() { Logger::setup(Logger::PrintMode::StandardError); }
 };
-
 }  // namespace
 
 TEST(Logger, SetUpFailsWithoutSyslogOrIdent) {

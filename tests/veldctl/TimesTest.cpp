@@ -4,7 +4,6 @@
 #include "veldctl/Times.h"
 
 namespace {
-
 constexpr std::time_t now = 1'800'000'000;  // 2027-01-15 08:00:00 UTC
 
 void setZone(const char* zone) {
@@ -40,5 +39,4 @@ const Row<std::int64_t, const char*> spanRows[] = {
     {"Hours", 7200, "2 h"},        {"LastHours", 172799, "47 h"}, {"Days", 172800, "2 d"},
 };
 TEST_ROWS(Span, HasASuitableUnit, spanRows) { EXPECT_EQ(Times::span(GetParam().given), GetParam().expected); }
-
 }  // namespace

@@ -12,7 +12,6 @@
 using namespace Standalone;
 
 namespace {
-
 // The build defines PROGRAM, the path of veld-api, and SOURCES, the folder of its other installed files.
 constexpr char command[] = R"({"recipients": ["+49170"], "args": ["a", "b c"]})";
 constexpr char settings[] = R"({"smsCommands": {"enabled": true, "pingEnabled": true}})";
@@ -96,7 +95,6 @@ struct ApiFolder : TemporaryFolder {
 
   std::string sent() const { return readFile(path + "/bin/sent"); }
 };
-
 }  // namespace
 
 const Row<std::string, const char*> answerRows[] = {

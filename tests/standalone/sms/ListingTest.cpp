@@ -11,7 +11,6 @@
 using Standalone::Message;
 
 namespace {
-
 namespace Key = MessageRecord::Key;
 
 constexpr std::size_t pieceSize = 1023;  // the daemon reads a line in pieces of this size
@@ -99,5 +98,4 @@ TEST_ROWS(ListedSender, Arrives, senderRows) {
   EXPECT_EQ(records[0][Key::Source].asString(), GetParam().expected);
   EXPECT_EQ(records[0][Key::Message].asString(), "t");
 }
-
 }  // namespace

@@ -5,7 +5,6 @@ using Standalone::Part;
 using Standalone::readDeliver;
 
 namespace {
-
 // Returns centre, sender, alphabet, reference, number/count, seconds and text in one line.
 std::string described(const std::optional<Part>& part) {
   if (!part) return "none";
@@ -91,5 +90,4 @@ const Row<const char*, bool> numberRows[] = {
 TEST_ROWS(Number, IsRecognised, numberRows) {
   EXPECT_EQ(Standalone::isNumber(GetParam().given), GetParam().expected);
 }
-
 }  // namespace
