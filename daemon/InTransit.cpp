@@ -11,13 +11,9 @@
 #include "storage/MessageStatus.h"
 #include "support/Logger.h"
 
-namespace {
-constexpr char journalOfOldVersions[] = "/journal";
-}
-
 InTransit::InTransit(const std::string& root, const std::string& staging)
     : spool(root), root_(root), staging_(staging) {
-  const std::string journal = root + journalOfOldVersions;
+  const std::string journal = root + "/journal";
   if (access(journal.c_str(), F_OK) == 0)
     ORVEL_LOG(WARNING, "Journal [%s] of an earlier version is not read and stays where it is",
               journal.c_str());

@@ -102,7 +102,7 @@ void Inbox::fileMerged(std::vector<Json::Value> records, Noted& parts, const std
   Noted noted{"", {Batch::Kind::Merged, std::move(records)}};
   if (const std::optional<Spool::Note> note = noteOf(noted.batch)) noted.name = inTransit_.spool.add(*note);
   for (const std::size_t place : places) parts.isFiled[place] = true;
-  settle(parts, turn);
+  if (!settle(parts, turn)) return;  // the next pass merges these parts again
   for (std::size_t place = 0; place < noted.batch.records.size(); ++place) {
     Orvel::Watchdog::feed();
     // A command in a concatenated message is obeyed, but its record is not marked.
@@ -163,8 +163,8 @@ bool Inbox::save(const Json::Value& record) {
 }
 
 // Flushes what is filed to the disk, and then removes the note. If records are left, replaces the note by one
-// with only those.
-void Inbox::settle(Noted& noted, Turn turn) {
+// with only those. False if the note still holds a record that is filed.
+bool Inbox::settle(Noted& noted, Turn turn) {
   std::vector<std::string> files;
   Batch rest{noted.batch.kind, {}};
   for (std::size_t place = 0; place < noted.isFiled.size(); ++place) {
@@ -174,15 +174,16 @@ void Inbox::settle(Noted& noted, Turn turn) {
     else
       rest.records.push_back(record);
   }
-  if (turn == Turn::Later && files.empty()) return;
-  if (!flushFiles(files)) return;
+  if (turn == Turn::Later && files.empty()) return true;
+  if (!flushFiles(files)) return false;
   if (rest.records.empty()) {
-    inTransit_.spool.remove(noted.name);
+    if (!inTransit_.spool.remove(noted.name)) return false;
     noted = {};
-    return;
+    return true;
   }
   // In the first turn, every command in the rest was offered. A later turn stops at the first record left.
   rest.begun = rest.records.size() + 1;
   if (turn == Turn::Later) rest.begun = noted.batch.begun - std::min(noted.batch.begun, files.size());
-  if (const std::optional<Spool::Note> note = noteOf(rest)) inTransit_.spool.replace(noted.name, *note);
+  const std::optional<Spool::Note> note = noteOf(rest);
+  return !note || inTransit_.spool.replace(noted.name, *note);
 }

@@ -43,7 +43,7 @@ class Inbox : private Orvel::NonCopyable {
   bool obeyNow(Noted& noted, std::size_t place);
   void sayThatNotObeyed(const Batch& batch, std::size_t place);
   bool save(const Json::Value& record);
-  void settle(Noted& noted, Turn turn);
+  bool settle(Noted& noted, Turn turn);
 
   CheckedStorage& storage_;
   SMSCommand& commands_;

@@ -14,9 +14,9 @@
 namespace {
 namespace Key = MessageRecord::Key;
 
-int statusAfter(bool sent) { return sent ? MessageStatus::Sent : MessageStatus::Failed; }
-
-int statusAfter(const Send& send) { return statusAfter(send.stage == Send::Stage::Sent); }
+int statusAfter(const Send& send) {
+  return send.stage == Send::Stage::Sent ? MessageStatus::Sent : MessageStatus::Failed;
+}
 
 Json::Value afterFailedRetry(Json::Value record) {
   record[Key::Retries] = MessageRecord::retriesAfterFailure(record);
@@ -58,9 +58,9 @@ bool Outbox::send(const Json::Value& record, int from) {
   inTransit_.expectSend(record, from);
   const bool sent = provider_.sendMessage(record);
   inTransit_.answered(sent);
-  const Send::Stage stage = sent ? Send::Stage::Sent : Send::Stage::Refused;
-  const bool filed = file(record, from, sent);
-  settle({inTransit_.takeSend(), {stage, record, from}}, filed);
+  const Send send{sent ? Send::Stage::Sent : Send::Stage::Refused, record, from};
+  const bool filed = file(send);
+  settle({inTransit_.takeSend(), send}, filed);
   return sent;
 }
 
@@ -108,10 +108,11 @@ void Outbox::settle(const Noted& noted, bool filed) {
     left_.push_back(noted);
 }
 
-bool Outbox::file(const Json::Value& record, int from, bool sent) {
-  if (sent || from == MessageStatus::Sending) return storage_.move(record, from, statusAfter(sent));
-  storage_.remove(record, from);
-  return storage_.save(afterFailedRetry(record), from);
+bool Outbox::file(const Send& send) {
+  const int to = statusAfter(send);
+  if (send.from != to) return storage_.move(send.record, send.from, to);
+  storage_.remove(send.record, to);
+  return storage_.save(afterFailedRetry(send.record), to);
 }
 
 bool Outbox::liesUnderFrom(const Send& send) const {

@@ -36,7 +36,7 @@ class Outbox : private Orvel::NonCopyable {
   void takeIn(std::string name, Send send);
   bool fileAgain(const Send& send);
   void settle(const Noted& noted, bool filed);
-  bool file(const Json::Value& record, int from, bool sent);
+  bool file(const Send& send);
   [[nodiscard]] bool liesUnderFrom(const Send& send) const;
 
   SmsProvider& provider_;

@@ -20,8 +20,8 @@ using Simulator::Gateway;
 using Simulator::MessageFolders;
 
 constexpr std::time_t newYear = 1767225600;  // 2026-01-01; each world has the same guids and dates
-constexpr double hangSeconds = 120;          // an emulated machine is slow
-constexpr std::size_t headerSize = 28;       // of the header of a part: seven octets, printed as \xHH
+constexpr double hangSeconds = 60;
+constexpr std::size_t headerSize = 28;  // of the header of a part: seven octets, printed as \xHH
 
 // The path of a built program.
 fs::path built(const std::string& program) {
@@ -69,14 +69,14 @@ std::size_t World::enter(const std::string& text, const std::string& sender, uns
 }
 
 void World::deliver(std::size_t message, std::size_t part) {
-  const Delivery& delivery = deliveries_[message];
-  gateway_->modem.receive(delivery.sender, delivery.parts[part]);
+  const auto& [sender, parts] = deliveries_[message];
+  gateway_->modem.receive(sender, parts[part]);
   ledger.arrived(message, part);
 }
 
 void World::receive(const std::string& text, const std::string& sender, unsigned parts) {
   const std::size_t message = enter(text, sender, parts);
-  for (std::size_t part = 0; part < deliveries_[message].parts.size(); ++part) deliver(message, part);
+  for (std::size_t part = 0; part < deliveries_[message].second.size(); ++part) deliver(message, part);
 }
 
 void World::queue(const std::string& text, const std::string& number, unsigned retries) {

@@ -90,12 +90,8 @@ class World {
   unsigned below(unsigned bound) { return static_cast<unsigned>(random() % bound); }
 
  private:
-  struct Delivery {
-    std::string sender;
-    std::vector<std::string> parts;
-  };
   std::unique_ptr<Simulator::Gateway> gateway_;
-  std::map<std::size_t, Delivery> deliveries_;  // by message
+  std::map<std::size_t, std::pair<std::string, std::vector<std::string>>> deliveries_;  // sender and parts
   unsigned nextReference_ = 1;
   std::string running_;                      // the name of the steps that run
   std::size_t logLines_ = 0, requests_ = 0;  // already in the ledger

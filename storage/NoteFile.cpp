@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -17,11 +18,6 @@ namespace {
 constexpr char unfinished[] = ".new";
 constexpr char headerBegin[] = "veld 1 ";
 constexpr std::size_t longestNote = 64 * 1024 * 1024;  // a listing of more messages than a modem holds
-
-bool endsWith(const std::string& name, const std::string& ending) {
-  return name.size() >= ending.size() &&
-         name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
-}
 
 bool writeWhole(int file, const std::string& content) {
   for (std::size_t written = 0; written < content.size();) {
@@ -44,9 +40,10 @@ bool writeNamed(int folder, const std::string& aside, const std::string& name, c
 std::string folderBelow(const std::string& root) { return root + "/spool"; }
 
 Kind kindOf(const std::string& name) {
+  const std::string ending = name.substr(std::min(name.rfind('.'), name.size()));
   if (name == reserve) return Kind::Reserve;
-  if (endsWith(name, damaged)) return Kind::SetAside;
-  if (endsWith(name, unfinished)) return Kind::Unfinished;
+  if (ending == damaged) return Kind::SetAside;
+  if (ending == unfinished) return Kind::Unfinished;
   return numberOf(name) != 0 ? Kind::Note : Kind::Foreign;
 }
 

@@ -78,12 +78,13 @@ std::string Spool::add(const Note& note) {
   return name;
 }
 
-void Spool::replace(std::string& name, const Note& note) {
+bool Spool::replace(std::string& name, const Note& note) {
   const std::string next = add(note);
   const bool isOnDisk = !name.empty() && unwritten_.count(numberOf(name)) == 0;
   const bool keepsOld = isOnDisk && unwritten_.count(numberOf(next)) != 0;
-  remove(keepsOld ? next : name);
+  const bool removed = remove(keepsOld ? next : name);
   if (!keepsOld) name = next;
+  return removed && !keepsOld;
 }
 
 bool Spool::rename(std::string& name, const std::string& stage, bool flushed) {
@@ -102,9 +103,11 @@ bool Spool::rename(std::string& name, const std::string& stage, bool flushed) {
   return !flushed || fsync(folder_.get()) == 0;
 }
 
-void Spool::remove(const std::string& name) {
-  if (name.empty() || unwritten_.erase(numberOf(name)) != 0) return;
-  if (unlinkat(folder_.get(), name.c_str(), 0) != 0 && errno != ENOENT) complain("write");
+bool Spool::remove(const std::string& name) {
+  if (name.empty() || unwritten_.erase(numberOf(name)) != 0) return true;
+  if (unlinkat(folder_.get(), name.c_str(), 0) == 0 || errno == ENOENT) return true;
+  complain("write");
+  return false;
 }
 
 void Spool::setAside(const std::string& name) {

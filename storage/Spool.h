@@ -62,15 +62,16 @@ class Spool : private Orvel::NonCopyable {
   std::string add(const Note& note);
 
   /// Replaces a note by a new one, flushed, and changes `name` to its name. If the new one cannot be written,
-  /// keeps the old one on the disk and its name. An empty name stands for no note.
-  void replace(std::string& name, const Note& note);
+  /// keeps the old one on the disk and its name. An empty name stands for no note. False if the old one
+  /// stays.
+  bool replace(std::string& name, const Note& note);
 
   /// Changes the stage of a note, and `name`. False for an empty name, and if the rename, or the
   /// flush if requested, fails.
   bool rename(std::string& name, const std::string& stage, bool flushed);
 
-  /// Removes a note; not flushed. An empty name stands for no note.
-  void remove(const std::string& name);
+  /// Removes a note; not flushed. An empty name stands for no note. False if the note stays.
+  bool remove(const std::string& name);
 
   /// Sets aside a note whose text is invalid: renames it to NUMBER.STAGE.damaged and logs that.
   void setAside(const std::string& name);

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <set>
 #include <utility>
 
 #include "daemon/MainLoop.h"
@@ -14,8 +15,8 @@ using testing::HasSubstr;
 using namespace MessageStatus;
 
 namespace {
-std::string flushed;  ///< what was brought to the disk, in order
-bool diskFails = false;
+std::string flushed;           ///< what was brought to the disk, in order
+std::set<std::string> broken;  ///< the folders that cannot be flushed
 }  // namespace
 
 // Replaces the C library's function: no test can observe the disk.
@@ -23,9 +24,10 @@ extern "C" int fsync(int file) {
   char path[256] = {};
   [[maybe_unused]] const ssize_t length =
       readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof(path) - 1);
-  flushed += std::string(path).substr(std::string(path).rfind('/') + 1) + " ";
+  const std::string name = std::string(path).substr(std::string(path).rfind('/') + 1);
+  flushed += name + " ";
   errno = EIO;
-  return diskFails ? -1 : 0;
+  return broken.count(name) != 0 ? -1 : 0;
 }
 
 namespace {
@@ -234,13 +236,25 @@ TEST(InTransit, KeepsItsNotesWhileTheDiskFails) {
   gateway.pass();
   gateway.note("1.received-0", batchOfOne);
   gateway.note("2.sending-2", "{'guid':'1'}");
-  diskFails = true;
+  broken = {"received", "failed"};
   gateway.pass();
-  diskFails = false;
+  broken.clear();
   EXPECT_THAT(gateway.spool(), testing::UnorderedElementsAre("1.received-0", "2.refused-2"));
   gateway.pass();
   EXPECT_THAT(gateway.spool(), testing::IsEmpty());
   EXPECT_EQ(gateway.world.folders->saved.size(), 2u);
+}
+
+TEST(InTransit, KeepsAStoredPartUntilTheNoteOfItsOtherPartIsGone) {
+  Gateway gateway;
+  gateway.world.put(storedPart, Received);
+  broken = {"received"};
+  gateway.pass({otherPart});
+  broken.clear();
+  EXPECT_EQ(gateway.world.records(Received), std::vector<Json::Value>{json(storedPart)});
+  gateway.pass();
+  EXPECT_EQ(gateway.world.records(Received), std::vector<Json::Value>{json("{'guid':'1','message':'ab'}")});
+  EXPECT_THAT(gateway.spool(), testing::IsEmpty());
 }
 
 TEST(InTransit, FilesAnotherMessageFirstInEachPass) {
