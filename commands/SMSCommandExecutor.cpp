@@ -1,7 +1,6 @@
 #include "commands/SMSCommandExecutor.h"
 
 #include <curl/curl.h>
-#include <json/json.h>
 
 #include <iostream>
 #include <memory>

@@ -91,7 +91,10 @@ bool Outbox::fileAgain(const Send& send) {
   Orvel::Watchdog::feed();
   const int to = statusAfter(send);
   const Json::Value record = recordAfter(send);
-  if (liesUnderFrom(send)) storage_.remove(send.record, send.from);
+  if (liesUnderFrom(send))
+    storage_.remove(send.record, send.from);
+  else if (MessageRecord::isInFile(record, inTransit_.fileOf(record, MessageStatus::Sent)))
+    return true;  // a later attempt has sent it, while this note could not be read
   return MessageRecord::isInFile(record, inTransit_.fileOf(record, to)) || storage_.save(record, to);
 }
 

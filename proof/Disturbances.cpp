@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "proof/Proofs.h"
-#include "proof/Steps.h"
+#include "proof/Scenario.h"
 #include "simulator/console/Interpreter.h"
 #include "simulator/support/Files.h"
 

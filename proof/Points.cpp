@@ -1,6 +1,5 @@
 #include <sys/mount.h>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>

@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 #include "proof/Proofs.h"
-#include "proof/Steps.h"
 #include "simulator/support/Files.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "proof/Proofs.h"
-#include "proof/Steps.h"
+#include "proof/Scenario.h"
 
 namespace {
 constexpr unsigned limit = 150;         // messages kept in each of inbox and outbox

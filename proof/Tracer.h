@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "support/NonCopyable.h"
+
 /// Runs strace on the daemon. Its child processes are traced only if an option says so.
-class Tracer {
+class Tracer : private Orvel::NonCopyable {
  public:
   struct Call {
     std::size_t number = 0;  ///< position in the trace, from 1
@@ -15,10 +17,7 @@ class Tracer {
     std::string text;  ///< as strace prints it
   };
 
-  Tracer() = default;
   ~Tracer() { detach(); }
-  Tracer(const Tracer&) = delete;
-  Tracer& operator=(const Tracer&) = delete;
 
   /// Traces a process until it ends or detach(), with further options of strace. False when strace fails.
   [[nodiscard]] bool attach(pid_t process, const std::string& options);
