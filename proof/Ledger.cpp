@@ -77,7 +77,8 @@ void Ledger::observe(const News& news) {
   for (const std::string& body : news.posts) posts_.insert(textOf(Simulator::jsonOrText(body)["args"][0]));
   for (const std::size_t number : underWay_) messages_[number].met |= news.faults;
   observeModem();
-  for (Shelf* const shelf : {&inbox_, &outbox_}) observeShelf(*shelf, news.faults);
+  observeFolders({"received"}, inbox_, news.faults);
+  observeFolders({"sending", "sent", "failed"}, outbox_, news.faults);
   for (const std::string& line : news.lines) observeLog(line);
   for (auto number = underWay_.begin(); number != underWay_.end();) {
     messages_[*number].last = history_.size();
@@ -99,28 +100,29 @@ void Ledger::observeModem() {
     }
 }
 
-void Ledger::observeShelf(Shelf& shelf, unsigned faults) {
+// The folders share one limit.
+void Ledger::observeFolders(const std::vector<std::string>& folders, Files& files, unsigned faults) {
   std::map<std::string, File> gone;
   std::string oldest;  // the smallest name that was there before and still is
-  for (const auto& [path, file] : shelf.files)
+  for (const auto& [path, file] : files)
     if (versionOf(path) != file.version)
       gone[path] = file;
     else if (oldest.empty() || nameOf(path) < oldest)
       oldest = nameOf(path);
   for (const auto& [path, file] : gone) {
     tell("no longer in " + path);
-    shelf.files.erase(path);
+    files.erase(path);
     if (file.message) messages_[*file.message].paths.erase(path);
   }
-  for (const std::string& box : shelf.boxes)
+  for (const std::string& box : folders)
     for (const std::string& name : Simulator::listFolder(Simulator::MessageFolders::pathOf(box))) {
       const std::string path = Simulator::MessageFolders::pathOf(box) + "/" + name;
-      if (shelf.files.count(path) == 0) appear(path, shelf.files[path] = read(path, faults));
+      if (files.count(path) == 0) appear(path, files[path] = read(path, faults));
     }
   // A limit displaces the smallest names. A message that is not filed yet may have displaced one already.
-  const bool isFull = shelf.files.size() + underWay_.size() >= limit_;
+  const bool isFull = files.size() + underWay_.size() >= limit_;
   for (const auto& [path, file] : gone) {
-    if (shelf.files.count(path) != 0) continue;
+    if (files.count(path) != 0) continue;
     if (!file.message) strays_.push_back(strayIn(path, file));
     const bool isOldest = oldest.empty() || nameOf(path) < oldest;
     if (file.message && messages_[*file.message].paths.empty())
@@ -193,8 +195,8 @@ void Ledger::met(unsigned faults, const std::string* within) {
 
 std::vector<Ledger::Finding> Ledger::settle(const std::vector<Json::Value>& sent) const {
   std::vector<Finding> findings = strays_;
-  for (const Shelf& shelf : {inbox_, outbox_})
-    for (const auto& [path, file] : shelf.files)
+  for (const Files& files : {inbox_, outbox_})
+    for (const auto& [path, file] : files)
       if (!file.message) findings.push_back(strayIn(path, file));
   std::multiset<std::size_t> sendings;
   for (const Json::Value& one : sent) {

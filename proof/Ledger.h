@@ -83,17 +83,13 @@ class Ledger {
     std::set<std::size_t> parts = {};
     bool whole = false, retries = false;
   };
-  // The message folders that share one limit.
-  struct Shelf {
-    std::vector<std::string> boxes;
-    std::map<std::string, File> files = {};  // by path
-  };
+  using Files = std::map<std::string, File>;  // by path
   // Reports a harm to a message, with a detail, and the faults that may explain it.
   using Find = std::function<void(unsigned harm, const std::string& detail, unsigned faults)>;
 
   std::size_t enter(Message message);
   void observeModem();
-  void observeShelf(Shelf& shelf, unsigned faults);
+  void observeFolders(const std::vector<std::string>& folders, Files& files, unsigned faults);
   void observeLog(const std::string& line);
   void appear(const std::string& path, const File& file);
   File read(const std::string& path, unsigned faults) const;
@@ -111,7 +107,7 @@ class Ledger {
   std::set<std::size_t> underWay_;
   std::map<std::string, unsigned> said_;  // faults that the log reports, by the guid of the message
   std::multiset<std::string> posts_;      // first arguments
-  Shelf inbox_{{"received"}}, outbox_{{"sending", "sent", "failed"}};
+  Files inbox_, outbox_;
   std::vector<std::string> history_;  // what each observation saw
   std::vector<Finding> strays_;       // that the limit has displaced
 };

@@ -64,37 +64,31 @@ bool isClock(const Tracer::Call& call) {
          (call.name == "read" && call.text.find(", 64)") != std::string::npos);
 }
 
-// A disk at /var/config: an ext4 file system on the loop device `device`, in the file `image`.
-class Disk {
- public:
-  Disk(std::string device, std::string image) : device_(std::move(device)), image_(std::move(image)) {
-    std::filesystem::create_directories(folder);
-    insert();
-  }
+// An ext4 file system on the loop device `device`, in the file `image`.
+struct Disk {
+  std::string device, image;
 
+  void insert() const {
+    std::filesystem::create_directories("/var/config");
+    if (mount(device.c_str(), "/var/config", "ext4", 0, nullptr) != 0)
+      throw std::runtime_error("cannot mount");
+  }
   // The disk loses what the kernel has not written to it, and /tmp loses all.
   void cutPower() const {
-    const std::string written = image_ + ".written";
-    copy_file(std::filesystem::path(image_), written, std::filesystem::copy_options::overwrite_existing);
-    umount(folder);
-    std::ofstream(device_, std::ios::binary) << std::ifstream(written, std::ios::binary).rdbuf();
+    const std::string written = image + ".written";
+    copy_file(std::filesystem::path(image), written, std::filesystem::copy_options::overwrite_existing);
+    umount("/var/config");
+    std::ofstream(device, std::ios::binary) << std::ifstream(written, std::ios::binary).rdbuf();
     std::filesystem::remove_all("/tmp/sms");
     insert();
   }
-
- private:
-  void insert() const {
-    if (mount(device_.c_str(), folder, "ext4", 0, nullptr) != 0) throw std::runtime_error("cannot mount");
-  }
-
-  static constexpr char folder[] = "/var/config";
-  std::string device_, image_;
 };
 
 class Runner {
  public:
   explicit Runner(const Words& words) : words_(words), scenario_(Scenario::named(words[0])) {
-    if (words.size() > 4) disk_.emplace(words[3], words[4]);
+    if (words.size() > 4) disk_ = Disk{words[3], words[4]};
+    if (disk_) disk_->insert();
     World world = scenario_.prepare();
     Tracer tracer;
     world.lives = scenario_.begin(world, tracer, "") && world.awaitSleep();

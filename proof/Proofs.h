@@ -40,18 +40,9 @@ bool tryAll(const std::string& what, std::vector<Point> points, const std::strin
   return !points.empty() && counts.count("harmful") == 0;
 }
 
-Proof listScenarios;
-Proof showUndisturbed;  ///< prints what passes without faults do
-/// SCENARIO SAMPLE SEED: kills the daemon at each system call of a pass, and restarts it. With a loop DEVICE
-/// and the IMAGE of its ext4 file system, cuts the power instead.
-Proof crashAtCalls;
-Proof failCalls;  ///< SCENARIO SAMPLE SEED: makes each of these calls fail, with each plausible error
-Proof disturb;    ///< TIMES: runs each disturbance TIMES times, in a world of its own, with a fixed load
-/// PASSES SEED FINDINGS: random load and disturbances. One daemon runs for PASSES passes; then lethal
-/// disturbances follow, too, a quarter as many in all. The file FINDINGS gets the history of each message
-/// that was harmed outside every window.
-Proof soak;
-/// SCENARIO NUMBER SAMPLE SEED: flips each bit of one of the spool's files, one at a time, and truncates the
-/// file at each byte. The daemon must continue to run, set the damaged file aside with a log line that names
-/// it, and complete every message that the file does not hold.
+Proof listScenarios, showUndisturbed;  ///< print the scenarios; the effects of passes without faults
+Proof crashAtCalls, failCalls;         ///< end the daemon, or the power, at a system call; make the call fail
+Proof disturb, soak;                   ///< each disturbance by itself; random load and disturbances
+/// Damages a note. The daemon must continue to run, set the file aside with a log line that names it, and
+/// complete every message that the file does not hold.
 Proof damage;

@@ -46,9 +46,6 @@ inline World::Step at(const std::string& operation, const World::Step& more = []
 }  // namespace Step
 
 /// A fault of the gateway that lasts for one or more passes. The world is repaired afterwards.
-struct Disturbance {
-  const char* name;
-  World::Steps steps;
-};
+using Disturbance = std::pair<const char*, World::Steps>;
 /// Those that the daemon survives, and those that end it; it is then started again.
 extern const std::vector<Disturbance> survived, lethal;

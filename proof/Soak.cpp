@@ -30,23 +30,17 @@ class Load {
     }
     if (world_.below(3) == 0)
       world_.queue(text("Out"), world_.below(4) == 0 ? World::refused : World::other, world_.below(3));
-    deliver(late_[pass_]);
+    deliver();
+  }
+
+  // Before a pass: delivers the parts that arrive late.
+  void deliver() {
+    for (const auto& [message, part] : late_[pass_]) world_.deliver(message, part);
     late_.erase(pass_++);
   }
 
-  // Delivers the parts that still wait.
-  void finish() {
-    for (const auto& [pass, parts] : late_) deliver(parts);
-  }
-
  private:
-  using Parts = std::vector<std::pair<std::size_t, std::size_t>>;  // message and part
-
   std::string text(const std::string& what) { return what + " =" + std::to_string(++texts_) + "="; }
-
-  void deliver(const Parts& parts) {
-    for (const auto& [message, part] : parts) world_.deliver(message, part);
-  }
 
   // All parts have the same length, so that each text is known; they arrive in any order.
   void receiveParts() {
@@ -64,7 +58,8 @@ class Load {
 
   World& world_;
   unsigned texts_ = 0, pass_ = 0;
-  std::map<unsigned, Parts> late_;  // by the pass before which they arrive
+  // The message and the number of each part, by the pass before which it arrives.
+  std::map<unsigned, std::vector<std::pair<std::size_t, std::size_t>>> late_;
 };
 
 void emptyLogs() {
@@ -123,8 +118,7 @@ bool soak(const Words& words) {
   world.start();
   const bool clean = liveOnce(world, passes);
   live(world, "Many lives", passes / 4, true);
-  world.beforePass = [] {};
-  load.finish();
+  world.beforePass = [&load] { load.deliver(); };
   world.pass(50);  // long enough for the retries of the last failed messages
   world.stop();
   if (!world.lives) std::cout << "The daemon ended or hung: " << world.daemon().ending() << "\n";

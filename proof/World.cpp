@@ -86,11 +86,6 @@ void World::queue(const std::string& text, const std::string& number, unsigned r
   ledger.enterQueued(text, number, number == refused);
 }
 
-void World::accept() {
-  gateway_->modem.setRefused(refused, false);
-  ledger.accept();
-}
-
 void World::start() {
   if (!lives) return;
   const std::string problem = daemon().start();
@@ -130,11 +125,6 @@ void World::kill(bool group) {
   ::kill(group ? -daemon().pid() : daemon().pid(), SIGKILL);
   gateway_->modem.clearFaults();
   lives = awaitEnd();
-}
-
-void World::beginPass() {
-  beforePass();
-  gateway_->clock.grant();
 }
 
 bool World::awaitSleep() {

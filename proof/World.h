@@ -35,7 +35,11 @@ class World {
   void receive(const std::string& text, const std::string& sender = other, unsigned parts = 1);
   /// Queues a message, as another program does.
   void queue(const std::string& text, const std::string& number = other, unsigned retries = 0);
-  void accept();
+  /// Makes the modem accept all numbers from now on.
+  void accept() {
+    gateway_->modem.setRefused(refused, false);
+    ledger.accept();
+  }
 
   /// False once the daemon has ended or hung and must not; the steps below then do nothing.
   bool lives = true;
@@ -54,7 +58,10 @@ class World {
   void run(const Steps& steps, const std::string& name);
 
   /// Calls beforePass() and begins a pass.
-  void beginPass();
+  void beginPass() {
+    beforePass();
+    gateway_->clock.grant();
+  }
   /// Waits for the end of a pass; false when the daemon ends or hangs instead.
   bool awaitSleep();
   /// Begins a pass and waits until the tool hangs in `operation`, until it is repaired. False when the pass
