@@ -5,8 +5,6 @@
 #include "simulator/support/Files.h"
 
 namespace {
-using Simulator::readFile;
-
 // Flips a bit of a file, or truncates the file.
 struct Damage {
   std::string path;
@@ -26,7 +24,7 @@ struct Damage {
 
 Findings tryOne(const Scenario& scenario, const Damage& damage) {
   World world = scenario.prepare();
-  const std::string whole = readFile(damage.path), damaged = damage.applyTo(whole);
+  const std::string whole = Simulator::readFile(damage.path), damaged = damage.applyTo(whole);
   const std::string aside = damage.path + ".damaged";
   std::ofstream(damage.path, std::ios::binary) << damaged;
   world.ledger.met(Fault::Damaged, &whole);
@@ -34,7 +32,7 @@ Findings tryOne(const Scenario& scenario, const Damage& damage) {
   Findings findings;
   for (const Ledger::Finding& finding : world.liveOn())
     if (finding.text != "left: " + aside) findings.push_back(finding);
-  if (readFile(aside) != damaged) findings.push_back({"left: the file is not set aside"});
+  if (Simulator::readFile(aside) != damaged) findings.push_back({"left: the file is not set aside"});
   for (const auto& line : world.gateway().syslog.lines())
     if (line.text.find(aside.substr(aside.rfind('/') + 1)) != std::string::npos) return findings;
   findings.push_back({"unnamed: no line of the log names the file"});
@@ -47,7 +45,7 @@ bool damage(const Words& words) {
   const World world = scenario.prepare();
   const std::string path = World::ownFiles().at(numberOf(words[1]));
   std::vector<Damage> damages;
-  for (std::size_t at = 0; at < readFile(path).size(); ++at)
+  for (std::size_t at = 0; at < Simulator::readFile(path).size(); ++at)
     for (unsigned bit = 0; bit <= Damage::truncate; ++bit) damages.push_back({path, at, bit});
   return tryAll<Damage>(path, damages, words[2], words[3],
                         [&](const Damage& one) { return tryOne(scenario, one); });

@@ -20,11 +20,12 @@ std::string argumentOf(const std::string& command) {
 
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-// Changes whenever the file is written or replaced.
+// Changes whenever the file is written or replaced. The time has a resolution of some milliseconds.
 std::string versionOf(const std::string& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) return "";
-  return std::to_string(status.st_ino) + "." + std::to_string(status.st_mtim.tv_nsec);
+  return std::to_string(status.st_ino) + "." + std::to_string(status.st_mtim.tv_nsec) + "." +
+         std::to_string(status.st_size);
 }
 }  // namespace
 
@@ -102,37 +103,38 @@ void Ledger::observeModem() {
 
 // The folders share one limit.
 void Ledger::observeFolders(const std::vector<std::string>& folders, Files& files, unsigned faults) {
-  std::map<std::string, File> gone;
-  std::string oldest;  // the smallest name that was there before and still is
-  for (const auto& [path, file] : files)
-    if (versionOf(path) != file.version)
-      gone[path] = file;
-    else if (oldest.empty() || nameOf(path) < oldest)
-      oldest = nameOf(path);
+  std::set<std::string> names;
+  Files gone;
+  for (const auto& [path, file] : files) {
+    names.insert(nameOf(path));
+    if (versionOf(path) != file.version) gone[path] = file;
+  }
   for (const auto& [path, file] : gone) {
     tell("no longer in " + path);
     files.erase(path);
     if (file.message) messages_[*file.message].paths.erase(path);
   }
+  std::size_t saves = 0;
   for (const std::string& box : folders)
     for (const std::string& name : Simulator::listFolder(Simulator::MessageFolders::pathOf(box))) {
       const std::string path = Simulator::MessageFolders::pathOf(box) + "/" + name;
-      if (files.count(path) == 0) appear(path, files[path] = read(path, faults));
+      if (files.count(path) == 0) saves += appear(path, files[path] = read(path, faults));
     }
-  // A limit displaces the smallest names. A message that is not filed yet may have displaced one already.
-  const bool isFull = files.size() + underWay_.size() >= limit_;
+  for (const std::size_t number : underWay_)
+    if (messages_[number].paths.empty()) saves += messages_[number].saves();
+  // Each save displaces the smallest name when the limit is reached.
+  while (!names.empty() && names.size() + saves > limit_) names.erase(names.begin());
   for (const auto& [path, file] : gone) {
-    if (files.count(path) != 0) continue;
+    if (files.count(path) != 0 || names.count(nameOf(path)) != 0) continue;
     if (!file.message) strays_.push_back(strayIn(path, file));
-    const bool isOldest = oldest.empty() || nameOf(path) < oldest;
-    if (file.message && messages_[*file.message].paths.empty())
-      messages_[*file.message].displaced = isFull && isOldest;
+    if (file.message && messages_[*file.message].paths.empty()) messages_[*file.message].displaced = true;
   }
 }
 
-void Ledger::appear(const std::string& path, const File& file) {
+// Returns the number of saves that the file may have needed.
+std::size_t Ledger::appear(const std::string& path, const File& file) {
   tell("in " + path + ": " + file.content);
-  if (!file.message) return;
+  if (!file.message) return 1;
   Message& message = messages_[*file.message];
   message.paths.insert(path);
   message.names.insert(nameOf(path));
@@ -141,6 +143,7 @@ void Ledger::appear(const std::string& path, const File& file) {
   message.retries = file.retries;
   for (std::size_t i = 0; i < message.parts.size(); ++i)
     if (file.whole || file.parts.count(i) != 0) message.parts[i].filed = true;
+  return message.saves();
 }
 
 // Determines which message a file holds, whole or in parts.

@@ -74,6 +74,7 @@ class Ledger {
     bool whole = false, displaced = false, retries = false;
     [[nodiscard]] bool isIn(const std::string& box) const;
     [[nodiscard]] bool isDone() const;
+    [[nodiscard]] std::size_t saves() const { return parts.empty() ? 1 : parts.size(); }
   };
   // A file of a message folder.
   struct File {
@@ -91,7 +92,7 @@ class Ledger {
   void observeModem();
   void observeFolders(const std::vector<std::string>& folders, Files& files, unsigned faults);
   void observeLog(const std::string& line);
-  void appear(const std::string& path, const File& file);
+  std::size_t appear(const std::string& path, const File& file);
   File read(const std::string& path, unsigned faults) const;
   static Finding strayIn(const std::string& path, const File& file);
   void tell(const std::string& event) { history_.back() += "\n    " + event; }
