@@ -17,7 +17,7 @@ struct CommandRow {
   const char* path;               ///< the path of the request, below "/api/command/"
 };
 
-// The name is the spelling of the identifier, and the key is the spelling of the flag.
+// `name` is the identifier as a string, and `key` is the name of the flag as a string.
 #define COMMAND(executor, keyword, id, flag, path) \
   {keyword, id, #id, #flag, &SMSCommandConfig::flag, executor, path}
 

@@ -6,8 +6,9 @@
 
 #include "support/NonCopyable.h"
 
-/// The "smsCommands" object of the settings: who may send commands by SMS, and which commands. A flag of a
-/// command has the name of its key. Before setConfig, no command is permitted and no password is required.
+/// The "smsCommands" object of the settings: who may send commands by SMS, and which commands. The flag
+/// of a command has the same name as its key. Before setConfig, no command is permitted and no password is
+/// required.
 class SMSCommandConfig : private Orvel::NonCopyable {
  public:
   virtual ~SMSCommandConfig() = default;

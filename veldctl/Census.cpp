@@ -11,7 +11,7 @@
 namespace {
 using namespace MessageStatus;
 
-constexpr std::int64_t longQueued = 600;  // seconds; every pass of the daemon sends the whole queue
+constexpr std::int64_t longQueued = 600;  // seconds; normally a message waits only for the next pass
 constexpr std::size_t mostNamed = 5;      // guids in one line
 
 // What inspect() has counted in the message folders.

@@ -93,7 +93,7 @@ struct Start {
   bool isGood = false;  // true if the daemon would run
 };
 
-// Runs the daemon's own checks of the settings. Throws a Json::Exception if the daemon would end with it.
+// Runs the daemon's own checks of the settings. Throws the Json::Exception that would end the daemon.
 Start tryStart(const Json::Value& all) {
   const std::optional<int> exitStatus = checkSettings(all);
   if (exitStatus) return {*exitStatus == EXIT_SUCCESS, false};

@@ -49,7 +49,7 @@ Spool::Note noteOfAny(const SpoolEntry& entry) {
   return std::visit([](const auto& kind) { return noteOf(kind).value_or(Spool::Note{}); }, entry);
 }
 
-// Returns the number of records that a pass has to file.
+// Returns the number of records that a pass must save.
 std::size_t unfiled(const SpoolEntry& entry) {
   const auto* const batch = std::get_if<Batch>(&entry);
   return batch != nullptr ? batch->records.size() : 1;

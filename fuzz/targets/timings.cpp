@@ -60,12 +60,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   property(readSmsTimings() == smsTimings.empty(),
            "readSmsTimings() reports a failure if and only if it finds no interval");
   if (readIntervals(value, expected))
-    property(smsTimings == expected, "a piece without a number repeats the interval before");
+    property(smsTimings == expected, "a piece without a number repeats the previous interval");
 
   content += "\ntimings-sms=[30,60]\n";
   property(valueOf(key) == "[30,60]", "the last line with a key determines the value");
   property(valueOf("timings") == "" || content.find("timings=") != std::string::npos,
-           "the value belongs to the whole key, not to a part of a key");
+           "a key does not match the beginning of a longer key");
   return 0;
 }
 

@@ -77,7 +77,8 @@ void printNews(std::size_t& nextEvent, std::size_t& nextLine) {
   std::cout.flush();
 }
 
-// Sets the handler of Ctrl-C. If `flags` is 0, Ctrl-C ends readline(). SA_RESTART protects system calls.
+// Sets the handler of Ctrl-C. If `flags` is 0, Ctrl-C ends readline(). With SA_RESTART, interrupted system
+// calls continue.
 void handleInterrupt(int flags) {
   struct sigaction action = {};
   action.sa_handler = [](int) { interpreter->gateway().daemon.interrupted = true; };

@@ -40,7 +40,7 @@ class Interpreter {
   /// Executes a line. A blank line does nothing. The text of the answer ends without a line feed.
   Answer execute(const std::string& line);
 
-  /// Lets the gateway carry out the commands that its API accepted. Does nothing if a command is waiting.
+  /// Lets the gateway carry out the commands that its API accepted. Does nothing while busy().
   void carryOut();
 
   const std::vector<Command>& all() const { return commands_; }

@@ -30,11 +30,12 @@ constexpr double killSeconds = 10;
 
 // Creates the folders that Gateway's members need. Fails on a real machine, to protect its /dev/log.
 const char* prepare(const char* modemFolder) {
-  if (!fs::exists(mark)) fail("this is a real machine; run the simulator in simulator/private-gateway");
+  if (!fs::exists(mark)) fail("this is a real machine; start the simulator with simulator/private-gateway");
   const fs::path apiFolder = fs::path(LocalApiServer::socketPath).parent_path();
   for (const fs::path& folder : {fs::path(toolFolder), fs::path(toolLog).parent_path(), apiFolder})
     fs::create_directories(folder);
-  close(open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // elsewhere, the daemon's unit creates it
+  close(
+      open(toolLog, O_WRONLY | O_CREAT | O_CLOEXEC, 0640));  // on a real gateway the daemon's unit creates it
   return modemFolder;
 }
 
@@ -96,7 +97,7 @@ std::string Gateway::veldctl(const std::vector<std::string>& words) const {
 }
 
 void Gateway::setToolThere(bool there) {
-  if (there == fs::exists(toolPath)) return;  // while a link is replaced, the tool would be missing
+  if (there == fs::exists(toolPath)) return;  // replacing the link would remove the tool for a moment
   const int result = there ? symlink(tool_.c_str(), toolPath) : unlink(toolPath);
   if (result != 0) std::perror(toolPath);
 }

@@ -43,7 +43,8 @@ std::string AtPort::Answer::value(const std::string& prefix) const {
 
 AtPort::AtPort(const std::string& device, const Deadline& deadline) : device_(device), deadline_(deadline) {
   open();
-  // The escape ends a prompt of a killed call. A modem may miss its first command, so this is tried again.
+  // The escape ends a prompt that a killed run of the tool left open. A modem may miss its first command, so
+  // this is tried again.
   for (unsigned tries = 0; tries < 3; ++tries) {
     write(std::string(1, escape) + "ATE1\r");
     while (pending_.find("OK\r") == std::string::npos)

@@ -122,7 +122,7 @@ const Row<const char*, const char*> decodeRows[] = {
     {"EscapeBeforeAnUnknownCharacter", R"(\x1b[b)", "b"},
     {"EscapeAtTheEnd", R"(a\x1b)", "a"},
     {"EscapeBeforeEscape", R"(\x1B\x14)", "x14"},
-    {"EmptyReplacementSkipsAByte", R"(\x1b[\x41\x41)", R"(\x41A)"},
+    {"ByteAfterAnEmptyReplacementIsNotDecoded", R"(\x1b[\x41\x41)", R"(\x41A)"},
     {"DecodedBackslashBeginsNoEscape", R"(\xafx41)", R"(\x41)"},
 };
 TEST_ROWS(Decode, ReplacesHexEscapes, decodeRows) {

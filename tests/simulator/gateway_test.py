@@ -102,7 +102,7 @@ class LauncherTest(unittest.TestCase):
 class CommandLineTest(unittest.TestCase):
     def test_a_real_machine_is_refused(self):
         self.assertEqual(run([GATEWAY])[::2], (
-            1, "simulator: this is a real machine; run the simulator in simulator/private-gateway\n"))
+            1, "simulator: this is a real machine; start the simulator with simulator/private-gateway\n"))
 
     def test_the_options(self):
         await_program = "start\nawait program\nexpect status 0\n"

@@ -126,7 +126,7 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.count("#requests .outcome"), outcomes)
 
     def test_a_refused_message_is_retried_and_sent(self):
-        self.click("Modem refuses this number", "#faults", "refused: +4917022222")
+        self.click("Let the modem refuse this number", "#faults", "refused: +4917022222")
         self.click("Queue message", "#said", "Queued as")
         self.run_pass()
         self.see("#messages .card:has(.failed)", "3 retries left")
@@ -209,7 +209,7 @@ class PageTest(unittest.TestCase):
             element.send_keys(Keys.TAB)
         self.assertEqual(len(reached), wanted)
 
-    def test_each_window_shows_the_whole_width_and_the_conversation(self):
+    def test_the_page_fits_each_window_width_and_shows_the_conversation(self):
         self.write("narrow" * 20)
         self.run_pass()
         for width in (2560, 1280, 1000, 600, 390, 320):
@@ -252,7 +252,7 @@ class PageTest(unittest.TestCase):
             ("a command from another site", "POST", host, "http://example.org", 403),
             ("a command from a page in a file", "POST", host, "null", 403),
             ("a command without an origin", "POST", host, None, 403),
-            ("a command at a rebound host name", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
+            ("a command after DNS rebinding", "POST", f"example.org:{port}", f"http://example.org:{port}", 403),
             ("another site reads the page", "GET", host, None, 403, "cross-site"),
             ("the page reads its own data", "GET", host, None, 200, "same-origin"),
             ("a person types the address", "GET", host, None, 200, "none"),
