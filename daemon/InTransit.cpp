@@ -23,14 +23,6 @@ void InTransit::begin(const Spool::Pass& pass) const {
   if (!pass.names.empty()) const FolderCollectionStorage created(root_, staging_);
 }
 
-std::optional<SpoolEntry> InTransit::read(const std::string& name) {
-  const std::optional<Spool::Note> note = spool.read(name);
-  if (!note) return std::nullopt;
-  std::optional<SpoolEntry> entry = entryOf(*note);
-  if (!entry) spool.setAside(name);
-  return entry;
-}
-
 std::string InTransit::takeReceived() { return std::exchange(received_, ""); }
 
 std::string InTransit::fileOf(const Json::Value& record, int status) const {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -18,9 +17,6 @@ class InTransit final : public ModemEvents, private Orvel::NonCopyable {
 
   /// If earlier passes left notes, creates missing message folders again.
   void begin(const Spool::Pass& pass) const;
-
-  /// Reads a note as an entry; nullopt if that fails. Sets a note with an invalid text aside.
-  std::optional<SpoolEntry> read(const std::string& name);
 
   /// The name of the note with the messages received last. Empty if there is none, and in a second call.
   std::string takeReceived();

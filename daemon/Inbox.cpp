@@ -41,7 +41,7 @@ Inbox::Inbox(CheckedStorage& storage, SMSCommand& commands, InTransit& inTransit
 void Inbox::fileLeft(const Spool::Pass& pass) {
   for (const std::string& name : pass.names) {
     if (waits_) return;
-    std::optional<SpoolEntry> entry = inTransit_.read(name);
+    std::optional<SpoolEntry> entry = readEntry(inTransit_.spool, name);
     if (!entry || !std::holds_alternative<Batch>(*entry)) continue;
     Noted noted{name, std::get<Batch>(std::move(*entry))};
     fileLeftBatch(noted);

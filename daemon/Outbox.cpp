@@ -37,7 +37,7 @@ Outbox::Outbox(SmsProvider& provider, CheckedStorage& storage, InTransit& inTran
 
 void Outbox::fileLeft(const Spool::Pass& pass) {
   for (const std::string& name : pass.names) {
-    std::optional<SpoolEntry> entry = inTransit_.read(name);
+    std::optional<SpoolEntry> entry = readEntry(inTransit_.spool, name);
     if (entry && std::holds_alternative<Send>(*entry)) takeIn(name, std::get<Send>(std::move(*entry)));
   }
   if (left_.empty()) return;

@@ -104,3 +104,11 @@ std::optional<SpoolEntry> entryOf(const Spool::Note& note) {
   }
   return std::nullopt;
 }
+
+std::optional<SpoolEntry> readEntry(Spool& spool, const std::string& name) {
+  const std::optional<Spool::Note> note = spool.read(name);
+  if (!note) return std::nullopt;
+  std::optional<SpoolEntry> entry = entryOf(*note);
+  if (!entry) spool.setAside(name);
+  return entry;
+}

@@ -62,3 +62,6 @@ std::optional<Spool::Note> noteOf(const Send& send);
 
 /// The entry of a note; nullopt for a note that the functions above do not produce.
 std::optional<SpoolEntry> entryOf(const Spool::Note& note);
+
+/// Reads a note as an entry; nullopt if that fails. Sets a note with an invalid text aside.
+std::optional<SpoolEntry> readEntry(Spool& spool, const std::string& name);
