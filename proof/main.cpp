@@ -6,7 +6,7 @@
 //   ledger: records every message of a world by its text, reads the modem, the files and the log, and reports
 //     lost, repeated, stray (a text that nobody sent) and left-over ones at the end (Ledger)
 //   fault: what went wrong in a pass; a message on its way meets the faults of each pass (Windows)
-//   window: a known fault that can still harm a message; a harm that no window explains is a failure (Windows)
+//   window: a known fault that can still harm a message; any other harm is a failure (Windows)
 //   scenario: a particular pass with messages to process (Scenario)
 #include <algorithm>
 #include <cstdlib>
